@@ -1,0 +1,11 @@
+// The symbol grammar: orv_<module>_<branch>_<name>. Only this file knows the branch tag.
+#pragma once
+
+#define ORV_EXPORT extern "C" __attribute__((visibility("default")))
+#define ORV_KERNEL(module, name) orv_##module##_mc3_##name
+
+// One line a module, so that a kernel file writes BLAS(xdaxpy) and the reader greps for it.
+#define BLAS(name) ORV_KERNEL(blas, name)
+
+// Tables that a caller may look up carry the branch tag but no module.
+#define ORV_TABLE(name) orv_mc3_##name
