@@ -9,13 +9,13 @@ target_compile_options(orv_mc3 PRIVATE
   -fno-math-errno            # square roots are one instruction, no call
   -fno-exceptions -fno-rtti -fno-threadsafe-statics
   -fno-tree-loop-distribute-patterns # no loop becomes a call of memcpy or memset
-  -fno-builtin-sin -fno-builtin-cos -fno-builtin-printf # no sincos, no puts
-  $<$<NOT:$<BOOL:${ORV_SANITIZE}>>:-fno-stack-protector>)
+  -fno-builtin-sin -fno-builtin-cos -fno-builtin-printf) # no sincos, no puts
 target_compile_definitions(orv_mc3 PRIVATE __NO_INLINE__) # the C library's headers put strtol in place of atol
 
 # Imports are resolved at run time from the core library and the C library, so nothing is linked but libdl.
 # The branch calls its own kernels directly; what a caller may replace is imported, never defined here.
 target_link_options(orv_mc3 PRIVATE -Wl,-Bsymbolic -Wl,--hash-style=gnu -Wl,-z,relro,-z,now)
 if(NOT ORV_SANITIZE)
+  target_compile_options(orv_mc3 PRIVATE -fno-stack-protector)
   target_link_options(orv_mc3 PRIVATE -nodefaultlibs -Wl,--no-as-needed -l:libdl.so.2 -Wl,--as-needed)
 endif()
