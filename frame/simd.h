@@ -54,6 +54,44 @@ template <class T> ORV_INLINE void storeu(T* p, vec<T> v)
     else _mm_storeu_pd(reinterpret_cast<double*>(p), v.r);
 }
 
+// The first n lanes, from and to any address; nothing beyond them is touched, and a load leaves zeros in the others.
+template <int n, class T> ORV_INLINE vec<T> load_first(const T* p)
+{
+    constexpr int bytes = n * sizeof(T);
+    const auto* r = reinterpret_cast<const real_t<T>*>(p);
+    if constexpr (bytes == vector_bytes) return loadu(p);
+    else if constexpr (sizeof(*r) == 8) return {_mm_load_sd(r)};
+    else if constexpr (bytes == 4) return {_mm_load_ss(r)};
+    else {
+        const __m128 pair = _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(r)));
+        if constexpr (bytes == 8) return {pair};
+        else return {_mm_movelh_ps(pair, _mm_load_ss(r + 2))};
+    }
+}
+template <int n, class T> ORV_INLINE void store_first(T* p, vec<T> v)
+{
+    constexpr int bytes = n * sizeof(T);
+    auto* r = reinterpret_cast<real_t<T>*>(p);
+    if constexpr (bytes == vector_bytes) storeu(p, v);
+    else if constexpr (sizeof(*r) == 8) _mm_store_sd(r, v.r);
+    else if constexpr (bytes == 4) _mm_store_ss(r, v.r);
+    else {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(r), _mm_castps_si128(v.r));
+        if constexpr (bytes == 12) _mm_store_ss(r + 2, _mm_movehl_ps(v.r, v.r));
+    }
+}
+
+// Asks for the cache line at p, wherever that is; never faults.
+ORV_INLINE void prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0); }
+
+// Two reals from any address, repeated to the width of the register. A load alone: the shuffle ports stay free.
+template <class T> ORV_INLINE vec<T> load_pair(const T* p)
+{
+    using bits = double __attribute__((may_alias, aligned(1)));
+    if constexpr (sizeof(real_t<T>) == 4) return {_mm_castpd_ps(_mm_set1_pd(*reinterpret_cast<const bits*>(p)))};
+    else return loadu(p);
+}
+
 // The same value in every lane, or the same pair in every pair of lanes.
 ORV_INLINE vec<float> splat(float a) { return {_mm_set1_ps(a)}; }
 ORV_INLINE vec<double> splat(double a) { return {_mm_set1_pd(a)}; }
@@ -78,9 +116,39 @@ ORV_INLINE vec<double> operator/(vec<double> a, vec<double> b) { return {a.r / b
 // Neighbours change places: (re, im) becomes (im, re); of reals, lane 0 with 1 and lane 2 with 3.
 template <class T> ORV_INLINE vec<T> swap_neighbours(vec<T> a)
 {
-    if constexpr (sizeof(real_t<T>) == 4) return {_mm_shuffle_ps(a.r, a.r, _MM_SHUFFLE(2, 3, 0, 1))};
-    else return {_mm_shuffle_pd(a.r, a.r, 1)};
+    // The integer shuffle leaves its source alone, so no copy goes before it.
+    if constexpr (sizeof(real_t<T>) == 4)
+        return {_mm_castsi128_ps(_mm_shuffle_epi32(_mm_castps_si128(a.r), _MM_SHUFFLE(2, 3, 0, 1)))};
+    else return {_mm_castsi128_pd(_mm_shuffle_epi32(_mm_castpd_si128(a.r), _MM_SHUFFLE(1, 0, 3, 2)))};
 }
+
+// Of reals or of parts of pairs: lanes 0, 2, .. of the first and lanes 1, 3, .. of the second.
+template <class T> ORV_INLINE vec<T> alternate(vec<T> even, vec<T> odd)
+{
+    if constexpr (sizeof(real_t<T>) == 4) return {_mm_blend_ps(even.r, odd.r, 0b1010)};
+    else return {_mm_blend_pd(even.r, odd.r, 0b10)};
+}
+
+template <class T> ORV_INLINE vec<T> conj(vec<T> a)
+{
+    if constexpr (!is_complex<T>) return a;
+    else if constexpr (sizeof(real_t<T>) == 4) return {_mm_xor_ps(a.r, _mm_setr_ps(0, -0.0f, 0, -0.0f))};
+    else return {_mm_xor_pd(a.r, _mm_setr_pd(0, -0.0))};
+}
+
+// The square of lanes by lanes elements changes rows with columns.
+ORV_INLINE void transpose(vec<float> (&v)[4]) { _MM_TRANSPOSE4_PS(v[0].r, v[1].r, v[2].r, v[3].r); }
+ORV_INLINE void transpose(vec<double> (&v)[2])
+{
+    const __m128d low = _mm_unpacklo_pd(v[0].r, v[1].r);
+    v[1].r = _mm_unpackhi_pd(v[0].r, v[1].r), v[0].r = low;
+}
+ORV_INLINE void transpose(vec<cpx<float>> (&v)[2])
+{
+    const __m128 low = _mm_movelh_ps(v[0].r, v[1].r);
+    v[1].r = _mm_movehl_ps(v[1].r, v[0].r), v[0].r = low;
+}
+ORV_INLINE void transpose(vec<cpx<double>> (&)[1]) {}
 
 // A scalar made ready to multiply vectors. For complex numbers: x*re + swap(x)*(-im, im), which rounds exactly
 // as the plain formula (a.re*x.re - a.im*x.im, a.re*x.im + a.im*x.re).

@@ -1,0 +1,67 @@
+// Register kernels: a block of C, strip by strip of the columns of B and tile by tile of the rows of A.
+#pragma once
+
+#include "blas/gemm/tile.h"
+
+namespace orv::gemm {
+
+// The arguments of a Ker that kernels use, by value. alpha is in the packed A already, and transa with it.
+template <class T> struct Block {
+    char transb;
+    i64 m, n, k;
+    const T* a;
+    i64 a_stride;
+    const T* b;
+    i64 b_stride;
+    T beta;
+    T* c;
+    i64 ldc;
+    T* scratch;
+};
+
+// C := beta*C; a beta of 0 clears it without reading.
+template <class T> void scale(i64 m, i64 n, T beta, T* c, i64 ldc)
+{
+    for (i64 j = 0; j < n; ++j, c += ldc)
+        for (i64 i = 0; i < m; ++i) c[i] = beta == zero<T> ? zero<T> : beta * c[i];
+}
+
+// C(0:m, 0:columns) of one strip, for the whole panels of `rows` rows in m.
+template <int rows, int columns, Update update, Schedule schedule, class T>
+[[gnu::noinline]] void multiply_strip(i64 m, i64 depth, const T* a, i64 a_stride, const T* b, T* c, i64 ldc)
+{
+    for (; m >= rows; m -= rows, a += a_stride, c += rows) {
+        for (int j = 0; j < columns; ++j) prefetch(c + j * ldc);
+        Tile<T, rows, columns, schedule> tile;
+        tile.run(depth, a, b);
+        tile.template write<update>(c, ldc);
+    }
+}
+
+// Columns of op(B) that stand in place, as one panel.
+template <int columns, class T> void pack_strip(char transb, i64 k, const T* b, i64 ldb, T* panel)
+{
+    if (transb == 'N') pack_panel<Source::across, columns>(k, b, ldb, panel, Copied<T, false>{});
+    else if (is_complex<T> && transb == 'C')
+        pack_panel<Source::adjacent, columns>(k, b, ldb, panel, Copied<T, is_complex<T>>{});
+    else pack_panel<Source::adjacent, columns>(k, b, ldb, panel, Copied<T, false>{});
+}
+
+// C := beta*C + A*B, or C := A*B, over the rows that fill panels of `rows` rows.
+template <int rows, BForm form, Update update, Schedule schedule, class T> void kernel(const Block<T>& x)
+{
+    const i64 depth = round_up(x.k, step_unit);
+    if (update != Update::replace && x.beta != one<T>) scale(x.m / rows * rows, x.n, x.beta, x.c, x.ldc);
+
+    for_each_panel<b_unit<T>>(x.n, [&](auto width, i64 j) {
+        constexpr int columns = decltype(width)::value;
+        const T* panel = x.scratch;
+        if constexpr (form == b_in_place)
+            pack_strip<columns>(fold(x.transb), x.k, x.b + j * (fold(x.transb) == 'N' ? x.b_stride : 1), x.b_stride,
+                                x.scratch);
+        else panel = x.b + panel_offset(j, b_unit<T>, x.b_stride, depth);
+        multiply_strip<rows, columns, update, schedule>(x.m, depth, x.a, x.a_stride, panel, x.c + j * x.ldc, x.ldc);
+    });
+}
+
+} // namespace orv::gemm

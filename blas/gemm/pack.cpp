@@ -1,0 +1,87 @@
+// Packing of blocks into panels: ?gemm_copya? and ?gemm_copyb?.
+#include "blas/gemm/pack.h"
+
+#include "frame/symbol.h"
+
+namespace orv::gemm {
+namespace {
+
+// A source of columns that all stand on 16 bytes is read by aligned loads, which an operation can take from memory.
+template <bool aligned, int unit, class T, class Op>
+void pack_adjacent(i64 n, i64 k, const T* source, i64 ld, T* buffer, i64 stride, const Op& op)
+{
+    // Steps outside, panels inside: the source is read down its columns, four at a time, as memory likes it.
+    for_each_group(k, [&](i64 steps, i64 p) {
+        for_each_panel<unit>(n, [&](auto width, i64 j) {
+            constexpr int w = decltype(width)::value;
+            pack_steps<Source::adjacent, w, aligned>(
+                steps, source + j + p * ld, ld, buffer + panel_offset(j, unit, stride, round_up(k, step_unit)) + p * w,
+                op);
+        });
+    });
+}
+
+// n rows of op(A) or columns of op(B), k steps deep, to panels of `unit` at buffer, `stride` elements apart. Padding
+// steps are zeros; nothing is written between panels or behind the last. Source: any alignment, ld of at least its
+// rows.
+template <Source order, int unit, class T, class Op>
+void pack(i64 n, i64 k, const T* source, i64 ld, T* buffer, i64 stride, const Op& op)
+{
+    if constexpr (order == Source::across)
+        for_each_panel<unit>(n, [&](auto width, i64 j) {
+            pack_panel<order, decltype(width)::value>(
+                k, source + j * ld, ld, buffer + panel_offset(j, unit, stride, round_up(k, step_unit)), op);
+        });
+    else if (is_aligned(source, vector_bytes) && ld % vec<T>::lanes == 0)
+        pack_adjacent<true, unit>(n, k, source, ld, buffer, stride, op);
+    else pack_adjacent<false, unit>(n, k, source, ld, buffer, stride, op);
+}
+
+enum class Op { n, t, c };
+
+template <Op op, class T> void copy_a(i64 m, i64 k, const T* a, i64 lda, T* buffer, i64 stride, T alpha)
+{
+    constexpr Source order = op == Op::n ? Source::adjacent : Source::across;
+    pack<order, a_unit<T>>(m, k, a, lda, buffer, stride, Scaled<T, op == Op::c>{factor<T>(alpha)});
+}
+
+template <Op op, class T> void copy_b(i64 k, i64 n, const T* b, i64 ldb, T* buffer, i64 stride)
+{
+    constexpr Source order = op == Op::n ? Source::across : Source::adjacent;
+    pack<order, b_unit<T>>(n, k, b, ldb, buffer, stride, Copied<T, op == Op::c>{});
+}
+
+} // namespace
+
+#define COPY_A(symbol, op, T)                                                                                          \
+    ORV_EXPORT void BLAS(symbol)(const i64* m, const i64* k, const T* a, const i64* lda, T* buffer, const i64* stride, \
+                                 const T* alpha)                                                                       \
+    {                                                                                                                  \
+        copy_a<Op::op>(*m, *k, a, *lda, buffer, *stride, *alpha);                                                      \
+    }
+#define COPY_B(symbol, op, T)                                                                                          \
+    ORV_EXPORT void BLAS(symbol)(const i64* k, const i64* n, const T* b, const i64* ldb, T* buffer, const i64* stride, \
+                                 const T*)                                                                             \
+    {                                                                                                                  \
+        copy_b<Op::op>(*k, *n, b, *ldb, buffer, *stride);                                                              \
+    }
+#define COPIES(letter, T)                                                                                              \
+    COPY_A(letter##gemm_copyan, n, T)                                                                                  \
+    COPY_A(letter##gemm_copyat, t, T) COPY_B(letter##gemm_copybn, n, T) COPY_B(letter##gemm_copybt, t, T)
+
+COPIES(s, float)
+COPIES(d, double)
+COPIES(c, cpx<float>)
+COPIES(z, cpx<double>)
+COPY_A(cgemm_copyac, c, cpx<float>)
+COPY_A(zgemm_copyac, c, cpx<double>)
+COPY_B(cgemm_copybc, c, cpx<float>)
+COPY_B(zgemm_copybc, c, cpx<double>)
+
+// For callers that keep panels of their own and run a kernel on them: op N, the same panels as in the blocked driver.
+COPY_A(sgemm_copya_ext, n, float)
+COPY_A(dgemm_copya_ext, n, double)
+COPY_B(sgemm_copyb_ext, n, float)
+COPY_B(dgemm_copyb_ext, n, double)
+
+} // namespace orv::gemm

@@ -1,0 +1,112 @@
+// Panels: how a block of op(A) or op(B) is laid out for the register kernels, and the body that fills them.
+//
+// A panel holds `width` rows of op(A), or columns of op(B), side by side: element (c, p) at p*width + c for the steps p
+// of the inner dimension, which are padded with zeros to a multiple of 4.
+#pragma once
+
+#include "blas/gemm/gemm.h"
+#include "frame/simd.h"
+
+namespace orv::gemm {
+
+// Rows of A and columns of B in a whole panel. A panel of A fills one register a step.
+template <class T> inline constexpr int a_unit = vec<T>::lanes;
+template <class T> inline constexpr int b_unit = is_complex<T> ? 4 : 8;
+inline constexpr int step_unit = 4;
+
+// Where neighbours of a panel's row stand in the source: side by side, so that a step copies a run of a column, or a
+// leading dimension apart, so that a step gathers across columns.
+enum class Source { adjacent, across };
+
+// What happens to an element on its way: conjugation, then the product with alpha.
+template <class T, bool conjugated> struct Copied {
+    ORV_INLINE vec<T> operator()(vec<T> x) const { return conjugated ? conj(x) : x; }
+};
+template <class T, bool conjugated> struct Scaled {
+    factor<T> alpha;
+    ORV_INLINE vec<T> operator()(vec<T> x) const { return alpha * (conjugated ? conj(x) : x); }
+};
+
+// Steps p to p+3 of one panel, of which only `steps` exist in the source; zeros stand for the others.
+//   source  element (c, p) at c + p*ld (adjacent) or at p + c*ld (across)
+//   panel   16-byte aligned
+template <Source order, int width, bool aligned, class T, class Op>
+ORV_INLINE void pack_steps(i64 steps, const T* source, i64 ld, T* panel, const Op& op)
+{
+    constexpr int lanes = vec<T>::lanes;
+    constexpr int whole = width / lanes * lanes, rest = width % lanes;
+
+    if constexpr (order == Source::adjacent) {
+#pragma GCC unroll 4
+        for (int p = 0; p < step_unit; ++p) {
+            const T* from = source + p * ld;
+            T* to = panel + p * width;
+            const bool exists = p < steps;
+#pragma GCC unroll 4
+            for (int c = 0; c < whole; c += lanes)
+                storeu(to + c, exists ? op(aligned ? load(from + c) : loadu(from + c)) : zeros<T>());
+            if constexpr (rest > 0)
+                store_first<rest>(to + whole, exists ? op(load_first<rest>(from + whole)) : zeros<T>());
+        }
+        return;
+    }
+    const bool complete = steps == step_unit;
+    int c = 0;
+    if (complete)
+        for (; c < whole; c += lanes)
+#pragma GCC unroll 4
+            for (int p = 0; p < step_unit; p += lanes) {
+                vec<T> square[lanes];
+#pragma GCC unroll 4
+                for (int i = 0; i < lanes; ++i) square[i] = op(loadu(source + p + (c + i) * ld));
+                transpose(square);
+#pragma GCC unroll 4
+                for (int i = 0; i < lanes; ++i) storeu(panel + (p + i) * width + c, square[i]);
+            }
+    for (; c < width; ++c)
+        for (int p = 0; p < step_unit; ++p)
+            store_first<1>(panel + p * width + c, p < steps ? op(load_first<1>(source + p + c * ld)) : zeros<T>());
+}
+
+// Calls visit(width, j) for the panels of n columns in their order: a constant width and the first column.
+template <int n> struct constant {
+    static constexpr int value = n;
+};
+template <int unit, class Visit> ORV_INLINE void for_each_panel(i64 n, const Visit& visit)
+{
+    i64 j = 0;
+    for (; j + unit <= n; j += unit) visit(constant<unit>{}, j);
+    if constexpr (unit > 4)
+        if (n - j >= 4) visit(constant<4>{}, j), j += 4;
+    if constexpr (unit > 3)
+        if (n - j == 3) return visit(constant<3>{}, j);
+    if constexpr (unit > 2)
+        if (n - j == 2) return visit(constant<2>{}, j);
+    if constexpr (unit > 1)
+        if (n - j == 1) return visit(constant<1>{}, j);
+}
+
+// Elements from the start of a packed block to the panel that begins with column j, which is a multiple of `unit` or
+// the first one of a narrower panel: those follow the whole panels closely.
+constexpr i64 panel_offset(i64 j, i64 unit, i64 stride, i64 depth) { return j / unit * stride + j % unit * depth; }
+
+// Calls visit(steps, p) for k steps in groups of 4. The inlined body meets the 4 as a constant, so that its tests on
+// missing steps vanish from all groups but the last.
+template <class Visit> ORV_INLINE void for_each_group(i64 k, const Visit& visit)
+{
+    i64 p = 0;
+    for (; p + step_unit <= k; p += step_unit) visit(i64{step_unit}, p);
+    if (p < k) visit(k - p, p);
+}
+
+// One panel, k steps deep in the source.
+template <Source order, int width, class T, class Op>
+void pack_panel(i64 k, const T* source, i64 ld, T* panel, const Op& op)
+{
+    for_each_group(k, [&](i64 steps, i64 p) {
+        pack_steps<order, width, false>(steps, source + (order == Source::adjacent ? p * ld : p), ld, panel + p * width,
+                                        op);
+    });
+}
+
+} // namespace orv::gemm
