@@ -10,7 +10,9 @@ target_compile_options(orv_mc3 PRIVATE
   -fno-exceptions -fno-rtti -fno-threadsafe-statics
   -fno-tree-loop-distribute-patterns # no loop becomes a call of memcpy or memset
   -fno-builtin-sin -fno-builtin-cos -fno-builtin-printf) # no sincos, no puts
-target_compile_definitions(orv_mc3 PRIVATE __NO_INLINE__) # the C library's headers put strtol in place of atol
+target_compile_definitions(orv_mc3 PRIVATE
+  ORV_VERSION="${PROJECT_VERSION}" # the core compares it with its own
+  __NO_INLINE__)                   # the C library's headers put strtol in place of atol
 
 # Imports are resolved at run time from the core library and the C library, so nothing is linked but libdl.
 # The branch calls its own kernels directly; what a caller may replace is imported, never defined here.

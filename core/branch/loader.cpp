@@ -1,23 +1,186 @@
+// Opening the branch so that it can also go away again.
+//
+// The branch and the core need each other: the branch imports the service layer and public wrappers from the core, the
+// core calls kernels. The dynamic linker records the first direction when it binds the branch, and from then on keeps
+// the core loaded as long as the branch is. A handle on the branch that the core kept would keep the branch loaded as
+// long as the core is, so a program that closes the core would never be rid of either. Therefore the core keeps no
+// handle. It looks one symbol of the branch up in the global scope, for which the dynamic linker records that
+// the core needs the branch, and gives its handle back. Now each holds the other, nobody outside holds the branch, and
+// the program's dlclose(core) unloads both: the linker follows such records from what is still open, as a garbage
+// collector does.
+//
+// Only lookups in the global scope are recorded so, which is why the branch is opened RTLD_GLOBAL. The core joins the
+// global scope too, if the program opened it privately: else the branch would find neither the core's symbols nor the
+// mathematics library that the core brings along.
+#include "core/branch/loader.h"
+
+#include "core/serv/processor.h"
+#include "core/serv/settings.h"
+#include "core/serv/status.h"
+#include "frame/symbol.h"
 #include "orv/branch.h"
 
+#include <climits>
+#include <cstdio>
+#include <cstring>
 #include <dlfcn.h>
-#include <string>
+#include <elf.h>
+#include <link.h>
+#include <pthread.h>
 
+namespace orv::core {
 namespace {
 
-// The branch lies beside the core.
-void* open_branch()
+constexpr const char* branch_file = "liborv_mc3.so";
+constexpr const char* tag_symbol = "dll_cpu_version"; // answers the branch's tag
+constexpr int tag = 3;
+
+struct Branch {
+    orv_status status = ORV_NO_BRANCH;
+    char sentence[2 * PATH_MAX]; // why the branch is not open
+    char path[PATH_MAX], version[32], core_path[PATH_MAX];
+};
+Branch branch;
+
+template <class... Arguments> void refuse(orv_status status, const char* format, Arguments... arguments)
+{
+    branch.status = status;
+    std::snprintf(branch.sentence, sizeof branch.sentence, format, arguments...);
+}
+
+const char* linker_reason()
+{
+    const char* reason = dlerror();
+    return reason ? reason : "no reason given";
+}
+
+// Puts the core in the global scope, and finds the folder it was loaded from. The scope keeps what it is told when the
+// handle is given back.
+bool find_core(char* folder)
 {
     Dl_info self;
-    if (dladdr(reinterpret_cast<void*>(orv_branch_symbol), &self) == 0) return nullptr;
-    const std::string core = self.dli_fname;
-    return dlopen((core.substr(0, core.rfind('/') + 1) + "liborv_mc3.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (dladdr(reinterpret_cast<void*>(branch_symbol), &self) == 0) return false;
+    std::snprintf(branch.core_path, sizeof branch.core_path, "%s", self.dli_fname);
+    void* handle = dlopen(self.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);
+    if (handle == nullptr) return false;
+    const bool known = dlinfo(handle, RTLD_DI_ORIGIN, folder) == 0; // absolute also when the program changed folder
+    dlclose(handle);
+    return known;
+}
+
+// The version that the branch carries as an ELF note (name "orv", type 1) in its first loaded pages.
+struct Note {
+    const void* address; // within the object
+    char* version;
+    std::size_t size;
+};
+
+int read_note(dl_phdr_info* object, std::size_t, void* argument)
+{
+    auto& note = *static_cast<Note*>(argument);
+    const auto inside = [&](const ElfW(Phdr) & p) {
+        const auto offset = reinterpret_cast<ElfW(Addr)>(note.address) - object->dlpi_addr - p.p_vaddr;
+        return p.p_type == PT_LOAD && offset < p.p_memsz;
+    };
+    bool ours = false;
+    for (int i = 0; i < object->dlpi_phnum; ++i) ours |= inside(object->dlpi_phdr[i]);
+    if (!ours) return 0;
+    for (int i = 0; i < object->dlpi_phnum; ++i) {
+        const auto& p = object->dlpi_phdr[i];
+        if (p.p_type != PT_NOTE || p.p_align > 4) continue;
+        const char* at = reinterpret_cast<const char*>(object->dlpi_addr + p.p_vaddr);
+        const char* const end = at + p.p_memsz;
+        while (at + sizeof(ElfW(Nhdr)) <= end) {
+            const auto& head = *reinterpret_cast<const ElfW(Nhdr)*>(at);
+            const char* name = at + sizeof head;
+            const char* text = name + round_up(head.n_namesz, 4);
+            if (head.n_type == 1 && head.n_namesz == 4 && std::memcmp(name, "orv", 4) == 0)
+                std::snprintf(note.version, note.size, "%.*s", static_cast<int>(head.n_descsz), text);
+            at = text + round_up(head.n_descsz, 4);
+        }
+    }
+    return 1;
+}
+
+// The handle stays open only where a lookup in the global scope finds some other object's symbol: then nothing records
+// that the core needs the branch.
+void keep_without_handle(void* handle)
+{
+    if (dlsym(RTLD_DEFAULT, tag_symbol) == dlsym(handle, tag_symbol)) dlclose(handle);
+}
+
+void open_once()
+{
+    const Processor& p = processor();
+    if (!p.sse42)
+        return refuse(ORV_OLD_PROCESSOR,
+                      "this processor (%s) lacks SSE4.2, which all kernels use: run the program on one made since 2009",
+                      p.name);
+
+    char folder[PATH_MAX];
+    if (!find_core(folder))
+        return refuse(ORV_NO_BRANCH, "liborv.so cannot find out where it lies: link it as a shared library");
+    if (const char* given = text(Setting::branch_path)) std::snprintf(branch.path, sizeof branch.path, "%s", given);
+    else if (std::snprintf(branch.path, sizeof branch.path, "%s/%s", folder, branch_file) >= PATH_MAX)
+        return refuse(ORV_NO_BRANCH, "the path of %s is too long: install orv in another folder", branch_file);
+
+    void* handle = dlopen(branch.path, RTLD_NOW | RTLD_GLOBAL);
+    if (handle == nullptr)
+        return refuse(ORV_NO_BRANCH,
+                      "the library of kernels cannot be opened (%s): put %s of version %s beside liborv.so, or set "
+                      "ORV_BRANCH_PATH to its path",
+                      linker_reason(), branch_file, ORV_VERSION);
+
+    const auto cpu_version = reinterpret_cast<int (*)()>(dlsym(handle, tag_symbol));
+    Note note{reinterpret_cast<void*>(cpu_version), branch.version, sizeof branch.version};
+    if (cpu_version != nullptr) dl_iterate_phdr(read_note, &note);
+    if (cpu_version == nullptr || cpu_version() != tag || std::strcmp(branch.version, ORV_VERSION) != 0) {
+        refuse(ORV_BRANCH_MISMATCH,
+               "%s is not the library of kernels of version %s (it %s%s): install both libraries from one build, or "
+               "correct ORV_BRANCH_PATH",
+               branch.path, ORV_VERSION, branch.version[0] ? "has version " : "tells no version", branch.version);
+        dlclose(handle);
+        return;
+    }
+    keep_without_handle(handle);
+    branch.status = ORV_OK;
 }
 
 } // namespace
 
-__attribute__((visibility("default"))) void* orv_branch_symbol(const char* name)
+orv_status open_branch()
 {
-    static void* const branch = open_branch();
-    return branch ? dlsym(branch, name) : nullptr;
+    static pthread_once_t once = PTHREAD_ONCE_INIT; // starts afresh in a child that was forked in its midst
+    pthread_once(&once, open_once);
+    return branch.status == ORV_OK ? ORV_OK : fail(branch.status, "%s", branch.sentence);
+}
+
+void* branch_symbol(const char* name)
+{
+    if (open_branch() != ORV_OK) return nullptr;
+    void* handle = dlopen(branch.path, RTLD_NOW | RTLD_NOLOAD);
+    void* address = handle ? dlsym(handle, name) : nullptr;
+    if (handle) dlclose(handle);
+    if (address == nullptr)
+        fail(ORV_NO_KERNEL, "%s has no symbol %s: install both libraries from one build", branch.path, name);
+    return address;
+}
+
+} // namespace orv::core
+
+using namespace orv::core;
+
+const char* orv_version() { return ORV_VERSION; }
+const char* orv_path() { return (open_branch(), branch.core_path); }
+orv_status orv_branch_status() { return open_branch(); }
+const char* orv_branch_name() { return open_branch() == ORV_OK ? "mc3" : nullptr; }
+const char* orv_branch_version() { return open_branch() == ORV_OK ? branch.version : nullptr; }
+const char* orv_branch_path() { return (open_branch(), branch.path[0] ? branch.path : nullptr); }
+void* orv_branch_symbol(const char* name) { return branch_symbol(name); }
+
+orv_status orv_check()
+{
+    if (const orv_status status = open_branch(); status != ORV_OK) return status;
+    const char* problem = settings_problem();
+    return problem ? fail(ORV_BAD_SETTING, "%s", problem) : ORV_OK;
 }

@@ -1,18 +1,228 @@
+// Work memory for kernels: aligned blocks of the C library's allocator, the last few of each thread kept for reuse.
+//
+// A kernel takes one or two large blocks a call and returns them in the same call; fresh pages from the system would
+// cost it more than a small product. So each thread keeps up to four returned blocks. Only the owner puts blocks in its
+// shelf; anyone may empty a place (orv_free_memory does), so a place is one atomic pointer that is taken by exchange,
+// and taking and returning a block needs no lock. A block that another thread returns moves to that thread's shelf.
+//
+// Objects that outlive a call (orv_serv_malloc) are not kept: they come and go rarely, in all sizes.
+#include "orv/memory.h"
+#include "core/serv/settings.h"
 #include "frame/serv.h"
 #include "frame/symbol.h"
 
+#include <atomic>
 #include <cstdlib>
+#include <cstring>
+#include <pthread.h>
 
-ORV_EXPORT void* orv_serv_allocate(orv::i64 bytes, orv::i64 alignment)
+namespace orv::core {
+namespace {
+
+// Stands right below each block.
+struct Header {
+    void* origin; // what the C library gave
+    i64 capacity; // of work memory; 0: never kept
+};
+
+constexpr i64 least_alignment = 128;     // work blocks start a pair of cache lines, whatever was asked
+constexpr i64 granule = 4096;            // capacities are multiples, so that nearby sizes share blocks
+constexpr i64 most_bytes = i64{1} << 47; // the address space of a process
+
+Header& header(void* block) { return static_cast<Header*>(block)[-1]; }
+
+bool sensible(i64 bytes, i64 alignment)
 {
-    void* block = nullptr;
-    return posix_memalign(&block, alignment < 16 ? 16 : alignment, bytes) == 0 ? block : nullptr;
+    const bool power_of_two = alignment > 0 && (alignment & (alignment - 1)) == 0;
+    return power_of_two && alignment <= most_bytes && bytes >= 0 && bytes <= most_bytes;
 }
-ORV_EXPORT void orv_serv_deallocate(void* block) { free(block); }
-ORV_EXPORT void* orv_serv_malloc(orv::i64 bytes, orv::i64 alignment) { return orv_serv_allocate(bytes, alignment); }
-ORV_EXPORT void orv_serv_free(void* block) { free(block); }
-ORV_EXPORT int orv_serv_check_ptr(const void* block, const char*, int) { return block == nullptr; }
-ORV_EXPORT int orv_serv_cbwr_get(int) { return 1; }
-ORV_EXPORT void orv_serv_cache_info(orv::i32* entries) { entries[0] = 0; }
-ORV_EXPORT int orv_serv_get_microarchitecture() { return 0; }
-ORV_EXPORT int orv_serv_lsame(const char* a, const char* b, int, int) { return ((*a ^ *b) & 0xdf) == 0; }
+
+// Null if there is no memory, or if the request makes no sense.
+void* fresh(i64 bytes, i64 alignment, i64 capacity)
+{
+    if (!sensible(bytes, alignment)) return nullptr;
+    alignment = max(alignment, sizeof(Header));
+    void* origin;
+    if (posix_memalign(&origin, alignment, alignment + bytes) != 0) return nullptr;
+    void* block = static_cast<char*>(origin) + alignment;
+    header(block) = {origin, capacity};
+    return block;
+}
+
+constinit std::atomic<i64> held{0};        // capacities of all work blocks, in use or kept
+constinit std::atomic<i64> user_limit{-1}; // -1: as the environment says
+
+i64 limit()
+{
+    const i64 given = user_limit.load(std::memory_order_relaxed);
+    return given >= 0 ? given : number(Setting::memory_limit);
+}
+
+void release(void* block)
+{
+    const Header h = header(block);
+    if (h.capacity > 0) held.fetch_sub(h.capacity, std::memory_order_relaxed);
+    std::free(h.origin);
+}
+
+struct Shelf {
+    static constexpr int places = 4;
+    std::atomic<void*> block[places];
+    i64 capacity[places]; // of what was put there last; only the owner looks
+    Shelf *next, *previous;
+    bool listed;
+
+    // A place whose block serves, the smallest such; taken blocks leave the place empty.
+    void* take(i64 bytes, i64 alignment)
+    {
+        int best = -1;
+        for (int i = 0; i < places; ++i) {
+            const auto kept = reinterpret_cast<std::uintptr_t>(block[i].load(std::memory_order_relaxed));
+            if (kept == 0 || (kept & (alignment - 1)) != 0 || capacity[i] < bytes) continue;
+            if (best < 0 || capacity[i] < capacity[best]) best = i;
+        }
+        return best < 0 ? nullptr : block[best].exchange(nullptr, std::memory_order_acquire);
+    }
+
+    // Keeps a block in an empty place, else in place of the smallest, which is returned, if that one is smaller.
+    void* keep(void* returned)
+    {
+        const i64 size = header(returned).capacity;
+        int place = 0;
+        for (int i = 0; i < places; ++i) {
+            if (block[i].load(std::memory_order_relaxed) == nullptr) {
+                place = i;
+                break;
+            }
+            if (capacity[i] < capacity[place]) place = i;
+        }
+        if (block[place].load(std::memory_order_relaxed) != nullptr && capacity[place] >= size) return returned;
+        capacity[place] = size;
+        return block[place].exchange(returned, std::memory_order_acq_rel);
+    }
+
+    void clear()
+    {
+        for (auto& place : block)
+            if (void* kept = place.exchange(nullptr, std::memory_order_acquire)) release(kept);
+    }
+};
+
+// All shelves with blocks, so that one call can empty them. A shelf lies in its thread's own storage and leaves the
+// list before that storage goes.
+thread_local Shelf own;
+Shelf* shelves;
+bool closed; // nothing is kept any more
+pthread_mutex_t shelves_mutex = PTHREAD_MUTEX_INITIALIZER;
+pthread_key_t thread_end; // its destructor runs at the end of each thread that has a listed shelf
+
+struct Lock {
+    Lock() { pthread_mutex_lock(&shelves_mutex); }
+    ~Lock() { pthread_mutex_unlock(&shelves_mutex); }
+};
+
+bool list_own()
+{
+    if (own.listed) return true;
+    const Lock lock;
+    if (closed || pthread_setspecific(thread_end, &own) != 0) return false;
+    own.next = shelves, own.previous = nullptr;
+    if (shelves) shelves->previous = &own;
+    shelves = &own;
+    return own.listed = true;
+}
+
+void end_thread(void*)
+{
+    const Lock lock;
+    own.clear();
+    if (!own.listed) return;
+    (own.previous ? own.previous->next : shelves) = own.next;
+    if (own.next) own.next->previous = own.previous;
+    own.listed = false; // a later destructor of this thread may still ask for memory and list it again
+}
+
+// Empties all shelves and takes all but one off the list.
+void clear_all_but(const Shelf* staying)
+{
+    for (Shelf *shelf = shelves, *next; shelf != nullptr; shelf = next) {
+        next = shelf->next;
+        if (shelf == staying) continue;
+        shelf->clear();
+        shelf->next = shelf->previous = nullptr, shelf->listed = false;
+    }
+    shelves = staying != nullptr && staying->listed ? const_cast<Shelf*>(staying) : nullptr;
+    if (shelves) shelves->next = shelves->previous = nullptr;
+}
+
+[[gnu::constructor]] void start()
+{
+    pthread_key_create(&thread_end, end_thread);
+    // A child must inherit the lock open, and has only the thread that forked: the others' blocks are nobody's.
+    pthread_atfork([] { pthread_mutex_lock(&shelves_mutex); }, [] { pthread_mutex_unlock(&shelves_mutex); },
+                   [] { clear_all_but(&own), pthread_mutex_unlock(&shelves_mutex); });
+}
+
+// Unloading leaves no memory behind, and no destructor that a thread would call after the code is gone.
+[[gnu::destructor]] void stop()
+{
+    {
+        const Lock lock;
+        closed = true;
+        clear_all_but(nullptr);
+    }
+    pthread_key_delete(thread_end);
+}
+
+} // namespace
+} // namespace orv::core
+
+using namespace orv;
+using namespace orv::core;
+
+ORV_EXPORT void* orv_serv_allocate(i64 bytes, i64 alignment)
+{
+    if (!sensible(bytes, alignment)) return nullptr;
+    if (void* kept = own.take(bytes, alignment)) return kept;
+    const i64 capacity = round_up(max(bytes, 1), granule);
+    void* block = fresh(capacity, max(alignment, least_alignment), capacity);
+    if (block != nullptr) held.fetch_add(capacity, std::memory_order_relaxed);
+    return block;
+}
+
+ORV_EXPORT void orv_serv_deallocate(void* block)
+{
+    if (block == nullptr) return;
+    const bool may_keep = header(block).capacity > 0 && held.load(std::memory_order_relaxed) <= limit();
+    if (may_keep && list_own()) block = own.keep(block);
+    if (block != nullptr) release(block);
+}
+
+ORV_EXPORT void* orv_serv_malloc(i64 bytes, i64 alignment) { return fresh(bytes, alignment, 0); }
+
+ORV_EXPORT void* orv_serv_calloc(i64 count, i64 element_size, i64 alignment)
+{
+    i64 bytes;
+    if (count < 0 || element_size < 0 || __builtin_mul_overflow(count, element_size, &bytes)) return nullptr;
+    void* block = fresh(bytes, alignment, 0);
+    return block ? std::memset(block, 0, bytes) : nullptr;
+}
+
+// The operations share their blocks' form, so a block may come back by either.
+ORV_EXPORT void orv_serv_free(void* block) { orv_serv_deallocate(block); }
+
+void orv_free_memory()
+{
+    const Lock lock;
+    for (Shelf* shelf = shelves; shelf != nullptr; shelf = shelf->next) shelf->clear();
+}
+
+void orv_set_memory_limit(size_t bytes)
+{
+    const i64 limit = bytes < static_cast<size_t>(most_bytes) ? static_cast<i64>(bytes) : most_bytes;
+    user_limit.store(limit, std::memory_order_relaxed);
+    if (held.load(std::memory_order_relaxed) > limit) orv_free_memory();
+}
+
+size_t orv_get_memory_limit() { return limit(); }
+size_t orv_memory_held() { return held.load(std::memory_order_relaxed); }

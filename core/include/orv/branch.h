@@ -1,16 +1,26 @@
-/* Which body of kernels runs, and direct access to it. */
+/* Which library of kernels runs, and direct access to it. Every function here opens it if that has not happened yet;
+   none of them is needed before a computation. Thread-safe. */
 #ifndef ORV_BRANCH_H
 #define ORV_BRANCH_H
 
-#ifdef __cplusplus
-extern "C" {
-#endif
+#include <orv/status.h>
 
-/* Address of an exported kernel of the branch, by its full symbol name, or null if the branch exports no such name
-   or cannot be opened. The address stays valid as long as the library is loaded. Thread-safe. */
-void* orv_branch_symbol(const char* name);
+/* Version of liborv.so, such as "0.1.0", and the path that it was loaded from. */
+ORV_API const char* orv_version(void);
+ORV_API const char* orv_path(void);
 
-#ifdef __cplusplus
-}
-#endif
+/* ORV_OK if the kernels can run; else ORV_OLD_PROCESSOR, ORV_NO_BRANCH or ORV_BRANCH_MISMATCH, and orv_last_error()
+   says what to do. */
+ORV_API orv_status orv_branch_status(void);
+
+/* Name of the branch of kernels that runs on this processor ("mc3"), its version, and the path of its library. Name and
+   version are null while orv_branch_status() is not ORV_OK; the path then names the file that was tried, or is null. */
+ORV_API const char* orv_branch_name(void);
+ORV_API const char* orv_branch_version(void);
+ORV_API const char* orv_branch_path(void);
+
+/* Address of a kernel by its full symbol name ("orv_blas_mc3_xddot"), or null with the reason in orv_last_error().
+   It stays valid as long as liborv.so is loaded. */
+ORV_API void* orv_branch_symbol(const char* name);
+
 #endif

@@ -1,0 +1,17 @@
+/* orv: numerical kernels for 64-bit x86 Linux. Everything that a program can call.
+
+   All functions can be called from C and C++, from any thread, at any time after the library is loaded; there is no
+   call to begin or to end with. The library never prints, aborts or exits, and leaves the program's floating-point
+   modes and OpenMP settings alone. */
+#ifndef ORV_H
+#define ORV_H
+
+#include <orv/branch.h>
+#include <orv/memory.h>
+#include <orv/numerics.h>
+#include <orv/processor.h>
+#include <orv/settings.h>
+#include <orv/status.h>
+#include <orv/threads.h>
+
+#endif

@@ -1,0 +1,72 @@
+#include "core/serv/status.h"
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+
+namespace orv::core {
+namespace {
+
+// Plain data: a thread_local object with a destructor would pin the library in memory for good.
+struct Record {
+    orv_status status;
+    char sentence[1024];
+};
+thread_local Record latest;
+
+constinit std::atomic<orv_argument_handler> argument_handler{nullptr};
+
+} // namespace
+
+orv_status fail(orv_status status, const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(latest.sentence, sizeof latest.sentence, format, arguments);
+    va_end(arguments);
+    return latest.status = status;
+}
+
+orv_status last_status() { return latest.status; }
+
+orv_status bad_argument(const char* routine, int argument)
+{
+    if (const auto handler = argument_handler.load()) {
+        handler(routine, argument);
+        return -argument;
+    }
+    return fail(-argument, "%s: argument %d is not allowed; see the routine's description for its range", routine,
+                argument);
+}
+
+} // namespace orv::core
+
+const char* orv_last_error() { return orv::core::latest.sentence; }
+
+orv_argument_handler orv_set_argument_handler(orv_argument_handler handler)
+{
+    return orv::core::argument_handler.exchange(handler);
+}
+
+const char* orv_status_text(orv_status status)
+{
+    if (status < 0) return "an argument is not allowed; its number is the status without the sign";
+    switch (status) {
+    case ORV_OK:
+        return "done";
+    case ORV_NO_BRANCH:
+        return "the library of kernels cannot be opened";
+    case ORV_OLD_PROCESSOR:
+        return "the processor lacks instructions that the kernels use";
+    case ORV_BRANCH_MISMATCH:
+        return "the library of kernels belongs to another version";
+    case ORV_NO_KERNEL:
+        return "the library of kernels lacks a kernel";
+    case ORV_NO_MEMORY:
+        return "no memory is left";
+    case ORV_BAD_SETTING:
+        return "a setting makes no sense";
+    default:
+        return "no status of this library";
+    }
+}
