@@ -22,6 +22,7 @@
 
 #include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <elf.h>
@@ -60,12 +61,15 @@ bool find_core(char* folder)
 {
     Dl_info self;
     if (dladdr(reinterpret_cast<void*>(branch_symbol), &self) == 0) return false;
-    std::snprintf(branch.core_path, sizeof branch.core_path, "%s", self.dli_fname);
     void* handle = dlopen(self.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);
     if (handle == nullptr) return false;
-    const bool known = dlinfo(handle, RTLD_DI_ORIGIN, folder) == 0; // absolute also when the program changed folder
+    char origin[PATH_MAX]; // absolute, also if the program has changed its folder since
+    const bool known = dlinfo(handle, RTLD_DI_ORIGIN, origin) == 0;
     dlclose(handle);
-    return known;
+    if (!known || realpath(origin, folder) == nullptr) return false;
+    const char* slash = std::strrchr(self.dli_fname, '/');
+    const char* file = slash ? slash + 1 : self.dli_fname;
+    return std::snprintf(branch.core_path, PATH_MAX, "%s/%s", folder, file) < PATH_MAX;
 }
 
 // The version that the branch carries as an ELF note (name "orv", type 1) in its first loaded pages.
@@ -111,15 +115,15 @@ void keep_without_handle(void* handle)
 
 void open_once()
 {
+    char folder[PATH_MAX];
+    if (!find_core(folder))
+        return refuse(ORV_NO_BRANCH, "liborv.so cannot find out where it lies: link it as a shared library");
     const Processor& p = processor();
     if (!p.sse42)
         return refuse(ORV_OLD_PROCESSOR,
                       "this processor (%s) lacks SSE4.2, which all kernels use: run the program on one made since 2009",
                       p.name);
 
-    char folder[PATH_MAX];
-    if (!find_core(folder))
-        return refuse(ORV_NO_BRANCH, "liborv.so cannot find out where it lies: link it as a shared library");
     if (const char* given = text(Setting::branch_path)) std::snprintf(branch.path, sizeof branch.path, "%s", given);
     else if (std::snprintf(branch.path, sizeof branch.path, "%s/%s", folder, branch_file) >= PATH_MAX)
         return refuse(ORV_NO_BRANCH, "the path of %s is too long: install orv in another folder", branch_file);

@@ -49,13 +49,15 @@ void* fresh(i64 bytes, i64 alignment, i64 capacity)
     return block;
 }
 
-constinit std::atomic<i64> held{0};        // capacities of all work blocks, in use or kept
-constinit std::atomic<i64> user_limit{-1}; // -1: as the environment says
+constinit std::atomic<i64> held{0};       // capacities of all work blocks, in use or kept
+constinit std::atomic<i64> most_kept{-1}; // -1: the environment is not read yet
 
 i64 limit()
 {
-    const i64 given = user_limit.load(std::memory_order_relaxed);
-    return given >= 0 ? given : number(Setting::memory_limit);
+    i64 known = most_kept.load(std::memory_order_relaxed);
+    if (known >= 0) return known;
+    const i64 found = number(Setting::memory_limit);
+    return most_kept.compare_exchange_strong(known, found) ? found : known;
 }
 
 void release(void* block)
@@ -84,21 +86,23 @@ struct Shelf {
         return best < 0 ? nullptr : block[best].exchange(nullptr, std::memory_order_acquire);
     }
 
-    // Keeps a block in an empty place, else in place of the smallest, which is returned, if that one is smaller.
+    // Keeps a block in an empty place, else in place of the smallest if that one is smaller. What finds no place is
+    // returned.
     void* keep(void* returned)
     {
         const i64 size = header(returned).capacity;
-        int place = 0;
+        int smallest = 0;
         for (int i = 0; i < places; ++i) {
             if (block[i].load(std::memory_order_relaxed) == nullptr) {
-                place = i;
-                break;
+                capacity[i] = size;
+                block[i].store(returned, std::memory_order_release); // only the owner fills places
+                return nullptr;
             }
-            if (capacity[i] < capacity[place]) place = i;
+            if (capacity[i] < capacity[smallest]) smallest = i;
         }
-        if (block[place].load(std::memory_order_relaxed) != nullptr && capacity[place] >= size) return returned;
-        capacity[place] = size;
-        return block[place].exchange(returned, std::memory_order_acq_rel);
+        if (capacity[smallest] >= size) return returned;
+        capacity[smallest] = size;
+        return block[smallest].exchange(returned, std::memory_order_acq_rel);
     }
 
     void clear()
@@ -121,46 +125,47 @@ struct Lock {
     ~Lock() { pthread_mutex_unlock(&shelves_mutex); }
 };
 
-bool list_own()
+[[gnu::noinline]] bool enlist(Shelf& shelf)
 {
-    if (own.listed) return true;
     const Lock lock;
-    if (closed || pthread_setspecific(thread_end, &own) != 0) return false;
-    own.next = shelves, own.previous = nullptr;
-    if (shelves) shelves->previous = &own;
-    shelves = &own;
-    return own.listed = true;
+    if (closed || pthread_setspecific(thread_end, &shelf) != 0) return false;
+    shelf.next = shelves, shelf.previous = nullptr;
+    if (shelves) shelves->previous = &shelf;
+    shelves = &shelf;
+    return shelf.listed = true;
 }
 
 void end_thread(void*)
 {
     const Lock lock;
     own.clear();
-    if (!own.listed) return;
+    if (!own.listed || closed) return;
     (own.previous ? own.previous->next : shelves) = own.next;
     if (own.next) own.next->previous = own.previous;
     own.listed = false; // a later destructor of this thread may still ask for memory and list it again
 }
 
-// Empties all shelves and takes all but one off the list.
-void clear_all_but(const Shelf* staying)
+void clear_all()
 {
-    for (Shelf *shelf = shelves, *next; shelf != nullptr; shelf = next) {
-        next = shelf->next;
-        if (shelf == staying) continue;
-        shelf->clear();
-        shelf->next = shelf->previous = nullptr, shelf->listed = false;
-    }
-    shelves = staying != nullptr && staying->listed ? const_cast<Shelf*>(staying) : nullptr;
-    if (shelves) shelves->next = shelves->previous = nullptr;
+    for (Shelf* shelf = shelves; shelf != nullptr; shelf = shelf->next) shelf->clear();
+}
+
+void before_fork() { pthread_mutex_lock(&shelves_mutex); }
+void after_fork() { pthread_mutex_unlock(&shelves_mutex); }
+
+// The child has only the thread that forked: kept blocks of the others would be nobody's.
+void begin_child()
+{
+    clear_all();
+    own.next = own.previous = nullptr;
+    shelves = own.listed ? &own : nullptr;
+    after_fork();
 }
 
 [[gnu::constructor]] void start()
 {
     pthread_key_create(&thread_end, end_thread);
-    // A child must inherit the lock open, and has only the thread that forked: the others' blocks are nobody's.
-    pthread_atfork([] { pthread_mutex_lock(&shelves_mutex); }, [] { pthread_mutex_unlock(&shelves_mutex); },
-                   [] { clear_all_but(&own), pthread_mutex_unlock(&shelves_mutex); });
+    pthread_atfork(before_fork, after_fork, begin_child);
 }
 
 // Unloading leaves no memory behind, and no destructor that a thread would call after the code is gone.
@@ -169,7 +174,7 @@ void clear_all_but(const Shelf* staying)
     {
         const Lock lock;
         closed = true;
-        clear_all_but(nullptr);
+        clear_all();
     }
     pthread_key_delete(thread_end);
 }
@@ -193,8 +198,10 @@ ORV_EXPORT void* orv_serv_allocate(i64 bytes, i64 alignment)
 ORV_EXPORT void orv_serv_deallocate(void* block)
 {
     if (block == nullptr) return;
-    const bool may_keep = header(block).capacity > 0 && held.load(std::memory_order_relaxed) <= limit();
-    if (may_keep && list_own()) block = own.keep(block);
+    if (header(block).capacity > 0 && held.load(std::memory_order_relaxed) <= limit()) {
+        Shelf& shelf = own;
+        if (shelf.listed || enlist(shelf)) block = shelf.keep(block);
+    }
     if (block != nullptr) release(block);
 }
 
@@ -214,13 +221,13 @@ ORV_EXPORT void orv_serv_free(void* block) { orv_serv_deallocate(block); }
 void orv_free_memory()
 {
     const Lock lock;
-    for (Shelf* shelf = shelves; shelf != nullptr; shelf = shelf->next) shelf->clear();
+    clear_all();
 }
 
 void orv_set_memory_limit(size_t bytes)
 {
     const i64 limit = bytes < static_cast<size_t>(most_bytes) ? static_cast<i64>(bytes) : most_bytes;
-    user_limit.store(limit, std::memory_order_relaxed);
+    most_kept.store(limit, std::memory_order_relaxed);
     if (held.load(std::memory_order_relaxed) > limit) orv_free_memory();
 }
 

@@ -53,6 +53,7 @@ int available_threads()
 
 void run_team(int threads, void (*body)(void*, int, int), void* argument)
 {
+    if (forked.load(std::memory_order_relaxed)) return body(argument, 0, 1);
     static pthread_once_t pinned = PTHREAD_ONCE_INIT;
     pthread_once(&pinned, pin_openmp);
 

@@ -1,0 +1,12 @@
+// The verbs of the `orv` command. Each gets what follows its name and returns the exit status.
+#pragma once
+
+#include <span>
+
+namespace orv::cli {
+
+using Words = std::span<const char* const>;
+
+int info(Words words);
+
+} // namespace orv::cli
