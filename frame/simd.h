@@ -81,6 +81,32 @@ template <int n, class T> ORV_INLINE void store_first(T* p, vec<T> v)
     }
 }
 
+// n elements from any address to the last n lanes, zeros in the others; nothing before or behind them is touched.
+template <int n, class T> ORV_INLINE vec<T> load_last(const T* p)
+{
+    constexpr int bytes = n * sizeof(T);
+    const auto* r = reinterpret_cast<const real_t<T>*>(p);
+    if constexpr (bytes == vector_bytes) return loadu(p);
+    else if constexpr (sizeof(*r) == 8) return {_mm_loadh_pd(_mm_setzero_pd(), r)};
+    else {
+        const __m128 one = _mm_load_ss(r);
+        if constexpr (bytes == 4) return {_mm_shuffle_ps(one, one, _MM_SHUFFLE(0, 1, 1, 1))};
+        else if constexpr (bytes == 8) return {_mm_loadh_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(r))};
+        else
+            return {_mm_loadh_pi(_mm_shuffle_ps(one, one, _MM_SHUFFLE(1, 1, 0, 1)),
+                                 reinterpret_cast<const __m64*>(r + 1))};
+    }
+}
+
+// The register that starts at lane `offset` of low and goes on into high.
+template <int offset, class T> ORV_INLINE vec<T> splice(vec<T> low, vec<T> high)
+{
+    constexpr int bytes = offset * sizeof(T);
+    if constexpr (sizeof(real_t<T>) == 8) return {_mm_shuffle_pd(low.r, high.r, 1)};
+    else if constexpr (bytes == 8) return {_mm_shuffle_ps(low.r, high.r, _MM_SHUFFLE(1, 0, 3, 2))};
+    else return {_mm_castsi128_ps(_mm_alignr_epi8(_mm_castps_si128(high.r), _mm_castps_si128(low.r), bytes))};
+}
+
 // Asks for the cache line at p, wherever that is; never faults.
 ORV_INLINE void prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0); }
 
