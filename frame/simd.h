@@ -176,6 +176,14 @@ ORV_INLINE void transpose(vec<cpx<float>> (&v)[2])
 }
 ORV_INLINE void transpose(vec<cpx<double>> (&)[1]) {}
 
+// Complex numbers whose parts are the sums of neighbours: real parts of the first, imaginary parts of the second.
+ORV_INLINE vec<cpx<double>> add_pairs(vec<cpx<double>> re, vec<cpx<double>> im) { return {_mm_hadd_pd(re.r, im.r)}; }
+ORV_INLINE vec<cpx<float>> add_pairs(vec<cpx<float>> re, vec<cpx<float>> im)
+{
+    const __m128 sums = _mm_hadd_ps(re.r, im.r);
+    return {_mm_shuffle_ps(sums, sums, _MM_SHUFFLE(3, 1, 2, 0))};
+}
+
 // A scalar made ready to multiply vectors. For complex numbers: x*re + swap(x)*(-im, im), which rounds exactly
 // as the plain formula (a.re*x.re - a.im*x.im, a.re*x.im + a.im*x.re).
 template <class T> struct factor {

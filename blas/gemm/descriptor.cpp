@@ -1,0 +1,94 @@
+// The descriptor that binds a call to a kernel record.
+#include "blas/gemm/driver.h"
+#include "blas/gemm/tables.h"
+#include "frame/serv.h"
+
+namespace orv::gemm {
+
+// Clears everything but the four fields that choosing a kernel overwrites anyway.
+template <class T> void zero_desc(Desc<T>* desc)
+{
+    const i64 m_min = desc->m_min, n_min = desc->n_min, k_min = desc->k_min;
+    const i32 scratch_factor = desc->scratch_factor;
+    *desc = {};
+    desc->m_min = m_min, desc->n_min = n_min, desc->k_min = k_min;
+    desc->scratch_factor = scratch_factor;
+}
+
+namespace {
+
+// Binds a record; 1 if there is none of that index. Block sizes that the caller has set stay.
+template <class T> int get_kernel(i32 index, Desc<T>* desc)
+{
+    if (index < 0 || index >= sizes<T>.n_kernels) return 1;
+    const Record<T>& record = all_kernels(desc)[index];
+    desc->kernel_index = index;
+    desc->capability_mask = record.capability_mask;
+    desc->m_unit = record.m_unit, desc->n_unit = record.n_unit, desc->k_unit = record.k_unit;
+    desc->m_min = record.m_min, desc->n_min = record.n_min, desc->k_min = record.k_min;
+    desc->get_blks_size = record.get_blks_size;
+    desc->get_bufs_size = record.get_bufs_size;
+    desc->get_bufs = record.get_bufs;
+    desc->copyan = record.copyan, desc->copyat = record.copyat, desc->copyac = record.copyac;
+    desc->copybn = record.copybn, desc->copybt = record.copybt, desc->copybc = record.copybc;
+    desc->copya_ext = record.copya_ext, desc->copyb_ext = record.copyb_ext;
+    desc->scratch_factor = record.scratch_factor;
+    desc->ker = record.ker;
+    return 0;
+}
+
+constexpr int second_record_processor = 0x42;
+
+} // namespace
+
+template <class T> int get_optimal_kernel(Desc<T>* desc)
+{
+    int entry = 0;
+    if constexpr (sizes<T>.n_kernels > 1) entry = orv_serv_get_microarchitecture() == second_record_processor;
+    return get_kernel(best_kernels(desc)[entry], desc);
+}
+
+// s leaves B in place while a block of it takes at most 512 KiB: the strips that its kernel copies then come from a
+// near cache, and the copy of the whole block is saved. The other types always pack B.
+template <class T> int get_kernel_version(i64 n, i64 k, const Desc<T>* desc)
+{
+    constexpr i64 unpacked_limit = 0x80000;
+    if constexpr (sizeof(T) == 4)
+        if (min(n, desc->nb) * min(k, desc->kb) * static_cast<i64>(sizeof(T)) <= unpacked_limit) return b_unpacked;
+    return b_blocks;
+}
+
+// s reads n, k and the descriptor; the others none of their arguments.
+#define VERSION(t, T)                                                                                                  \
+    ORV_EXPORT int BLAS(t##gemm_get_kernel_version)(const i64*, const i64*, const i64*, const Desc<T>*)                \
+    {                                                                                                                  \
+        return b_blocks;                                                                                               \
+    }
+ORV_EXPORT int BLAS(sgemm_get_kernel_version)(const i64*, const i64* n, const i64* k, const Desc<float>* desc)
+{
+    return get_kernel_version(*n, *k, desc);
+}
+VERSION(d, double)
+VERSION(c, cpx<float>)
+VERSION(z, cpx<double>)
+
+#define DESCRIPTOR(t, T)                                                                                               \
+    template void zero_desc(Desc<T>*);                                                                                 \
+    template int get_optimal_kernel(Desc<T>*);                                                                         \
+    template int get_kernel_version(i64, i64, const Desc<T>*);                                                         \
+    ORV_EXPORT void BLAS(t##gemm_zero_desc)(Desc<T> * desc) { zero_desc(desc); }                                       \
+    ORV_EXPORT void BLAS(t##gemm_num_kernels)(i32 * out) { *out = sizes<T>.n_kernels; }                                \
+    ORV_EXPORT int BLAS(t##gemm_get_kernel)(i32 index, Desc<T> * desc) { return get_kernel(index, desc); }             \
+    ORV_EXPORT int BLAS(t##gemm_get_optimal_kernel)(Desc<T> * desc) { return get_optimal_kernel(desc); }               \
+    ORV_EXPORT int BLAS(t##gemm_api_support)() { return 1; }                                                           \
+    ORV_EXPORT void BLAS(t##gemm_set_blks_size)(i64 mb, i64 nb, i64 kb, Desc<T> * desc)                                \
+    {                                                                                                                  \
+        desc->mb = mb, desc->nb = nb, desc->kb = kb;                                                                   \
+    }
+
+DESCRIPTOR(s, float)
+DESCRIPTOR(d, double)
+DESCRIPTOR(c, cpx<float>)
+DESCRIPTOR(z, cpx<double>)
+
+} // namespace orv::gemm

@@ -1,0 +1,70 @@
+// What the files of the matrix product's driver give to each other, and the values that its arguments take.
+#pragma once
+
+#include "blas/gemm/gemm.h"
+#include "blas/gemm/sizes.h"
+
+namespace orv::gemm {
+
+// Loop orders of the blocked driver.
+enum Version : i32 {
+    by_kernel = 0,        // whatever get_kernel_version says
+    b_blocks = 2,         // n, k, pack B, m, pack A
+    b_unpacked = 4,       // the same with B left in place
+    a_ready = 8,          // the caller has packed A; pack B
+    a_ready_b_place = 16, // the caller has packed A; B stays in place
+    b_ready = 32,         // the caller has packed B; pack A
+    both_ready = 64,      // the caller has packed both
+    a_interleaved = 128,  // m, k, pack B, pack A a panel at a time and use it at once
+    b_interleaved = 256,  // the mirror image
+};
+
+// Work areas that a caller wants, and what they are sized for.
+enum Selector : int {
+    a_scratch_b = 0x64,
+    a_scratch_b_too = 200,
+    only_a = 0x65,
+    only_b = 0x66,
+    a_and_b = 0x67, // for sizing only
+    scratch_b = 0x68,
+    a_scratch = 0x69,
+    only_scratch = 0x6a,
+};
+enum Mode : int { actual_operands = 0x6b, full_blocks = 0x6c };
+
+// Operators by letter, in either case: N, C, and everything else, which is T.
+inline bool is_plain(char op) { return fold(op) == 'N'; }
+inline bool is_conjugated(char op) { return fold(op) == 'C'; }
+
+// Element (i, j) of op(X) for the top left corner (i, j) of a block; conjugation is left to who reads it.
+template <class T> constexpr T* corner(T* x, i64 ld, char op, i64 i, i64 j)
+{
+    return is_plain(op) ? x + i + j * ld : x + j + i * ld;
+}
+
+template <class T> void zero_desc(Desc<T>* desc);
+template <class T> int get_optimal_kernel(Desc<T>* desc);
+template <class T> int get_kernel_version(i64 n, i64 k, const Desc<T>* desc);
+
+// The product without work areas, in plain.cpp.
+template <class T>
+void plain(char transa, char transb, i64 m, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* b, i64 ldb, T beta,
+           T* c, i64 ldc);
+// C(0:m, 0:n) := beta*C; a beta of 0 stores zeros and reads nothing.
+template <class T> void mscale(i64 m, i64 n, T beta, T* c, i64 ldc);
+
+// C(0:m, 0:n) := C + alpha*op(A)*op(B) for k from 1 to 10, else nothing; in small.cpp.
+template <class T>
+void small(const char* transa, const char* transb, i64 m, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* b,
+           i64 ldb, T* c, i64 ldc);
+
+// The blocked product, in blocked.cpp: 0 done, 1 unknown version or no memory in a version that cannot do without.
+template <class T>
+int blocked(char transa, char transb, i64 m, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* b, i64 ldb, T beta,
+            T* c, i64 ldc, i32 version, Desc<T>* desc);
+
+// C := C + alpha*op(A)*op(B) for k = 1: a rank-one update, in driver.cpp.
+void rank_one(char transa, char transb, i64 m, i64 n, double alpha, const double* a, i64 lda, const double* b, i64 ldb,
+              double* c, i64 ldc);
+
+} // namespace orv::gemm

@@ -1,0 +1,92 @@
+// The product without work areas, for small operands and for want of memory; and the scaling of C.
+#include "blas/gemm/direct.h"
+#include "blas/gemm/driver.h"
+#include "frame/symbol.h"
+
+namespace orv::gemm {
+namespace {
+
+// y := beta*y for `columns` neighbouring columns of m rows.
+template <int columns, class T> void scale_columns(i64 m, T beta, T* c, i64 ldc)
+{
+    constexpr int lanes = vec<T>::lanes;
+    const factor<T> f(beta);
+    const bool clear = beta == zero<T>;
+    i64 i = 0;
+    if (clear)
+        for (; i + 2 * lanes <= m; i += 2 * lanes)
+            for (int j = 0; j < columns; ++j)
+                for (int r = 0; r < 2; ++r) storeu(c + i + r * lanes + j * ldc, zeros<T>());
+    else
+        for (; i + 2 * lanes <= m; i += 2 * lanes)
+            for (int j = 0; j < columns; ++j)
+                for (int r = 0; r < 2; ++r) {
+                    T* at = c + i + r * lanes + j * ldc;
+                    storeu(at, f * loadu(at));
+                }
+    for (; i < m; ++i)
+        for (int j = 0; j < columns; ++j) c[i + j * ldc] = clear ? zero<T> : beta * c[i + j * ldc];
+}
+
+// C += alpha*X*Y, in chunks of rows whose part of X stays in the first-level cache while all columns pass.
+template <Rows layout, class T> void add_product(i64 m, i64 n, i64 k, Operands<T> o)
+{
+    constexpr i64 cached = 16384 / sizeof(T), granule = 8;
+    const i64 chunk = max(cached / k / granule * granule, granule);
+    for (i64 i = 0; i < m; i += chunk) {
+        Direct<T, layout>(o, k)(min(m - i, chunk), n);
+        o.x += chunk * (layout == Rows::adjacent ? 1 : o.ldx);
+        o.c += chunk * o.c_row;
+    }
+}
+
+} // namespace
+
+template <class T> void mscale(i64 m, i64 n, T beta, T* c, i64 ldc)
+{
+    i64 j = 0;
+    for (; j + 2 <= n; j += 2) scale_columns<2>(m, beta, c + j * ldc, ldc);
+    if (j < n) scale_columns<1>(m, beta, c + j * ldc, ldc);
+}
+
+// C := beta*C, then C := C + alpha*sum with the sum over all of k in ascending order (direct.h). k of 0 and below, and
+// an alpha of 0, add nothing and leave A and B unread. Letters come in either case.
+template <class T>
+void plain(char transa, char transb, i64 m, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* b, i64 ldb, T beta,
+           T* c, i64 ldc)
+{
+    if (m <= 0 || n <= 0) return;
+    if (beta != one<T>) mscale(m, n, beta, c, ldc);
+    if (k <= 0 || alpha == zero<T>) return;
+
+    const bool na = is_plain(transa), nb = is_plain(transb), ca = is_conjugated(transa), cb = is_conjugated(transb);
+    const factor<T> f(alpha);
+    // Lanes want rows: a flat C is computed as the transposed product.
+    if (m < vec<T>::lanes && m < n) {
+        const Operands<T> o = {b, ldb, a, na ? lda : 1, na ? 1 : lda, c, ldc, 1, cb, ca, f};
+        return nb ? add_product<Rows::apart>(n, m, k, o) : add_product<Rows::adjacent>(n, m, k, o);
+    }
+    const Operands<T> o = {a, lda, b, nb ? 1 : ldb, nb ? ldb : 1, c, 1, ldc, ca, cb, f};
+    return na ? add_product<Rows::adjacent>(m, n, k, o) : add_product<Rows::apart>(m, n, k, o);
+}
+
+#define PLAIN(t, T)                                                                                                    \
+    template void plain(char, char, i64, i64, i64, T, const T*, i64, const T*, i64, T, T*, i64);                       \
+    template void mscale(i64, i64, T, T*, i64);                                                                        \
+    ORV_EXPORT void BLAS(t##gemm_pst)(const char* transa, const char* transb, const i64* m, const i64* n,              \
+                                      const i64* k, const T* alpha, const T* a, const i64* lda, const T* b,            \
+                                      const i64* ldb, const T* beta, T* c, const i64* ldc)                             \
+    {                                                                                                                  \
+        plain(*transa, *transb, *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);                                 \
+    }                                                                                                                  \
+    ORV_EXPORT void BLAS(t##gemm_mscale)(const i64* m, const i64* n, const T* beta, T* c, const i64* ldc)              \
+    {                                                                                                                  \
+        mscale(*m, *n, *beta, c, *ldc);                                                                                \
+    }
+
+PLAIN(s, float)
+PLAIN(d, double)
+PLAIN(c, cpx<float>)
+PLAIN(z, cpx<double>)
+
+} // namespace orv::gemm
