@@ -118,6 +118,29 @@ template <class T> ORV_INLINE vec<T> load_pair(const T* p)
     else return loadu(p);
 }
 
+// Elements at p, p + inc, p + 2*inc, ..., one a lane.
+ORV_INLINE vec<float> gather(const float* p, i64 inc)
+{
+    const __m128 low = _mm_unpacklo_ps(_mm_load_ss(p), _mm_load_ss(p + inc));
+    const __m128 high = _mm_unpacklo_ps(_mm_load_ss(p + 2 * inc), _mm_load_ss(p + 3 * inc));
+    return {_mm_movelh_ps(low, high)};
+}
+ORV_INLINE vec<double> gather(const double* p, i64 inc) { return {_mm_loadh_pd(_mm_load_sd(p), p + inc)}; }
+ORV_INLINE vec<cpx<float>> gather(const cpx<float>* p, i64 inc)
+{
+    return {_mm_loadh_pi(load_first<1>(p).r, reinterpret_cast<const __m64*>(p + inc))};
+}
+ORV_INLINE vec<cpx<double>> gather(const cpx<double>* p, i64 /* one lane */) { return loadu(p); }
+
+// Two neighbouring singles as doubles.
+ORV_INLINE vec<double> load_widened(const float* p) { return {_mm_cvtps_pd(load_first<2>(p).r)}; }
+
+template <class T> ORV_INLINE T first_lane(vec<T> v)
+{
+    if constexpr (is_complex<T>) return {v.r[0], v.r[1]};
+    else return v.r[0];
+}
+
 // The same value in every lane, or the same pair in every pair of lanes.
 ORV_INLINE vec<float> splat(float a) { return {_mm_set1_ps(a)}; }
 ORV_INLINE vec<double> splat(double a) { return {_mm_set1_pd(a)}; }
@@ -183,6 +206,21 @@ ORV_INLINE vec<cpx<float>> add_pairs(vec<cpx<float>> re, vec<cpx<float>> im)
     const __m128 sums = _mm_hadd_ps(re.r, im.r);
     return {_mm_shuffle_ps(sums, sums, _MM_SHUFFLE(3, 1, 2, 0))};
 }
+
+// Magnitudes: the sign bits cleared.
+ORV_INLINE vec<float> magnitude(vec<float> a) { return {_mm_andnot_ps(_mm_set1_ps(-0.0f), a.r)}; }
+ORV_INLINE vec<double> magnitude(vec<double> a) { return {_mm_andnot_pd(_mm_set1_pd(-0.0), a.r)}; }
+
+// The sum of all elements, in lane 0 (the other lanes mean nothing): the upper half of the register is added to the
+// lower half, and of four lanes then lane 1 to lane 0: (0 + 2) + (1 + 3).
+ORV_INLINE vec<float> fold_lanes(vec<float> a)
+{
+    const __m128 half = a.r + _mm_movehl_ps(a.r, a.r);
+    return {half + _mm_shuffle_ps(half, half, 1)};
+}
+ORV_INLINE vec<double> fold_lanes(vec<double> a) { return {a.r + _mm_unpackhi_pd(a.r, a.r)}; }
+ORV_INLINE vec<cpx<float>> fold_lanes(vec<cpx<float>> a) { return {a.r + _mm_movehl_ps(a.r, a.r)}; }
+ORV_INLINE vec<cpx<double>> fold_lanes(vec<cpx<double>> a) { return a; }
 
 // A scalar made ready to multiply vectors. For complex numbers: x*re + swap(x)*(-im, im), which rounds exactly
 // as the plain formula (a.re*x.re - a.im*x.im, a.re*x.im + a.im*x.re).
