@@ -6,6 +6,7 @@
 #ifndef ORV_H
 #define ORV_H
 
+#include <orv/blas.h>
 #include <orv/branch.h>
 #include <orv/memory.h>
 #include <orv/numerics.h>
@@ -13,5 +14,6 @@
 #include <orv/settings.h>
 #include <orv/status.h>
 #include <orv/threads.h>
+#include <orv/types.h>
 
 #endif

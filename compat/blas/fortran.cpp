@@ -1,0 +1,169 @@
+// The Fortran interface: daxpy_ with 32-bit integers, daxpy_64_ with 64-bit ones. Every argument passes by pointer; the
+// lengths of strings that Fortran passes behind the others are not looked at, so C may leave them out.
+//
+// A complex function returns its result by value, in registers, as gfortran and Debian's libraries have it. Code
+// compiled by f2c, or with gfortran -ff2c, expects a pointer before the arguments instead (and sdot_ to return a
+// double): such code needs an adapter with any library of this name.
+#include "compat/blas/report.h"
+#include "frame/arguments.h"
+
+using namespace orv;
+using namespace orv::compat;
+
+namespace {
+
+template <auto& F, auto& Entry, class... P> auto call(P... pointers)
+{
+    if constexpr (is_complex<result_of<F>>) {
+        result_of<F> result;
+        Entry(&result, pointers...);
+        return answer(result);
+    } else if constexpr (std::is_same_v<result_of<F>, orv_status>) done(Entry(pointers...));
+    else return answer(Entry(pointers...));
+}
+
+// Fortran's name of a routine: six letters, upper case.
+struct Name {
+    char text[6] = {' ', ' ', ' ', ' ', ' ', ' '};
+    explicit Name(const char* routine)
+    {
+        for (int i = 0; i < 6 && routine[i] != '\0'; ++i) text[i] = fold(routine[i]);
+    }
+};
+[[gnu::cold]] void report(const char* routine, i32 position) { xerbla_(Name(routine).text, &position, 6); }
+[[gnu::cold]] void report(const char* routine, i64 position) { xerbla_64_(Name(routine).text, &position, 6); }
+
+// An argument by value again, for the checks.
+template <class A, class P> A value(P pointer)
+{
+    if constexpr (std::is_pointer_v<A>) return pointer;
+    else return static_cast<A>(*pointer);
+}
+
+template <auto& F, auto& Entry, class Int, int... i, class Check, class... P>
+void checked(const char* name, Check check, std::integer_sequence<int, i...>, P... pointers)
+{
+    if (const Int bad = check(value<value_argument<F, i>>(pointers)...)) [[unlikely]] return report(name, bad);
+    done(Entry(pointers...));
+}
+
+} // namespace
+
+// A symbol over the core's form of the same width, and the two symbols of a routine.
+#define FORM(symbol, entry, width, arity, name)                                                                        \
+    extern "C" pointer_form<orv_##name, i##width> entry;                                                               \
+    STANDARD auto symbol(ORV_PARAMETERS_##arity(pointer##width##_argument, orv_##name))                                \
+    {                                                                                                                  \
+        return call<orv_##name, entry>(ORV_NAMES_##arity);                                                             \
+    }
+#define FORTRAN(arity, name)                                                                                           \
+    FORM(name##_, orv_blas_lp64_##name, 32, arity, name)                                                               \
+    FORM(name##_64_, orv_blas_##name, 64, arity, name)
+
+// The same with a check of the arguments.
+#define CHECKED_FORM(symbol, entry, width, arity, name, check)                                                         \
+    extern "C" pointer_form<orv_##name, i##width> entry;                                                               \
+    STANDARD void symbol(ORV_PARAMETERS_##arity(pointer##width##_argument, orv_##name))                                \
+    {                                                                                                                  \
+        constexpr auto test = [](auto... values) { return arguments::check(values...); };                              \
+        checked<orv_##name, entry, i##width>(#name, test, std::make_integer_sequence<int, arity>(),                    \
+                                             ORV_NAMES_##arity);                                                       \
+    }
+#define FORTRAN_CHECKED(arity, name, check)                                                                            \
+    CHECKED_FORM(name##_, orv_blas_lp64_##name, 32, arity, name, check)                                                \
+    CHECKED_FORM(name##_64_, orv_blas_##name, 64, arity, name, check)
+
+FORTRAN(6, saxpy)
+FORTRAN(6, daxpy)
+FORTRAN(6, caxpy)
+FORTRAN(6, zaxpy)
+FORTRAN(7, saxpby)
+FORTRAN(7, daxpby)
+FORTRAN(7, caxpby)
+FORTRAN(7, zaxpby)
+
+FORTRAN(4, sscal)
+FORTRAN(4, dscal)
+FORTRAN(4, cscal)
+FORTRAN(4, zscal)
+FORTRAN(4, csscal)
+FORTRAN(4, zdscal)
+FORTRAN(5, scopy)
+FORTRAN(5, dcopy)
+FORTRAN(5, ccopy)
+FORTRAN(5, zcopy)
+FORTRAN(5, sswap)
+FORTRAN(5, dswap)
+FORTRAN(5, cswap)
+FORTRAN(5, zswap)
+
+FORTRAN(5, sdot)
+FORTRAN(5, ddot)
+FORTRAN(5, cdotu)
+FORTRAN(5, cdotc)
+FORTRAN(5, zdotu)
+FORTRAN(5, zdotc)
+FORTRAN(6, sdsdot)
+FORTRAN(5, dsdot)
+
+FORTRAN(3, snrm2)
+FORTRAN(3, dnrm2)
+FORTRAN(3, scnrm2)
+FORTRAN(3, dznrm2)
+FORTRAN(3, sasum)
+FORTRAN(3, dasum)
+FORTRAN(3, scasum)
+FORTRAN(3, dzasum)
+FORTRAN(1, scabs1)
+FORTRAN(1, dcabs1)
+FORTRAN(3, isamax)
+FORTRAN(3, idamax)
+FORTRAN(3, icamax)
+FORTRAN(3, izamax)
+FORTRAN(3, isamin)
+FORTRAN(3, idamin)
+FORTRAN(3, icamin)
+FORTRAN(3, izamin)
+
+FORTRAN(7, srot)
+FORTRAN(7, drot)
+FORTRAN(7, csrot)
+FORTRAN(7, zdrot)
+FORTRAN(4, srotg)
+FORTRAN(4, drotg)
+FORTRAN(4, crotg)
+FORTRAN(4, zrotg)
+FORTRAN(6, srotm)
+FORTRAN(6, drotm)
+FORTRAN(5, srotmg)
+FORTRAN(5, drotmg)
+
+FORTRAN(5, saxpyi)
+FORTRAN(5, daxpyi)
+FORTRAN(5, caxpyi)
+FORTRAN(5, zaxpyi)
+FORTRAN(4, sdoti)
+FORTRAN(4, ddoti)
+FORTRAN(4, cdotui)
+FORTRAN(4, cdotci)
+FORTRAN(4, zdotui)
+FORTRAN(4, zdotci)
+FORTRAN(4, sgthr)
+FORTRAN(4, dgthr)
+FORTRAN(4, cgthr)
+FORTRAN(4, zgthr)
+FORTRAN(4, sgthrz)
+FORTRAN(4, dgthrz)
+FORTRAN(4, cgthrz)
+FORTRAN(4, zgthrz)
+FORTRAN(4, ssctr)
+FORTRAN(4, dsctr)
+FORTRAN(4, csctr)
+FORTRAN(4, zsctr)
+FORTRAN(6, sroti)
+FORTRAN(6, droti)
+
+FORTRAN_CHECKED(13, sgemm, gemm)
+FORTRAN_CHECKED(13, dgemm, gemm)
+FORTRAN_CHECKED(13, cgemm, gemm)
+FORTRAN_CHECKED(13, zgemm, gemm)
