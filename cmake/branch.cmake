@@ -8,6 +8,7 @@ target_compile_options(orv_mc3 PRIVATE
   -ffp-contract=off          # one rounding for each product and each sum
   -fno-math-errno            # square roots are one instruction, no call
   -fno-exceptions -fno-rtti -fno-threadsafe-statics
+  -fno-gnu-unique            # a unique symbol would keep the library loaded for ever
   -fno-tree-loop-distribute-patterns # no loop becomes a call of memcpy or memset
   -fno-builtin-sin -fno-builtin-cos -fno-builtin-printf) # no sincos, no puts
 target_compile_definitions(orv_mc3 PRIVATE
