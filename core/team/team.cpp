@@ -17,18 +17,20 @@ constinit std::atomic<int> process_threads{0}; // 0: not set
 thread_local int own_threads;                  // 0: not set
 constinit std::atomic<bool> forked{false};
 
-// After fork the child holds the parent's OpenMP state but none of its threads: waking them would wait for ever.
-[[gnu::constructor]] void watch_fork()
-{
-    pthread_atfork(nullptr, nullptr, [] { forked.store(true, std::memory_order_relaxed); });
-}
-
-// The OpenMP run-time keeps its threads waiting in its own code, so it must stay when this library is unloaded.
+// The OpenMP run-time keeps its threads waiting in its own code, and loses some memory whenever it is loaded and
+// unloaded: it must stay when this library goes.
 void pin_openmp()
 {
     Dl_info openmp;
     if (dladdr(reinterpret_cast<void*>(omp_get_max_threads), &openmp) == 0) return;
     if (void* handle = dlopen(openmp.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE)) dlclose(handle);
+}
+
+[[gnu::constructor]] void start()
+{
+    pin_openmp();
+    // The child holds the parent's OpenMP state but none of its threads: waking them would wait for ever.
+    pthread_atfork(nullptr, nullptr, [] { forked.store(true, std::memory_order_relaxed); });
 }
 
 int user_threads()
@@ -54,8 +56,6 @@ int available_threads()
 void run_team(int threads, void (*body)(void*, int, int), void* argument)
 {
     if (forked.load(std::memory_order_relaxed)) return body(argument, 0, 1);
-    static pthread_once_t pinned = PTHREAD_ONCE_INIT;
-    pthread_once(&pinned, pin_openmp);
 
     const unsigned modes = _mm_getcsr() & ~exception_flags;
     std::atomic<unsigned> raised{0};

@@ -9,10 +9,11 @@
 
 using orv::test::Outcome;
 using orv::test::run;
+using orv::test::sanitized;
 
 namespace {
 
-const std::string helpers = ORV_HELPERS, core = ORV_CORE, command = ORV_COMMAND, guest = helpers + "/core_guest ";
+const std::string helpers = ORV_HELPERS, core = ORV_CORE, guest = helpers + "/core_guest ";
 
 // What a privately opened core answers to orv_check with this environment.
 std::string check(const std::string& environment = "") { return run(environment + " " + guest + core + " check").text; }
@@ -20,9 +21,6 @@ std::string check(const std::string& environment = "") { return run(environment 
 std::string check_with_branch(const std::string& name) { return check("ORV_BRANCH_PATH=" + helpers + "/" + name); }
 
 bool have(const std::string& program) { return run("command -v " + program).status == 0; }
-
-// A sanitizer's run-time must be loaded before all else, and takes its time.
-bool sanitized() { return dlsym(RTLD_DEFAULT, "__asan_init") != nullptr; }
 
 } // namespace
 

@@ -1,6 +1,7 @@
 #include "tests/core/process.h"
 
 #include <cstdio>
+#include <dlfcn.h>
 #include <sys/wait.h>
 
 namespace orv::test {
@@ -16,5 +17,7 @@ Outcome run(const std::string& line)
     outcome.status = WIFEXITED(ended) ? WEXITSTATUS(ended) : -WTERMSIG(ended);
     return outcome;
 }
+
+bool sanitized() { return dlsym(RTLD_DEFAULT, "__asan_init") != nullptr; }
 
 } // namespace orv::test
