@@ -8,7 +8,8 @@ using namespace orv::core;
 
 namespace {
 
-// A cut of m by n elements into one part a thread: rows by columns, the parts as square as may be, which reads the least.
+// A cut of m by n elements into one part a thread: rows by columns, the parts as square as may be, which reads the
+// least.
 struct Grid {
     int rows = 1, columns = 1;
 
@@ -49,7 +50,8 @@ public:
         if (const int bad = arguments::gemm(*transa, *transb, *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc))
             return -bad;
         auto* const kernel = kernel_.get();
-        if (kernel == nullptr) [[unlikely]] return last_status();
+        if (kernel == nullptr) [[unlikely]]
+            return last_status();
 
         const int threads = threads_worth(*m, *n, *k);
         if (threads == 1) {

@@ -41,7 +41,8 @@ public:
     {
         using R = result_of<F>;
         auto* kernel = kernel_.get();
-        if (kernel == nullptr) [[unlikely]] return failed<R>();
+        if (kernel == nullptr) [[unlikely]]
+            return failed<R>();
         if constexpr (is_complex<R>) {
             R result;
             kernel(&result, arguments...);

@@ -4,8 +4,8 @@
 // core calls kernels. The dynamic linker records the first direction when it binds the branch, and from then on keeps
 // the core loaded as long as the branch is. A handle on the branch that the core kept would keep the branch loaded as
 // long as the core is, so a program that closes the core would never be rid of either. Therefore the core keeps no
-// handle. It looks one symbol of the branch up in the global scope, for which the dynamic linker records that
-// the core needs the branch, and gives its handle back. Now each holds the other, nobody outside holds the branch, and
+// handle. It looks one symbol of the branch up in the global scope, for which the dynamic linker records that the core
+// needs the branch, and gives its handle back. Now each holds the other, nobody outside holds the branch, and
 // the program's dlclose(core) unloads both: the linker follows such records from what is still open, as a garbage
 // collector does.
 //
@@ -17,7 +17,7 @@
 #include "core/serv/processor.h"
 #include "core/serv/settings.h"
 #include "core/serv/status.h"
-#include "frame/symbol.h"
+#include "frame/types.h"
 #include "orv/branch.h"
 
 #include <climits>
@@ -106,8 +106,9 @@ int read_note(dl_phdr_info* object, std::size_t, void* argument)
     return 1;
 }
 
-// The handle stays open only where a lookup in the global scope finds some other object's symbol: then nothing records
-// that the core needs the branch.
+// Where a second copy of orv is in the process, the lookup in the global scope finds the first copy's symbol, and
+// nothing records that this core needs this branch. Then the handle stays open, and the second copy stays loaded for
+// good.
 void keep_without_handle(void* handle)
 {
     if (dlsym(RTLD_DEFAULT, tag_symbol) == dlsym(handle, tag_symbol)) dlclose(handle);

@@ -10,8 +10,8 @@ struct Message {
 };
 
 inline constexpr Message catalogue[] = {
-    {0, "orv:"},                                                   // opens every printed message
-    {201, "the log file of the Poisson library cannot be opened"}, //
+    {0, "orv:"}, // opens a printed report
+    {201, "the log file of the Poisson library cannot be opened"},
     {202, "make the current folder writable, or let the messages go to standard output"},
     {408, "the log file %s cannot be opened"},
     {409, "make the current folder writable, or let the messages go to standard output"},

@@ -195,7 +195,9 @@ ORV_EXPORT void* orv_serv_allocate(i64 bytes, i64 alignment)
     return block;
 }
 
-ORV_EXPORT void orv_serv_deallocate(void* block)
+// Both kinds of blocks have one form, so either operation takes both back. Neither calls the other by its exported
+// name, which a program may have replaced.
+static void give_back(void* block)
 {
     if (block == nullptr) return;
     if (header(block).capacity > 0 && held.load(std::memory_order_relaxed) <= limit()) {
@@ -204,6 +206,8 @@ ORV_EXPORT void orv_serv_deallocate(void* block)
     }
     if (block != nullptr) release(block);
 }
+
+ORV_EXPORT void orv_serv_deallocate(void* block) { give_back(block); }
 
 ORV_EXPORT void* orv_serv_malloc(i64 bytes, i64 alignment) { return fresh(bytes, alignment, 0); }
 
@@ -215,8 +219,7 @@ ORV_EXPORT void* orv_serv_calloc(i64 count, i64 element_size, i64 alignment)
     return block ? std::memset(block, 0, bytes) : nullptr;
 }
 
-// The operations share their blocks' form, so a block may come back by either.
-ORV_EXPORT void orv_serv_free(void* block) { orv_serv_deallocate(block); }
+ORV_EXPORT void orv_serv_free(void* block) { give_back(block); }
 
 void orv_free_memory()
 {

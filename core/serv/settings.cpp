@@ -32,19 +32,9 @@ bool byte_count(const char* text, i64* value)
     if (length == 0 || length >= sizeof digits) return false;
     std::memcpy(digits, text, length + 1);
     int shift = 0;
-    switch (digits[length - 1] & 0xdf) {
-    case 'K':
-        shift = 10;
-        break;
-    case 'M':
-        shift = 20;
-        break;
-    case 'G':
-        shift = 30;
-        break;
-    default:
-        break;
-    }
+    constexpr char units[] = {'K', 'M', 'G'};
+    for (int u = 0; u < 3; ++u)
+        if (fold(digits[length - 1]) == units[u]) shift = 10 * (u + 1);
     if (shift) digits[length - 1] = 0;
     if (!whole_number(digits, 0, (i64{1} << 46) >> shift, value)) return false;
     *value <<= shift;

@@ -1,5 +1,6 @@
 #include "frame/serv.h"
 #include "tests/core/process.h"
+#include "tests/support/probe.h"
 
 #include <atomic>
 #include <barrier>
@@ -86,6 +87,15 @@ TEST_F(Memory, gives_null_for_what_makes_no_sense)
         EXPECT_EQ(orv_serv_malloc(100, alignment), nullptr) << alignment;
     }
     EXPECT_EQ(orv_memory_held(), 0u);
+}
+
+TEST_F(Memory, is_returned_once_where_a_program_replaces_the_operations)
+{
+    orv::test::ProbeScope scope;
+    orv_serv_free(orv_serv_malloc(100, 64));
+    orv_serv_deallocate(orv_serv_allocate(100, 64));
+    EXPECT_EQ(scope->allocations, 2);
+    EXPECT_EQ(scope->live, 0);
 }
 
 TEST_F(Memory, takes_null_back)

@@ -5,6 +5,7 @@
      stack   the first use of everything in a thread with a stack of 128 KiB
      modes   loading and calling leave the floating-point control register alone */
 #include <dlfcn.h>
+#include <orv/orv.h>
 #include <pthread.h>
 #include <semaphore.h>
 #include <stdio.h>
@@ -98,9 +99,8 @@ static void* in_small_stack(void* path)
     open_core(path);
     use_memory();
     if (symbol("dll_cpu_version") == NULL) return path;
-    int (*setting)(int, void*) = (int (*)(int, void*))find("orv_get_setting");
-    void* room[8];
-    setting(0, room);
+    orv_setting setting;
+    ((int (*)(int, orv_setting*))find("orv_get_setting"))(0, &setting);
     check();
     return NULL;
 }
