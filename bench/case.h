@@ -1,0 +1,74 @@
+// A case is one call worth timing: a routine's name with its arguments, the work it does, and how far two correct
+// answers may lie apart. Operands stand in memory that all competitors share; everything else is in the record.
+#pragma once
+
+#include "frame/types.h"
+
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace orv::bench {
+
+enum class Use { read, written, updated };
+enum class Result { none, single_real, double_real, single_complex, double_complex, index };
+
+// What the axis of a plot ends at: multiplies and adds from registers; the operands moved and nothing computed; one
+// division and one dependent addition for each number, in order; or unknown.
+enum class Limit { none, arithmetic, movement, ordered_norm };
+
+struct Operand {
+    i64 reals; // numbers of the case's precision, complex ones being two
+    Use use;
+    i64 offset = 0; // bytes from the start of the shared memory
+};
+
+// Everything passes by pointer: to an operand, or to a value kept here. Integers are stored in 64 bits, of which a
+// little-endian callee with 32-bit integers reads its half.
+struct Argument {
+    enum class Kind { operand, letter, value } kind;
+    int operand = 0;
+    alignas(16) std::array<std::byte, 40> value{};
+};
+
+struct Case {
+    std::string kernel, variant; // "dgemm", "NN beta=1"
+    i64 size;                    // the abscissa of a plot
+    char type;                   // s d c z
+    bool quick = true;           // part of the short run
+    int threads = 1;
+    bool overhead = false; // compares the standard interface with the kernel under it
+    std::vector<Operand> operands{};
+    std::vector<Argument> arguments{};
+    Result result = Result::none;
+    double work = 0; // of one call, in units
+    std::string unit{};
+    Limit limit = Limit::none;
+    double roundings = 8, magnitude = 4; // results may differ by eps * roundings * magnitude
+
+    bool single() const { return type == 's' || type == 'c'; }
+    int reals() const { return type == 'c' || type == 'z' ? 2 : 1; }
+    i64 bytes(const Operand& o) const { return o.reals * (single() ? 4 : 8); }
+    std::string name() const { return kernel + " " + variant + " " + std::to_string(size); }
+
+    // Arguments, in the routine's order.
+    Case& letter(char c) { return put(Argument::Kind::letter, &c, 1); }
+    Case& integer(i64 n) { return put(Argument::Kind::value, &n, sizeof n); }
+    Case& numbers(std::initializer_list<double> list); // reals of the case's precision
+    Case& scalar(double re, double im) { return reals() == 1 ? numbers({re}) : numbers({re, im}); }
+    Case& vector(i64 n, i64 inc, Use use);
+    Case& matrix(i64 rows, i64 columns, Use use);
+
+private:
+    Case& put(Argument::Kind kind, const void* value, std::size_t bytes);
+    Case& operand(i64 elements, Use use);
+};
+
+// The tables of cases; a new family adds its function here and to all_cases().
+std::vector<Case> gemm_cases();
+std::vector<Case> vector_cases();
+std::vector<Case> all_cases();
+
+} // namespace orv::bench

@@ -1,0 +1,163 @@
+#include "bench/library.h"
+
+#include "bench/call.h"
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <stdexcept>
+
+#include <dlfcn.h>
+#include <sched.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace orv::bench {
+namespace {
+
+const std::string debian = "/usr/lib/x86_64-linux-gnu/";
+constexpr unsigned everywhere = held | unrestricted;
+
+using Greeting = std::array<char, 64>; // what a worker says when its library is open: the processor it computes for
+
+void* open(const Library& l)
+{
+    for (const std::string& setting : l.environment) {
+        const std::size_t equals = setting.find('=');
+        setenv(setting.substr(0, equals).c_str(), setting.substr(equals + 1).c_str(), 1);
+    }
+    void* handle = dlopen(l.file.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) throw std::runtime_error(dlerror());
+    return handle;
+}
+
+template <class F> F* function(void* handle, const char* name) { return reinterpret_cast<F*>(dlsym(handle, name)); }
+
+std::string openblas_core(void* handle) { return function<const char*()>(handle, "openblas_get_corename")(); }
+std::string blis_core(void* handle)
+{
+    function<void()>(handle, "bli_init")();
+    const int id = function<int()>(handle, "bli_arch_query_id")();
+    return function<const char*(int)>(handle, "bli_arch_string")(id);
+}
+
+void bind_to(int processor)
+{
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    CPU_SET(processor, &set);
+    sched_setaffinity(0, sizeof set, &set);
+}
+
+double elapsed(const Repeat& run, long calls)
+{
+    using clock = std::chrono::steady_clock;
+    const auto start = clock::now();
+    run(calls);
+    return std::chrono::duration<double>(clock::now() - start).count();
+}
+
+} // namespace
+
+std::vector<Library> libraries(const Places& p)
+{
+    const std::string openblas = debian + "openblas-serial/libopenblas.so.0",
+                      blis = debian + "blis-serial/libblis.so.4";
+    std::vector<Library> all{
+        {"limit", "", everywhere | threaded, false, {}},
+        {"orv", p.orv + "/libblas.so.3", everywhere, false, {"ORV_NUM_THREADS=1"}},
+        {"orv-kernel", p.orv + "/liborv.so", held, true, {"ORV_NUM_THREADS=1"}},
+        {"against", p.against + "/libblas.so.3", held, false, {"ORV_NUM_THREADS=1"}},
+        {"openblas", openblas, held, false, {"OPENBLAS_CORETYPE=Nehalem"}, openblas_core, "Nehalem"},
+        {"blis", blis, held, false, {"BLIS_ARCH_TYPE=5"}, blis_core, "penryn"},
+        {"eigen", p.eigen + "/libbench_eigen_sse.so", held, false, {}},
+        {"reference", debian + "blas/libblas.so.3", held, false, {}},
+        {"openblas", openblas, unrestricted, false, {}, openblas_core, ""},
+        {"blis", blis, unrestricted, false, {}, blis_core, ""},
+        {"eigen", p.eigen + "/libbench_eigen_native.so", unrestricted, false, {}},
+        {"orv 1", p.orv + "/libblas.so.3", threaded, false, {"ORV_NUM_THREADS=1"}},
+        {"orv 2", p.orv + "/libblas.so.3", threaded, false, {"ORV_NUM_THREADS=2"}},
+        {"openblas 1", openblas, threaded, false, {"OPENBLAS_CORETYPE=Nehalem"}, openblas_core, "Nehalem"},
+        {"openblas 2",
+         debian + "openblas-pthread/libopenblas.so.0",
+         threaded,
+         false,
+         {"OPENBLAS_CORETYPE=Nehalem", "OPENBLAS_NUM_THREADS=2"},
+         openblas_core,
+         "Nehalem"},
+    };
+    return all;
+}
+
+Arena::Arena(std::size_t bytes)
+{
+    void* p = mmap(nullptr, operands_begin + bytes, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS | MAP_NORESERVE,
+                   -1, 0);
+    if (p == MAP_FAILED) throw std::runtime_error("no memory for the operands");
+    base = static_cast<std::byte*>(p);
+}
+
+Worker::Worker(const Library& library, const std::vector<Case>& cases, const Arena& arena, int processor)
+    : lib(&library)
+{
+    int down[2], up[2];
+    if (pipe(down) != 0 || pipe(up) != 0) throw std::runtime_error("no pipes");
+    std::fflush(nullptr);
+    const pid_t child = fork();
+    if (child < 0) throw std::runtime_error("no process");
+    orders = child ? down[1] : down[0];
+    answers = child ? up[0] : up[1];
+    close(child ? down[0] : down[1]);
+    close(child ? up[1] : up[0]);
+    if (child == 0) serve(cases, arena, processor);
+    Greeting greeting;
+    if (read(answers, &greeting, sizeof greeting) != sizeof greeting)
+        throw std::runtime_error(library.name + " failed");
+    computes_for = greeting.data();
+}
+
+void Worker::serve(const std::vector<Case>& cases, const Arena& arena, int processor)
+{
+    try {
+        const Library& l = library();
+        if (l.passes != threaded) bind_to(processor);
+        void* handle = l.file.empty() ? nullptr : open(l);
+        Greeting greeting{};
+        const std::string core = l.core ? l.core(handle) : "";
+        if (core.find(l.expected_core) != 0)
+            throw std::runtime_error("computes for " + core + ", not for " + l.expected_core);
+        core.copy(greeting.data(), greeting.size() - 1);
+        bool heard = write(answers, &greeting, sizeof greeting) == sizeof greeting;
+
+        std::map<std::size_t, Repeat> bound;
+        for (Order order; heard && read(orders, &order, sizeof order) == sizeof order;) {
+            const Case& c = cases[order.index];
+            auto [found, is_new] = bound.try_emplace(order.index);
+            if (is_new) found->second = handle ? bind(c, handle, l.direct, arena) : bind_limit(c, arena);
+            const Repeat& run = found->second;
+            if (order.warm_up) run(1);
+            double seconds = run ? 0 : -1;
+            if (order.calls > 0) seconds = elapsed(run, order.calls) / static_cast<double>(order.calls);
+            heard = write(answers, &seconds, sizeof seconds) == sizeof seconds;
+        }
+        _exit(0);
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "%s: %s\n", library().name.c_str(), e.what());
+        _exit(1);
+    }
+}
+
+double Worker::ask(Order order) const
+{
+    double seconds;
+    if (write(orders, &order, sizeof order) != sizeof order ||
+        read(answers, &seconds, sizeof seconds) != sizeof seconds)
+        throw std::runtime_error(library().name + " failed");
+    return seconds;
+}
+
+bool Worker::offers(std::size_t index) const { return ask({index, 0, false}) >= 0; }
+double Worker::seconds(std::size_t index, long calls, bool warm_up) const { return ask({index, calls, warm_up}); }
+
+} // namespace orv::bench

@@ -1,0 +1,130 @@
+// What one core can do, measured beside the libraries: the axes of the plots end here.
+#include "bench/call.h"
+#include "bench/library.h"
+
+#include <emmintrin.h>
+
+namespace orv::bench {
+namespace {
+
+// Keeps a value in a register and hides it from the optimizer.
+template <class V> inline void opaque(V& v) { asm volatile("" : "+x"(v)); }
+
+template <class R> struct Pack;
+template <> struct Pack<float> {
+    using type = __m128;
+};
+template <> struct Pack<double> {
+    using type = __m128d;
+};
+
+// At least so many operations, half of them products and half sums, on registers. Six chains of each kind are more
+// than latency times throughput asks for, and leave registers for two constants.
+template <class R> void arithmetic(double operations)
+{
+    using V = typename Pack<R>::type;
+    constexpr int chains = 6, lanes = 16 / sizeof(R), per_round = 2 * chains * lanes;
+    V product[chains], sum[chains];
+#pragma GCC unroll 8
+    for (int i = 0; i < chains; ++i) product[i] = sum[i] = V{} + R(1);
+    V one = V{} + R(1), tiny = V{} + R(1e-9);
+    opaque(one);
+    opaque(tiny);
+    for (i64 left = static_cast<i64>(operations); left > 0; left -= per_round) {
+#pragma GCC unroll 8
+        for (int i = 0; i < chains; ++i) {
+            product[i] *= one;
+            sum[i] += tiny;
+            opaque(product[i]);
+            opaque(sum[i]);
+        }
+    }
+}
+
+template <Use use> inline void touch(std::byte* at)
+{
+    auto* p = reinterpret_cast<float*>(at);
+    __m128 v = _mm_setzero_ps();
+    if constexpr (use != Use::written) v = _mm_load_ps(p);
+    opaque(v);
+    if constexpr (use != Use::read) _mm_store_ps(p, v);
+}
+
+// Reads and writes x and y once, 16 bytes at a time. Beyond the first cache it asks for what comes later.
+template <bool far, Use X, Use Y> void move(std::byte* x, std::byte* y, i64 bytes)
+{
+    constexpr i64 line = 64, ahead = 512;
+    for (i64 at = 0; at + line <= bytes; at += line) {
+        if constexpr (far) {
+            _mm_prefetch(x + at + ahead, _MM_HINT_T0);
+            if (y != nullptr) _mm_prefetch(y + at + ahead, _MM_HINT_T0);
+        }
+#pragma GCC unroll 4
+        for (i64 i = at; i < at + line; i += 16) touch<X>(x + i);
+        if (y == nullptr) continue;
+#pragma GCC unroll 4
+        for (i64 i = at; i < at + line; i += 16) touch<Y>(y + i);
+    }
+}
+
+template <Use X, Use Y> void move(std::byte* x, std::byte* y, i64 bytes)
+{
+    constexpr i64 near = 12 * 1024;
+    if (bytes > near) move<true, X, Y>(x, y, bytes);
+    else move<false, X, Y>(x, y, bytes);
+}
+
+void move(const Case& c, const Arena& arena)
+{
+    const Operand &first = c.operands.front(), &last = c.operands.back();
+    std::byte *x = arena.address(first), *y = c.operands.size() > 1 ? arena.address(last) : nullptr;
+    const i64 bytes = c.bytes(first);
+    const auto uses = [&](Use a, Use b) { return first.use == a && last.use == b; };
+    if (uses(Use::read, Use::read)) move<Use::read, Use::read>(x, y, bytes);
+    else if (uses(Use::read, Use::written)) move<Use::read, Use::written>(x, y, bytes);
+    else if (uses(Use::read, Use::updated)) move<Use::read, Use::updated>(x, y, bytes);
+    else move<Use::updated, Use::updated>(x, y, bytes);
+}
+
+// sum += (v/scale)^2 for each number in turn: what remains of a scaled norm if nothing else cost time, at any stride.
+void ordered_norm(const Case& c, const Arena& arena)
+{
+    const auto* x = reinterpret_cast<const double*>(arena.address(c.operands[0]));
+    __m128d sum{}, scale = _mm_set1_pd(1.5);
+    opaque(scale);
+    const auto numbers = static_cast<i64>(c.work) / static_cast<i64>(sizeof(double));
+    for (i64 i = 0; i + 2 <= numbers; i += 2) {
+        __m128d v = _mm_div_pd(_mm_loadu_pd(x + i), scale);
+        v = _mm_mul_pd(v, v);
+        sum = _mm_add_sd(sum, v);
+        sum = _mm_add_sd(sum, _mm_unpackhi_pd(v, v));
+    }
+    opaque(sum);
+}
+
+} // namespace
+
+Repeat bind_limit(const Case& c, const Arena& arena)
+{
+    switch (c.limit) {
+    case Limit::none:
+        break;
+    case Limit::arithmetic:
+        return [&c](long calls) {
+            const double operations = c.work * static_cast<double>(calls);
+            if (c.single()) arithmetic<float>(operations);
+            else arithmetic<double>(operations);
+        };
+    case Limit::movement:
+        return [&](long calls) {
+            for (long i = 0; i < calls; ++i) move(c, arena);
+        };
+    case Limit::ordered_norm:
+        return [&](long calls) {
+            for (long i = 0; i < calls; ++i) ordered_norm(c, arena);
+        };
+    }
+    return {};
+}
+
+} // namespace orv::bench
