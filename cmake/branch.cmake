@@ -17,8 +17,11 @@ target_compile_definitions(orv_mc3 PRIVATE
 
 # Imports are resolved at run time from the core library and the C library, so nothing is linked but libdl.
 # The branch calls its own kernels directly; what a caller may replace is imported, never defined here.
-target_link_options(orv_mc3 PRIVATE -Wl,-Bsymbolic -Wl,--hash-style=gnu -Wl,-z,relro,-z,now)
+set(map ${PROJECT_SOURCE_DIR}/frame/branch.map)
+set_target_properties(orv_mc3 PROPERTIES LINK_DEPENDS ${map})
+target_link_options(orv_mc3 PRIVATE -Wl,--version-script=${map} -Wl,-Bsymbolic -Wl,--hash-style=gnu -Wl,-z,relro,-z,now)
 if(NOT ORV_SANITIZE)
   target_compile_options(orv_mc3 PRIVATE -fno-stack-protector)
-  target_link_options(orv_mc3 PRIVATE -nodefaultlibs -Wl,--no-as-needed -l:libdl.so.2 -Wl,--as-needed)
+  # Nothing is to be done when it is opened or closed, so it takes no start files either.
+  target_link_options(orv_mc3 PRIVATE -nostartfiles -nodefaultlibs -Wl,--no-as-needed -l:libdl.so.2 -Wl,--as-needed)
 endif()

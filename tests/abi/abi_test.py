@@ -1,0 +1,151 @@
+#!/usr/bin/env python3
+"""The built libraries against the lists of names in abi/, and against what they promise not to need.
+
+usage: abi_test.py LIBRARY_FOLDER REFERENCE_BLAS [unittest arguments]
+"""
+import fnmatch
+import pathlib
+import re
+import subprocess
+import sys
+import unittest
+
+LISTS = pathlib.Path(__file__).resolve().parents[2] / "abi"
+libraries, reference_blas = map(pathlib.Path, sys.argv[1:3])
+
+# Instructions without a VEX prefix that are younger than SSE4.2, and the general-purpose ones that have one.
+YOUNGER = re.compile(r"(andn|bextr|bls(i|r|msk)|bzhi|mulx|pdep|pext|rorx|s(ar|hl|hr)x|[tl]zcnt|ad[co]x|movbe)[wlq]?$|"
+                     r"aes|pclmul|sha(1|256)|rd(rand|seed)|x(save|rstor)")
+
+
+def run(*command):
+    return subprocess.run(command, stdout=subprocess.PIPE, text=True, check=True, env={"LC_ALL": "C"}).stdout
+
+
+def listed(name):
+    lines = (line.strip() for line in (LISTS / name).read_text().splitlines())
+    return {line for line in lines if line and not line.startswith("#")}
+
+
+def symbols(library):
+    """{name: type letter} of the dynamic symbols that a library defines, and the set of those that it needs."""
+    defined, undefined = {}, set()
+    for line in run("nm", "-D", "--without-symbol-versions", library).splitlines():
+        *address, kind, name = line.split()
+        if kind == "A":
+            continue
+        if address:
+            defined[name] = kind
+        else:
+            undefined.add(name)
+    return defined, undefined
+
+
+def needed(library):
+    return re.findall(r"\(NEEDED\).*\[(.*)\]", run("readelf", "-dW", library))
+
+
+def soname(library):
+    return re.findall(r"\(SONAME\).*\[(.*)\]", run("readelf", "-dW", library))
+
+
+def too_young(library):
+    """The instructions of a library that a processor of the class of SSE4.2 doesn't know."""
+    found = []
+    for line in run("objdump", "-d", "--no-show-raw-insn", "-w", library).splitlines():
+        columns = line.split("\t")
+        if len(columns) < 2:
+            continue
+        words = columns[1].split()
+        if words and (words[0].startswith("v") or YOUNGER.match(words[0]) or re.search(r"%[yz]mm|%k[0-7]", columns[1])):
+            found.append(line.strip())
+    return found
+
+
+class Branch(unittest.TestCase):
+    library = libraries / "liborv_mc3.so"
+    defined, undefined = symbols(library)
+
+    def test_exports_every_name_of_the_families_that_are_written(self):
+        names = set().union(*(listed(p.name) for p in LISTS.glob("*.txt")
+                              if p.name not in ("imports.txt", "started.txt") and ".probable" not in p.name))
+        for pattern in sorted(listed("started.txt")):
+            due = set(fnmatch.filter(names, pattern))
+            with self.subTest(pattern=pattern):
+                self.assertTrue(due, "the pattern matches no name of the lists")
+                self.assertFalse(sorted(due - self.defined.keys()), "not exported")
+
+    def test_exports_no_name_outside_the_lists(self):
+        names = set().union(*(listed(p.name) for p in LISTS.glob("*.txt") if p.name != "imports.txt"))
+        self.assertFalse(sorted(self.defined.keys() - names))
+
+    def test_exports_functions_and_the_tables_of_the_matrix_product(self):
+        data = {name for name, kind in self.defined.items() if kind != "T"}
+        self.assertFalse([name for name in data if not fnmatch.fnmatch(name, "orv_mc3_[sdcz]_*_gemm_ker")])
+        sizes = {}
+        for line in run("readelf", "--dyn-syms", "-W", self.library).splitlines():
+            words = line.split()
+            if len(words) == 8 and words[3] == "OBJECT":
+                sizes[words[7]] = int(words[2], 0)
+        self.assertEqual(sizes.keys(), data)
+        for name, size in sizes.items():
+            self.assertTrue(size > 0 and size % 8 == 0, f"{name} has {size} bytes")
+
+    def test_imports_nothing_outside_the_list(self):
+        self.assertFalse(sorted(self.undefined - listed("imports.txt")))
+
+    def test_finds_its_imports_in_the_core(self):
+        core, _ = symbols(libraries / "liborv.so")
+        self.assertFalse([name for name in sorted(self.undefined) if name.startswith("orv_") and name not in core])
+
+    def test_needs_one_library_by_name(self):
+        self.assertEqual(needed(self.library), ["libdl.so.2"])
+
+    def test_holds_no_instruction_beyond_its_class(self):
+        self.assertFalse(too_young(self.library)[:10])
+
+
+class Core(unittest.TestCase):
+    library = libraries / "liborv.so"
+    defined, _ = symbols(library)
+
+    def test_exports_its_own_names_only(self):
+        self.assertFalse([name for name in self.defined if not re.match(r"orv_[a-z]", name) or "_mc3_" in name])
+
+    def test_provides_the_whole_service_layer(self):
+        service = {name for name in listed("imports.txt") if name.startswith("orv_serv_")}
+        self.assertEqual(len(service), 22)
+        self.assertFalse(sorted(service - self.defined.keys()))
+
+    def test_needs_no_runtime_of_its_language(self):
+        self.assertFalse([name for name in needed(self.library) if "stdc++" in name or "gcc_s" in name])
+
+    def test_holds_no_instruction_beyond_the_oldest_class(self):
+        """It must be able to say that a processor is too old."""
+        self.assertFalse(too_young(self.library)[:10])
+
+    def test_carries_the_major_version_in_its_name(self):
+        self.assertEqual(soname(self.library), ["liborv.so.0"])
+
+
+@unittest.skipUnless((libraries / "libblas.so.3").exists(), "the stand-in is not built")
+class StandIn(unittest.TestCase):
+    library = libraries / "libblas.so.3"
+
+    def test_has_the_name_that_programs_look_for(self):
+        self.assertEqual(soname(self.library), ["libblas.so.3"])
+
+    def test_exports_standard_names_only(self):
+        """Names of the reference library, and the same for 64-bit integers in the spellings in use."""
+        standard, _ = symbols(reference_blas)
+        allowed = set(standard)
+        for name in standard:
+            allowed |= {name + "64_", name + "_64"} if name.startswith("cblas_") else {name[:-1] + "_64_"}
+        self.assertFalse(sorted(symbols(self.library)[0].keys() - allowed))
+
+    def test_holds_no_instruction_beyond_the_oldest_class(self):
+        self.assertFalse(too_young(self.library)[:10])
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1] + sys.argv[3:])

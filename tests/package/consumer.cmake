@@ -1,0 +1,5 @@
+cmake_minimum_required(VERSION 3.25)
+project(consumer LANGUAGES C)
+find_package(orv 0.1 REQUIRED)
+add_executable(consumer main.c)
+target_link_libraries(consumer PRIVATE orv::orv)
