@@ -1,18 +1,27 @@
 # What `cmake --install` lays down. Everything finds everything else by relative paths, so the folder can be moved.
 #
-#   lib/        liborv.so and liborv_mc3.so, which must stay side by side
-#   lib/orv/    stand-ins under the names of well-known libraries, apart so that no program meets them unasked
-#   include/    orv/*.h
 #   bin/orv
+#   lib/          liborv.so and liborv_mc3.so, which must stay side by side
+#   lib/orv/      libblas.so.3: a folder of its own, so that no program meets the stand-in unasked
+#   include/orv/  public headers; compat/ holds those of the stand-ins
+#
+# orv.pc and the CMake target orv::orv serve programs against <orv/orv.h>, orv-blas.pc and orv::blas those against
+# <cblas.h> or Fortran BLAS.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/orv)
+set(stand_in_dir ${CMAKE_INSTALL_LIBDIR}/orv)
 
-install(TARGETS orv EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} INCLUDES DESTINATION include)
-install(TARGETS orv_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+set_target_properties(orv_blas PROPERTIES EXPORT_NAME blas INSTALL_RPATH "$ORIGIN/..")
 set_target_properties(orv_cli PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+install(TARGETS orv_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS orv EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS orv_mc3 LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS orv_blas EXPORT orvTargets LIBRARY DESTINATION ${stand_in_dir}
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orv/compat)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/core/include/orv DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/compat/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orv/compat)
 
 install(EXPORT orvTargets NAMESPACE orv:: DESTINATION ${package_dir})
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/orvConfig.cmake.in ${PROJECT_BINARY_DIR}/orvConfig.cmake
@@ -22,5 +31,7 @@ install(FILES ${PROJECT_BINARY_DIR}/orvConfig.cmake ${PROJECT_BINARY_DIR}/orvCon
         DESTINATION ${package_dir})
 
 file(RELATIVE_PATH prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-configure_file(${CMAKE_CURRENT_LIST_DIR}/orv.pc.in ${PROJECT_BINARY_DIR}/orv.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/orv.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(package orv orv-blas)
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()

@@ -24,7 +24,7 @@ static void* open_library(const char* folder, const char* name)
 int main(int argc, char** argv)
 {
     const char* folder = argc > 1 ? argv[1] : "";
-    void* core = open_library(folder, "liborv.so.0");   /* memory, messages, threads: what kernels ask for */
+    void* core = open_library(folder, "liborv.so.0");     /* memory, messages, threads: what kernels ask for */
     void* branch = open_library(folder, "liborv_mc3.so"); /* the kernels; finds the core's symbols by name */
 
     dot_kernel* dot = (dot_kernel*)dlsym(branch, "orv_blas_mc3_xddot");

@@ -93,8 +93,7 @@ static void orthonormalise(double (*v)[pixels])
 {
     for (int i = 0; i < components; ++i) {
         for (int sweep = 0; sweep < 2; ++sweep)
-            for (int j = 0; j < i; ++j)
-                cblas_daxpy(pixels, -cblas_ddot(pixels, v[j], 1, v[i], 1), v[j], 1, v[i], 1);
+            for (int j = 0; j < i; ++j) cblas_daxpy(pixels, -cblas_ddot(pixels, v[j], 1, v[i], 1), v[j], 1, v[i], 1);
         cblas_dscal(pixels, 1 / cblas_dnrm2(pixels, v[i], 1), v[i], 1);
     }
 }

@@ -10,12 +10,12 @@ struct digits {
 };
 
 struct analysis {
-    const char* library;                  /* the file that the matrix products came from */
-    double mean[pixels];                  /* the average image */
-    double total_variance;                /* trace of the covariance matrix */
-    double variance[components];          /* its largest eigenvalues */
-    double vector[components][pixels];    /* their eigenvectors, of length 1 */
-    double residual[components];          /* |C v - lambda v| / lambda */
+    const char* library;                   /* the file that the matrix products came from */
+    double mean[pixels];                   /* the average image */
+    double total_variance;                 /* trace of the covariance matrix */
+    double variance[components];           /* its largest eigenvalues */
+    double vector[components][pixels];     /* their eigenvectors, of length 1 */
+    double residual[components];           /* |C v - lambda v| / lambda */
     double coordinate[images][components]; /* each image on the eigenvectors, the average at the origin */
 };
 

@@ -110,13 +110,15 @@ static void component_pictures(FILE* out, const struct analysis* result)
 static void variance_table(FILE* out, const struct analysis* result)
 {
     double before = 0;
-    fprintf(out, "<table><tr><th>component<th>variance &lambda;<th>share<th>together<th>&Vert;Cv &minus; &lambda;v&Vert; "
-                 "/ &lambda;<th></tr>\n");
+    fprintf(out,
+            "<table><tr><th>component<th>variance &lambda;<th>share<th>together<th>&Vert;Cv &minus; &lambda;v&Vert; "
+            "/ &lambda;<th></tr>\n");
     for (int i = 0; i < components; ++i) {
         const double share = 100 * result->variance[i] / result->total_variance;
         fprintf(out, "<tr><td>%d<td>%.4f<td>%.2f %%<td>%.2f %%<td>%.1e<td>", i + 1, result->variance[i], share,
                 before + share, result->residual[i]);
-        fprintf(out, "<div class='bar sum' style='width:%.0fpx'></div><div class=bar style='width:%.0fpx'></div></tr>\n",
+        fprintf(out,
+                "<div class='bar sum' style='width:%.0fpx'></div><div class=bar style='width:%.0fpx'></div></tr>\n",
                 4 * before, 4 * share);
         before += share;
     }
@@ -128,27 +130,37 @@ int write_page(const char* path, const struct digits* data, const struct analysi
     FILE* out = fopen(path, "w");
     if (out == NULL) return -1;
     const double two = 100 * (result->variance[0] + result->variance[1]) / result->total_variance;
-    fprintf(out, "<!doctype html><html lang=en><meta charset=utf-8><meta name=viewport content='width=device-width'>"
-                 "<title>Handwritten digits in two dimensions</title><style>%s</style>\n", style);
+    fprintf(out,
+            "<!doctype html><html lang=en><meta charset=utf-8><meta name=viewport content='width=device-width'>"
+            "<title>Handwritten digits in two dimensions</title><style>%s</style>\n",
+            style);
     fprintf(out, "<h1>Handwritten digits in two dimensions</h1>\n");
-    fprintf(out, "<p>13 people wrote %d digits, which were scanned and shrunk to %d &times; %d pixels. Here is the "
-                 "first of each kind.</p>\n", images, side, side);
+    fprintf(out,
+            "<p>13 people wrote %d digits, which were scanned and shrunk to %d &times; %d pixels. Here is the "
+            "first of each kind.</p>\n",
+            images, side, side);
     samples(out, data);
-    fprintf(out, "<h2>Where they lie</h2>\n<p>With %d pixels each, the images are points in %d dimensions. This is the "
-                 "view from the side that shows most: along the two directions in which the points vary most, which "
-                 "hold %.1f&nbsp;%% of all variance. Nobody told the computation which digit is which, and still the "
-                 "same digits gather. Large digits mark the centre of each kind.</p>\n", pixels, pixels, two);
+    fprintf(out,
+            "<h2>Where they lie</h2>\n<p>With %d pixels each, the images are points in %d dimensions. This is the "
+            "view from the side that shows most: along the two directions in which the points vary most, which "
+            "hold %.1f&nbsp;%% of all variance. Nobody told the computation which digit is which, and still the "
+            "same digits gather. Large digits mark the centre of each kind.</p>\n",
+            pixels, pixels, two);
     map(out, data, result);
-    fprintf(out, "<h2>What the directions are</h2>\n<p>Each direction is an image itself: going along it adds ink where "
-                 "the picture is blue and takes it away where it is red. They are the leading eigenvectors of the "
-                 "covariance matrix; below each, its share of the variance.</p>\n");
+    fprintf(out,
+            "<h2>What the directions are</h2>\n<p>Each direction is an image itself: going along it adds ink where "
+            "the picture is blue and takes it away where it is red. They are the leading eigenvectors of the "
+            "covariance matrix; below each, its share of the variance.</p>\n");
     component_pictures(out, result);
-    fprintf(out, "<h2>How much they explain</h2>\n<p>Ten directions of %d hold almost three quarters of the variance."
-                 " The last number tells how far each is from an exact eigenvector.</p>\n", pixels);
+    fprintf(out,
+            "<h2>How much they explain</h2>\n<p>Ten directions of %d hold almost three quarters of the variance."
+            " The last number tells how far each is from an exact eigenvector.</p>\n",
+            pixels);
     variance_table(out, result);
-    fprintf(out, "<footer>Computed by <code>%s</code> with matrix products and vector operations of the standard "
-                 "interface <code>cblas.h</code>.<br>Data: E. Alpaydin, C. Kaynak, <em>Optical Recognition of "
-                 "Handwritten Digits</em>, UCI Machine Learning Repository, CC&nbsp;BY&nbsp;4.0.</footer></html>\n",
+    fprintf(out,
+            "<footer>Computed by <code>%s</code> with matrix products and vector operations of the standard "
+            "interface <code>cblas.h</code>.<br>Data: E. Alpaydin, C. Kaynak, <em>Optical Recognition of "
+            "Handwritten Digits</em>, UCI Machine Learning Repository, CC&nbsp;BY&nbsp;4.0.</footer></html>\n",
             result->library);
     const int broken = ferror(out);
     return fclose(out) != 0 || broken ? -1 : 0;

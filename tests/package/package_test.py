@@ -35,26 +35,38 @@ class Package(unittest.TestCase):
         shutil.move(cls.folder / "first", cls.prefix)
         cls.source = cls.folder / "source"
         cls.source.mkdir()
-        shutil.copy(HERE / "main.c", cls.source)
+        shutil.copy(HERE / "native.c", cls.source)
+        shutil.copy(HERE / "standard.c", cls.source)
         shutil.copy(HERE / "consumer.cmake", cls.source / "CMakeLists.txt")
 
-    def check(self, program, **variables):
-        told_version, branch, total = run(program, env={"PATH": os.environ["PATH"], **variables}).split()
-        self.assertEqual((told_version, total), (version, "6"))
+    def check_native(self, program, **variables):
+        told_version, branch, doubled = run(program, env=variables).split()
+        self.assertEqual((told_version, doubled), (version, "6"))
         self.assertEqual(pathlib.Path(branch).resolve(), (self.prefix / "lib/liborv_mc3.so").resolve())
 
-    def test_serves_a_program_built_with_pkg_config(self):
-        environment = {**os.environ, "PKG_CONFIG_PATH": str(self.prefix / "lib/pkgconfig")}
-        flags = run("pkg-config", "--cflags", "--libs", "orv", env=environment).split()
-        self.assertEqual(run("pkg-config", "--modversion", "orv", env=environment), version)
-        run("cc", self.source / "main.c", "-o", self.folder / "by_pkg_config", *flags)
-        self.check(self.folder / "by_pkg_config", LD_LIBRARY_PATH=str(self.prefix / "lib"))
+    def check_standard(self, program, **variables):
+        self.assertEqual(run(program, env=variables), "1 3 2 4")
+        found = run("ldd", program, env={"PATH": os.environ["PATH"], **variables})
+        self.assertRegex(found, rf"libblas\.so\.3 => {self.prefix}/lib/orv/")
 
-    def test_serves_a_program_built_with_cmake(self):
+    def pkg_config(self, name, package):
+        """Builds a program by pkg-config alone; returns its path."""
+        environment = {**os.environ, "PKG_CONFIG_PATH": str(self.prefix / "lib/pkgconfig")}
+        self.assertEqual(run("pkg-config", "--modversion", package, env=environment), version)
+        flags = run("pkg-config", "--cflags", "--libs", package, env=environment).split()
+        run("cc", self.source / f"{name}.c", "-o", self.folder / name, *flags)
+        return self.folder / name
+
+    def test_serves_programs_built_with_pkg_config(self):
+        self.check_native(self.pkg_config("native", "orv"), LD_LIBRARY_PATH=str(self.prefix / "lib"))
+        self.check_standard(self.pkg_config("standard", "orv-blas"), LD_LIBRARY_PATH=str(self.prefix / "lib/orv"))
+
+    def test_serves_programs_built_with_cmake(self):
         target = self.folder / "by_cmake"
         run(cmake, "-S", self.source, "-B", target, f"-DCMAKE_PREFIX_PATH={self.prefix}")
         run(cmake, "--build", target)
-        self.check(target / "consumer")
+        self.check_native(target / "native")
+        self.check_standard(target / "standard")
 
     def test_names_no_folder_of_the_build_machine(self):
         for path in self.prefix.rglob("*"):

@@ -1,0 +1,106 @@
+/* CBLAS: the C interface to the BLAS, as far as libblas.so.3 of this project provides it.
+
+   Programs that were compiled against any other <cblas.h> run on the library unchanged; this one serves programs that
+   are built here. Dimensions and strides are ints; the library also exports each routine with 64-bit integers, as
+   cblas_dgemm_64 and as cblas_dgemm64_. What each routine computes is told in <orv/blas.h>, under its name there
+   (orv_dgemm). Complex scalars and arrays pass as void pointers to pairs, the real part first. */
+#ifndef CBLAS_H
+#define CBLAS_H
+
+#include <stddef.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#define CBLAS_INDEX size_t /* a position, counted from 0 */
+
+typedef enum CBLAS_LAYOUT { CblasRowMajor = 101, CblasColMajor = 102 } CBLAS_LAYOUT;
+typedef enum CBLAS_TRANSPOSE { CblasNoTrans = 111, CblasTrans = 112, CblasConjTrans = 113 } CBLAS_TRANSPOSE;
+#define CBLAS_ORDER CBLAS_LAYOUT
+
+/* ---- Vectors */
+
+void cblas_saxpy(int n, float alpha, const float* x, int incx, float* y, int incy);
+void cblas_daxpy(int n, double alpha, const double* x, int incx, double* y, int incy);
+void cblas_caxpy(int n, const void* alpha, const void* x, int incx, void* y, int incy);
+void cblas_zaxpy(int n, const void* alpha, const void* x, int incx, void* y, int incy);
+void cblas_saxpby(int n, float alpha, const float* x, int incx, float beta, float* y, int incy);
+void cblas_daxpby(int n, double alpha, const double* x, int incx, double beta, double* y, int incy);
+void cblas_caxpby(int n, const void* alpha, const void* x, int incx, const void* beta, void* y, int incy);
+void cblas_zaxpby(int n, const void* alpha, const void* x, int incx, const void* beta, void* y, int incy);
+void cblas_sscal(int n, float alpha, float* x, int incx);
+void cblas_dscal(int n, double alpha, double* x, int incx);
+void cblas_cscal(int n, const void* alpha, void* x, int incx);
+void cblas_zscal(int n, const void* alpha, void* x, int incx);
+void cblas_csscal(int n, float alpha, void* x, int incx);
+void cblas_zdscal(int n, double alpha, void* x, int incx);
+void cblas_scopy(int n, const float* x, int incx, float* y, int incy);
+void cblas_dcopy(int n, const double* x, int incx, double* y, int incy);
+void cblas_ccopy(int n, const void* x, int incx, void* y, int incy);
+void cblas_zcopy(int n, const void* x, int incx, void* y, int incy);
+void cblas_sswap(int n, float* x, int incx, float* y, int incy);
+void cblas_dswap(int n, double* x, int incx, double* y, int incy);
+void cblas_cswap(int n, void* x, int incx, void* y, int incy);
+void cblas_zswap(int n, void* x, int incx, void* y, int incy);
+
+float cblas_sdot(int n, const float* x, int incx, const float* y, int incy);
+double cblas_ddot(int n, const double* x, int incx, const double* y, int incy);
+float cblas_sdsdot(int n, float alpha, const float* x, int incx, const float* y, int incy);
+double cblas_dsdot(int n, const float* x, int incx, const float* y, int incy);
+void cblas_cdotu_sub(int n, const void* x, int incx, const void* y, int incy, void* result);
+void cblas_zdotu_sub(int n, const void* x, int incx, const void* y, int incy, void* result);
+void cblas_cdotc_sub(int n, const void* x, int incx, const void* y, int incy, void* result);
+void cblas_zdotc_sub(int n, const void* x, int incx, const void* y, int incy, void* result);
+
+float cblas_snrm2(int n, const float* x, int incx);
+double cblas_dnrm2(int n, const double* x, int incx);
+float cblas_scnrm2(int n, const void* x, int incx);
+double cblas_dznrm2(int n, const void* x, int incx);
+float cblas_sasum(int n, const float* x, int incx);
+double cblas_dasum(int n, const double* x, int incx);
+float cblas_scasum(int n, const void* x, int incx);
+double cblas_dzasum(int n, const void* x, int incx);
+float cblas_scabs1(const void* z);
+double cblas_dcabs1(const void* z);
+CBLAS_INDEX cblas_isamax(int n, const float* x, int incx);
+CBLAS_INDEX cblas_idamax(int n, const double* x, int incx);
+CBLAS_INDEX cblas_icamax(int n, const void* x, int incx);
+CBLAS_INDEX cblas_izamax(int n, const void* x, int incx);
+CBLAS_INDEX cblas_isamin(int n, const float* x, int incx);
+CBLAS_INDEX cblas_idamin(int n, const double* x, int incx);
+CBLAS_INDEX cblas_icamin(int n, const void* x, int incx);
+CBLAS_INDEX cblas_izamin(int n, const void* x, int incx);
+
+void cblas_srot(int n, float* x, int incx, float* y, int incy, float c, float s);
+void cblas_drot(int n, double* x, int incx, double* y, int incy, double c, double s);
+void cblas_csrot(int n, void* x, int incx, void* y, int incy, float c, float s);
+void cblas_zdrot(int n, void* x, int incx, void* y, int incy, double c, double s);
+void cblas_srotg(float* a, float* b, float* c, float* s);
+void cblas_drotg(double* a, double* b, double* c, double* s);
+void cblas_crotg(void* a, void* b, float* c, void* s);
+void cblas_zrotg(void* a, void* b, double* c, void* s);
+void cblas_srotm(int n, float* x, int incx, float* y, int incy, const float* param);
+void cblas_drotm(int n, double* x, int incx, double* y, int incy, const double* param);
+void cblas_srotmg(float* d1, float* d2, float* b1, float b2, float* param);
+void cblas_drotmg(double* d1, double* d2, double* b1, double b2, double* param);
+
+/* ---- Matrices */
+
+void cblas_sgemm(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE transa, CBLAS_TRANSPOSE transb, int m, int n, int k, float alpha,
+                 const float* a, int lda, const float* b, int ldb, float beta, float* c, int ldc);
+void cblas_dgemm(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE transa, CBLAS_TRANSPOSE transb, int m, int n, int k, double alpha,
+                 const double* a, int lda, const double* b, int ldb, double beta, double* c, int ldc);
+void cblas_cgemm(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE transa, CBLAS_TRANSPOSE transb, int m, int n, int k,
+                 const void* alpha, const void* a, int lda, const void* b, int ldb, const void* beta, void* c, int ldc);
+void cblas_zgemm(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE transa, CBLAS_TRANSPOSE transb, int m, int n, int k,
+                 const void* alpha, const void* a, int lda, const void* b, int ldb, const void* beta, void* c, int ldc);
+
+/* Called for a bad argument, with its position counted from 1 (the layout is the first) and the routine's name. A
+   program may define its own in place of the library's, which prints a line and returns. */
+void cblas_xerbla(int position, const char* routine, const char* format, ...);
+
+#ifdef __cplusplus
+}
+#endif
+#endif
