@@ -68,7 +68,7 @@ template <class T> ORV_INLINE i64 to_boundary(const T* p)
 }
 
 // One element at each of two places.
-template <class X, class T, class Op> ORV_INLINE void apply_one(X* x, T* y, const Op& op)
+template <class X, class T, class Op> ORV_INLINE void apply_one(X* x, T* y, Op op)
 {
     const auto result = op(T(*x), *y);
     if constexpr (std::is_const_v<X>) *y = result;
@@ -76,7 +76,7 @@ template <class X, class T, class Op> ORV_INLINE void apply_one(X* x, T* y, cons
 }
 
 // `length` registers at each of two places, all loads before the first store of a register.
-template <int length, bool aligned, class X, class T, class Op> ORV_INLINE void apply_block(X* x, T* y, const Op& op)
+template <int length, bool aligned, class X, class T, class Op> ORV_INLINE void apply_block(X* x, T* y, Op op)
 {
     constexpr int lanes = vec<T>::lanes;
 #pragma GCC unroll 32
@@ -91,7 +91,7 @@ template <int length, bool aligned, class X, class T, class Op> ORV_INLINE void 
 }
 
 template <class Sizes, bool aligned, class X, class T, class Op>
-ORV_INLINE void unit_stride(i64 i, i64 n, X* x, T* y, const Op& op)
+ORV_INLINE void unit_stride(i64 i, i64 n, X* x, T* y, Op op)
 {
     i = Sizes::template run<T>(
         i, n, [&](auto length, i64 at) { apply_block<decltype(length)::value, aligned>(x + at, y + at, op); });
@@ -100,7 +100,7 @@ ORV_INLINE void unit_stride(i64 i, i64 n, X* x, T* y, const Op& op)
 
 // y stands on a boundary at element i, x stands `offset` elements behind one.
 template <class Sizes, int offset, class T, class Op>
-ORV_INLINE void spliced(i64 i, i64 n, const T* x, T* y, const Op& op)
+ORV_INLINE void spliced(i64 i, i64 n, const T* x, T* y, Op op)
 {
     constexpr int lanes = vec<T>::lanes;
     // The last register that a block loads reaches lanes - offset elements past the block.
@@ -120,7 +120,7 @@ ORV_INLINE void spliced(i64 i, i64 n, const T* x, T* y, const Op& op)
     for (; i < n; ++i) apply_one(x + i, y + i, op);
 }
 
-template <class X, class T, class Op> ORV_INLINE void any_stride(i64 n, X* x, i64 incx, T* y, i64 incy, const Op& op)
+template <class X, class T, class Op> ORV_INLINE void any_stride(i64 n, X* x, i64 incx, T* y, i64 incy, Op op)
 {
     x = first(x, n, incx);
     y = first(y, n, incy);
@@ -143,7 +143,7 @@ template <class X, class T, class Op> ORV_INLINE void any_stride(i64 n, X* x, i6
 }
 
 // y keeps its place: what one element leaves there is what the next one finds.
-template <class X, class T, class Op> ORV_INLINE void zero_stride(i64 n, X* x, i64 incx, T* y, const Op& op)
+template <class X, class T, class Op> ORV_INLINE void zero_stride(i64 n, X* x, i64 incx, T* y, Op op)
 {
     x = first(x, n, incx);
     T kept = *y;
@@ -154,7 +154,7 @@ template <class X, class T, class Op> ORV_INLINE void zero_stride(i64 n, X* x, i
 // y := op(x, y), or (x, y) := op(x, y), over n elements.
 //
 // Strides of -1 and -1 meet the same pairs as 1 and 1, so the test is on their product.
-template <class Shape, class X, class T, class Op> void walk(i64 n, X* x, i64 incx, T* y, i64 incy, const Op& op)
+template <class Shape, class X, class T, class Op> ORV_INLINE void walk(i64 n, X* x, i64 incx, T* y, i64 incy, Op op)
 {
     if (n <= 0) return;
     constexpr std::uintptr_t unit = sizeof(T) < 8 ? sizeof(T) : 8;
