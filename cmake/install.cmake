@@ -1,25 +1,26 @@
 # What `cmake --install` lays down. Everything finds everything else by relative paths, so the folder can be moved.
 #
 #   bin/orv
-#   lib/          liborv.so and liborv_mc3.so, which must stay side by side
+#   lib/          liborv.so and liborv_mc3.so, which must stay side by side, and liborv_blas.so
 #   lib/orv/      libblas.so.3: a folder of its own, so that no program meets the stand-in unasked
-#   include/orv/  public headers; compat/ holds those of the stand-ins
+#   include/orv/  public headers; compat/ holds those of well-known interfaces
 #
 # orv.pc and the CMake target orv::orv serve programs against <orv/orv.h>, orv-blas.pc and orv::blas those against
 # <cblas.h> or Fortran BLAS.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/orv)
-set(stand_in_dir ${CMAKE_INSTALL_LIBDIR}/orv)
 
-set_target_properties(orv_blas PROPERTIES EXPORT_NAME blas INSTALL_RPATH "$ORIGIN/..")
+set_target_properties(orv_blas PROPERTIES INSTALL_RPATH "$ORIGIN/..")
+set_target_properties(orv_blas_twin PROPERTIES EXPORT_NAME blas INSTALL_RPATH "$ORIGIN")
 set_target_properties(orv_cli PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 install(TARGETS orv_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS orv EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS orv_mc3 LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(TARGETS orv_blas EXPORT orvTargets LIBRARY DESTINATION ${stand_in_dir}
+install(TARGETS orv_blas_twin EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orv/compat)
+install(TARGETS orv_blas LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/orv NAMELINK_SKIP)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/core/include/orv DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/compat/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orv/compat)
 

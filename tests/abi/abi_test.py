@@ -134,6 +134,11 @@ class StandIn(unittest.TestCase):
     def test_has_the_name_that_programs_look_for(self):
         self.assertEqual(soname(self.library), ["libblas.so.3"])
 
+    def test_has_a_twin_that_can_go_beside_another_library(self):
+        twin = libraries / "liborv_blas.so"
+        self.assertEqual(soname(twin), ["liborv_blas.so.0"])
+        self.assertEqual(symbols(twin), symbols(self.library))
+
     # Published extensions that the reference library lacks: a*x + b*y, smallest entries, sparse vectors.
     extensions = {f"{prefix}{name}{suffix}" for t in "sdcz" for name in (f"{t}axpby", f"i{t}amin")
                   for prefix, suffix in (("cblas_", ""), ("", "_"))}

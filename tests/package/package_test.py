@@ -47,7 +47,7 @@ class Package(unittest.TestCase):
     def check_standard(self, program, **variables):
         self.assertEqual(run(program, env=variables), "1 3 2 4")
         found = run("ldd", program, env={"PATH": os.environ["PATH"], **variables})
-        self.assertRegex(found, rf"libblas\.so\.3 => {self.prefix}/lib/orv/")
+        self.assertRegex(found, rf"liborv_blas\.so\.0 => {self.prefix}/lib/")
 
     def pkg_config(self, name, package):
         """Builds a program by pkg-config alone; returns its path."""
@@ -59,7 +59,7 @@ class Package(unittest.TestCase):
 
     def test_serves_programs_built_with_pkg_config(self):
         self.check_native(self.pkg_config("native", "orv"), LD_LIBRARY_PATH=str(self.prefix / "lib"))
-        self.check_standard(self.pkg_config("standard", "orv-blas"), LD_LIBRARY_PATH=str(self.prefix / "lib/orv"))
+        self.check_standard(self.pkg_config("standard", "orv-blas"), LD_LIBRARY_PATH=str(self.prefix / "lib"))
 
     def test_serves_programs_built_with_cmake(self):
         target = self.folder / "by_cmake"
@@ -86,6 +86,13 @@ class Package(unittest.TestCase):
     def test_standing_in_needs_a_folder_of_its_own(self):
         """A library named libblas.so.3 in lib/ would be met by every program as soon as the linker's cache sees it."""
         self.assertFalse(list(self.prefix.glob("lib/libblas*")))
+        self.assertEqual([path.name for path in self.prefix.glob("lib/orv/*")], ["libblas.so.3"])
+
+    def test_stand_in_finds_the_core_from_there(self):
+        program = self.folder / "stood_in"
+        run("cc", self.source / "standard.c", "-o", program, f"-I{self.prefix}/include/orv/compat",
+            self.prefix / "lib/orv/libblas.so.3", f"-Wl,-rpath-link,{self.prefix}/lib")
+        self.assertEqual(run(program, env={"LD_LIBRARY_PATH": str(self.prefix / "lib/orv")}), "1 3 2 4")
 
 
 if __name__ == "__main__":
