@@ -11,10 +11,12 @@
 #include <smmintrin.h>
 
 #define ORV_INLINE [[gnu::always_inline]] inline
+#define ORV_INLINE_LAMBDA __attribute__((always_inline))
 
 namespace orv {
 
 inline constexpr int vector_bytes = 16;
+inline constexpr i64 cache_line = 64; // bytes
 
 template <class R> struct reg;
 template <> struct reg<float> {

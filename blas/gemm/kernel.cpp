@@ -72,9 +72,9 @@ template <Schedule schedule, class T> void ker(Block<T> x, i32 form)
     KER(name##_##form##_##layout##_b0, T, (replacing<T, form, Schedule::schedule>))
 #define KERNELS(name, T, schedule)                                                                                     \
     KERNEL(name, 0, 0, T, schedule)                                                                                    \
-    KERNEL_B0(name, 0, 0, T, schedule) KERNEL(name, 0, 1, T, schedule) KERNEL_B0(name, 0, 1, T, schedule)              \
-        KERNEL(name, 1, 0, T, schedule) KERNEL_B0(name, 1, 0, T, schedule) KERNEL(name, 1, 1, T, schedule)             \
-            KERNEL_B0(name, 1, 1, T, schedule)
+    KERNEL_B0(name, 0, 0, T, schedule)                                                                                 \
+    KERNEL(name, 0, 1, T, schedule) KERNEL_B0(name, 0, 1, T, schedule) KERNEL(name, 1, 0, T, schedule)                 \
+        KERNEL_B0(name, 1, 0, T, schedule) KERNEL(name, 1, 1, T, schedule) KERNEL_B0(name, 1, 1, T, schedule)
 
 KERNELS(sgemm_kernel, float, interleaved)
 KERNELS(dgemm_kernel, double, interleaved)

@@ -1,4 +1,4 @@
-// Panels: how a block of op(A) or op(B) is laid out for the register kernels, and the body that fills them.
+// Panels: how a block of op(A) or op(B) is laid out for the register kernels, and the bodies that fill them.
 //
 // A panel holds `width` rows of op(A), or columns of op(B), side by side: element (c, p) at p*width + c for the steps p
 // of the inner dimension, which are padded with zeros to a multiple of 4.
@@ -12,11 +12,19 @@ namespace orv::gemm {
 // Rows of A and columns of B in a whole panel. A panel of A fills one register a step.
 template <class T> inline constexpr int a_unit = vec<T>::lanes;
 template <class T> inline constexpr int b_unit = is_complex<T> ? 4 : 8;
-inline constexpr int step_unit = 4;
 
-// Where neighbours of a panel's row stand in the source: side by side, so that a step copies a run of a column, or a
+// Steps come in groups of 4.
+inline constexpr int group = 4;
+
+// Where the elements of one step stand in the source: side by side, so that a step copies a run of a column, or a
 // leading dimension apart, so that a step gathers across columns.
 enum class Source { adjacent, across };
+
+// Where element (c, p) stands.
+template <Source order> constexpr i64 source_offset(i64 c, i64 p, i64 ld)
+{
+    return order == Source::adjacent ? c + p * ld : p + c * ld;
+}
 
 // What happens to an element on its way: conjugation, then the product with alpha.
 template <class T, bool conjugated> struct Copied {
@@ -27,35 +35,25 @@ template <class T, bool conjugated> struct Scaled {
     ORV_INLINE vec<T> operator()(vec<T> x) const { return alpha * (conjugated ? conj(x) : x); }
 };
 
-// Steps p to p+3 of one panel, of which only `steps` exist in the source; zeros stand for the others.
-//   source  element (c, p) at c + p*ld (adjacent) or at p + c*ld (across)
-//   panel   16-byte aligned
+// Four steps of one panel.
 template <Source order, int width, bool aligned, class T, class Op>
-ORV_INLINE void pack_steps(i64 steps, const T* source, i64 ld, T* panel, const Op& op)
+ORV_INLINE void pack_group(const T* source, i64 ld, T* panel, const Op& op)
 {
-    constexpr int lanes = vec<T>::lanes;
-    constexpr int whole = width / lanes * lanes, rest = width % lanes;
+    constexpr int lanes = vec<T>::lanes, whole = width / lanes * lanes, rest = width % lanes;
 
     if constexpr (order == Source::adjacent) {
 #pragma GCC unroll 4
-        for (int p = 0; p < step_unit; ++p) {
-            const T* from = source + p * ld;
-            T* to = panel + p * width;
-            const bool exists = p < steps;
+        for (int p = 0; p < group; ++p, source += ld, panel += width) {
 #pragma GCC unroll 4
             for (int c = 0; c < whole; c += lanes)
-                storeu(to + c, exists ? op(aligned ? load(from + c) : loadu(from + c)) : zeros<T>());
-            if constexpr (rest > 0)
-                store_first<rest>(to + whole, exists ? op(load_first<rest>(from + whole)) : zeros<T>());
+                storeu(panel + c, op(aligned ? load(source + c) : loadu(source + c)));
+            if constexpr (rest > 0) store_first<rest>(panel + whole, op(load_first<rest>(source + whole)));
         }
-        return;
-    }
-    const bool complete = steps == step_unit;
-    int c = 0;
-    if (complete)
-        for (; c < whole; c += lanes)
+    } else {
 #pragma GCC unroll 4
-            for (int p = 0; p < step_unit; p += lanes) {
+        for (int c = 0; c < whole; c += lanes)
+#pragma GCC unroll 4
+            for (int p = 0; p < group; p += lanes) {
                 vec<T> square[lanes];
 #pragma GCC unroll 4
                 for (int i = 0; i < lanes; ++i) square[i] = op(loadu(source + p + (c + i) * ld));
@@ -63,9 +61,33 @@ ORV_INLINE void pack_steps(i64 steps, const T* source, i64 ld, T* panel, const O
 #pragma GCC unroll 4
                 for (int i = 0; i < lanes; ++i) storeu(panel + (p + i) * width + c, square[i]);
             }
-    for (; c < width; ++c)
-        for (int p = 0; p < step_unit; ++p)
-            store_first<1>(panel + p * width + c, p < steps ? op(load_first<1>(source + p + c * ld)) : zeros<T>());
+#pragma GCC unroll 4
+        for (int c = whole; c < width; ++c)
+#pragma GCC unroll 4
+            for (int p = 0; p < group; ++p)
+                store_first<1>(panel + p * width + c, op(load_first<1>(source + p + c * ld)));
+    }
+}
+
+// The last group of a panel, of which only `steps` exist in the source; zeros stand for the others.
+template <Source order, int width, class T, class Op>
+ORV_INLINE void pack_last_group(i64 steps, const T* source, i64 ld, T* panel, const Op& op)
+{
+    for (int p = 0; p < group; ++p)
+        for (int c = 0; c < width; ++c)
+            store_first<1>(panel + p * width + c,
+                           p < steps ? op(load_first<1>(source + source_offset<order>(c, p, ld))) : zeros<T>());
+}
+
+// One panel, k steps deep in the source.
+template <Source order, int width, class T, class Op>
+ORV_INLINE void pack_panel(i64 k, const T* source, i64 ld, T* panel, const Op& op)
+{
+    constexpr bool aligned = false;
+    i64 p = 0;
+    for (; p + group <= k; p += group)
+        pack_group<order, width, aligned>(source + source_offset<order>(0, p, ld), ld, panel + p * width, op);
+    if (p < k) pack_last_group<order, width>(k - p, source + source_offset<order>(0, p, ld), ld, panel + p * width, op);
 }
 
 // Calls visit(width, j) for the panels of n columns in their order: a constant width and the first column.
@@ -88,25 +110,9 @@ template <int unit, class Visit> ORV_INLINE void for_each_panel(i64 n, const Vis
 
 // Elements from the start of a packed block to the panel that begins with column j, which is a multiple of `unit` or
 // the first one of a narrower panel: those follow the whole panels closely.
-constexpr i64 panel_offset(i64 j, i64 unit, i64 stride, i64 depth) { return j / unit * stride + j % unit * depth; }
-
-// Calls visit(steps, p) for k steps in groups of 4. The inlined body meets the 4 as a constant, so that its tests on
-// missing steps vanish from all groups but the last.
-template <class Visit> ORV_INLINE void for_each_group(i64 k, const Visit& visit)
+constexpr i64 panel_offset(i64 j, i64 unit, i64 stride, i64 k)
 {
-    i64 p = 0;
-    for (; p + step_unit <= k; p += step_unit) visit(i64{step_unit}, p);
-    if (p < k) visit(k - p, p);
-}
-
-// One panel, k steps deep in the source.
-template <Source order, int width, class T, class Op>
-void pack_panel(i64 k, const T* source, i64 ld, T* panel, const Op& op)
-{
-    for_each_group(k, [&](i64 steps, i64 p) {
-        pack_steps<order, width, false>(steps, source + (order == Source::adjacent ? p * ld : p), ld, panel + p * width,
-                                        op);
-    });
+    return j / unit * stride + j % unit * round_up(k, group);
 }
 
 } // namespace orv::gemm
