@@ -10,6 +10,8 @@
 
 #include "frame/simd.h"
 
+#include <type_traits>
+
 namespace orv::gemm {
 
 // Where the rows of X stand: side by side in memory, or a leading dimension apart with the steps side by side.
@@ -23,6 +25,7 @@ template <class T> struct Operands {
     T* c; // C(i, j) at i*c_row + j*c_column
     i64 c_row, c_column;
     bool conj_x, conj_y;
+    bool replaces; // C counts as zero and is not read
     factor<T> alpha;
 };
 
@@ -103,6 +106,39 @@ template <class T, Rows layout, int rows, int columns> class DirectTile {
         }
     }
 
+    // C := old(C) + alpha*sums for columns of adjacent rows. What a store to C cannot change is read before.
+    template <class Old> ORV_INLINE void update_columns(T* c, const Old& old) const
+    {
+        const factor<T> alpha = o.alpha;
+        const bool conj_x = o.conj_x, conj_y = o.conj_y;
+        const i64 c_column = o.c_column;
+#pragma GCC unroll 4
+        for (int j = 0; j < columns; ++j, c += c_column) {
+            const auto update = [&](auto there, int r) {
+                T* at = c + r * lanes;
+                store_first<there.value>(at, old(there, at) + alpha * sums[r][j].total(conj_x, conj_y));
+            };
+            if constexpr (registers == 2) update(std::integral_constant<int, lanes>{}, 0);
+            update(std::integral_constant<int, last>{}, registers - 1);
+        }
+    }
+
+    // The same for a C that lies on its side: its columns are adjacent, its rows c_row elements apart.
+    ORV_INLINE void update_strided(T* c) const
+    {
+#pragma GCC unroll 4
+        for (int j = 0; j < columns; ++j, c += o.c_column)
+#pragma GCC unroll 2
+            for (int r = 0; r < registers; ++r) {
+                alignas(vector_bytes) T element[lanes];
+                store(element, o.alpha * sums[r][j].total(o.conj_x, o.conj_y));
+                for (int i = 0; i < lanes && r * lanes + i < rows; ++i) {
+                    T& at = c[(r * lanes + i) * o.c_row];
+                    at = (o.replaces ? zero<T> : at) + element[i];
+                }
+            }
+    }
+
 public:
     ORV_INLINE DirectTile(const Operands<T>& operands, i64 i, i64 j)
         : o(operands), x(o.x + i * (layout == Rows::adjacent ? 1 : o.ldx)), y(o.y + j * o.y_column)
@@ -116,25 +152,13 @@ public:
         add_rest<steps_at_once - 1>(k - p + steps_at_once);
     }
 
-    ORV_INLINE void update(T* c)
+    ORV_INLINE void update(i64 i, i64 j) const
     {
-#pragma GCC unroll 4
-        for (int j = 0; j < columns; ++j) {
-            T* column = c + j * o.c_column;
-#pragma GCC unroll 2
-            for (int r = 0; r < registers; ++r, column += lanes * o.c_row) {
-                const vec<T> total = o.alpha * sums[r][j].total(o.conj_x, o.conj_y);
-                const bool whole = r + 1 < registers;
-                if (o.c_row == 1) {
-                    if (whole) storeu(column, loadu(column) + total);
-                    else store_first<last>(column, load_first<last>(column) + total);
-                } else {
-                    alignas(vector_bytes) T element[lanes];
-                    store(element, total);
-                    for (int i = 0; i < (whole ? lanes : last); ++i) column[i * o.c_row] += element[i];
-                }
-            }
-        }
+        T* const c = o.c + i * o.c_row + j * o.c_column;
+        if (o.c_row != 1) update_strided(c);
+        else if (o.replaces) update_columns(c, [](auto, const T*) { return zeros<T>(); });
+        else
+            update_columns(c, [](auto rows_there, const T* at) { return load_first<decltype(rows_there)::value>(at); });
     }
 };
 
@@ -151,7 +175,7 @@ template <class T, Rows layout> class Direct {
     {
         DirectTile<T, layout, rows, columns> t(o, i, j);
         t.add(k);
-        t.update(o.c + i * o.c_row + j * o.c_column);
+        t.update(i, j);
     }
     template <int rows, int columns> void last_rows(i64 i, i64 j, i64 left) const
     {
