@@ -43,6 +43,7 @@ void scale_and_multiply(char transa, char transb, i64 m, i64 n, i64 k, T alpha, 
     Desc<T> desc;
     zero_desc(&desc);
     get_optimal_kernel(&desc);
+    desc.in_place = 1;
     desc.get_blks_size(&m, &n, &k, &desc);
     desc.version = get_kernel_version(n, k, &desc);
     blocked(transa, transb, m, n, k, alpha, a, lda, b, ldb, one<T>, c, ldc, desc.version, &desc);
