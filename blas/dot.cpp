@@ -104,14 +104,14 @@ template <> struct single<cpx<double>> : wide<cpx<double>> {
 };
 
 // Above this size the vectors come from beyond the first-level cache, and asking for the lines ahead pays.
-constexpr i64 near_bytes = 16384, bytes_ahead = 1024;
+constexpr i64 near_bytes = 16384;
 
 template <class T, bool far> ORV_INLINE wide<T> unit_stride(i64 n, const T* x, const T* y)
 {
     constexpr i64 lanes = vec<T>::lanes, rotation = 4 * lanes;
     wide<T> a, b, c, d;
     const auto rotate = [&] {
-        if constexpr (far) prefetch(x + bytes_ahead / sizeof(T)), prefetch(y + bytes_ahead / sizeof(T));
+        if constexpr (far) prefetch_ahead(x), prefetch_ahead(y);
         a.add(x, y);
         b.add(x + lanes, y + lanes);
         c.add(x + 2 * lanes, y + 2 * lanes);

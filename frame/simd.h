@@ -112,6 +112,10 @@ template <int offset, class T> ORV_INLINE vec<T> splice(vec<T> low, vec<T> high)
 // Asks for the cache line at p, wherever that is; never faults.
 ORV_INLINE void prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0); }
 
+// For one pass over a long vector: asks for the line 2 KiB behind p, far enough to hide the way from main memory and
+// near enough to be still there when its turn comes.
+ORV_INLINE void prefetch_ahead(const void* p) { prefetch(static_cast<const char*>(p) + 2048); }
+
 // Two reals from any address, repeated to the width of the register. A load alone: the shuffle ports stay free.
 template <class T> ORV_INLINE vec<T> load_pair(const T* p)
 {
@@ -133,6 +137,13 @@ ORV_INLINE vec<cpx<float>> gather(const cpx<float>* p, i64 inc)
     return {_mm_loadh_pi(load_first<1>(p).r, reinterpret_cast<const __m64*>(p + inc))};
 }
 ORV_INLINE vec<cpx<double>> gather(const cpx<double>* p, i64 /* one lane */) { return loadu(p); }
+
+// The same, where the stride is known to be 1 when the code is compiled.
+template <bool unit, class T> ORV_INLINE vec<T> load_strided(const T* p, i64 inc)
+{
+    if constexpr (unit) return loadu(p);
+    else return gather(p, inc);
+}
 
 // Two neighbouring singles as doubles.
 ORV_INLINE vec<double> load_widened(const float* p) { return {_mm_cvtps_pd(load_first<2>(p).r)}; }
@@ -180,25 +191,6 @@ template <class T> ORV_INLINE vec<T> alternate(vec<T> even, vec<T> odd)
     else return {_mm_blend_pd(even.r, odd.r, 0b10)};
 }
 
-// Of each pair the one part, twice.
-template <class T> ORV_INLINE vec<T> real_parts(vec<T> a)
-{
-    if constexpr (sizeof(real_t<T>) == 4) return {_mm_moveldup_ps(a.r)};
-    else return {_mm_movedup_pd(a.r)};
-}
-template <class T> ORV_INLINE vec<T> imaginary_parts(vec<T> a)
-{
-    if constexpr (sizeof(real_t<T>) == 4) return {_mm_movehdup_ps(a.r)};
-    else return {_mm_unpackhi_pd(a.r, a.r)};
-}
-
-// Differences of real parts, sums of imaginary parts.
-template <class T> ORV_INLINE vec<T> add_sub(vec<T> a, vec<T> b)
-{
-    if constexpr (sizeof(real_t<T>) == 4) return {_mm_addsub_ps(a.r, b.r)};
-    else return {_mm_addsub_pd(a.r, b.r)};
-}
-
 template <class T> ORV_INLINE vec<T> conj(vec<T> a)
 {
     if constexpr (!is_complex<T>) return a;
@@ -228,9 +220,12 @@ ORV_INLINE vec<cpx<float>> add_pairs(vec<cpx<float>> re, vec<cpx<float>> im)
     return {_mm_shuffle_ps(sums, sums, _MM_SHUFFLE(3, 1, 2, 0))};
 }
 
-// Magnitudes: the sign bits cleared.
-ORV_INLINE vec<float> magnitude(vec<float> a) { return {_mm_andnot_ps(_mm_set1_ps(-0.0f), a.r)}; }
-ORV_INLINE vec<double> magnitude(vec<double> a) { return {_mm_andnot_pd(_mm_set1_pd(-0.0), a.r)}; }
+// Magnitudes of reals, or of the parts of pairs: the sign bits cleared.
+template <class T> ORV_INLINE vec<T> magnitude(vec<T> a)
+{
+    if constexpr (sizeof(real_t<T>) == 4) return {_mm_andnot_ps(_mm_set1_ps(-0.0f), a.r)};
+    else return {_mm_andnot_pd(_mm_set1_pd(-0.0), a.r)};
+}
 
 // The sum of all elements, in lane 0 (the other lanes mean nothing): the upper half of the register is added to the
 // lower half, and of four lanes then lane 1 to lane 0: (0 + 2) + (1 + 3).

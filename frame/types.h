@@ -32,6 +32,9 @@ constexpr float conj(float a) { return a; }
 constexpr double conj(double a) { return a; }
 template <class R> constexpr cpx<R> conj(cpx<R> a) { return {a.re, -a.im}; }
 
+constexpr float magnitude(float a) { return __builtin_fabsf(a); }
+constexpr double magnitude(double a) { return __builtin_fabs(a); }
+
 template <class T> struct element {
     using real = T;
     static constexpr bool is_complex = false;

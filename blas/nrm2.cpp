@@ -1,0 +1,158 @@
+// Euclidean norms, in two ways that are deliberately not alike.
+//
+// Double precision scales: one pass carries scale = max |x_i| so far and sum with scale^2 * sum = sum of squares, and
+// divides once a real. It neither overflows nor underflows before the result does.
+// Single precision squares and sums in double, where no square of a single can overflow, and rounds once at the end.
+//
+// A stride's sign does not matter: the vector starts at x and goes on by |incx|.
+#include "blas/ladder.h"
+#include "frame/simd.h"
+#include "frame/symbol.h"
+
+namespace orv::blas {
+namespace {
+
+// The scaled sum of squares. The order is part of the contract: reals in turn, the real part before the imaginary one.
+//   v = |x| of a real; a zero is passed over, a NaN is not
+//   v > scale:  sum := sum*(scale/v)*(scale/v) + 1, scale := v
+//   otherwise:  sum := sum + (v/scale)^2      (here NaN enters, and stays)
+struct ScaledSum {
+    double scale = 0, sum = 1;
+
+    ORV_INLINE void add(double v)
+    {
+        if (v == 0) return;
+        if (v > scale) {
+            const double ratio = scale / v;
+            sum = sum * ratio * ratio + 1;
+            scale = v;
+        } else {
+            const double ratio = v / scale;
+            sum += ratio * ratio;
+        }
+    }
+
+    // The same for `count` pairs of reals. While none exceeds the scale, nothing depends on the order but the sum
+    // itself, so the divisions run two at a time. A zero then adds 0 to a sum of at least 1, which is as good as
+    // passing it over. A scale of 0 has seen zeros only, and 0/0 must not happen.
+    template <int count> ORV_INLINE void add(const vec<double> (&v)[count])
+    {
+        const __m128d bound = splat(scale).r;
+        __m128d above = _mm_cmpeq_pd(bound, _mm_setzero_pd());
+#pragma GCC unroll 4
+        for (const auto& pair : v) above = _mm_or_pd(above, _mm_cmpgt_pd(pair.r, bound));
+        if (_mm_movemask_pd(above) == 0) {
+#pragma GCC unroll 4
+            for (const auto& pair : v) {
+                const __m128d ratio = pair.r / bound, square = ratio * ratio;
+                sum += square[0];
+                sum += square[1];
+            }
+        } else if constexpr (count > 1) {
+            for (const auto& pair : v) add<1>({pair});
+        } else add(v[0].r[0]), add(v[0].r[1]);
+    }
+
+    double norm() const { return scale * __builtin_sqrt(sum); }
+};
+
+template <bool unit, class T> double scaled_norm(i64 n, const T* x, i64 step)
+{
+    constexpr i64 lanes = vec<T>::lanes, count = 4;
+    ScaledSum total;
+    for (; n >= count * lanes; n -= count * lanes) {
+        if constexpr (unit) prefetch_ahead(x);
+        vec<double> v[count];
+#pragma GCC unroll 4
+        for (auto& pair : v) {
+            pair.r = magnitude(load_strided<unit>(x, step)).r;
+            x += lanes * step;
+        }
+        total.add(v);
+    }
+    for (; n > 0; --n, x += step) {
+        const vec<T> v = magnitude(load_first<1>(x));
+        total.add(v.r[0]);
+        if constexpr (is_complex<T>) total.add(v.r[1]);
+    }
+    return total.norm();
+}
+
+// sqrt(sum |x_i|^2); 0 for n <= 0.
+template <class T> double norm_by_scaling(i64 n, const T* x, i64 incx)
+{
+    if (n <= 0) return 0;
+    const i64 step = incx < 0 ? -incx : incx;
+    return step == 1 ? scaled_norm<true>(n, x, 1) : scaled_norm<false>(n, x, step);
+}
+
+ORV_INLINE vec<double> squares(vec<double> x) { return x * x; }
+
+// Eight accumulators of two lanes. Single elements up to a 16-byte boundary go to lane 0 of A0; then blocks of 16, 8,
+// 4, 2 and 1 pairs, pair p of a block to A(p mod 8); a last single element to lane 0 of A0. The sum is ((A0+A1) +
+// (A2+A3)) + ((A4+A5) + (A6+A7)), then lane 0 + lane 1.
+double sum_of_squares(i64 n, const float* x)
+{
+    vec<double> a[8] = {};
+    const auto one = [&](i64 i) { a[0] += squares({_mm_cvtps_pd(load_first<1>(x + i).r)}); };
+    i64 i = 0;
+    for (const i64 head = min(to_boundary(x), n); i < head; ++i) one(i);
+    i = Blocks<16, 8, 4, 2, 1>::run<double>(i, n, [&](auto pairs, i64 at) {
+#pragma GCC unroll 16
+        for (int p = 0; p < decltype(pairs)::value; ++p) {
+            if (p % 8 == 0) prefetch_ahead(x + at + 2 * p);
+            a[p % 8] += squares(load_widened(x + at + 2 * p));
+        }
+    });
+    if (i < n) one(i);
+    return first_lane(fold_lanes(((a[0] + a[1]) + (a[2] + a[3])) + ((a[4] + a[5]) + (a[6] + a[7]))));
+}
+
+// An element in double: a real in lane 0 beside a zero, or a pair.
+ORV_INLINE vec<double> widened(const float* x) { return {_mm_cvtps_pd(load_first<1>(x).r)}; }
+ORV_INLINE vec<double> widened(const cpx<float>* x) { return load_widened(&x->re); }
+
+// Any other stride, 0 among them: four accumulators of an element each; blocks of 4, 2 and 1 elements, element e of a
+// block to A(e). The sum is (A0+A1) + (A2+A3), then, of a complex vector, real + imaginary.
+template <class T> double sum_of_squares(i64 n, const T* x, i64 step)
+{
+    vec<double> a[4] = {};
+    const auto next = [&](int e) { a[e] += squares(widened(x)), x += step; };
+    for (; n >= 4; n -= 4) next(0), next(1), next(2), next(3);
+    if (n >= 2) next(0), next(1);
+    if (n % 2 != 0) next(0);
+    return first_lane(fold_lanes((a[0] + a[1]) + (a[2] + a[3])));
+}
+
+// sqrt(sum |x_i|^2), rounded to single once; 0 for n <= 0. A complex vector of unit stride is a real one of twice the
+// length, whatever its address.
+template <class T> float norm_in_double(i64 n, const T* x, i64 incx)
+{
+    if (n <= 0) return 0;
+    const i64 step = incx < 0 ? -incx : incx;
+    constexpr i64 reals = sizeof(T) / sizeof(float);
+    const double sum =
+        step == 1 ? sum_of_squares(reals * n, reinterpret_cast<const float*>(x)) : sum_of_squares(n, x, step);
+    return static_cast<float>(__builtin_sqrt(sum));
+}
+
+} // namespace
+} // namespace orv::blas
+
+using namespace orv;
+using namespace orv::blas;
+
+ORV_EXPORT float BLAS(snrm2)(const i64* n, const float* x, const i64* incx) { return norm_in_double(*n, x, *incx); }
+ORV_EXPORT float BLAS(scnrm2)(const i64* n, const cpx<float>* x, const i64* incx)
+{
+    return norm_in_double(*n, x, *incx);
+}
+// The norm of one element is its magnitude, exactly, whatever the stride.
+ORV_EXPORT double BLAS(dnrm2)(const i64* n, const double* x, const i64* incx)
+{
+    return *n == 1 ? magnitude(*x) : norm_by_scaling(*n, x, *incx);
+}
+ORV_EXPORT double BLAS(dznrm2)(const i64* n, const cpx<double>* x, const i64* incx)
+{
+    return norm_by_scaling(*n, x, *incx);
+}
