@@ -13,6 +13,7 @@
 
 #include <tuple>
 #include <type_traits>
+#include <utility>
 
 namespace orv {
 
@@ -66,6 +67,28 @@ template <auto& F> using pointer32_result = pointer_result<F, i32>;
 template <auto& F, class Int>
 using pointer_form = typename decltype(signature_of<F>::template pointer_form<Int, int>())::type;
 template <auto& F> using kernel_form = typename decltype(signature_of<F>::template pointer_form<i64, void>())::type;
+
+namespace detail {
+
+template <class A, class P> A value(P pointer)
+{
+    if constexpr (std::is_pointer_v<A>) return pointer;
+    else return static_cast<A>(*pointer);
+}
+
+template <auto& F, class Function, int... i, class... P>
+auto on_values(Function function, std::integer_sequence<int, i...>, P... pointers)
+{
+    return function(value<value_argument<F, i>>(pointers)...);
+}
+
+} // namespace detail
+
+// function(arguments of F by value), of arguments by pointer.
+template <auto& F, class Function, class... P> auto on_values(Function function, P... pointers)
+{
+    return detail::on_values<F>(function, std::make_integer_sequence<int, arity<F>>(), pointers...);
+}
 
 } // namespace orv
 

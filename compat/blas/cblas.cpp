@@ -81,6 +81,23 @@ void gemm(const char* name, Xerbla<Int>* xerbla, int layout, int transa, int tra
     done(F(tb, ta, n, m, k, alpha, b, ldb, a, lda, beta, c, ldc));
 }
 
+template <auto& F, class Int, class T = value_argument<F, 2>>
+void ger(const char* name, Xerbla<Int>* xerbla, int layout, i64 m, i64 n, T alpha, const T* x, i64 incx, const T* y,
+         i64 incy, T* a, i64 lda)
+{
+    if (layout == column_major) {
+        if (const int bad = arguments::ger(m, n, alpha, x, incx, y, incy, a, lda)) [[unlikely]]
+            return xerbla(bad + 1, name, "");
+        return done(F(m, n, alpha, x, incx, y, incy, a, lda));
+    }
+    if (layout != row_major) return xerbla(1, name, "Illegal layout setting, %d\n", layout);
+    if (const int bad = arguments::ger(n, m, alpha, y, incy, x, incx, a, lda)) [[unlikely]] {
+        constexpr int swapped[] = {0, 2, 1, 3, 6, 7, 4, 5, 8, 9};
+        return xerbla(swapped[bad] + 1, name, "");
+    }
+    done(F(n, m, alpha, y, incy, x, incx, a, lda));
+}
+
 } // namespace
 
 #define FORM(symbol, width, arity, name)                                                                               \
@@ -115,6 +132,16 @@ void gemm(const char* name, Xerbla<Int>* xerbla, int layout, int transa, int tra
     GEMM_FORM(cblas_##name, cblas_xerbla, i32, name, T, Scalar, Array)                                                 \
     GEMM_FORM(cblas_##name##_64, cblas_xerbla_64, i64, name, T, Scalar, Array)                                         \
     GEMM_FORM(cblas_##name##64_, cblas_xerbla64_, i64, name, T, Scalar, Array)
+
+#define GER_FORM(symbol, xerbla, Int, name, T)                                                                         \
+    STANDARD void symbol(int layout, Int m, Int n, T alpha, const T* x, Int incx, const T* y, Int incy, T* a, Int lda) \
+    {                                                                                                                  \
+        ger<orv_##name, Int>("cblas_" #name, xerbla, layout, m, n, alpha, x, incx, y, incy, a, lda);                   \
+    }
+#define CBLAS_GER(name, T)                                                                                             \
+    GER_FORM(cblas_##name, cblas_xerbla, i32, name, T)                                                                 \
+    GER_FORM(cblas_##name##_64, cblas_xerbla_64, i64, name, T)                                                         \
+    GER_FORM(cblas_##name##64_, cblas_xerbla64_, i64, name, T)
 
 CBLAS(6, saxpy)
 CBLAS(6, daxpy)
@@ -185,3 +212,4 @@ CBLAS_GEMM(sgemm, float, float, float)
 CBLAS_GEMM(dgemm, double, double, double)
 CBLAS_GEMM(cgemm, cpx<float>, const void*, void)
 CBLAS_GEMM(zgemm, cpx<double>, const void*, void)
+CBLAS_GER(dger, double)

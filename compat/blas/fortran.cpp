@@ -33,17 +33,10 @@ struct Name {
 [[gnu::cold]] void report(const char* routine, i32 position) { xerbla_(Name(routine).text, &position, 6); }
 [[gnu::cold]] void report(const char* routine, i64 position) { xerbla_64_(Name(routine).text, &position, 6); }
 
-// An argument by value again, for the checks.
-template <class A, class P> A value(P pointer)
+template <auto& F, auto& Entry, class Int, class Check, class... P>
+void checked(const char* name, Check check, P... pointers)
 {
-    if constexpr (std::is_pointer_v<A>) return pointer;
-    else return static_cast<A>(*pointer);
-}
-
-template <auto& F, auto& Entry, class Int, int... i, class Check, class... P>
-void checked(const char* name, Check check, std::integer_sequence<int, i...>, P... pointers)
-{
-    if (const Int bad = check(value<value_argument<F, i>>(pointers)...)) [[unlikely]] return report(name, bad);
+    if (const Int bad = on_values<F>(check, pointers...)) [[unlikely]] return report(name, bad);
     done(Entry(pointers...));
 }
 
@@ -66,8 +59,7 @@ void checked(const char* name, Check check, std::integer_sequence<int, i...>, P.
     STANDARD void symbol(ORV_PARAMETERS_##arity(pointer##width##_argument, orv_##name))                                \
     {                                                                                                                  \
         constexpr auto test = [](auto... values) { return arguments::check(values...); };                              \
-        checked<orv_##name, entry, i##width>(#name, test, std::make_integer_sequence<int, arity>(),                    \
-                                             ORV_NAMES_##arity);                                                       \
+        checked<orv_##name, entry, i##width>(#name, test, ORV_NAMES_##arity);                                          \
     }
 #define FORTRAN_CHECKED(arity, name, check)                                                                            \
     CHECKED_FORM(name##_, orv_blas_lp64_##name, 32, arity, name, check)                                                \
@@ -167,3 +159,4 @@ FORTRAN_CHECKED(13, sgemm, gemm)
 FORTRAN_CHECKED(13, dgemm, gemm)
 FORTRAN_CHECKED(13, cgemm, gemm)
 FORTRAN_CHECKED(13, zgemm, gemm)
+FORTRAN_CHECKED(9, dger, ger)

@@ -57,6 +57,18 @@ private:
     Kernel<kernel_form<F>> kernel_;
 };
 
+// The same behind a check of the arguments, a function of frame/arguments.h.
+template <auto& F, auto check> class Checked : Direct<F> {
+public:
+    using Direct<F>::Direct;
+
+    template <class... P> orv_status operator()(P... arguments)
+    {
+        const int bad = on_values<F>(check, arguments...);
+        return bad != 0 ? -bad : Direct<F>::operator()(arguments...);
+    }
+};
+
 // Tells of a bad argument in the way of the public interface, and in that of the wrappers; both return the status.
 orv_status report_by_value(const char* routine, orv_status status);
 orv_status report_by_pointer(const char* routine, orv_status status);
