@@ -54,8 +54,17 @@ constexpr char letter(int transposition)
     return transposition >= 111 && transposition <= 113 ? letters[transposition - 111] : '\0';
 }
 
-// The error routine of the interface that was called.
+// The error routine of the interface that was called, and a call of it. The reference library passes positions in the
+// column-major call that it makes of a row-major one, and leaves it to the error routine to translate them if
+// RowMajorStrg is set. Here they are those of the program's own call already, so an error routine that
+// knows the custom is told not to.
 template <class Int> using Xerbla = void(Int, const char*, const char*, ...);
+template <class Int, class... A>
+[[gnu::cold]] void report(Xerbla<Int>* xerbla, Int position, const char* name, const char* format = "", A... values)
+{
+    RowMajorStrg = 0;
+    xerbla(position, name, format, values...);
+}
 
 // Checks come in the order of the reference, which for row-major products is that of the column-major one; it also
 // reports a bad transb of these as argument 2.
@@ -64,19 +73,19 @@ void gemm(const char* name, Xerbla<Int>* xerbla, int layout, int transa, int tra
           const T* a, i64 lda, const T* b, i64 ldb, T beta, T* c, i64 ldc)
 {
     const bool rows = layout == row_major;
-    if (!rows && layout != column_major) return xerbla(1, name, "Illegal layout setting, %d\n", layout);
+    if (!rows && layout != column_major) return report<Int>(xerbla, 1, name, "Illegal layout setting, %d\n", layout);
     const char ta = letter(transa), tb = letter(transb);
-    if (ta == '\0') return xerbla(2, name, "Illegal TransA setting, %d\n", transa);
-    if (tb == '\0') return xerbla(rows ? 2 : 3, name, "Illegal TransB setting, %d\n", transb);
+    if (ta == '\0') return report<Int>(xerbla, 2, name, "Illegal TransA setting, %d\n", transa);
+    if (tb == '\0') return report<Int>(xerbla, rows ? 2 : 3, name, "Illegal TransB setting, %d\n", transb);
 
     if (!rows) {
         if (const int bad = arguments::gemm(ta, tb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc)) [[unlikely]]
-            return xerbla(bad + 1, name, "");
+            return report<Int>(xerbla, bad + 1, name);
         return done(F(ta, tb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc));
     }
     if (const int bad = arguments::gemm(tb, ta, n, m, k, alpha, b, ldb, a, lda, beta, c, ldc)) [[unlikely]] {
         constexpr int swapped[] = {0, 2, 1, 4, 3, 5, 6, 9, 10, 7, 8, 11, 12, 13};
-        return xerbla(swapped[bad] + 1, name, "");
+        return report<Int>(xerbla, swapped[bad] + 1, name);
     }
     done(F(tb, ta, n, m, k, alpha, b, ldb, a, lda, beta, c, ldc));
 }
@@ -87,13 +96,13 @@ void ger(const char* name, Xerbla<Int>* xerbla, int layout, i64 m, i64 n, T alph
 {
     if (layout == column_major) {
         if (const int bad = arguments::ger(m, n, alpha, x, incx, y, incy, a, lda)) [[unlikely]]
-            return xerbla(bad + 1, name, "");
+            return report<Int>(xerbla, bad + 1, name);
         return done(F(m, n, alpha, x, incx, y, incy, a, lda));
     }
-    if (layout != row_major) return xerbla(1, name, "Illegal layout setting, %d\n", layout);
+    if (layout != row_major) return report<Int>(xerbla, 1, name, "Illegal layout setting, %d\n", layout);
     if (const int bad = arguments::ger(n, m, alpha, y, incy, x, incx, a, lda)) [[unlikely]] {
         constexpr int swapped[] = {0, 2, 1, 3, 6, 7, 4, 5, 8, 9};
-        return xerbla(swapped[bad] + 1, name, "");
+        return report<Int>(xerbla, swapped[bad] + 1, name);
     }
     done(F(n, m, alpha, y, incy, x, incx, a, lda));
 }

@@ -28,6 +28,8 @@ constinit std::atomic<bool> explained{false};
 
 } // namespace
 
+int RowMajorStrg = 0;
+
 void orv::compat::explain()
 {
     if (orv_branch_status() != ORV_OK && !explained.exchange(true)) std::fprintf(stderr, "orv: %s\n", orv_last_error());

@@ -28,6 +28,9 @@ STANDARD void cblas_xerbla(orv::i32 position, const char* routine, const char* f
 STANDARD void cblas_xerbla_64(orv::i64 position, const char* routine, const char* format, ...);
 STANDARD void cblas_xerbla64_(orv::i64 position, const char* routine, const char* format, ...);
 
+// Nonzero if the position that a cblas_xerbla receives is still to be translated: never so in this library.
+extern "C" __attribute__((visibility("default"))) int RowMajorStrg;
+
 namespace orv::compat {
 
 // Says once, on standard error, why nothing can be computed, if that is so.
