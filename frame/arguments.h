@@ -1,5 +1,5 @@
-// What the reference BLAS calls a bad argument. Each function takes all arguments of a routine in its order and gives the
-// number of the first one that is bad, counted from 1, tested in the order of the reference; 0 if all are good.
+// What the reference BLAS calls a bad argument. Each function takes all arguments of a routine in its order and gives
+// the number of the first one that is bad, counted from 1, tested in the order of the reference; 0 if all are good.
 // Level-1 routines take whatever comes.
 #pragma once
 

@@ -40,7 +40,8 @@ template <class R, class... A> struct signature<R(A...)> {
     template <class Int, class Status> static auto pointer_form()
     {
         if constexpr (std::is_same_v<R, int>) return std::type_identity<Status(typename by_pointer<Int, A>::type...)>();
-        else if constexpr (std::is_same_v<R, i64>) return std::type_identity<Int(typename by_pointer<Int, A>::type...)>();
+        else if constexpr (std::is_same_v<R, i64>)
+            return std::type_identity<Int(typename by_pointer<Int, A>::type...)>();
         else if constexpr (is_complex<R>) return std::type_identity<void(R*, typename by_pointer<Int, A>::type...)>();
         else return std::type_identity<R(typename by_pointer<Int, A>::type...)>();
     }
@@ -54,8 +55,7 @@ template <auto& F> using result_of = typename signature_of<F>::result;
 template <auto& F, int i> using value_argument = std::tuple_element_t<i, typename signature_of<F>::arguments>;
 template <auto& F, int i> using pointer64_argument = typename detail::by_pointer<i64, value_argument<F, i>>::type;
 template <auto& F, int i> using pointer32_argument = typename detail::by_pointer<i32, value_argument<F, i>>::type;
-template <auto& F>
-inline constexpr int arity = std::tuple_size_v<typename signature_of<F>::arguments>;
+template <auto& F> inline constexpr int arity = std::tuple_size_v<typename signature_of<F>::arguments>;
 
 // What the forms by pointer return; a complex result does not return.
 template <auto& F, class Int>

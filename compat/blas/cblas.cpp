@@ -36,7 +36,8 @@ template <auto& F, int... i, class... C> auto call(std::integer_sequence<int, i.
 {
     const auto result = F(native<value_argument<F, i>>(arguments)...);
     if constexpr (std::is_same_v<result_of<F>, orv_status>) done(result);
-    else if constexpr (std::is_same_v<result_of<F>, i64>) return static_cast<std::size_t>(max(answer(result + 1), 1) - 1);
+    else if constexpr (std::is_same_v<result_of<F>, i64>)
+        return static_cast<std::size_t>(max(answer(result + 1), 1) - 1);
     else return answer(result);
 }
 

@@ -36,7 +36,8 @@ struct Name {
 template <auto& F, auto& Entry, class Int, class Check, class... P>
 void checked(const char* name, Check check, P... pointers)
 {
-    if (const Int bad = on_values<F>(check, pointers...)) [[unlikely]] return report(name, bad);
+    if (const Int bad = on_values<F>(check, pointers...)) [[unlikely]]
+        return report(name, bad);
     done(Entry(pointers...));
 }
 

@@ -13,8 +13,8 @@ namespace {
 
 void print_fortran(const char* routine, std::size_t length, i64 position)
 {
-    std::fprintf(stderr, " ** On entry to %.*s parameter number %2lld had an illegal value\n",
-                 static_cast<int>(length), routine, static_cast<long long>(position));
+    std::fprintf(stderr, " ** On entry to %.*s parameter number %2lld had an illegal value\n", static_cast<int>(length),
+                 routine, static_cast<long long>(position));
 }
 
 void print_cblas(i64 position, const char* routine, const char* format, va_list arguments)
@@ -35,7 +35,10 @@ void orv::compat::explain()
     if (orv_branch_status() != ORV_OK && !explained.exchange(true)) std::fprintf(stderr, "orv: %s\n", orv_last_error());
 }
 
-void xerbla_(const char* routine, const i32* position, std::size_t length) { print_fortran(routine, length, *position); }
+void xerbla_(const char* routine, const i32* position, std::size_t length)
+{
+    print_fortran(routine, length, *position);
+}
 void xerbla_64_(const char* routine, const i64* position, std::size_t length)
 {
     print_fortran(routine, length, *position);

@@ -43,13 +43,15 @@ template <class R> R answer(R result)
     if constexpr (std::is_integral_v<R>) suspect = result < 1;
     else if constexpr (is_complex<R>) suspect = result.re != result.re;
     else suspect = result != result;
-    if (suspect) [[unlikely]] explain();
+    if (suspect) [[unlikely]]
+        explain();
     return result;
 }
 
 inline void done(orv_status status)
 {
-    if (status != ORV_OK) [[unlikely]] explain();
+    if (status != ORV_OK) [[unlikely]]
+        explain();
 }
 
 } // namespace orv::compat

@@ -1,0 +1,259 @@
+// Bad arguments: found in the order of the reference, reported to the error routine of the interface that was called,
+// with name and position; nothing is written.
+#include "tests/compat/errors.h"
+
+#include "tests/compat/expect.h"
+
+#include <orv/status.h>
+
+#include <cstdarg>
+#include <functional>
+#include <ostream>
+
+using namespace orv;
+using namespace orv::test;
+
+namespace {
+
+std::vector<Report> reports;
+
+void record(const char* routine, std::string name, i64 position, std::string text = "")
+{
+    reports.push_back({routine, std::move(name), position, std::move(text)});
+}
+
+std::string format(const char* form, va_list arguments)
+{
+    char text[256];
+    vsnprintf(text, sizeof text, form, arguments);
+    return text;
+}
+
+} // namespace
+
+#define REPLACE extern "C" __attribute__((visibility("default"))) void
+REPLACE xerbla_(const char* name, const i32* position, std::size_t length)
+{
+    record("xerbla_", {name, length}, *position);
+}
+REPLACE xerbla_64_(const char* name, const i64* position, std::size_t length)
+{
+    record("xerbla_64_", {name, length}, *position);
+}
+REPLACE orv_serv_xerbla(const char* name, const i64* negated_position, int length)
+{
+    record("orv_serv_xerbla", {name, static_cast<std::size_t>(length)}, -*negated_position);
+}
+#define REPLACE_CBLAS(symbol, Integer)                                                                                 \
+    REPLACE symbol(Integer position, const char* name, const char* form, ...)                                          \
+    {                                                                                                                  \
+        va_list arguments;                                                                                             \
+        va_start(arguments, form);                                                                                     \
+        record(#symbol, name, position, format(form, arguments));                                                      \
+        va_end(arguments);                                                                                             \
+    }
+REPLACE_CBLAS(cblas_xerbla, i32)
+REPLACE_CBLAS(cblas_xerbla_64, i64)
+REPLACE_CBLAS(cblas_xerbla64_, i64)
+
+std::ostream& orv::test::operator<<(std::ostream& stream, const Report& r)
+{
+    return stream << r.routine << "(" << r.name << ", " << r.position << ", " << r.text << ")";
+}
+
+std::vector<Report> orv::test::take_reports() { return std::exchange(reports, {}); }
+
+namespace {
+
+std::string upper(std::string name)
+{
+    for (char& c : name) c = static_cast<char>(std::toupper(c));
+    name.resize(6, ' ');
+    return name;
+}
+
+// Who hears of a bad argument, and under which name.
+Report expected_report(const Interface& via, const std::string& routine, i64 position, std::string text = "")
+{
+    switch (via.style) {
+    case Style::pointer:
+        return {"orv_serv_xerbla", upper(routine), position, ""};
+    case Style::fortran:
+        return {via.bits == 32 ? "xerbla_" : "xerbla_64_", upper(routine), position, ""};
+    default:
+        return {"cblas_xerbla" + std::string(via.suffix), "cblas_" + routine, position, text};
+    }
+}
+
+void handler(const char* routine, int argument) { record("handler", routine, argument); }
+
+// Calls with arguments of which numbers 1 to n are named by position; C is m by n with a guard of its own.
+template <class T> struct GemmCall {
+    char transa = 'N', transb = 'T';
+    int layout = 102, order_a = 111, order_b = 112;
+    i64 m = 3, n = 4, k = 5, lda = 5, ldb = 5, ldc = 5;
+
+    void run(const Interface& via) const
+    {
+        std::vector<T> a(64, one<T>), b(64, one<T>), c(64, one<T>);
+        const auto untouched = c;
+        const std::string routine = std::string(1, letter<T>) + "gemm";
+        if (via.style == Style::cblas)
+            call<void>(via, routine, layout, order_a, order_b, Int{m}, Int{n}, Int{k}, one<T>, a.data(), Int{lda},
+                       b.data(), Int{ldb}, zero<T>, c.data(), Int{ldc});
+        else if (via.style == Style::value) {
+            status = call<int>(via, routine, transa, transb, Int{m}, Int{n}, Int{k}, one<T>, a.data(), Int{lda},
+                               b.data(), Int{ldb}, zero<T>, c.data(), Int{ldc});
+        } else
+            call<void>(via, routine, transa, transb, Int{m}, Int{n}, Int{k}, one<T>, a.data(), Int{lda}, b.data(),
+                       Int{ldb}, zero<T>, c.data(), Int{ldc});
+        EXPECT_TRUE(c == untouched);
+    }
+    mutable orv_status status = 0;
+};
+
+// Spoilers, in the order in which the reference tests: each with the position that it reports.
+template <class Call> struct Spoiler {
+    i64 position;
+    std::function<void(Call&)> spoil;
+    std::string text = {};
+};
+
+// Spoils one argument, and then it together with all that are tested later: the report is the same.
+template <class Call>
+void each_is_found_first(const Interface& via, const std::string& routine, const Call& good,
+                         const std::vector<Spoiler<Call>>& spoilers)
+{
+    for (std::size_t first = 0; first < spoilers.size(); ++first)
+        for (const bool with_later : {false, true}) {
+            const auto& expected = spoilers[first];
+            SCOPED_TRACE(via.symbol(routine) + " argument " + std::to_string(expected.position));
+            Call call = good;
+            for (std::size_t i = spoilers.size(); i-- > first;)
+                if (i == first || with_later) spoilers[i].spoil(call);
+            call.run(via);
+            if (via.style == Style::value) {
+                EXPECT_EQ(call.status, -expected.position);
+                EXPECT_TRUE(take_reports().empty());
+                EXPECT_EQ(orv_last_error(), "orv_" + routine + ": argument " + std::to_string(expected.position) +
+                                                " is not allowed; see the routine's description for its range");
+            } else
+                EXPECT_EQ(take_reports(), std::vector{expected_report(via, routine, expected.position, expected.text)});
+        }
+}
+
+template <class T> void gemm_errors(const Interface& via)
+{
+    using Call = GemmCall<T>;
+    const std::string routine = std::string(1, letter<T>) + "gemm";
+    if (via.style != Style::cblas) {
+        const std::vector<Spoiler<Call>> spoilers{
+            {1, [](Call& c) { c.transa = '/'; }}, {2, [](Call& c) { c.transb = 'n' + 0x20; }},
+            {3, [](Call& c) { c.m = -1; }},       {4, [](Call& c) { c.n = -1; }},
+            {5, [](Call& c) { c.k = -1; }},       {8, [](Call& c) { c.lda = 2; }},
+            {10, [](Call& c) { c.ldb = 3; }},     {13, [](Call& c) { c.ldc = 2; }},
+        };
+        each_is_found_first(via, routine, Call{}, spoilers);
+        return;
+    }
+    const Spoiler<Call> layout{1, [](Call& c) { c.layout = 7; }, "Illegal layout setting, 7\n"};
+    const Spoiler<Call> order_a{2, [](Call& c) { c.order_a = 110; }, "Illegal TransA setting, 110\n"};
+    Spoiler<Call> order_b{3, [](Call& c) { c.order_b = 114; }, "Illegal TransB setting, 114\n"};
+    const Spoiler<Call> m{4, [](Call&c) { c.m = -1; }}, n{5, [](Call&c) { c.n = -1; }}, k{6, [](Call&c) { c.k = -1; }},
+        lda{9, [](Call&c) { c.lda = 2; }}, ldb{11, [](Call&c) { c.ldb = 3; }}, ldc{14, [](Call&c) { c.ldc = 2; }};
+    each_is_found_first(via, routine, Call{}, {layout, order_a, order_b, m, n, k, lda, ldb, ldc});
+
+    // A row-major product is a column-major one with its operands in the other order; so are its checks.
+    Call rows;
+    rows.layout = 101;
+    order_b.position = 2; // as the reference has it
+    each_is_found_first(via, routine, rows, {order_a, order_b, n, m, k, ldb, lda, ldc});
+}
+
+TEST(Errors, gemm_reports_the_first_bad_argument_of_the_reference)
+{
+    for (const Interface& via : interfaces) {
+        gemm_errors<float>(via), gemm_errors<double>(via);
+        gemm_errors<cpx<float>>(via), gemm_errors<cpx<double>>(via);
+    }
+}
+
+struct GerCall {
+    int layout = 102;
+    i64 m = 3, n = 4, incx = 1, incy = -1, lda = 5;
+
+    void run(const Interface& via) const
+    {
+        std::vector<double> x(16, 1), y(16, 1), a(64, 1);
+        const auto untouched = a;
+        if (via.style == Style::cblas)
+            call<void>(via, "dger", layout, Int{m}, Int{n}, 1.0, x.data(), Int{incx}, y.data(), Int{incy}, a.data(),
+                       Int{lda});
+        else if (via.style == Style::value)
+            status = call<int>(via, "dger", Int{m}, Int{n}, 1.0, x.data(), Int{incx}, y.data(), Int{incy}, a.data(),
+                               Int{lda});
+        else call<void>(via, "dger", Int{m}, Int{n}, 1.0, x.data(), Int{incx}, y.data(), Int{incy}, a.data(), Int{lda});
+        EXPECT_TRUE(a == untouched);
+    }
+    mutable orv_status status = 0;
+};
+
+TEST(Errors, ger_reports_the_first_bad_argument_of_the_reference)
+{
+    for (const Interface& via : interfaces) {
+        const int shift = via.style == Style::cblas;
+        const Spoiler<GerCall> m{1 + shift, [](GerCall&c) { c.m = -1; }}, n{2 + shift, [](GerCall&c) { c.n = -1; }},
+            incx{5 + shift, [](GerCall&c) { c.incx = 0; }}, incy{7 + shift, [](GerCall&c) { c.incy = 0; }},
+            lda{9 + shift, [](GerCall&c) { c.lda = 2; }};
+        each_is_found_first(via, "dger", GerCall{}, {m, n, incx, incy, lda});
+        if (via.style != Style::cblas) continue;
+        const Spoiler<GerCall> layout{1, [](GerCall& c) { c.layout = 0; }, "Illegal layout setting, 0\n"};
+        GerCall rows;
+        rows.layout = 101;
+        each_is_found_first(via, "dger", GerCall{}, {layout});
+        each_is_found_first(via, "dger", rows, {n, m, incy, incx, lda});
+    }
+}
+
+// In the widths of 64 bits a dimension is not cut to 32.
+TEST(Errors, dimensions_keep_their_width)
+{
+    for (const Interface& via : interfaces) {
+        if (via.bits == 32) continue;
+        std::vector<double> c(1, 1);
+        if (via.style == Style::cblas) {
+            call<void>(via, "dgemm", 102, 111, 111, Int{0}, Int{1}, Int{1}, 1.0, c.data(), Int{i64(1) << 32}, c.data(),
+                       Int{i64(1) << 32}, 1.0, c.data(), Int{i64(1) << 32});
+        } else
+            call<void>(via, "dgemm", 'N', 'N', Int{0}, Int{1}, Int{1}, 1.0, c.data(), Int{i64(1) << 32}, c.data(),
+                       Int{i64(1) << 32}, 1.0, c.data(), Int{i64(1) << 32});
+        EXPECT_TRUE(take_reports().empty()) << via.symbol("dgemm");
+    }
+}
+
+TEST(Errors, the_native_interface_tells_the_users_handler_and_the_standard_ones_do_not)
+{
+    const auto before = orv_set_argument_handler(handler);
+    for (const Interface& via : interfaces) {
+        GerCall bad;
+        bad.m = -1;
+        bad.run(via);
+        const auto told = take_reports();
+        ASSERT_EQ(told.size(), 1u) << via.symbol("dger");
+        EXPECT_EQ(told[0].routine == "handler", via.style == Style::value) << via.symbol("dger");
+    }
+    orv_set_argument_handler(before);
+}
+
+TEST(Errors, vectors_take_whatever_comes)
+{
+    double x = 1, y = 2;
+    for (const Interface& via : interfaces) {
+        call<void>(via, "daxpy", Int{-3}, 1.0, &x, Int{0}, &y, Int{0});
+        EXPECT_EQ(call<double>(via, "ddot", Int{-1}, &x, Int{1}, &y, Int{1}), 0);
+    }
+    EXPECT_EQ(y, 2);
+    EXPECT_TRUE(take_reports().empty());
+}
+
+} // namespace
