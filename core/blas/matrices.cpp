@@ -35,10 +35,10 @@ constexpr i64 edge(i64 size, int parts, int index)
 template <auto& F> class Gemm {
     using T = value_argument<F, 5>;
 
-    // Multiplications worth a thread: below, waking and joining one costs more than 5 % of what it saves.
-    static constexpr i64 grain = is_complex<T> ? 500'000 : 2'000'000;
+    // Multiplications worth a thread, 0.2 ms of one core: waking a team that has gone to sleep can cost as much.
+    static constexpr i64 grain = 16'000'000 / static_cast<i64>(sizeof(real_t<T>)) / (is_complex<T> ? 4 : 1);
     // A part has at least this many rows and columns, or the whole is not cut that way: panels stay whole.
-    static constexpr i64 least = 64;
+    static constexpr i64 least = 32;
 
 public:
     constexpr explicit Gemm(const char* symbol) : kernel_(symbol) {}

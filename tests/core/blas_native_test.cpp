@@ -1,0 +1,42 @@
+// The public header as C++ programs use it, with std::complex, and as C programs do.
+#include "tests/core/process.h"
+
+#include <complex>
+#include <gtest/gtest.h>
+#include <orv/orv.h>
+#include <type_traits>
+
+using namespace orv::test;
+
+namespace {
+
+static_assert(std::is_same_v<orv_complex_float, std::complex<float>>);
+static_assert(std::is_same_v<orv_complex_double, std::complex<double>>);
+
+TEST(BlasNative, complex_numbers_are_those_of_the_language)
+{
+    const std::complex<double> x[] = {{1, 2}, {3, 4}}, y[] = {{5, 6}, {7, 8}};
+    EXPECT_EQ(orv_zdotu(2, x, 1, y, 1), x[0] * y[0] + x[1] * y[1]);
+    EXPECT_EQ(orv_zdotc(2, x, 1, y, 1), std::conj(x[0]) * y[0] + std::conj(x[1]) * y[1]);
+    const std::complex<float> u[] = {{1, 2}, {3, 4}};
+    EXPECT_EQ(orv_cdotc(2, u, 1, u, -1), std::conj(u[0]) * u[1] + std::conj(u[1]) * u[0]);
+    std::complex<float> v[] = {{1, 0}, {0, 1}};
+    EXPECT_EQ(orv_caxpy(2, {0, 1}, u, 1, v, 1), ORV_OK);
+    EXPECT_EQ(v[0], std::complex<float>(-1, 1));
+    EXPECT_EQ(v[1], std::complex<float>(-4, 4));
+}
+
+TEST(BlasNative, a_c_program_computes)
+{
+    const Outcome outcome = run(ORV_HELPERS "/native_c");
+    EXPECT_EQ(outcome.text, "cdotc 18 3\nzdotc 18 3\nzaxpy -1 1\nidamax 2\ndoti 32\n");
+    EXPECT_EQ(outcome.status, 0);
+}
+
+TEST(BlasNative, without_kernels_numbers_are_nan_and_statuses_tell)
+{
+    const Outcome outcome = run("ORV_BRANCH_PATH=/nowhere.so " ORV_HELPERS "/native_c");
+    EXPECT_EQ(outcome.text, "cdotc nan nan\nzdotc nan nan\nzaxpy status 1\nidamax -1\ndoti nan\n");
+}
+
+} // namespace
