@@ -72,7 +72,7 @@ template <class T> Real<T> sum(int n, T* x, int inc)
 template <class T, class S> void rotate(int n, T* x, int incx, T* y, int incy, Real<T> c, S s)
 {
     with(n, x, incx, y, incy, [&](auto u, auto v) {
-        Eigen::internal::apply_rotation_in_the_plane(u, v, Eigen::JacobiRotation<T>(T(c), T(s)));
+        Eigen::internal::apply_rotation_in_the_plane(u, v, Eigen::JacobiRotation<T>(T(c), Eigen::numext::conj(T(s))));
     });
 }
 

@@ -45,9 +45,9 @@ template <Use use> inline void touch(std::byte* at)
 {
     auto* p = reinterpret_cast<float*>(at);
     __m128 v = _mm_setzero_ps();
-    if constexpr (use != Use::written) v = _mm_load_ps(p);
+    if constexpr (use != Use::written) v = _mm_loadu_ps(p);
     opaque(v);
-    if constexpr (use != Use::read) _mm_store_ps(p, v);
+    if constexpr (use != Use::read) _mm_storeu_ps(p, v);
 }
 
 // Reads and writes x and y once, 16 bytes at a time. Beyond the first cache it asks for what comes later.

@@ -127,8 +127,8 @@ template <class R> double worst_difference(const std::byte* a, const std::byte* 
         R x, y;
         std::memcpy(&x, a + at, sizeof x);
         std::memcpy(&y, b + at, sizeof y);
-        const double difference = x == y ? 0 : std::fabs(static_cast<double>(x) - static_cast<double>(y));
-        if (!(difference <= worst)) worst = difference; // NaN stays
+        const double difference = std::fabs(static_cast<double>(x) - static_cast<double>(y));
+        worst = std::max(worst, std::isnan(difference) ? std::numeric_limits<double>::infinity() : difference);
     }
     return worst;
 }

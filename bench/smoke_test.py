@@ -35,7 +35,8 @@ for case in cases:
         check(case.faster(time.fastest, time.median) >= 1 and case.faster(time.median, time.slowest) >= 1
               and time.median > 0, f"{case.name}: {library} {time}")
 
-done = run("--filter", "^daxpy unit 100$", lib=wrong)
-check(done.returncode == 1 and "daxpy unit 100: orv and" in done.stderr, f"a wrong answer was timed\n{done.stderr}")
+for case in "daxpy unit 100", "dscal unit 100":
+    done = run("--filter", f"^{case}$", lib=wrong)
+    check(done.returncode == 1 and f"{case}: orv and" in done.stderr, f"a wrong answer was timed\n{done.stderr}")
 check(run("--filter", "(").returncode == 1, "a filter that is no expression was taken")
 check(run("--pass", "none").returncode == 1, "a pass that does not exist was taken")

@@ -191,6 +191,25 @@ template <class T> ORV_INLINE vec<T> alternate(vec<T> even, vec<T> odd)
     else return {_mm_blend_pd(even.r, odd.r, 0b10)};
 }
 
+// Of each pair the one part, twice.
+template <class T> ORV_INLINE vec<T> real_parts(vec<T> a)
+{
+    if constexpr (sizeof(real_t<T>) == 4) return {_mm_moveldup_ps(a.r)};
+    else return {_mm_movedup_pd(a.r)};
+}
+template <class T> ORV_INLINE vec<T> imaginary_parts(vec<T> a)
+{
+    if constexpr (sizeof(real_t<T>) == 4) return {_mm_movehdup_ps(a.r)};
+    else return {_mm_unpackhi_pd(a.r, a.r)};
+}
+
+// Differences of real parts, sums of imaginary parts.
+template <class T> ORV_INLINE vec<T> add_sub(vec<T> a, vec<T> b)
+{
+    if constexpr (sizeof(real_t<T>) == 4) return {_mm_addsub_ps(a.r, b.r)};
+    else return {_mm_addsub_pd(a.r, b.r)};
+}
+
 template <class T> ORV_INLINE vec<T> conj(vec<T> a)
 {
     if constexpr (!is_complex<T>) return a;

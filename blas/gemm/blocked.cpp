@@ -2,6 +2,7 @@
 //
 // Whatever the order, an element of C gets one sum per block of the depth, blocks ascending. Alpha is multiplied into
 // packed A. The last block of the depth may be shallower; its panels still stand as far apart as those of a full one.
+#include "blas/gemm/direct.h"
 #include "blas/gemm/driver.h"
 #include "frame/serv.h"
 #include "frame/symbol.h"
@@ -136,6 +137,31 @@ template <class T> void loop_b_interleaved(const Product<T>& x)
                 x.multiply(i, j, rows, columns, depth, x.beta_at(p), d.a.buffer, d.b.buffer);
             }
         }
+}
+
+// Real operands that are multiplied where they stand, to the bits that packing would give: so small ones that packing
+// and the kernel's narrow panels would take longer than the product (up to about 13 cubed), and so few rows that a
+// packed B would be read hardly more often than it was written. Those want a B whose columns are read along memory; a
+// transposed one is better packed.
+template <class T> bool is_better_in_place(const Product<T>& x)
+{
+    constexpr i64 small_volume = 2500, few_rows = 8;
+    if (is_complex<T> || !x.desc->in_place) return false;
+    return (x.m <= few_rows && is_plain(x.transb)) || x.m * x.n * x.k <= small_volume;
+}
+
+template <class T> void loop_in_place(const Product<T>& x)
+{
+    const bool na = is_plain(x.transa), nb = is_plain(x.transb);
+    for (i64 p = 0; p < x.k; p += x.desc->kb) {
+        const T *a = corner(x.a, x.lda, x.transa, 0, p), *b = corner(x.b, x.ldb, x.transb, p, 0);
+        const bool replaces = x.beta_at(p) == zero<T>;
+        const Operands<T> o = {a, x.lda, b,     nb ? 1 : x.ldb, nb ? x.ldb : 1, x.c,
+                               1, x.ldc, false, false,          replaces,       factor<T>(x.alpha)};
+        const i64 depth = part(x.k, p, x.desc->kb);
+        if (na) Direct<T, Rows::adjacent, Alpha::in_x>(o, depth)(x.m, x.n);
+        else Direct<T, Rows::apart, Alpha::in_x>(o, depth)(x.m, x.n);
+    }
 }
 
 // One pass over the depth with an operand that the caller has packed, in blocks of kb steps one after another, each as
@@ -279,7 +305,9 @@ int blocked(char transa, char transb, i64 m, i64 n, i64 k, T alpha, const T* a, 
     }
     if constexpr (is_complex<T>) // their kernels always add
         if (beta == zero<T>) mscale(m, n, beta, c, ldc), beta = one<T>;
-    run(order->version, Product<T>{transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc, desc});
+    const Product<T> product = {transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc, desc};
+    if (is_better_in_place(product)) loop_in_place(product);
+    else run(order->version, product);
     orv_serv_deallocate(handle);
     return 0;
 }

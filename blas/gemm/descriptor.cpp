@@ -5,14 +5,21 @@
 
 namespace orv::gemm {
 
-// Clears everything but the four fields that choosing a kernel overwrites anyway.
+// Clears everything but m_min, n_min, k_min and scratch_factor, which choosing a kernel overwrites anyway.
 template <class T> void zero_desc(Desc<T>* desc)
 {
-    const i64 m_min = desc->m_min, n_min = desc->n_min, k_min = desc->k_min;
-    const i32 scratch_factor = desc->scratch_factor;
-    *desc = {};
-    desc->m_min = m_min, desc->n_min = n_min, desc->k_min = k_min;
-    desc->scratch_factor = scratch_factor;
+    desc->in_place = desc->kernel_index = desc->capability_mask = desc->version = 0;
+    desc->mb = desc->nb = desc->kb = 0;
+    desc->m_unit = desc->n_unit = desc->k_unit = 0;
+    desc->a = desc->b = {};
+    desc->get_blks_size = nullptr;
+    desc->get_bufs_size = nullptr;
+    desc->get_bufs = nullptr;
+    desc->copyan = desc->copyat = desc->copyac = desc->copya_ext = nullptr;
+    desc->copybn = desc->copybt = desc->copybc = desc->copyb_ext = nullptr;
+    desc->ker = nullptr;
+    desc->scratch_buffer = nullptr;
+    desc->scratch_bytes = desc->scratch_align_shift = 0;
 }
 
 namespace {

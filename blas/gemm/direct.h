@@ -15,6 +15,9 @@ namespace orv::gemm {
 // Where the rows of X stand: side by side in memory, or a leading dimension apart with the steps side by side.
 enum class Rows { adjacent, apart };
 
+// Where alpha is multiplied in: into the elements of X, as packing does it (reals only), or into the sum.
+enum class Alpha { in_x, at_end };
+
 template <class T> struct Operands {
     const T* x; // X(i, p) at i + p*ldx (adjacent) or at p + i*ldx (apart)
     i64 ldx;
@@ -23,18 +26,21 @@ template <class T> struct Operands {
     T* c; // C(i, j) at i*c_row + j*c_column
     i64 c_row, c_column;
     bool conj_x, conj_y;
+    bool replaces; // C counts as zero and is not read
     factor<T> alpha;
 };
 
 // The sums of as many rows as a register has lanes, in one column.
 template <class T> struct Sum {
-    vec<T> sum = zeros<T>();
+    vec<T> sum;
+    ORV_INLINE void clear() { sum = zeros<T>(); }
     ORV_INLINE void add(vec<T> x, vec<T> y) { sum += x * y; }
     ORV_INLINE vec<T> total(bool, bool) const { return sum; }
 };
 template <class R> struct Sum<cpx<R>> {
     using T = cpx<R>;
-    vec<T> straight = zeros<T>(), crossed = zeros<T>(); // (re*re, im*im) and (im*re, re*im)
+    vec<T> straight, crossed; // (re*re, im*im) and (im*re, re*im)
+    ORV_INLINE void clear() { straight = crossed = zeros<T>(); }
     ORV_INLINE void add(vec<T> x, vec<T> y)
     {
         straight += lane_product(x, y);
@@ -49,25 +55,24 @@ template <class R> struct Sum<cpx<R>> {
     }
 };
 
-template <class T, Rows layout, int rows, int columns> class DirectTile {
+template <class T, Rows layout, Alpha where, int rows, int columns> class DirectTile {
     static constexpr int lanes = vec<T>::lanes;
     static constexpr int registers = (rows + lanes - 1) / lanes;
     static constexpr int last = rows - (registers - 1) * lanes; // rows in the last register
+    static constexpr int count = registers * columns;
     static constexpr int steps_at_once = layout == Rows::apart ? lanes : 1;
 
     const Operands<T>& o;
     const T* x;
     const T* y;
-    Sum<T> sums[registers][columns];
+    Sum<T> sums[count]; // of register r in column j at j*registers + r
 
+    // One loop over all sums of a tile, not one inside another: the compiler keeps them in registers only where it
+    // unrolls early, and that it does with innermost loops.
     ORV_INLINE void add_step(const vec<T> (&a)[registers], const T* y_row)
     {
-#pragma GCC unroll 4
-        for (int j = 0; j < columns; ++j) {
-            const vec<T> b = splat(y_row[j * o.y_column]);
-#pragma GCC unroll 2
-            for (int r = 0; r < registers; ++r) sums[r][j].add(a[r], b);
-        }
+#pragma GCC unroll 8
+        for (int s = 0; s < count; ++s) sums[s].add(a[s % registers], splat(y_row[s / registers * o.y_column]));
     }
 
     // The next `steps` of the sum: one of adjacent rows, up to a register's width of rows that stand apart, whose
@@ -90,7 +95,12 @@ template <class T, Rows layout, int rows, int columns> class DirectTile {
             }
         }
 #pragma GCC unroll 4
-        for (int s = 0; s < steps; ++s) add_step(a[s], y + s * o.y_step);
+        for (int s = 0; s < steps; ++s) {
+            if constexpr (where == Alpha::in_x)
+#pragma GCC unroll 2
+                for (int r = 0; r < registers; ++r) a[s][r] = o.alpha * a[s][r];
+            add_step(a[s], y + s * o.y_step);
+        }
         x += layout == Rows::adjacent ? o.ldx : steps;
         y += steps * o.y_step;
     }
@@ -103,10 +113,53 @@ template <class T, Rows layout, int rows, int columns> class DirectTile {
         }
     }
 
+    // What sum s brings to C.
+    ORV_INLINE vec<T> total(int s, const factor<T>& alpha, bool conj_x, bool conj_y) const
+    {
+        const vec<T> sum = sums[s].total(conj_x, conj_y);
+        return where == Alpha::in_x ? sum : alpha * sum;
+    }
+
+    // C := old(C) + total for columns of adjacent rows. What a store to C cannot change is read before.
+    template <bool replaces> ORV_INLINE void update_columns(T* c) const
+    {
+        const factor<T> alpha = o.alpha;
+        const bool conj_x = o.conj_x, conj_y = o.conj_y;
+        const i64 c_column = o.c_column;
+#pragma GCC unroll 8
+        for (int s = 0; s < count; ++s) {
+            T* at = c + s % registers * lanes + s / registers * c_column;
+            const vec<T> t = total(s, alpha, conj_x, conj_y);
+            if (s % registers + 1 < registers) storeu(at, replaces ? zeros<T>() + t : loadu(at) + t);
+            else store_first<last>(at, replaces ? zeros<T>() + t : load_first<last>(at) + t);
+        }
+    }
+
+    // The same for a C that lies on its side: its columns are adjacent, its rows c_row elements apart.
+    ORV_INLINE void update_strided(T* c) const
+    {
+        vec<T> totals[count];
+#pragma GCC unroll 8
+        for (int s = 0; s < count; ++s) totals[s] = total(s, o.alpha, o.conj_x, o.conj_y);
+        add_strided(totals, c);
+    }
+    [[gnu::noinline]] void add_strided(const vec<T> (&totals)[count], T* c) const
+    {
+        for (int j = 0; j < columns; ++j)
+            for (int i = 0; i < rows; ++i) {
+                alignas(vector_bytes) T element[lanes];
+                store(element, totals[j * registers + i / lanes]);
+                T& at = c[i * o.c_row + j * o.c_column];
+                at = (o.replaces ? zero<T> : at) + element[i % lanes];
+            }
+    }
+
 public:
     ORV_INLINE DirectTile(const Operands<T>& operands, i64 i, i64 j)
         : o(operands), x(o.x + i * (layout == Rows::adjacent ? 1 : o.ldx)), y(o.y + j * o.y_column)
     {
+#pragma GCC unroll 8
+        for (int s = 0; s < count; ++s) sums[s].clear();
     }
 
     ORV_INLINE void add(i64 k)
@@ -116,42 +169,31 @@ public:
         add_rest<steps_at_once - 1>(k - p + steps_at_once);
     }
 
-    ORV_INLINE void update(T* c)
+    ORV_INLINE void update(i64 i, i64 j) const
     {
-#pragma GCC unroll 4
-        for (int j = 0; j < columns; ++j) {
-            T* column = c + j * o.c_column;
-#pragma GCC unroll 2
-            for (int r = 0; r < registers; ++r, column += lanes * o.c_row) {
-                const vec<T> total = o.alpha * sums[r][j].total(o.conj_x, o.conj_y);
-                const bool whole = r + 1 < registers;
-                if (o.c_row == 1) {
-                    if (whole) storeu(column, loadu(column) + total);
-                    else store_first<last>(column, load_first<last>(column) + total);
-                } else {
-                    alignas(vector_bytes) T element[lanes];
-                    store(element, total);
-                    for (int i = 0; i < (whole ? lanes : last); ++i) column[i * o.c_row] += element[i];
-                }
-            }
-        }
+        T* const c = o.c + i * o.c_row + j * o.c_column;
+        if (where == Alpha::at_end && o.c_row != 1) update_strided(c);
+        else if (o.replaces) update_columns<true>(c);
+        else update_columns<false>(c);
     }
 };
 
-// Walks C in tiles of two registers of rows (of rows that stand apart, no more than four) by four columns: eight sums
-// in flight keep the adders busy, and the registers suffice.
-template <class T, Rows layout> class Direct {
+// Walks C in tiles of eight sums, which keep the adders busy and leave registers for the operands: two registers of
+// rows by four columns, or, where it takes a square of four registers to turn rows that stand apart, one by eight.
+template <class T, Rows layout, Alpha where = Alpha::at_end> class Direct {
     static constexpr int lanes = vec<T>::lanes;
-    static constexpr int max_rows = layout == Rows::apart && lanes == 4 ? lanes : 2 * lanes, max_columns = 4;
+    static constexpr bool turns_squares_of_four = layout == Rows::apart && lanes == 4;
+    static constexpr int max_rows = turns_squares_of_four ? lanes : 2 * lanes;
+    static constexpr int max_columns = turns_squares_of_four ? 8 : 4;
 
     const Operands<T>& o;
     const i64 k;
 
     template <int rows, int columns> [[gnu::noinline]] void tile(i64 i, i64 j) const
     {
-        DirectTile<T, layout, rows, columns> t(o, i, j);
+        DirectTile<T, layout, where, rows, columns> t(o, i, j);
         t.add(k);
-        t.update(o.c + i * o.c_row + j * o.c_column);
+        t.update(i, j);
     }
     template <int rows, int columns> void last_rows(i64 i, i64 j, i64 left) const
     {

@@ -2,6 +2,7 @@
 #include "blas/gemm/driver.h"
 
 #include "blas/ger.h"
+#include "frame/simd.h"
 #include "frame/symbol.h"
 
 namespace orv::gemm {
@@ -22,40 +23,50 @@ template <class T> bool is_tiny(i64 m, i64 n, i64 k)
     return m >= least && m <= limit && n >= least && n <= limit && k >= 1 && k <= limit;
 }
 
+// Everything but the tiny products, for m and n above 0.
 template <class T>
-void product(char transa, char transb, i64 m, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* b, i64 ldb, T beta,
-             T* c, i64 ldc)
+void scale_and_multiply(char transa, char transb, i64 m, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* b,
+                        i64 ldb, T beta, T* c, i64 ldc)
 {
-    transa = fold(transa), transb = fold(transb);
-    if (m <= 0 || n <= 0) return;
-    if (beta == one<T> && is_tiny<T>(m, n, k)) return small(&transa, &transb, m, n, k, alpha, a, lda, b, ldb, c, ldc);
-
-    Desc<T> desc;
-    zero_desc(&desc);
-    get_optimal_kernel(&desc);
+    constexpr const Sizes& s = sizes<T>; // the granules are the same for all kernels of a type
+    const bool is_rank_one = s.rank_one && k == 1;
+    // The plain path scales C, and sees to an alpha of zero, by itself.
+    if (!is_rank_one && (m < s.m_unit || n < s.n_unit || k < s.k_unit))
+        return plain(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
 
     // C is scaled once, so that whatever follows adds to it.
     if (beta != one<T>) mscale(m, n, beta, c, ldc);
     if (alpha == zero<T>) return;
-    if constexpr (sizes<T>.rank_one)
-        if (k == 1) return rank_one(transa, transb, m, n, alpha, a, lda, b, ldb, c, ldc);
-    if (m < desc.m_unit || n < desc.n_unit || k < desc.k_unit)
-        return plain(transa, transb, m, n, k, alpha, a, lda, b, ldb, one<T>, c, ldc);
+    if constexpr (s.rank_one)
+        if (is_rank_one) return rank_one(transa, transb, m, n, alpha, a, lda, b, ldb, c, ldc);
 
+    Desc<T> desc;
+    zero_desc(&desc);
+    get_optimal_kernel(&desc);
+    desc.in_place = 1;
     desc.get_blks_size(&m, &n, &k, &desc);
     desc.version = get_kernel_version(n, k, &desc);
     blocked(transa, transb, m, n, k, alpha, a, lda, b, ldb, one<T>, c, ldc, desc.version, &desc);
 }
 
+// Out of line, so that nothing of it delays a tiny product.
+template <class T> [[gnu::noinline]] void larger_product(ORV_GEMM_ARGUMENTS(T))
+{
+    scale_and_multiply(fold(*transa), fold(*transb), *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);
+}
+
+template <class T, Gemm<T>* small> ORV_INLINE void product(ORV_GEMM_ARGUMENTS(T))
+{
+    if (*m <= 0 || *n <= 0) return;
+    if (*beta == one<T> && is_tiny<T>(*m, *n, *k)) small(ORV_GEMM_PASS);
+    else larger_product(ORV_GEMM_PASS);
+}
+
 } // namespace
 
 #define DRIVER(t, T)                                                                                                   \
-    ORV_EXPORT void BLAS(x##t##gemm)(const char* transa, const char* transb, const i64* m, const i64* n, const i64* k, \
-                                     const T* alpha, const T* a, const i64* lda, const T* b, const i64* ldb,           \
-                                     const T* beta, T* c, const i64* ldc)                                              \
-    {                                                                                                                  \
-        product(*transa, *transb, *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);                               \
-    }
+    ORV_EXPORT Gemm<T> BLAS(t##gemm_sm_01_10);                                                                         \
+    ORV_EXPORT void BLAS(x##t##gemm)(ORV_GEMM_ARGUMENTS(T)) { product<T, BLAS(t##gemm_sm_01_10)>(ORV_GEMM_PASS); }
 
 DRIVER(s, float)
 DRIVER(d, double)

@@ -42,6 +42,15 @@ template <class T> constexpr T* corner(T* x, i64 ld, char op, i64 i, i64 j)
     return is_plain(op) ? x + i + j * ld : x + j + i * ld;
 }
 
+// The arguments of x?gemm, ?gemm_pst and the small products.
+template <class T>
+using Gemm = void(const char* transa, const char* transb, const i64* m, const i64* n, const i64* k, const T* alpha,
+                  const T* a, const i64* lda, const T* b, const i64* ldb, const T* beta, T* c, const i64* ldc);
+#define ORV_GEMM_ARGUMENTS(T)                                                                                          \
+    const char *transa, const char *transb, const i64 *m, const i64 *n, const i64 *k, const T *alpha, const T *a,      \
+        const i64 *lda, const T *b, const i64 *ldb, const T *beta, T *c, const i64 *ldc
+#define ORV_GEMM_PASS transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc
+
 template <class T> void zero_desc(Desc<T>* desc);
 template <class T> int get_optimal_kernel(Desc<T>* desc);
 template <class T> int get_kernel_version(i64 n, i64 k, const Desc<T>* desc);
@@ -52,11 +61,6 @@ void plain(char transa, char transb, i64 m, i64 n, i64 k, T alpha, const T* a, i
            T* c, i64 ldc);
 // C(0:m, 0:n) := beta*C; a beta of 0 stores zeros and reads nothing.
 template <class T> void mscale(i64 m, i64 n, T beta, T* c, i64 ldc);
-
-// C(0:m, 0:n) := C + alpha*op(A)*op(B) for k from 1 to 10, else nothing; in small.cpp.
-template <class T>
-void small(const char* transa, const char* transb, i64 m, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* b,
-           i64 ldb, T* c, i64 ldc);
 
 // The blocked product, in blocked.cpp: 0 done, 1 unknown version or no memory in a version that cannot do without.
 template <class T>

@@ -29,10 +29,10 @@ template <int columns, class T> void scale_columns(i64 m, T beta, T* c, i64 ldc)
 }
 
 // C += alpha*X*Y, in chunks of rows whose part of X stays in the first-level cache while all columns pass.
-template <Rows layout, class T> void add_product(i64 m, i64 n, i64 k, Operands<T> o)
+template <Rows layout, class T> void add_product(i64 m, i64 n, i64 k, Operands<T>& o)
 {
     constexpr i64 cached = 16384 / sizeof(T), granule = 8;
-    const i64 chunk = max(cached / k / granule * granule, granule);
+    const i64 chunk = m * k <= cached ? m : max(cached / k / granule * granule, granule);
     for (i64 i = 0; i < m; i += chunk) {
         Direct<T, layout>(o, k)(min(m - i, chunk), n);
         o.x += chunk * (layout == Rows::adjacent ? 1 : o.ldx);
@@ -56,26 +56,25 @@ void plain(char transa, char transb, i64 m, i64 n, i64 k, T alpha, const T* a, i
            T* c, i64 ldc)
 {
     if (m <= 0 || n <= 0) return;
-    if (beta != one<T>) mscale(m, n, beta, c, ldc);
-    if (k <= 0 || alpha == zero<T>) return;
+    const bool adds = k > 0 && alpha != zero<T>, replaces = adds && beta == zero<T>;
+    if (beta != one<T> && !replaces) mscale(m, n, beta, c, ldc);
+    if (!adds) return;
 
     const bool na = is_plain(transa), nb = is_plain(transb), ca = is_conjugated(transa), cb = is_conjugated(transb);
     const factor<T> f(alpha);
     // Lanes want rows: a flat C is computed as the transposed product.
     if (m < vec<T>::lanes && m < n) {
-        const Operands<T> o = {b, ldb, a, na ? lda : 1, na ? 1 : lda, c, ldc, 1, cb, ca, f};
+        Operands<T> o = {b, ldb, a, na ? lda : 1, na ? 1 : lda, c, ldc, 1, cb, ca, replaces, f};
         return nb ? add_product<Rows::apart>(n, m, k, o) : add_product<Rows::adjacent>(n, m, k, o);
     }
-    const Operands<T> o = {a, lda, b, nb ? 1 : ldb, nb ? ldb : 1, c, 1, ldc, ca, cb, f};
+    Operands<T> o = {a, lda, b, nb ? 1 : ldb, nb ? ldb : 1, c, 1, ldc, ca, cb, replaces, f};
     return na ? add_product<Rows::adjacent>(m, n, k, o) : add_product<Rows::apart>(m, n, k, o);
 }
 
 #define PLAIN(t, T)                                                                                                    \
     template void plain(char, char, i64, i64, i64, T, const T*, i64, const T*, i64, T, T*, i64);                       \
     template void mscale(i64, i64, T, T*, i64);                                                                        \
-    ORV_EXPORT void BLAS(t##gemm_pst)(const char* transa, const char* transb, const i64* m, const i64* n,              \
-                                      const i64* k, const T* alpha, const T* a, const i64* lda, const T* b,            \
-                                      const i64* ldb, const T* beta, T* c, const i64* ldc)                             \
+    ORV_EXPORT void BLAS(t##gemm_pst)(ORV_GEMM_ARGUMENTS(T))                                                           \
     {                                                                                                                  \
         plain(*transa, *transb, *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);                                 \
     }                                                                                                                  \

@@ -55,7 +55,7 @@ void pack_by_definition(i64 n, i64 k, i64 unit, bool has_half, i64 stride, T* bu
 
 template <class T> bool same_bits(const T* x, const T* y, std::size_t n)
 {
-    return std::memcmp(x, y, n * sizeof(T)) == 0;
+    return n == 0 || std::memcmp(x, y, n * sizeof(T)) == 0; // of nothing, the pointers may be null
 }
 
 template <class T> std::string symbol(const std::string& name)

@@ -5,6 +5,7 @@ usage: package_test.py CMAKE BUILD_FOLDER VERSION [unittest arguments]
 """
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -60,6 +61,12 @@ class Package(unittest.TestCase):
     def test_serves_programs_built_with_pkg_config(self):
         self.check_native(self.pkg_config("native", "orv"), LD_LIBRARY_PATH=str(self.prefix / "lib"))
         self.check_standard(self.pkg_config("standard", "orv-blas"), LD_LIBRARY_PATH=str(self.prefix / "lib"))
+
+    def test_serves_the_first_program_of_the_readme(self):
+        readme = (HERE.parents[1] / "README.md").read_text()
+        (self.source / "readme.c").write_text(re.search(r"```c\n(.*?)```", readme, re.S).group(1))
+        program = self.pkg_config("readme", "orv")
+        self.assertEqual(run(program, env={"LD_LIBRARY_PATH": str(self.prefix / "lib")}), "5 11\n11 25")
 
     def test_serves_programs_built_with_cmake(self):
         target = self.folder / "by_cmake"

@@ -1,0 +1,88 @@
+#include "blas/gemv_kernels.h"
+
+#include "frame/symbol.h"
+
+namespace orv::blas {
+namespace {
+
+template <class T> constexpr int block = is_complex<T> ? 8 : 16;
+
+// y += a(:, 0)*x(0) + ... over `columns` neighbouring columns.
+template <int columns, class T> ORV_INLINE void add_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* y)
+{
+    const auto scaled = [&](int j) { return Multiplicand<T>(splat(alpha * x[min(j, columns - 1)])); };
+    const Multiplicand<T> f[4] = {scaled(0), scaled(1), scaled(2), scaled(3)};
+    each_piece<block<T>, T>(m, [&]<class Piece>(Piece, i64 i) {
+#pragma GCC unroll 8
+        for (int r = 0; r < Piece::registers; ++r) {
+            Sum<T> sum(Piece::load(y + i, r));
+#pragma GCC unroll 4
+            for (int j = 0; j < columns; ++j) sum.add(Piece::load(a + i + j * lda, r), f[j]);
+            Piece::store(y + i, r, sum.template value<Op::none>());
+        }
+    });
+}
+
+// y(j) += alpha*(a(:, j) . x) for `columns` neighbouring columns.
+template <int columns, Op op, class T>
+ORV_INLINE void dot_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* y)
+{
+    Sum<T> sum[columns];
+    each_piece<block<T>, T>(m, [&]<class Piece>(Piece, i64 i) {
+#pragma GCC unroll 8
+        for (int r = 0; r < Piece::registers; ++r) {
+            const Multiplicand<T> f(Piece::load(x + i, r));
+#pragma GCC unroll 4
+            for (int j = 0; j < columns; ++j) sum[j].add(Piece::load(a + i + j * lda, r), f);
+        }
+    });
+#pragma GCC unroll 4
+    for (int j = 0; j < columns; ++j) y[j] = y[j] + alpha * first_lane(sum[j].folded().template value<op>());
+}
+
+} // namespace
+
+template <Op op, class T> void gemv_kernel(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, T* y)
+{
+    if (m <= 0) return;
+    const auto strip = [&]<int columns>(i64 j) {
+        if constexpr (op == Op::none) add_columns<columns>(m, alpha, a + j * lda, lda, x + j, y);
+        else dot_columns<columns, op>(m, alpha, a + j * lda, lda, x, y + j);
+    };
+    i64 j = 0;
+    for (; j + 4 <= n; j += 4) strip.template operator()<4>(j);
+    if (j + 2 <= n) strip.template operator()<2>(j), j += 2;
+    if (j < n) strip.template operator()<1>(j);
+}
+
+// The exported kernels. Every load takes any address, at no cost where it does not straddle a cache line, so an odd
+// leading dimension needs no loop of its own.
+#define GEMV_INSTANCE(op, T) template void gemv_kernel<op>(i64, i64, T, const T*, i64, const T*, T*);
+#define GEMV_KERNEL(name, op, T)                                                                                       \
+    ORV_EXPORT void BLAS(name)(const i64* m, const i64* n, const T* alpha, const T* a, const i64* lda, const T* x,     \
+                               T* y)                                                                                   \
+    {                                                                                                                  \
+        gemv_kernel<op>(*m, *n, *alpha, a, *lda, x, y);                                                                \
+    }
+#define BY_PARITY(stem, op, T)                                                                                         \
+    GEMV_INSTANCE(op, T)                                                                                               \
+    GEMV_KERNEL(stem##_even, op, T)                                                                                    \
+    GEMV_KERNEL(stem##_odd, op, T)
+#define ALIKE(name, op, T)                                                                                             \
+    GEMV_INSTANCE(op, T)                                                                                               \
+    GEMV_KERNEL(name, op, T)
+
+BY_PARITY(sgemv_n, Op::none, float)
+BY_PARITY(sgemv_t, Op::transpose, float)
+BY_PARITY(dgemv_n, Op::none, double)
+BY_PARITY(dgemv_t, Op::transpose, double)
+BY_PARITY(cgemv_n, Op::none, cpx<float>)
+BY_PARITY(cgemv_t, Op::transpose, cpx<float>)
+BY_PARITY(cgemv_c, Op::conjugate, cpx<float>)
+
+// An element of 16 bytes stands alike in every column.
+ALIKE(zgemv_n, Op::none, cpx<double>)
+ALIKE(zgemv_t, Op::transpose, cpx<double>)
+ALIKE(zgemv_c, Op::conjugate, cpx<double>)
+
+} // namespace orv::blas

@@ -1,0 +1,103 @@
+// Unit-stride matrix-vector kernels and the sums that they are made of.
+//
+// Orders of operations, which no path, alignment or leading dimension changes:
+//
+//   N   y(i) takes the columns four at a time, left to right: y + a0*x0, + a1*x1, + a2*x2, + a3*x3, every x(j) times
+//       alpha beforehand. Of the n mod 4 last columns first two go together, then one.
+//   T   each column has a sum of its own, a vector of lanes: row i belongs to lane i mod lanes, the last of an odd
+//       number of rows to lane 0. The lanes meet at the end (lane 0 + lane 1; of four (0 + 2) + (1 + 3)), the sum is
+//       multiplied by alpha and added to y(j).
+//
+// Complex products a*x keep the terms with x.re and those with x.im in two sums. N starts the first with y, the second
+// with zero, and joins them after every group of columns; T and C join them at the end. So C differs from T in two
+// signs.
+#pragma once
+
+#include "frame/simd.h"
+
+namespace orv::blas {
+
+enum class Op { none, transpose, conjugate };
+
+// Anything but N and C, in either case, is T; and of real matrices C is T.
+template <class T> constexpr Op op_of(char trans)
+{
+    if (fold(trans) == 'N') return Op::none;
+    return is_complex<T> && fold(trans) == 'C' ? Op::conjugate : Op::transpose;
+}
+
+// y += alpha*op(A)*x for A of m rows and n columns, lda apart; x and y have unit stride. Any alignment. m or n not
+// positive: nothing is done. A is read once, in order of storage; NaN in A or x reaches y.
+template <Op op, class T> void gemv_kernel(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, T* y);
+
+// One register of x, or one scalar, made ready to multiply registers of A: for complex numbers the parts apart.
+template <class T> struct Multiplicand {
+    vec<T> x;
+    explicit Multiplicand(vec<T> x) : x(x) {}
+};
+template <class R> struct Multiplicand<cpx<R>> {
+    vec<cpx<R>> re, im;
+    explicit Multiplicand(vec<cpx<R>> x) : re(real_parts(x)), im(imaginary_parts(x)) {}
+};
+
+// The sum of products of registers of A and x, lane by lane.
+template <class T> struct Sum {
+    vec<T> sum;
+    explicit Sum(vec<T> start = zeros<T>()) : sum(start) {}
+    ORV_INLINE void add(vec<T> a, const Multiplicand<T>& x) { sum += a * x.x; }
+    template <Op> ORV_INLINE vec<T> value() const { return sum; }
+    ORV_INLINE Sum folded() const { return Sum(fold_lanes(sum)); }
+};
+template <class R> struct Sum<cpx<R>> {
+    using T = cpx<R>;
+    vec<T> re, im; // a*x.re and a*x.im
+    explicit Sum(vec<T> start = zeros<T>()) : re(start), im(zeros<T>()) {}
+    ORV_INLINE void add(vec<T> a, const Multiplicand<T>& x)
+    {
+        re += lane_product(a, x.re);
+        im += lane_product(a, x.im);
+    }
+    template <Op op> ORV_INLINE vec<T> value() const
+    {
+        // (re.re - im.im, re.im + im.re), with a conjugated (re.re + im.im, im.re - re.im)
+        if constexpr (op == Op::conjugate) return conj(re) + swap_neighbours(im);
+        else return add_sub(re, swap_neighbours(im));
+    }
+    ORV_INLINE Sum folded() const
+    {
+        Sum s(fold_lanes(re));
+        s.im = fold_lanes(im);
+        return s;
+    }
+};
+
+// A piece of a column: whole registers, or the first few lanes of one.
+template <class T, int rows> struct Piece {
+    static constexpr int lanes = vec<T>::lanes;
+    static constexpr int registers = rows < lanes ? 1 : rows / lanes;
+
+    ORV_INLINE static vec<T> load(const T* p, int r)
+    {
+        return load_first < rows < lanes ? rows : lanes > (p + r * lanes);
+    }
+    ORV_INLINE static void store(T* p, int r, vec<T> v) { store_first < rows<lanes ? rows : lanes>(p + r * lanes, v); }
+};
+
+template <int rows, class T, class Body> ORV_INLINE void tails(i64 i, i64 m, const Body& body)
+{
+    if (m - i >= rows) body(Piece<T, rows>{}, i), i += rows;
+    if constexpr (rows > 1) tails<rows / 2, T>(i, m, body);
+}
+
+// Calls body(piece, i) for blocks of rows from i on while one fits before m, then for tails: each power of two below
+// the block at most once.
+template <int block, class T, class Body> ORV_INLINE void each_piece(i64 m, const Body& body)
+{
+    constexpr int tail = block > 16 ? 16 : block / 2;
+    static_assert(block == 24 || block == 2 * tail);
+    i64 i = 0;
+    for (; i + block <= m; i += block) body(Piece<T, block>{}, i);
+    tails<tail, T>(i, m, body);
+}
+
+} // namespace orv::blas
