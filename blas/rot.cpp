@@ -11,8 +11,9 @@
 namespace orv::blas {
 namespace {
 
-using RealLadder = Ladder<Blocks<8, 4, 2, 1>, Blocks<8, 4, 2, 1>>;
-using ComplexLadder = Ladder<Blocks<4, 2, 1>, Blocks<2, 1>>;
+// Its sums leave no port free for the shuffles of splicing.
+using RealLadder = Ladder<Blocks<8, 4, 2, 1>, Blocks<8, 4, 2, 1>, Offset::straddling>;
+using ComplexLadder = Ladder<Blocks<4, 2, 1>, Blocks<2, 1>, Offset::straddling>;
 
 template <class T, class S> void rot(i64 n, T* x, i64 incx, T* y, i64 incy, real_t<T> c, S s)
 {

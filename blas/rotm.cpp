@@ -10,7 +10,7 @@
 namespace orv::blas {
 namespace {
 
-using RotmLadder = Ladder<Blocks<4, 2, 1>, Blocks<4, 2, 1>>;
+using RotmLadder = Ladder<Blocks<4, 2, 1>, Blocks<4, 2, 1>, Offset::straddling>;
 
 template <class T> void rotm(i64 n, T* x, i64 incx, T* y, i64 incy, const T* param)
 {

@@ -19,7 +19,8 @@ template <class T, class A> void scal(i64 n, A alpha, T* x, i64 incx)
     if (alpha == one<A>) return;
     const Multiplier<A, T> a(alpha);
     const T* same = x; // the walk through one vector is that through it and itself
-    walk<ScalLadder>(n, same, incx, x, incx, [=](auto, auto to) { return a * to; });
+    walk<ScalLadder>(n, same, incx, x, incx,
+                     Update{[](auto from) { return from; }, [=](auto, auto to) { return a * to; }});
 }
 
 } // namespace

@@ -56,6 +56,29 @@ template <class T> ORV_INLINE void storeu(T* p, vec<T> v)
     else _mm_storeu_pd(reinterpret_cast<double*>(p), v.r);
 }
 
+// A register and the boundary that it was loaded from, for what can be had there more cheaply by another load.
+template <class T> struct placed : vec<T> {
+    const T* at;
+};
+template <class T> ORV_INLINE placed<T> load_placed(const T* p) { return {load(p), p}; }
+
+// Real or imaginary parts from a boundary, each twice: by the load alone, the shuffle ports stay free.
+ORV_INLINE vec<cpx<double>> load_re_twice(const cpx<double>* p) { return {_mm_loaddup_pd(&p->re)}; }
+ORV_INLINE vec<cpx<double>> load_im_twice(const cpx<double>* p) { return {_mm_loaddup_pd(&p->im)}; }
+// The compiler loads once and shuffles twice where the intrinsics for singles ask for two loads.
+ORV_INLINE vec<cpx<float>> load_re_twice(const cpx<float>* p)
+{
+    __m128 r;
+    asm("movsldup %1, %0" : "=x"(r) : "m"(*reinterpret_cast<const __m128*>(p)));
+    return {r};
+}
+ORV_INLINE vec<cpx<float>> load_im_twice(const cpx<float>* p)
+{
+    __m128 r;
+    asm("movshdup %1, %0" : "=x"(r) : "m"(*reinterpret_cast<const __m128*>(p)));
+    return {r};
+}
+
 // The first n lanes, from and to any address; nothing beyond them is touched, and a load leaves zeros in the others.
 template <int n, class T> ORV_INLINE vec<T> load_first(const T* p)
 {
@@ -83,21 +106,24 @@ template <int n, class T> ORV_INLINE void store_first(T* p, vec<T> v)
     }
 }
 
-// n elements from any address to the last n lanes, zeros in the others; nothing before or behind them is touched.
+// Two reals from any address, repeated to the width of the register. A load alone: the shuffle ports stay free.
+template <class T> ORV_INLINE vec<T> load_pair(const T* p)
+{
+    using bits = double __attribute__((may_alias, aligned(1)));
+    if constexpr (sizeof(real_t<T>) == 4) return {_mm_castpd_ps(_mm_set1_pd(*reinterpret_cast<const bits*>(p)))};
+    else return loadu(p);
+}
+
+// n elements from any address to the last n lanes, some of them again in the others; nothing before or behind is read.
 template <int n, class T> ORV_INLINE vec<T> load_last(const T* p)
 {
     constexpr int bytes = n * sizeof(T);
     const auto* r = reinterpret_cast<const real_t<T>*>(p);
     if constexpr (bytes == vector_bytes) return loadu(p);
-    else if constexpr (sizeof(*r) == 8) return {_mm_loadh_pd(_mm_setzero_pd(), r)};
-    else {
-        const __m128 one = _mm_load_ss(r);
-        if constexpr (bytes == 4) return {_mm_shuffle_ps(one, one, _MM_SHUFFLE(0, 1, 1, 1))};
-        else if constexpr (bytes == 8) return {_mm_loadh_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(r))};
-        else
-            return {_mm_loadh_pi(_mm_shuffle_ps(one, one, _MM_SHUFFLE(1, 1, 0, 1)),
-                                 reinterpret_cast<const __m64*>(r + 1))};
-    }
+    else if constexpr (sizeof(*r) == 8) return {_mm_loaddup_pd(r)};
+    else if constexpr (bytes == 4) return {_mm_load1_ps(r)};
+    else if constexpr (bytes == 8) return load_pair(p);
+    else return {_mm_loadh_pi(_mm_load1_ps(r), reinterpret_cast<const __m64*>(r + 1))};
 }
 
 // The register that starts at lane `offset` of low and goes on into high.
@@ -115,14 +141,6 @@ ORV_INLINE void prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(
 // For one pass over a long vector: asks for the line 2 KiB behind p, far enough to hide the way from main memory and
 // near enough to be still there when its turn comes.
 ORV_INLINE void prefetch_ahead(const void* p) { prefetch(static_cast<const char*>(p) + 2048); }
-
-// Two reals from any address, repeated to the width of the register. A load alone: the shuffle ports stay free.
-template <class T> ORV_INLINE vec<T> load_pair(const T* p)
-{
-    using bits = double __attribute__((may_alias, aligned(1)));
-    if constexpr (sizeof(real_t<T>) == 4) return {_mm_castpd_ps(_mm_set1_pd(*reinterpret_cast<const bits*>(p)))};
-    else return loadu(p);
-}
 
 // Elements at p, p + inc, p + 2*inc, ..., one a lane.
 ORV_INLINE vec<float> gather(const float* p, i64 inc)
@@ -144,6 +162,14 @@ template <bool unit, class T> ORV_INLINE vec<T> load_strided(const T* p, i64 inc
     if constexpr (unit) return loadu(p);
     else return gather(p, inc);
 }
+
+// The lanes of v to p, p + inc, p + 2*inc, ...
+ORV_INLINE void scatter(double* p, i64 inc, vec<double> v) { _mm_storel_pd(p, v.r), _mm_storeh_pd(p + inc, v.r); }
+ORV_INLINE void scatter(cpx<float>* p, i64 inc, vec<cpx<float>> v)
+{
+    _mm_storel_pi(reinterpret_cast<__m64*>(p), v.r), _mm_storeh_pi(reinterpret_cast<__m64*>(p + inc), v.r);
+}
+ORV_INLINE void scatter(cpx<double>* p, i64 /* one lane */, vec<cpx<double>> v) { storeu(p, v); }
 
 // Two neighbouring singles as doubles.
 ORV_INLINE vec<double> load_widened(const float* p) { return {_mm_cvtps_pd(load_first<2>(p).r)}; }
@@ -270,6 +296,12 @@ template <class R> struct factor<cpx<R>> {
     ORV_INLINE vec<cpx<R>> operator*(vec<cpx<R>> x) const
     {
         return lane_product(x, re) + lane_product(swap_neighbours(x), im);
+    }
+    // The same products and sums.
+    ORV_INLINE vec<cpx<R>> operator*(placed<cpx<R>> x) const
+    {
+        return lane_product(load_re_twice(x.at), alternate(re, im)) +
+               lane_product(load_im_twice(x.at), alternate(im, re));
     }
 };
 
