@@ -209,20 +209,49 @@ TYPED_TEST(NormInDouble, adds_in_its_documented_order_at_every_length_stride_and
     });
 }
 
-// A sum of squares whose terms cancel nothing rounds to the same single in almost any order. Here the order shows: the
-// squares of 1 that meet the great square one by one are lost, those that meet each other first are not.
-TYPED_TEST(NormInDouble, keeps_small_squares_that_meet_each_other_first)
+// Rounding to single hides almost every difference in the last bit of a double sum, so the tree of accumulators is
+// looked at where one bit decides. Three reals make a sum one unit below the least that rounds upwards. Two small
+// squares of 0.4 units each are lost if they meet that sum one by one, and tip it if they meet each other first.
+struct Balance {
+    float great[3], small;
+    Balance()
+    {
+        double tipped = (1 + 0x1p-24) * (1 + 0x1p-24);
+        while (static_cast<float>(std::sqrt(tipped)) == 1) tipped += 0x1p-52;
+        while (static_cast<float>(std::sqrt(tipped - 0x1p-52)) != 1) tipped -= 0x1p-52;
+        const double target = tipped - 0x1p-52;
+        great[0] = 1;
+        great[1] = static_cast<float>(std::sqrt(target - 1) * (1 - 0x1p-24));
+        great[2] = static_cast<float>(std::sqrt(target - 1 - square(great[1])));
+        small = static_cast<float>(std::sqrt(0.4) * 0x1p-26);
+        EXPECT_EQ(square(great[0]) + square(great[1]) + square(great[2]), target);
+    }
+};
+
+TYPED_TEST(NormInDouble, adds_its_accumulators_as_documented_where_one_bit_decides)
 {
     using T = TypeParam;
-    const i64 n = 32 * 64;
-    for (const i64 inc : {1, -1, 2, 0}) {
-        Strided<T> x(n, inc);
-        for (i64 i = 0; i < n; ++i) x(i) = element<T>::make(1);
-        x(0) = element<T>::make(inc == 0 ? 1 : 0x1p27f);
-        const auto v = reals(n, x.data(), inc);
-        const double sum = std::abs(inc) == 1 ? unit_sum(v, reinterpret_cast<const float*>(x.data()))
-                                              : strided_sum(v, sizeof(T) / sizeof(float));
-        EXPECT_EQ(norm(n, x.data(), inc), static_cast<float>(std::sqrt(sum)));
+    constexpr i64 width = sizeof(T) / sizeof(float);
+    const Balance balance;
+    for (const i64 inc : {1, 2}) {
+        const i64 period = inc == 1 ? 16 : 4 * width; // reals that go to different lanes
+        int tipped = 0, lost = 0;
+        for (i64 p = 1; p < period; ++p)
+            for (i64 q = p + 1; q < period; ++q) {
+                const i64 n = 4 * period / width; // whole blocks
+                Strided<T> x(n, inc);
+                auto* const parts = reinterpret_cast<float*>(x.data());
+                const auto real = [&](i64 k) -> float& { return parts[k / width * inc * width + k % width]; };
+                for (i64 k = 0; k < n * width; ++k) real(k) = 0;
+                for (i64 row = 0; row < 3; ++row) real(row * period) = balance.great[row];
+                real(3 * period + p) = real(3 * period + q) = balance.small;
+                const auto v = reals(n, x.data(), inc);
+                const double sum = inc == 1 ? unit_sum(v, parts) : strided_sum(v, width);
+                EXPECT_EQ(norm(n, x.data(), inc), static_cast<float>(std::sqrt(sum))) << inc << ' ' << p << ' ' << q;
+                ++(static_cast<float>(std::sqrt(sum)) == 1 ? lost : tipped);
+            }
+        EXPECT_GT(tipped, 0);
+        EXPECT_GT(lost, 0);
     }
 }
 
