@@ -22,44 +22,50 @@ template <class T> void fill_zeros(i64 n, T* y)
     for (; i < n; ++i) y[i] = zero<T>;
 }
 
-// y is element 0 of n, element i stands at y[i*incy], the sign of incy notwithstanding.
-//
-// beta = 1 touches nothing. beta = 0 stores zeros without reading, so NaN in y is lost. At stride 0 the one location is
-// cleared, or multiplied by beta once for each of the n elements: by the product of 8 factors for every whole block of
-// 8, then by one factor after the other.
-template <class T> void apply_beta(i64 n, T beta, T* y, i64 incy)
+template <class T> [[gnu::noinline]] void multiply_by_beta(i64 n, T beta, T* y, i64 incy)
 {
-    if (n <= 0 || beta == one<T>) return;
-    if (beta == zero<T>) {
-        if (incy == 0) *y = zero<T>;
-        else if (incy == 1) fill_zeros(n, y);
-        else {
-            for (; n >= 8; n -= 8)
-#pragma GCC unroll 8
-                for (int r = 0; r < 8; ++r, y += incy) *y = zero<T>;
-            for (; n > 0; --n, y += incy) *y = zero<T>;
-        }
-    } else if (incy == 1) {
+    i64 i = 0;
+    if (incy == 1) {
         constexpr i64 lanes = vec<T>::lanes;
         const factor<T> f(beta);
-        i64 i = 0;
         for (; i + 8 <= n; i += 8)
 #pragma GCC unroll 8
             for (i64 r = 0; r < 8; r += lanes) storeu(y + i + r, f * loadu(y + i + r));
         for (; i < n; ++i) y[i] = beta * y[i];
     } else if (incy == 0) {
-        if (n >= 8) {
-            T power = beta;
-            for (int r = 1; r < 8; ++r) power = power * beta;
-            for (; n >= 8; n -= 8) *y = power * *y;
-        }
-        for (; n > 0; --n) *y = beta * *y;
+        T power = beta;
+        for (int r = 1; r < 8; ++r) power = power * beta;
+        for (; i + 8 <= n; i += 8) *y = power * *y;
+        for (; i < n; ++i) *y = beta * *y;
     } else {
-        for (; n >= 8; n -= 8)
+        for (; i + 8 <= n; i += 8)
 #pragma GCC unroll 8
             for (int r = 0; r < 8; ++r, y += incy) *y = beta * *y;
-        for (; n > 0; --n, y += incy) *y = beta * *y;
+        for (; i < n; ++i, y += incy) *y = beta * *y;
     }
+}
+
+template <class T> [[gnu::noinline]] void clear(i64 n, T* y, i64 incy)
+{
+    if (incy == 1) return fill_zeros(n, y);
+    if (incy == 0) n = min(n, 1);
+    i64 i = 0;
+    for (; i + 8 <= n; i += 8)
+#pragma GCC unroll 8
+        for (int r = 0; r < 8; ++r, y += incy) *y = zero<T>;
+    for (; i < n; ++i, y += incy) *y = zero<T>;
+}
+
+// y is element 0 of n, element i stands at y[i*incy], the sign of incy notwithstanding.
+//
+// beta = 1 touches nothing. beta = 0 stores zeros without reading, so NaN in y is lost. At stride 0 the one location is
+// cleared, or multiplied by beta once for each of the n elements: by the product of 8 factors for every whole block of
+// 8, then by one factor after the other.
+template <class T> ORV_INLINE void apply_beta(i64 n, T beta, T* y, i64 incy)
+{
+    if (beta == one<T>) return;
+    if (beta == zero<T>) clear(n, y, incy);
+    else multiply_by_beta(n, beta, y, incy);
 }
 
 } // namespace orv::blas

@@ -7,37 +7,73 @@ namespace {
 
 template <class T> constexpr int block = is_complex<T> ? 8 : 16;
 
+// Asks for what a strip of columns holds further on, as much as a block of rows takes. Streams from beyond the
+// second-level cache need it: the processor's own look-ahead stops at every page edge. Complex strips, whose arithmetic
+// takes as long as their reading, ask at their end for the start of the next strip; real ones gain nothing by it.
+template <int columns, class T> ORV_INLINE void look_ahead(i64 i, i64 m, const T* a, i64 lda)
+{
+    constexpr i64 line = 64, rows_ahead = 1024 / sizeof(T);
+    i64 at = i + rows_ahead;
+    if (is_complex<T> && at >= m) at += columns * lda - m;
+#pragma GCC unroll 4
+    for (int j = 0; j < columns; ++j)
+#pragma GCC unroll 2
+        for (i64 byte = 0; byte < block<T> * static_cast<i64>(sizeof(T)); byte += line)
+            prefetch(reinterpret_cast<const char*>(a + at + j * lda) + byte);
+}
+
 // y += a(:, 0)*x(0) + ... over `columns` neighbouring columns.
-template <int columns, class T> ORV_INLINE void add_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* y)
+template <int columns, bool far, class T>
+ORV_INLINE void add_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* y)
 {
     const auto scaled = [&](int j) { return Multiplicand<T>(splat(alpha * x[min(j, columns - 1)])); };
     const Multiplicand<T> f[4] = {scaled(0), scaled(1), scaled(2), scaled(3)};
-    each_piece<block<T>, T>(m, [&]<class Piece>(Piece, i64 i) {
+    each_piece<block<T>, T>(
+        m, [&]<class Piece>(Piece, i64 i) __attribute__((always_inline)) {
+            if constexpr (far && Piece::rows == block<T>) look_ahead<columns>(i, m, a, lda);
 #pragma GCC unroll 8
-        for (int r = 0; r < Piece::registers; ++r) {
-            Sum<T> sum(Piece::load(y + i, r));
+            for (int r = 0; r < Piece::registers; ++r) {
+                Sum<T> sum(Piece::load(y + i, r));
 #pragma GCC unroll 4
-            for (int j = 0; j < columns; ++j) sum.add(Piece::load(a + i + j * lda, r), f[j]);
-            Piece::store(y + i, r, sum.template value<Op::none>());
-        }
-    });
+                for (int j = 0; j < columns; ++j) sum.add(Piece::load(a + i + j * lda, r), f[j]);
+                Piece::store(y + i, r, sum.template value<Op::none>());
+            }
+        });
 }
 
 // y(j) += alpha*(a(:, j) . x) for `columns` neighbouring columns.
-template <int columns, Op op, class T>
+template <int columns, bool far, Op op, class T>
 ORV_INLINE void dot_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* y)
 {
     Sum<T> sum[columns];
-    each_piece<block<T>, T>(m, [&]<class Piece>(Piece, i64 i) {
+    each_piece<block<T>, T>(
+        m, [&]<class Piece>(Piece, i64 i) __attribute__((always_inline)) {
+            if constexpr (far && Piece::rows == block<T>) look_ahead<columns>(i, m, a, lda);
 #pragma GCC unroll 8
-        for (int r = 0; r < Piece::registers; ++r) {
-            const Multiplicand<T> f(Piece::load(x + i, r));
+            for (int r = 0; r < Piece::registers; ++r) {
+                const Multiplicand<T> f(Piece::load(x + i, r));
 #pragma GCC unroll 4
-            for (int j = 0; j < columns; ++j) sum[j].add(Piece::load(a + i + j * lda, r), f);
-        }
-    });
+                for (int j = 0; j < columns; ++j) sum[j].add(Piece::load(a + i + j * lda, r), f);
+            }
+        });
 #pragma GCC unroll 4
     for (int j = 0; j < columns; ++j) y[j] = y[j] + alpha * first_lane(sum[j].folded().template value<op>());
+}
+
+// From this size on look-ahead pays: half of a second-level cache.
+constexpr i64 far_bytes = 1 << 20;
+
+template <Op op, bool far, class T> void all_columns(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, T* y)
+{
+    const auto strip = [&]<int columns>(i64 j) __attribute__((always_inline))
+    {
+        if constexpr (op == Op::none) add_columns<columns, far>(m, alpha, a + j * lda, lda, x + j, y);
+        else dot_columns<columns, far, op>(m, alpha, a + j * lda, lda, x, y + j);
+    };
+    i64 j = 0;
+    for (; j + 4 <= n; j += 4) strip.template operator()<4>(j);
+    if (j + 2 <= n) strip.template operator()<2>(j), j += 2;
+    if (j < n) strip.template operator()<1>(j);
 }
 
 } // namespace
@@ -45,14 +81,8 @@ ORV_INLINE void dot_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* 
 template <Op op, class T> void gemv_kernel(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, T* y)
 {
     if (m <= 0) return;
-    const auto strip = [&]<int columns>(i64 j) {
-        if constexpr (op == Op::none) add_columns<columns>(m, alpha, a + j * lda, lda, x + j, y);
-        else dot_columns<columns, op>(m, alpha, a + j * lda, lda, x, y + j);
-    };
-    i64 j = 0;
-    for (; j + 4 <= n; j += 4) strip.template operator()<4>(j);
-    if (j + 2 <= n) strip.template operator()<2>(j), j += 2;
-    if (j < n) strip.template operator()<1>(j);
+    if (m * n * static_cast<i64>(sizeof(T)) < far_bytes) all_columns<op, false>(m, n, alpha, a, lda, x, y);
+    else all_columns<op, true>(m, n, alpha, a, lda, x, y);
 }
 
 // The exported kernels. Every load takes any address, at no cost where it does not straddle a cache line, so an odd

@@ -72,7 +72,8 @@ template <class R> struct Sum<cpx<R>> {
 };
 
 // A piece of a column: whole registers, or the first few lanes of one.
-template <class T, int rows> struct Piece {
+template <class T, int rows_> struct Piece {
+    static constexpr int rows = rows_;
     static constexpr int lanes = vec<T>::lanes;
     static constexpr int registers = rows < lanes ? 1 : rows / lanes;
 

@@ -222,5 +222,242 @@ TYPED_TEST(GemvTest, keeps_its_order_of_operations_across_blocks)
     std::printf("gemv %c across blocks: worst error %.2Lf of its bound\n", letter<T>, sweep.worst);
 }
 
+// Operands away from page edges and 16-byte boundaries: the result is the same bits, and nothing outside is touched.
+TYPED_TEST(GemvTest, gives_the_same_bits_at_every_alignment_and_leading_dimension)
+{
+    using T = TypeParam;
+    const T alpha = scalar<T>(0.7, -1.3), beta = scalar<T>(-0.4, 0.9);
+    for (const i64 m : {1, 2, 3, 7, 16, 31, 53})
+        for (const i64 n : {1, 3, 4, 6, 11})
+            for (const char trans : {'N', 'T', 'C'}) {
+                const i64 lenx = trans == 'N' ? n : m, leny = trans == 'N' ? m : n;
+                std::vector<T> expected;
+                for (const Place& place : places<T>())
+                    for (const i64 pad : {0, 1, 3}) {
+                        const Place other{place.edge, place.shift * 3 % 16};
+                        Random random(static_cast<std::uint64_t>(m * 100 + n));
+                        Matrix<T> a(m, n, m + pad, place.edge, place.shift / sizeof(T));
+                        Strided<T> x(lenx, 1, place), y(leny, 1, other);
+                        a.fill(random), x.fill(random), y.fill(random);
+                        SCOPED_TRACE(problem(letter<T>, trans, m, n, a.lda, 1, 1));
+                        gemv(trans, m, n, alpha, *a, a.lda, x.data(), 1, beta, y.data(), 1);
+                        if (expected.empty()) expected.assign(y.data(), y.data() + leny);
+                        ASSERT_EQ(std::memcmp(y.data(), expected.data(), leny * sizeof(T)), 0);
+                    }
+            }
+}
+
+// One kernel, called by its exported name, adds the same bits as the driver.
+template <class T> void expect_kernel(const std::string& name, char trans)
+{
+    auto* f = kernel<Kernel<T>>("orv_blas_mc3_" + name);
+    const T alpha = scalar<T>(0.7, -1.3);
+    for (const i64 m : {-1, 0, 1, 5, 16, 47})
+        for (const i64 n : {-1, 0, 1, 2, 3, 4, 9})
+            for (const i64 lda : {max(m, 1), max(m, 1) + 1}) {
+                SCOPED_TRACE(name + " " + problem(letter<T>, trans, m, n, lda, 1, 1));
+                const i64 lenx = max(trans == 'N' ? n : m, 0), leny = max(trans == 'N' ? m : n, 0);
+                Random random(3);
+                Matrix<T> a(m, n, lda);
+                a.fill(random);
+                Strided<T> x(lenx, 1), y(leny, 1);
+                x.fill(random), y.fill(random);
+                Strided<T> expected(y, {});
+                if (m > 0 && n > 0) gemv(trans, m, n, alpha, *a, lda, x.data(), 1, one<T>, expected.data(), 1);
+                f(&m, &n, &alpha, *a, &lda, x.data(), y.data());
+                ASSERT_EQ(y.bits(), expected.bits());
+            }
+}
+
+TEST(GemvKernel, add_what_the_driver_adds_for_even_and_odd_leading_dimensions)
+{
+    for (const char* parity : {"_even", "_odd"}) {
+        expect_kernel<float>(std::string("sgemv_n") + parity, 'N');
+        expect_kernel<float>(std::string("sgemv_t") + parity, 'T');
+        expect_kernel<double>(std::string("dgemv_n") + parity, 'N');
+        expect_kernel<double>(std::string("dgemv_t") + parity, 'T');
+        expect_kernel<cpx<float>>(std::string("cgemv_n") + parity, 'N');
+        expect_kernel<cpx<float>>(std::string("cgemv_t") + parity, 'T');
+        expect_kernel<cpx<float>>(std::string("cgemv_c") + parity, 'C');
+    }
+    expect_kernel<cpx<double>>("zgemv_n", 'N');
+    expect_kernel<cpx<double>>("zgemv_t", 'T');
+    expect_kernel<cpx<double>>("zgemv_c", 'C');
+}
+
+// A of one unreadable page: whoever reads it dies.
+TYPED_TEST(GemvTest, clears_y_and_reads_neither_a_nor_x_for_alpha_and_beta_of_zero)
+{
+    using T = TypeParam;
+    const Guarded<T> none(0);
+    for (const char trans : {'N', 'T', 'C'})
+        for (const i64 inc : {1, -1, 2, -3, 0})
+            for (i64 n = 1; n <= 30; ++n) {
+                Strided<T> y(n, inc); // all NaN
+                const std::vector<std::byte> before = y.bits();
+                gemv(trans, n, n, zero<T>, none.data(), n, none.data(), 1, zero<T>, y.data(), inc);
+                for (i64 i = 0; i < n; ++i) ASSERT_PRED2(same_bits<T>, y(i), zero<T>) << n << ' ' << inc;
+                for (i64 i = 0; inc != 0 && i < n; ++i) std::memset(static_cast<void*>(&y(i)), 0xff, sizeof(T));
+                if (inc == 0) continue;
+                ASSERT_EQ(y.bits(), before) << "gaps, n=" << n << " inc=" << inc;
+            }
+}
+
+TYPED_TEST(GemvTest, loses_nan_in_y_when_beta_is_zero_and_keeps_it_otherwise)
+{
+    using T = TypeParam;
+    Matrix<T> a(5, 3, 5);
+    Strided<T> x(3, 1), y(5, 1);
+    Random random;
+    a.fill(random), x.fill(random);
+    gemv('N', 5, 3, one<T>, *a, 5, x.data(), 1, zero<T>, y.data(), 1);
+    for (i64 i = 0; i < 5; ++i) EXPECT_TRUE(y(i) == y(i));
+    x(1) = scalar<T>(NAN, 0);
+    gemv('N', 5, 3, one<T>, *a, 5, x.data(), 1, zero<T>, y.data(), 1);
+    for (i64 i = 0; i < 5; ++i) EXPECT_FALSE(y(i) == y(i));
+    x(1) = one<T>;
+    gemv('N', 5, 3, zero<T>, *a, 5, x.data(), 1, scalar<T>(2, 0), y.data(), 1);
+    for (i64 i = 0; i < 5; ++i) EXPECT_FALSE(y(i) == y(i));
+}
+
+TYPED_TEST(GemvTest, leaves_y_alone_when_there_is_nothing_to_do)
+{
+    using T = TypeParam;
+    const Guarded<T> none(0);
+    Strided<T> y(9, 1);
+    const std::vector<std::byte> before = y.bits();
+    gemv('N', 0, 9, one<T>, none.data(), 1, none.data(), 1, zero<T>, y.data(), 1);
+    gemv('T', 9, 0, one<T>, none.data(), 9, none.data(), 1, zero<T>, y.data(), 1);
+    gemv('T', 9, 9, zero<T>, none.data(), 9, none.data(), 1, one<T>, y.data(), 1);
+    EXPECT_EQ(y.bits(), before);
+}
+
+TYPED_TEST(GemvTest, scales_by_beta_on_both_sides_of_its_blocks)
+{
+    using T = TypeParam;
+    const Guarded<T> none(0);
+    const T beta = scalar<T>(-0.4, 0.9);
+    for (const i64 inc : {1, -1, 2, -3})
+        for (i64 n = 1; n <= 40; ++n) {
+            Strided<T> y(n, inc);
+            Random random(static_cast<std::uint64_t>(n));
+            y.fill(random);
+            Strided<T> expected(y, {});
+            for (i64 i = 0; i < n; ++i) expected(i) = beta * expected(i);
+            gemv('N', n, 1, zero<T>, none.data(), n, none.data(), 1, beta, y.data(), inc);
+            ASSERT_EQ(y.bits(), expected.bits()) << n << ' ' << inc;
+        }
+}
+
+TYPED_TEST(GemvTest, multiplies_one_location_by_beta_once_for_each_element_at_stride_zero)
+{
+    using T = TypeParam;
+    const Guarded<T> none(0);
+    for (i64 n = 1; n <= 20; ++n) {
+        T y = scalar<T>(3, 0);
+        gemv('N', n, 1, zero<T>, none.data(), n, none.data(), 1, scalar<T>(2, 0), &y, 0);
+        EXPECT_PRED2(same_bits<T>, y, scalar<T>(std::ldexp(3.0, static_cast<int>(n)), 0)) << n;
+    }
+    // beta^3 first, then the product: the location stands for all three elements, the last of which stays.
+    const T a[] = {scalar<T>(1, 0), scalar<T>(10, 0), scalar<T>(100, 0)}, x = one<T>;
+    T y = one<T>;
+    gemv('N', 3, 1, one<T>, a, 3, &x, 1, scalar<T>(2, 0), &y, 0);
+    EXPECT_PRED2(same_bits<T>, y, scalar<T>(108, 0));
+    // x at stride 0 is one value for all elements.
+    y = zero<T>;
+    gemv('T', 3, 1, one<T>, a, 3, &x, 0, one<T>, &y, 1);
+    EXPECT_PRED2(same_bits<T>, y, scalar<T>(111, 0));
+}
+
+TYPED_TEST(GemvTest, takes_negative_dimensions_without_touching_anything)
+{
+    using T = TypeParam;
+    const Guarded<T> none(0);
+    for (const char trans : {'N', 'T'})
+        for (const i64 inc : {1, 2}) {
+            gemv(trans, -3, 4, one<T>, none.data(), 1, none.data(), inc, one<T>, none.data(), inc);
+            gemv(trans, 4, -3, one<T>, none.data(), 4, none.data(), inc, one<T>, none.data(), inc);
+        }
+}
+
+TYPED_TEST(GemvTest, runs_strided_on_a_stack_of_128_KiB_without_memory)
+{
+    using T = TypeParam;
+    static i64 allocations;
+    const auto body = [](void*) -> void* {
+        ProbeScope scope;
+        std::vector<T> a(1500 * 300, one<T>), x(3000, one<T>), y(3000, zero<T>);
+        for (const char trans : {'N', 'T'})
+            gemv(trans, 1500, 300, one<T>, a.data(), 1500, x.data(), 2, zero<T>, y.data(), 2);
+        allocations = scope->allocations;
+        return nullptr;
+    };
+    allocations = -1;
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, 128 << 10);
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(&thread, &attributes, body, nullptr), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    EXPECT_EQ(allocations, 0);
+}
+
+// The twin's order: T sums in one chain, row after row; N is the same as ever.
+std::vector<float> in_plain_order(char trans, const Matrix<float>& a, float alpha, const std::vector<float>& x,
+                                  float beta, std::vector<float> y)
+{
+    if (meaning<float>(trans) == 'N') return in_order(trans, a, alpha, x, beta, y, false);
+    scale(y, beta);
+    for (i64 j = 0; j < a.n; ++j) {
+        float sum = 0;
+        for (i64 i = 0; i < a.m; ++i) sum += a(i, j) * x[i];
+        y[j] += alpha * sum;
+    }
+    return y;
+}
+
+TEST(Sgemv, leaves_for_its_reproducible_twin_unless_the_state_is_1)
+{
+    const float alpha = 0.7f, beta = -0.4f;
+    for (const i64 m : {1, 9, 53, 1003})
+        for (const i64 n : {1, 8, 13, 131})
+            for (const char trans : {'N', 'T'})
+                for (const i64 inc : {1, -2}) {
+                    Matrix<float> a(m, n, m + 1);
+                    Random random(static_cast<std::uint64_t>(m + n));
+                    std::vector<float> x(trans == 'N' ? n : m), y(trans == 'N' ? m : n);
+                    a.fill(random), random.fill(x), random.fill(y);
+                    for (const int state : {0, 1, 2}) {
+                        SCOPED_TRACE(problem('s', trans, m, n, m + 1, inc, inc) + " state " + std::to_string(state));
+                        Strided<float> vx(static_cast<i64>(x.size()), inc), vy(static_cast<i64>(y.size()), inc);
+                        for (std::size_t i = 0; i < x.size(); ++i) vx(static_cast<i64>(i)) = x[i];
+                        for (std::size_t i = 0; i < y.size(); ++i) vy(static_cast<i64>(i)) = y[i];
+                        ProbeScope scope;
+                        scope->reproducibility = state;
+                        gemv(trans, m, n, alpha, *a, m + 1, vx.data(), inc, beta, vy.data(), inc);
+                        EXPECT_EQ(scope->reproducibility_asked, 1);
+                        const std::vector<float> expected = state == 1 ? in_order(trans, a, alpha, x, beta, y, inc != 1)
+                                                                       : in_plain_order(trans, a, alpha, x, beta, y);
+                        for (std::size_t i = 0; i < y.size(); ++i)
+                            ASSERT_PRED2(same_bits<float>, vy(static_cast<i64>(i)), expected[i]) << "element " << i;
+                    }
+                }
+}
+
+TEST(Sgemv, does_not_ask_for_the_state_when_there_is_nothing_to_do)
+{
+    ProbeScope scope;
+    scope->reproducibility = 0;
+    float y = 5;
+    gemv<float>('N', 0, 1, 1, nullptr, 1, nullptr, 1, 0, &y, 1);
+    gemv<float>('N', 1, 0, 1, nullptr, 1, nullptr, 1, 0, &y, 1);
+    gemv<float>('N', 1, 1, 0, nullptr, 1, nullptr, 1, 1, &y, 1);
+    EXPECT_EQ(scope->reproducibility_asked, 0);
+    gemv<float>('N', 1, 1, 0, nullptr, 1, nullptr, 1, 0, &y, 1);
+    EXPECT_EQ(scope->reproducibility_asked, 1);
+    EXPECT_EQ(y, 0);
+}
+
 } // namespace
 } // namespace orv::test
