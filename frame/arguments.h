@@ -1,11 +1,23 @@
-// What the reference BLAS calls a bad argument. Each function takes all arguments of a routine in its order and gives
-// the number of the first one that is bad, counted from 1, tested in the order of the reference; 0 if all are good.
-// Level-1 routines take whatever comes.
+// What the reference BLAS calls a bad argument, and how it is reported. Each check takes all arguments of a routine in
+// its order and gives the number of the first one that is bad, counted from 1, tested in the order of the reference; 0
+// if all are good. Level-1 routines take whatever comes.
 #pragma once
 
 #include "frame/types.h"
 
 namespace orv::arguments {
+
+// The name of a routine as Fortran's error routine gets it: six letters, upper-case, filled up with blanks.
+struct Name {
+    static constexpr int length = 6;
+    char text[length + 1] = "      ";
+
+    explicit constexpr Name(const char* routine)
+    {
+        for (int i = 0; i < length && routine[i] != '\0'; ++i)
+            text[i] = routine[i] >= 'a' ? fold(routine[i]) : routine[i]; // digits stay
+    }
+};
 
 constexpr bool one_of(char letter, const char* letters)
 {

@@ -22,16 +22,15 @@ template <auto& F, auto& Entry, class... P> auto call(P... pointers)
     else return answer(Entry(pointers...));
 }
 
-// Fortran's name of a routine: six letters, upper case.
-struct Name {
-    char text[6] = {' ', ' ', ' ', ' ', ' ', ' '};
-    explicit Name(const char* routine)
-    {
-        for (int i = 0; i < 6 && routine[i] != '\0'; ++i) text[i] = fold(routine[i]);
-    }
-};
-[[gnu::cold]] void report(const char* routine, i32 position) { xerbla_(Name(routine).text, &position, 6); }
-[[gnu::cold]] void report(const char* routine, i64 position) { xerbla_64_(Name(routine).text, &position, 6); }
+// The error routine of either width.
+[[gnu::cold]] void report(const char* routine, i32 position)
+{
+    xerbla_(arguments::Name(routine).text, &position, arguments::Name::length);
+}
+[[gnu::cold]] void report(const char* routine, i64 position)
+{
+    xerbla_64_(arguments::Name(routine).text, &position, arguments::Name::length);
+}
 
 template <auto& F, auto& Entry, class Int, class Check, class... P>
 void checked(const char* name, Check check, P... pointers)

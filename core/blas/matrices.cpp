@@ -24,7 +24,7 @@ struct Grid {
     }
 };
 
-// Every edge of a part is a multiple of the granules of all kernels. So no part ends in leftovers that the
+// Every edge of a part but the last is a multiple of the granules of all kernels: no part ends in leftovers that the
 // whole has not, and each element of C goes through the same operations whoever computes it.
 constexpr i64 granule = 16;
 constexpr i64 edge(i64 size, int parts, int index)

@@ -1,7 +1,7 @@
 /* Dense BLAS: vectors, sparse vectors, matrix products.
 
-   Letters: s float, d double, c and z their complex numbers; two letters where types are mixed (zdscal: a complex vector
-   times a double). All numbers pass by value, all dimensions and strides as int64_t.
+   Letters: s float, d double, c and z their complex numbers; two letters where types are mixed (zdscal: a complex
+   vector times a double). All numbers pass by value, all dimensions and strides as int64_t.
 
    Vectors   n elements, inc apart: element i stands at x[i*inc], or, if inc is negative, at x[(i - n + 1)*inc], so that
              the array is walked from its far end. A stride of 0 meets one element n times. n below 1 touches nothing.
@@ -9,9 +9,9 @@
    Matrices  column-major: element (i,j) of an m by n matrix at a[i + j*lda], lda at least max(1, m); rows m to lda - 1
              of a column are never touched.
    Results   A function that computes a number returns it; all others return a status: 0, -i if argument i is bad
-             (counted from 1, as the published interface counts), a positive code if no kernel can run. Where a status is
-             not 0 nothing was written. A number that cannot be computed because no kernel can run is NaN, a position
-             then is -1; orv_check() tells beforehand, orv_last_error() afterwards.
+             (counted from 1, as the published interface counts), a positive code if no kernel can run. Where it is not
+             0 nothing was written. Where no kernel can run a number is NaN and a position -1: orv_check() tells
+             beforehand, orv_last_error() afterwards.
    Rounding  Every product and every sum is rounded once; none are fused. NaN and infinity spread as these operations
              spread them, wherever nothing else is said. The order of sums is fixed by n, the strides and the
              alignment of the operands, never by the number of threads.
@@ -19,9 +19,9 @@
    All functions can be called from several threads at once on operands that no two calls write.
 
    Fortran's way to call. Each routine is also exported as orv_blas_daxpy and orv_blas_lp64_daxpy (in place of
-   orv_daxpy): the same arguments in the same order, all by pointer, without lengths of strings; integers have 64 bits in
-   the first and 32 in the second, positions and index arrays count from 1, and a complex result goes through a pointer
-   before the other arguments. A bad argument goes to orv_serv_xerbla, and nothing is written.
+   orv_daxpy): the same arguments in the same order, all by pointer, without lengths of strings; integers have 64 bits
+   in the first and 32 in the second, positions and index arrays count from 1, and a complex result goes through a
+   pointer before the other arguments. A bad argument goes to orv_serv_xerbla, and nothing is written.
 
    Sources: Lawson, Hanson, Kincaid, Krogh, ACM TOMS 5 (1979) 308-323 (vectors); Dodson, Grimes, Lewis, TOMS 17 (1991)
    253-263 (sparse vectors); Dongarra, Du Croz, Hammarling, Hanson, TOMS 14 (1988) 1-17 (ger); Dongarra, Du Croz,
@@ -94,7 +94,7 @@ ORV_API float orv_sdsdot(int64_t n, float sb, const float* x, int64_t incx, cons
 ORV_API double orv_dsdot(int64_t n, const float* x, int64_t incx, const float* y, int64_t incy);
 
 /* Euclidean norm of x; 0 if n is below 1. No overflow or underflow on the way: dnrm2 and dznrm2 scale, snrm2 and scnrm2
-   sum in double. The step is the absolute value of incx, from x[0] on. Any NaN makes the result NaN. */
+   sum in double. A NaN in x makes the result NaN; so do two infinities where it scales. */
 ORV_API float orv_snrm2(int64_t n, const float* x, int64_t incx);
 ORV_API double orv_dnrm2(int64_t n, const double* x, int64_t incx);
 ORV_API float orv_scnrm2(int64_t n, const orv_complex_float* x, int64_t incx);
@@ -110,8 +110,8 @@ ORV_API double orv_dzasum(int64_t n, const orv_complex_double* x, int64_t incx);
 ORV_API float orv_scabs1(orv_complex_float z);
 ORV_API double orv_dcabs1(orv_complex_double z);
 
-/* Position, from 0, of the first element whose absolute value (|re| + |im| for complex x) is largest, or smallest; -1 if
-   n or incx is below 1. NaN never compares as larger or smaller; with NaN in x the position is not specified. */
+/* Position, from 0, of the first element whose absolute value (|re| + |im| for complex x) is largest, or smallest; -1
+   if n or incx is below 1. NaN never compares as larger or smaller; with NaN in x the position is not specified. */
 ORV_API int64_t orv_isamax(int64_t n, const float* x, int64_t incx);
 ORV_API int64_t orv_idamax(int64_t n, const double* x, int64_t incx);
 ORV_API int64_t orv_icamax(int64_t n, const orv_complex_float* x, int64_t incx);
@@ -135,8 +135,9 @@ ORV_API orv_status orv_csrot(int64_t n, orv_complex_float* x, int64_t incx, orv_
 ORV_API orv_status orv_zdrot(int64_t n, orv_complex_double* x, int64_t incx, orv_complex_double* y, int64_t incy,
                              double c, double s);
 
-/* c and s with c*a + s*b = r and c*b - conj(s)*a = 0; a becomes r. Real: r takes the sign of the larger of a and b, and b
-   becomes z, from which c and s can be recovered (z = s if |a| > |b|, else 1/c, else 1); both 0 give c = 1, s = r = z = 0.
+/* c and s with c*a + s*b = r and c*b - conj(s)*a = 0; a becomes r.
+   Real: r takes the sign of the larger of a and b, and b becomes z, from which c and s can be recovered (z = s if
+   |a| > |b|, else 1/c, else 1). Both 0 give c = 1, s = 0, r = 0, z = 0.
    Complex: a = 0 gives c = 0, s = 1, r = b. */
 ORV_API orv_status orv_srotg(float* a, float* b, float* c, float* s);
 ORV_API orv_status orv_drotg(double* a, double* b, double* c, double* s);
@@ -158,8 +159,8 @@ ORV_API orv_status orv_drotmg(double* d1, double* d2, double* x1, double y1, dou
 
 /* ---- Sparse vectors --------------------------------------------------------------------------------------------- */
 
-/* A sparse vector has n elements x[i] with positions indx[i] in a dense vector y, counted from 0. No position occurs twice
-   in a vector that is written to, except in axpyi, which then adds in order. */
+/* A sparse vector has n elements x[i] with positions indx[i] in a dense vector y, counted from 0. No position occurs
+   twice where the dense vector is written. */
 
 /* y[indx[i]] := y[indx[i]] + alpha*x[i]. An alpha equal to 0 leaves y alone. */
 ORV_API orv_status orv_saxpyi(int64_t n, float alpha, const float* x, const int64_t* indx, float* y);
@@ -205,8 +206,8 @@ ORV_API orv_status orv_droti(int64_t n, double* x, const int64_t* indx, double* 
 
 /* C := alpha*op(A)*op(B) + beta*C, op(A) m by k, op(B) k by n, C m by n. op: 'N' the matrix, 'T' its transpose, 'C' its
    conjugate transpose, in either case of letter; for 'T' and 'C' A is stored k by m, B n by k.
-   beta = 0 sets C without reading it, so NaN in C is lost; alpha = 0 or k = 0 leaves C := beta*C and does not read A and
-   B. Large products are shared among threads, with the same bits for any number of them.
+   beta = 0 sets C without reading it, so NaN in C is lost; alpha = 0 or k = 0 leaves C := beta*C and does not read A
+   and B. Large products are shared among threads, with the same bits for any number of them.
    Bad: 1, 2 another letter; 3, 4, 5 a negative m, n, k; 8, 10, 13 lda, ldb, ldc below max(1, rows as stored). */
 ORV_API orv_status orv_sgemm(char transa, char transb, int64_t m, int64_t n, int64_t k, float alpha, const float* a,
                              int64_t lda, const float* b, int64_t ldb, float beta, float* c, int64_t ldc);

@@ -32,7 +32,8 @@ ORV_API orv_status orv_check(void);
 
 /* Receives bad arguments in place of the record for orv_last_error(): the routine's name as the caller knows it, and
    the argument's number counted from 1. It may print, raise or return. Null puts the record back. Returns the handler
-   that stood before. One handler serves the process; setting it is thread-safe. */
+   that stood before. One handler serves the process; setting it is thread-safe. The Fortran and CBLAS interfaces of
+   libblas.so.3 report to xerbla_ and cblas_xerbla instead. */
 typedef void (*orv_argument_handler)(const char* routine, int argument);
 ORV_API orv_argument_handler orv_set_argument_handler(orv_argument_handler handler);
 
