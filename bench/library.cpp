@@ -2,7 +2,6 @@
 
 #include "bench/call.h"
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -11,6 +10,7 @@
 #include <dlfcn.h>
 #include <sched.h>
 #include <sys/mman.h>
+#include <time.h>
 #include <unistd.h>
 
 namespace orv::bench {
@@ -50,12 +50,19 @@ void bind_to(int processor)
     sched_setaffinity(0, sizeof set, &set);
 }
 
-double elapsed(const Repeat& run, long calls)
+double now(clockid_t clock)
 {
-    using clock = std::chrono::steady_clock;
-    const auto start = clock::now();
+    timespec t;
+    clock_gettime(clock, &t);
+    return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
+}
+
+Worker::Sample timed(const Repeat& run, long calls)
+{
+    const double start = now(CLOCK_MONOTONIC), start_of_work = now(CLOCK_THREAD_CPUTIME_ID);
     run(calls);
-    return std::chrono::duration<double>(clock::now() - start).count();
+    const double work = now(CLOCK_THREAD_CPUTIME_ID) - start_of_work, seconds = now(CLOCK_MONOTONIC) - start;
+    return {seconds / static_cast<double>(calls), work / seconds};
 }
 
 } // namespace
@@ -137,9 +144,9 @@ void Worker::serve(const std::vector<Case>& cases, const Arena& arena, int proce
             if (is_new) found->second = handle ? bind(c, handle, l.direct, arena) : bind_limit(c, arena);
             const Repeat& run = found->second;
             if (order.warm_up) run(1);
-            double seconds = run ? 0 : -1;
-            if (order.calls > 0) seconds = elapsed(run, order.calls) / static_cast<double>(order.calls);
-            heard = write(answers, &seconds, sizeof seconds) == sizeof seconds;
+            Sample sample{run ? 0.0 : -1.0, 1};
+            if (order.calls > 0) sample = timed(run, order.calls);
+            heard = write(answers, &sample, sizeof sample) == sizeof sample;
         }
         _exit(0);
     } catch (const std::exception& e) {
@@ -148,16 +155,18 @@ void Worker::serve(const std::vector<Case>& cases, const Arena& arena, int proce
     }
 }
 
-double Worker::ask(Order order) const
+Worker::Sample Worker::ask(Order order) const
 {
-    double seconds;
-    if (write(orders, &order, sizeof order) != sizeof order ||
-        read(answers, &seconds, sizeof seconds) != sizeof seconds)
+    Sample sample;
+    if (write(orders, &order, sizeof order) != sizeof order || read(answers, &sample, sizeof sample) != sizeof sample)
         throw std::runtime_error(library().name + " failed");
-    return seconds;
+    return sample;
 }
 
-bool Worker::offers(std::size_t index) const { return ask({index, 0, false}) >= 0; }
-double Worker::seconds(std::size_t index, long calls, bool warm_up) const { return ask({index, calls, warm_up}); }
+bool Worker::offers(std::size_t index) const { return ask({index, 0, false}).seconds >= 0; }
+Worker::Sample Worker::sample(std::size_t index, long calls, bool warm_up) const
+{
+    return ask({index, calls, warm_up});
+}
 
 } // namespace orv::bench

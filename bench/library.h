@@ -48,8 +48,12 @@ public:
     const Library& library() const { return *lib; }
     bool offers(std::size_t index) const; // can it run the case at all
     const std::string& core() const { return computes_for; }
-    // One call that is not timed, if asked for, then so many timed ones; seconds for one of these.
-    double seconds(std::size_t index, long calls, bool warm_up) const;
+    // One call that is not timed, if asked for, then so many timed ones.
+    struct Sample {
+        double seconds;   // of one call
+        double undivided; // how much of that time the processor was ours
+    };
+    Sample sample(std::size_t index, long calls, bool warm_up) const;
 
 private:
     struct Order {
@@ -57,7 +61,7 @@ private:
         long calls; // 0: only asks whether the case can run
         bool warm_up;
     };
-    double ask(Order order) const;
+    Sample ask(Order order) const;
     [[noreturn]] void serve(const std::vector<Case>& cases, const Arena& arena, int processor);
 
     const Library* lib;
