@@ -142,6 +142,13 @@ ORV_INLINE void prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(
 // near enough to be still there when its turn comes.
 ORV_INLINE void prefetch_ahead(const void* p) { prefetch(static_cast<const char*>(p) + 2048); }
 
+// A register of reals at p with its lanes 0, 2, .. or its lanes 1, 3, .. repeated over their neighbours; p on 16 bytes.
+// Loads alone, too.
+ORV_INLINE vec<float> load_even(const float* p) { return {_mm_moveldup_ps(_mm_load_ps(p))}; }
+ORV_INLINE vec<float> load_odd(const float* p) { return {_mm_movehdup_ps(_mm_load_ps(p))}; }
+ORV_INLINE vec<double> load_even(const double* p) { return {_mm_set1_pd(p[0])}; }
+ORV_INLINE vec<double> load_odd(const double* p) { return {_mm_set1_pd(p[1])}; }
+
 // Elements at p, p + inc, p + 2*inc, ..., one a lane.
 ORV_INLINE vec<float> gather(const float* p, i64 inc)
 {
@@ -235,6 +242,10 @@ template <class T> ORV_INLINE vec<T> add_sub(vec<T> a, vec<T> b)
     if constexpr (sizeof(real_t<T>) == 4) return {_mm_addsub_ps(a.r, b.r)};
     else return {_mm_addsub_pd(a.r, b.r)};
 }
+
+// Lanes 0 and 1, or 2 and 3, of the first and then of the second.
+ORV_INLINE vec<float> low_halves(vec<float> a, vec<float> b) { return {_mm_movelh_ps(a.r, b.r)}; }
+ORV_INLINE vec<float> high_halves(vec<float> a, vec<float> b) { return {_mm_movehl_ps(b.r, a.r)}; }
 
 template <class T> ORV_INLINE vec<T> conj(vec<T> a)
 {

@@ -2,6 +2,7 @@
 //   form    0: B is packed, 1: B stands in place and is copied strip by strip
 //   layout  0: the columns of C stand on 16 bytes, 1: anywhere
 //   _b0     C is replaced and never read
+// dgemm_ker1 is the second record of doubles: the scheme of fewer loads.
 #include "blas/gemm/kernel.h"
 
 #include "frame/symbol.h"
@@ -14,16 +15,21 @@ constexpr Update accumulate(int layout) { return layout == 0 ? Update::add_align
 
 template <class T> using Kernel = void(const Block<T>&);
 
-template <class T, int form, int layout, Schedule schedule>
-constexpr Kernel<T>* accumulating = kernel<a_unit<T>, form_of(form), accumulate(layout), schedule, T>;
-template <class T, int form, Schedule schedule>
-constexpr Kernel<T>* replacing = kernel<a_unit<T>, form_of(form), Update::replace, schedule, T>;
+template <class T, int form, int layout, template <class, int, int> class Scheme>
+constexpr Kernel<T>* accumulating = kernel<a_unit<T>, form_of(form), accumulate(layout), Scheme, T>;
+template <class T, int form, template <class, int, int> class Scheme>
+constexpr Kernel<T>* replacing = kernel<a_unit<T>, form_of(form), Update::replace, Scheme, T>;
 
-// Rows left over, m of them, as the one narrower panel behind the whole ones. Here C may stand anywhere.
-template <BForm form, Update update, class T> void leftover_rows(const Block<T>& x)
+// Panels of any height: whole ones, and a narrower one as rows left over make it. Here C may stand anywhere.
+template <BForm form, Update update, class T> void panel_by_panel(const Block<T>& x)
 {
-    constexpr Schedule schedule = Schedule::interleaved;
-    for_each_panel<a_unit<T>>(x.m, [&](auto rows, i64) { kernel<decltype(rows)::value, form, update, schedule>(x); });
+    for_each_panel<a_unit<T>>(x.m, [&](auto rows, i64 i) {
+        Block<T> y = x;
+        y.m = decltype(rows)::value;
+        y.a += panel_offset(i, a_unit<T>, x.a_stride, x.k);
+        y.c += i;
+        kernel<decltype(rows)::value, form, update, Repeating>(y);
+    });
 }
 
 // Complex kernels have no form that replaces C: they add to a C that beta has cleared.
@@ -32,24 +38,24 @@ template <class T> bool replaces(const Block<T>& x) { return !is_complex<T> && x
 template <class T> void ker0_pst(const Block<T>& x, i32 form)
 {
     if (form == b_packed)
-        replaces(x) ? leftover_rows<b_packed, Update::replace>(x) : leftover_rows<b_packed, Update::add>(x);
-    else replaces(x) ? leftover_rows<b_in_place, Update::replace>(x) : leftover_rows<b_in_place, Update::add>(x);
+        replaces(x) ? panel_by_panel<b_packed, Update::replace>(x) : panel_by_panel<b_packed, Update::add>(x);
+    else replaces(x) ? panel_by_panel<b_in_place, Update::replace>(x) : panel_by_panel<b_in_place, Update::add>(x);
 }
 
-template <class T, int form, Schedule schedule> Kernel<T>* select(const Block<T>& x)
+template <class T, int form, template <class, int, int> class Scheme> Kernel<T>* select(const Block<T>& x)
 {
     const bool aligned = is_aligned(x.c, vector_bytes) && x.ldc % vec<T>::lanes == 0;
-    if (replaces(x)) return replacing<T, form, schedule>;
-    return aligned ? accumulating<T, form, 0, schedule> : accumulating<T, form, 1, schedule>;
+    if (replaces(x)) return replacing<T, form, Scheme>;
+    return aligned ? accumulating<T, form, 0, Scheme> : accumulating<T, form, 1, Scheme>;
 }
 
 // Whole panels of A through the kernel that fits, the rows left over through ker0_pst.
-template <Schedule schedule, class T> void ker(Block<T> x, i32 form)
+template <template <class, int, int> class Scheme, class T> void ker(Block<T> x, i32 form)
 {
-    Kernel<T>* const selected = form == b_packed ? select<T, 0, schedule>(x) : select<T, 1, schedule>(x);
-    selected(x);
-
     const i64 panels = x.m / a_unit<T>;
+    Kernel<T>* const selected = form == b_packed ? select<T, 0, Scheme>(x) : select<T, 1, Scheme>(x);
+    if (panels > 0) selected(x);
+
     x.a += panels * x.a_stride;
     x.c += panels * a_unit<T>;
     x.m -= panels * a_unit<T>;
@@ -66,29 +72,29 @@ template <Schedule schedule, class T> void ker(Block<T> x, i32 form)
         call(Block<T>{*transb, *m, *n, *k, a, *a_stride, b, *b_stride, *beta, c, *ldc, scratch} __VA_OPT__(, )         \
                  __VA_ARGS__);                                                                                         \
     }
-#define KERNEL(name, form, layout, T, schedule)                                                                        \
-    KER(name##_##form##_##layout, T, (accumulating<T, form, layout, Schedule::schedule>))
-#define KERNEL_B0(name, form, layout, T, schedule)                                                                     \
-    KER(name##_##form##_##layout##_b0, T, (replacing<T, form, Schedule::schedule>))
-#define KERNELS(name, T, schedule)                                                                                     \
-    KERNEL(name, 0, 0, T, schedule)                                                                                    \
-    KERNEL_B0(name, 0, 0, T, schedule)                                                                                 \
-    KERNEL(name, 0, 1, T, schedule) KERNEL_B0(name, 0, 1, T, schedule) KERNEL(name, 1, 0, T, schedule)                 \
-        KERNEL_B0(name, 1, 0, T, schedule) KERNEL(name, 1, 1, T, schedule) KERNEL_B0(name, 1, 1, T, schedule)
+#define KERNEL(name, form, layout, T, scheme) KER(name##_##form##_##layout, T, (accumulating<T, form, layout, scheme>))
+#define KERNEL_B0(name, form, layout, T, scheme) KER(name##_##form##_##layout##_b0, T, (replacing<T, form, scheme>))
+// clang-format off
+#define KERNELS(name, T, scheme)                                                                                       \
+    KERNEL(name, 0, 0, T, scheme) KERNEL_B0(name, 0, 0, T, scheme)                                                     \
+    KERNEL(name, 0, 1, T, scheme) KERNEL_B0(name, 0, 1, T, scheme)                                                     \
+    KERNEL(name, 1, 0, T, scheme) KERNEL_B0(name, 1, 0, T, scheme)                                                     \
+    KERNEL(name, 1, 1, T, scheme) KERNEL_B0(name, 1, 1, T, scheme)
+// clang-format on
 
-KERNELS(sgemm_kernel, float, interleaved)
-KERNELS(dgemm_kernel, double, interleaved)
-KERNELS(dgemm_ker1, double, loads_first)
-KERNEL(cgemm_kernel, 0, 0, cpx<float>, interleaved)
-KERNEL(cgemm_kernel, 0, 1, cpx<float>, interleaved)
-KERNEL(zgemm_kernel, 0, 0, cpx<double>, interleaved)
-KERNEL(zgemm_kernel, 0, 1, cpx<double>, interleaved)
+KERNELS(sgemm_kernel, float, Repeating)
+KERNELS(dgemm_kernel, double, Repeating)
+KERNELS(dgemm_ker1, double, Swapping)
+KERNEL(cgemm_kernel, 0, 0, cpx<float>, Repeating)
+KERNEL(cgemm_kernel, 0, 1, cpx<float>, Repeating)
+KERNEL(zgemm_kernel, 0, 0, cpx<double>, Repeating)
+KERNEL(zgemm_kernel, 0, 1, cpx<double>, Repeating)
 
-KER(sgemm_ker0, float, ker<Schedule::interleaved>, b_form)
-KER(dgemm_ker0, double, ker<Schedule::interleaved>, b_form)
-KER(dgemm_ker1, double, ker<Schedule::loads_first>, b_form)
-KER(cgemm_ker0, cpx<float>, ker<Schedule::interleaved>, b_form)
-KER(zgemm_ker0, cpx<double>, ker<Schedule::interleaved>, b_form)
+KER(sgemm_ker0, float, ker<Repeating>, b_form)
+KER(dgemm_ker0, double, ker<Repeating>, b_form)
+KER(dgemm_ker1, double, ker<Swapping>, b_form)
+KER(cgemm_ker0, cpx<float>, ker<Repeating>, b_form)
+KER(zgemm_ker0, cpx<double>, ker<Repeating>, b_form)
 
 KER(sgemm_ker0_pst, float, ker0_pst, b_form)
 KER(dgemm_ker0_pst, double, ker0_pst, b_form)

@@ -1,6 +1,7 @@
 // Register kernels: a block of C, strip by strip of the columns of B and tile by tile of the rows of A.
 #pragma once
 
+#include "blas/gemm/driver.h"
 #include "blas/gemm/tile.h"
 
 namespace orv::gemm {
@@ -19,28 +20,13 @@ template <class T> struct Block {
     T* scratch;
 };
 
-// C := beta*C; a beta of 0 clears it without reading.
-template <class T> void scale(i64 m, i64 n, T beta, T* c, i64 ldc)
-{
-    for (i64 j = 0; j < n; ++j, c += ldc)
-        for (i64 i = 0; i < m; ++i) c[i] = beta == zero<T> ? zero<T> : beta * c[i];
-}
-
-// C(0:m, 0:columns) of one strip, for the whole panels of `rows` rows in m. A narrow strip has few sums to a panel, too
-// few to hide how long an addition takes, so it takes several panels together.
-template <int rows, int columns, Update update, Schedule schedule, class T>
+// C(0:m, 0:columns) of one strip, for the whole panels of `rows` rows in m.
+template <int rows, int columns, Update update, template <class, int, int> class Scheme, class T>
 [[gnu::noinline]] void multiply_strip(i64 m, i64 depth, const T* a, i64 a_stride, const T* b, T* c, i64 ldc)
 {
-    constexpr int together = rows == a_unit<T> ? 4 / pieces_of<T, columns> : 1;
-    if constexpr (together > 1)
-        for (; m >= together * rows; m -= together * rows, a += together * a_stride, c += together * rows) {
-            Tile<T, rows, together, columns, schedule> tile;
-            tile.template multiply<update>(depth, a, a_stride, b, c, ldc);
-        }
-    for (; m >= rows; m -= rows, a += a_stride, c += rows) {
-        Tile<T, rows, 1, columns, schedule> tile;
-        tile.template multiply<update>(depth, a, a_stride, b, c, ldc);
-    }
+    for (; m >= rows; m -= rows, a += a_stride, c += rows)
+        if constexpr (columns % vec<T>::lanes == 0) multiply_tile<rows, columns, update, Scheme>(depth, a, b, c, ldc);
+        else multiply_tile<rows, columns, update, Swapping>(depth, a, b, c, ldc);
 }
 
 // Columns of op(B) that stand in place, as one panel.
@@ -53,10 +39,11 @@ template <int columns, class T> void pack_strip(char transb, i64 k, const T* b, 
 }
 
 // C := beta*C + A*B, or C := A*B, over the rows that fill panels of `rows` rows.
-template <int rows, BForm form, Update update, Schedule schedule, class T> void kernel(const Block<T>& x)
+template <int rows, BForm form, Update update, template <class, int, int> class Scheme, class T>
+void kernel(const Block<T>& x)
 {
     const i64 depth = round_up(x.k, group);
-    if (update != Update::replace && x.beta != one<T>) scale(x.m / rows * rows, x.n, x.beta, x.c, x.ldc);
+    if (update != Update::replace && x.beta != one<T>) mscale(x.m / rows * rows, x.n, x.beta, x.c, x.ldc);
 
     for_each_panel<b_unit<T>>(x.n, [&](auto width, i64 j) ORV_INLINE_LAMBDA {
         constexpr int columns = decltype(width)::value;
@@ -65,7 +52,7 @@ template <int rows, BForm form, Update update, Schedule schedule, class T> void 
             pack_strip<columns>(fold(x.transb), x.k, x.b + j * (fold(x.transb) == 'N' ? x.b_stride : 1), x.b_stride,
                                 x.scratch);
         else panel = x.b + panel_offset(j, b_unit<T>, x.b_stride, x.k);
-        multiply_strip<rows, columns, update, schedule>(x.m, depth, x.a, x.a_stride, panel, x.c + j * x.ldc, x.ldc);
+        multiply_strip<rows, columns, update, Scheme>(x.m, depth, x.a, x.a_stride, panel, x.c + j * x.ldc, x.ldc);
     });
 }
 

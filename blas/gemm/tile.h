@@ -1,160 +1,159 @@
-// The register tile: panels of packed A times one panel of packed B, added to a patch of C.
+// The register tile: one panel of packed A times one panel of packed B, added to a patch of C.
 //
-// A step of the inner dimension holds one register of A and four pieces of B, a piece being two reals: a pair of
-// columns, or one complex number. The product of A with a piece as it stands, and once more with A's neighbours
-// swapped, makes all products of a two-by-two patch without a shuffle of B:
-//
-//   real      a = (a0, a1), piece (b0, b1)   straight (a0 b0, a1 b1)  swapped (a1 b0, a0 b1)   C00, C11 and C10, C01
-//   complex   a = (re, im), piece (re, im)   straight (re re, im im)  swapped (im re, re im)   parts of one product
-//
-// A register of four lanes holds two such pairs of A, and the piece twice: a load that repeats 64 bits makes it so,
-// without a shuffle. What belongs together is sorted out once a tile.
+// To the inner loop all four types look alike: a step multiplies each of a few reals of A (four singles or two doubles:
+// one register) with each of eight reals of B and adds the products P(i, j) = a(i)*b(j) to as many sums. Of the four
+// products of a pair (a0, a1) with a pair (b0, b1), rows and columns of reals, or the parts of complex numbers, each
+// scheme below gets two by one multiplication; how they are spread over registers is sorted out once a tile.
 //
 // Each element of C is one chain of products, added to zero in the order of the steps, and then one addition to C: the
-// same for every place in a tile, every width and every number of rows. (Complex: one chain each for re*re, im*im,
-// im*re, re*im; the first two give the real part by subtraction.)
+// same for every place in a tile, every width, every number of rows and both schemes. (Complex: one chain each for
+// re*re, im*im, im*re, re*im; the first two give the real part by subtraction.)
 #pragma once
 
 #include "blas/gemm/pack.h"
 
 namespace orv::gemm {
 
+// Keeps a value in a register at this point. Left to itself, the compiler takes the steps of one sum together, spills,
+// and loads an operand once for each product.
+template <class R> ORV_INLINE void settle(vec<R>& v) { asm volatile("" : "+x"(v.r)); }
+
+// Scheme 1: the reals of B are repeated over neighbouring lanes, (a0, a1) * (b0, b0) and (a0, a1) * (b1, b1), by loads
+// that repeat what they load. No shuffle competes with the arithmetic: for processors that load three times a cycle,
+// and strips that fill whole registers.
+//
+//   two lanes    pair a           even (b0, b0)           odd (b1, b1)
+//   four lanes   pair a, a again  even (b0, b0, b2, b2)   odd (b1, b1, b3, b3)
+template <class R, int na, int nb> class Repeating {
+    static constexpr int lanes = vec<R>::lanes, pairs = (na + 1) / 2, registers = nb / lanes;
+    static_assert(nb % lanes == 0);
+
+    vec<R> even[pairs][registers], odd[pairs][registers];
+
+    ORV_INLINE static void add(vec<R> (&sums)[pairs][registers], int v, const vec<R> (&x)[pairs], vec<R> b)
+    {
+        settle(b);
+#pragma GCC unroll 2
+        for (int q = 0; q < pairs; ++q) sums[q][v] += x[q] * b;
+    }
+
+public:
+    ORV_INLINE Repeating()
+    {
+#pragma GCC unroll 2
+        for (int q = 0; q < pairs; ++q)
+#pragma GCC unroll 4
+            for (int v = 0; v < registers; ++v) even[q][v] = odd[q][v] = zeros<R>();
+    }
+
+    ORV_INLINE void step(const R* a, const R* b)
+    {
+        vec<R> x[pairs];
+#pragma GCC unroll 2
+        for (int q = 0; q < pairs; ++q) x[q] = 2 * q + 1 < na ? load_pair(a + 2 * q) : splat(a[2 * q]), settle(x[q]);
+#pragma GCC unroll 4
+        for (int v = 0; v < registers; ++v) {
+            add(even, v, x, load_even(b + v * lanes));
+            add(odd, v, x, load_odd(b + v * lanes));
+        }
+#pragma GCC unroll 4
+        for (int v = 0; v < registers; ++v)
+#pragma GCC unroll 2
+            for (int q = 0; q < pairs; ++q) settle(even[q][v]), settle(odd[q][v]);
+    }
+
+    // P(0:na, j); lanes from na on hold anything.
+    ORV_INLINE vec<R> column(int j) const
+    {
+        const auto& sums = j % 2 == 0 ? even : odd;
+        const vec<R> first = sums[0][j / lanes], second = sums[pairs - 1][j / lanes];
+        if constexpr (lanes == 2) return first;
+        else return j % lanes < 2 ? low_halves(first, second) : high_halves(first, second);
+    }
+};
+
+// Scheme 2: pairs of B as they stand, (a0, a1) * (b0, b1), and A once more with neighbours swapped, (a1, a0) * (b0,
+// b1). One shuffle a step, but half as many loads: for processors that load once a cycle, and for strips of any width.
+template <class R, int na, int nb> class Swapping {
+    static constexpr int pairs = (nb + 1) / 2;
+
+    vec<R> straight[pairs], swapped[pairs];
+
+    // A last real of B without a neighbour is repeated, and multiplied straight only.
+    ORV_INLINE static constexpr bool is_single(int i) { return 2 * i + 1 == nb; }
+
+public:
+    ORV_INLINE Swapping()
+    {
+#pragma GCC unroll 4
+        for (int i = 0; i < pairs; ++i) straight[i] = swapped[i] = zeros<R>();
+    }
+
+    ORV_INLINE void step(const R* a, const R* b)
+    {
+        const vec<R> x = na == vec<R>::lanes ? load(a) : load_first<na>(a), y = swap_neighbours(x);
+#pragma GCC unroll 4
+        for (int i = 0; i < pairs; ++i) {
+            vec<R> piece = is_single(i) ? splat(b[2 * i]) : load_pair(b + 2 * i);
+            settle(piece);
+            straight[i] += x * piece;
+            if (!is_single(i)) swapped[i] += y * piece;
+        }
+#pragma GCC unroll 4
+        for (int i = 0; i < pairs; ++i) {
+            settle(straight[i]);
+            if (!is_single(i)) settle(swapped[i]);
+        }
+    }
+
+    ORV_INLINE vec<R> column(int j) const
+    {
+        const vec<R> s = straight[j / 2];
+        if (is_single(j / 2)) return s;
+        const vec<R> w = swap_neighbours(swapped[j / 2]);
+        return j % 2 == 0 ? alternate(s, w) : alternate(w, s);
+    }
+};
+
 // What becomes of the sums: they replace C, which is not read, or are added to a C whose columns all stand on 16 bytes,
 // or anywhere.
 enum class Update { replace, add_aligned, add };
 
-// How a step is written down; the arithmetic is the same.
-enum class Schedule { interleaved, loads_first };
+// C(0:rows, 0:columns), at most one register high, `depth` steps, a multiple of 4.
+template <int rows, int columns, Update update, template <class, int, int> class Scheme, class T>
+ORV_INLINE void multiply_tile(i64 depth, const T* a, const T* b, T* c, i64 ldc)
+{
+    using R = real_t<T>;
+    constexpr int parts = sizeof(T) / sizeof(R), na = rows * parts, nb = columns * parts;
+    constexpr int pass = columns == b_unit<T> ? 2 * group : group; // whole tiles are worth a longer loop
+    constexpr int ahead = 512 / sizeof(R); // some hundred cycles: time enough for the second-level cache
 
-// Pieces of a panel of B; a last column of reals without a neighbour is one that is multiplied straight only.
-template <class T, int columns> inline constexpr int pieces_of = is_complex<T> ? columns : (columns + 1) / 2;
-
-// `panels` panels of A, of `rows` rows each, by `columns` columns.
-template <class T, int rows, int panels, int columns, Schedule schedule> class Tile {
-    static constexpr int pieces = pieces_of<T, columns>, per_piece = is_complex<T> ? 1 : 2;
-    static constexpr bool odd = columns % per_piece == 1;
-    static constexpr bool is_full = panels == 1 && pieces == 4;
-
-    vec<T> straight[panels][pieces], swapped[panels][pieces];
-
-    ORV_INLINE static constexpr bool is_single(int i) { return odd && i == pieces - 1; }
-
-    ORV_INLINE static vec<T> piece(const T* b, int i)
-    {
-        return is_single(i) ? splat(b[columns - 1]) : load_pair(b + i * per_piece);
-    }
-
-    // Keeps a value in a register at this point. Left to itself, the compiler takes the steps of one sum together,
-    // spills, and loads each piece of B twice.
-    ORV_INLINE static void settle(vec<T>& v) { asm volatile("" : "+x"(v.r)); }
-
-    ORV_INLINE void multiply(const vec<T> (&x)[panels], const vec<T> (&y)[panels], vec<T> b, int i)
-    {
-        settle(b);
-#pragma GCC unroll 4
-        for (int q = 0; q < panels; ++q) {
-            straight[q][i] += lane_product(x[q], b);
-            if (!is_single(i)) swapped[q][i] += lane_product(y[q], b);
-        }
-    }
-
-    ORV_INLINE void settle_sums()
-    {
-#pragma GCC unroll 4
-        for (int q = 0; q < panels; ++q)
-#pragma GCC unroll 4
-            for (int i = 0; i < pieces; ++i) {
-                settle(straight[q][i]);
-                if (!is_single(i)) settle(swapped[q][i]);
-            }
-    }
-
-    ORV_INLINE void step(const T* a, i64 a_stride, const T* b)
-    {
-        vec<T> x[panels], y[panels];
-#pragma GCC unroll 4
-        for (int q = 0; q < panels; ++q) {
-            x[q] = rows == vec<T>::lanes ? load(a + q * a_stride) : load_first<rows>(a + q * a_stride);
-            y[q] = swap_neighbours(x[q]);
-        }
-        if constexpr (schedule == Schedule::loads_first) {
-            vec<T> loaded[pieces];
-#pragma GCC unroll 4
-            for (int i = 0; i < pieces; ++i) settle(loaded[i] = piece(b, i));
-#pragma GCC unroll 4
-            for (int i = 0; i < pieces; ++i) multiply(x, y, loaded[i], i);
-        } else {
-#pragma GCC unroll 4
-            for (int i = 0; i < pieces; ++i) multiply(x, y, piece(b, i), i);
-        }
-        settle_sums();
-    }
-
-    template <int steps> ORV_INLINE static void prefetch_steps(const T* a)
-    {
-        constexpr int ahead = 512; // bytes: some hundred cycles, enough for the second-level cache
-        const char* first = reinterpret_cast<const char*>(a) + ahead;
-#pragma GCC unroll 4
-        for (int i = 0; i < int(steps * rows * sizeof(T)); i += cache_line) prefetch(first + i);
-    }
-
-    // The sums of column j.
-    ORV_INLINE vec<T> column(int q, int j) const
-    {
-        const int i = j / per_piece;
-        const vec<T> s = straight[q][i];
-        if (is_single(i)) return s;
-        const vec<T> w = swapped[q][i], turned = swap_neighbours(w);
-        if constexpr (is_complex<T>) return alternate(s - swap_neighbours(s), w + turned);
-        else return j % 2 == 0 ? alternate(s, turned) : alternate(turned, s);
-    }
-
-public:
-    // C(0:panels*rows, 0:columns), `depth` steps, a multiple of 4.
-    template <Update update> ORV_INLINE void multiply(i64 depth, const T* a, i64 a_stride, const T* b, T* c, i64 ldc)
-    {
+    const R* x = reinterpret_cast<const R*>(a);
+    const R* y = reinterpret_cast<const R*>(b);
 #pragma GCC unroll 8
-        for (int j = 0; j < columns; ++j) prefetch(c + j * ldc);
-        clear();
-        if constexpr (is_full) {
-            for (; depth >= 2 * group; depth -= 2 * group, a += 2 * group * rows, b += 2 * group * columns) {
-                prefetch_steps<2 * group>(a);
-                run<2 * group>(a, a_stride, b);
-            }
-            if (depth > 0) run<group>(a, a_stride, b);
-        } else
-            for (; depth > 0; depth -= group, a += group * rows, b += group * columns) run<group>(a, a_stride, b);
-        write<update>(c, ldc);
-    }
+    for (int j = 0; j < columns; ++j) prefetch(c + j * ldc);
 
-private:
-    ORV_INLINE void clear()
-    {
-#pragma GCC unroll 4
-        for (int q = 0; q < panels; ++q)
-#pragma GCC unroll 4
-            for (int i = 0; i < pieces; ++i) straight[q][i] = swapped[q][i] = zeros<T>();
-    }
-
-    template <int steps> ORV_INLINE void run(const T* a, i64 a_stride, const T* b)
-    {
+    Scheme<R, na, nb> products;
+    for (; depth >= pass; depth -= pass, x += pass * na, y += pass * nb) {
+#pragma GCC unroll 2
+        for (int i = 0; i < pass * na; i += cache_line / sizeof(R)) prefetch(x + ahead + i);
 #pragma GCC unroll 8
-        for (int p = 0; p < steps; ++p) step(a + p * rows, a_stride, b + p * columns);
+        for (int p = 0; p < pass; ++p) products.step(x + p * na, y + p * nb);
+    }
+    if (pass > group && depth > 0) {
+#pragma GCC unroll 4
+        for (int p = 0; p < group; ++p) products.step(x + p * na, y + p * nb);
     }
 
-    template <Update update> ORV_INLINE void write(T* c, i64 ldc) const
-    {
 #pragma GCC unroll 8
-        for (int j = 0; j < columns; ++j, c += ldc)
-#pragma GCC unroll 4
-            for (int q = 0; q < panels; ++q) {
-                T* to = c + q * rows;
-                vec<T> sum = column(q, j);
-                if constexpr (update == Update::add_aligned) sum = load(to) + sum;
-                else if constexpr (update == Update::add) sum = load_first<rows>(to) + sum;
-                store_first<rows>(to, sum);
-            }
+    for (int j = 0; j < columns; ++j, c += ldc) {
+        vec<T> sum;
+        if constexpr (parts == 1) sum = products.column(j);
+        else sum.r = add_sub(products.column(2 * j), swap_neighbours(products.column(2 * j + 1))).r;
+        if constexpr (update == Update::add_aligned && rows == vec<T>::lanes) sum = load(c) + sum;
+        else if constexpr (update != Update::replace) sum = load_first<rows>(c) + sum;
+        store_first<rows>(c, sum);
     }
-};
+}
 
 } // namespace orv::gemm

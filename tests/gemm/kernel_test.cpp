@@ -226,11 +226,11 @@ TYPED_TEST(Kernel, named_variants_multiply_whole_tiles)
                 }
 }
 
-TYPED_TEST(Kernel, leftover_rows_come_as_one_narrow_panel)
+TYPED_TEST(Kernel, leftover_rows_follow_the_whole_panels_as_a_narrower_one)
 {
     using T = TypeParam;
     Random random;
-    for (i64 m = 0; m < TileShape<T>::m_unit; ++m)
+    for (i64 m = 0; m <= 2 * TileShape<T>::m_unit; ++m)
         for (i64 n = 0; n <= 13; ++n)
             for (const char transb : {'\0', 'N', 'T', 'C'})
                 for (const T beta : betas<T>()) {
