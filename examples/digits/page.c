@@ -68,7 +68,7 @@ static void map(FILE* out, const struct digits* data, const struct analysis* res
     fprintf(out, "<path d='M%d %.1fH%dM%.1f %dV%d' stroke='#deded8'/>", margin / 2, y_zero, width - margin / 2, x_zero,
             margin / 2, height - margin / 2);
     fprintf(out, "<g font-size=12 fill='#5c6370'><text x=%d y=%.1f text-anchor=end>component 1 &#8594;</text>",
-            width - margin / 2, y_zero + 16);
+            width - margin / 2, height - margin / 2.0 + 8);
     fprintf(out, "<text x=%.1f y=%d text-anchor=start>&#8593; component 2</text></g>\n", x_zero + 7, margin / 2 + 8);
     for (int digit = 0; digit < classes; ++digit) {
         double x = 0, y = 0;
