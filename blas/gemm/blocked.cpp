@@ -146,8 +146,9 @@ template <class T> void loop_b_interleaved(const Product<T>& x)
 template <class T> bool is_better_in_place(const Product<T>& x)
 {
     constexpr i64 small_volume = 2500, few_rows = 8;
-    if (is_complex<T> || !x.desc->in_place) return false;
-    return (x.m <= few_rows && is_plain(x.transb)) || x.m * x.n * x.k <= small_volume;
+    if (!x.desc->in_place) return false;
+    return (x.m <= few_rows && is_plain(x.transb)) ||
+           (x.m * x.n <= small_volume && x.m * x.n * x.k <= small_volume); // neither product overflows
 }
 
 template <class T> void loop_in_place(const Product<T>& x)
@@ -159,8 +160,8 @@ template <class T> void loop_in_place(const Product<T>& x)
         const Operands<T> o = {a, x.lda, b,     nb ? 1 : x.ldb, nb ? x.ldb : 1, x.c,
                                1, x.ldc, false, false,          replaces,       factor<T>(x.alpha)};
         const i64 depth = part(x.k, p, x.desc->kb);
-        if (na) Direct<T, Rows::adjacent, Alpha::in_x>(o, depth)(x.m, x.n);
-        else Direct<T, Rows::apart, Alpha::in_x>(o, depth)(x.m, x.n);
+        if (na) direct<T, Rows::adjacent, Alpha::in_x>(x.m, x.n, depth, o);
+        else direct<T, Rows::apart, Alpha::in_x>(x.m, x.n, depth, o);
     }
 }
 
@@ -235,9 +236,11 @@ const Order* find_order(i32 version)
     return nullptr;
 }
 
-template <class T> void run(Version version, const Product<T>& x)
+template <class T> void run(const Order& order, const Product<T>& x)
 {
-    switch (version) {
+    if constexpr (!is_complex<T>)
+        if (order.falls_back && is_better_in_place(x)) return loop_in_place(x);
+    switch (order.version) {
     case b_blocks:
         return loop_b_blocks(x);
     case b_unpacked:
@@ -306,8 +309,7 @@ int blocked(char transa, char transb, i64 m, i64 n, i64 k, T alpha, const T* a, 
     if constexpr (is_complex<T>) // their kernels always add
         if (beta == zero<T>) mscale(m, n, beta, c, ldc), beta = one<T>;
     const Product<T> product = {transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc, desc};
-    if (is_better_in_place(product)) loop_in_place(product);
-    else run(order->version, product);
+    run(*order, product);
     orv_serv_deallocate(handle);
     return 0;
 }

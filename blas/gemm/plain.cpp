@@ -34,7 +34,7 @@ template <Rows layout, class T> void add_product(i64 m, i64 n, i64 k, Operands<T
     constexpr i64 cached = 16384 / sizeof(T), granule = 8;
     const i64 chunk = m * k <= cached ? m : max(cached / k / granule * granule, granule);
     for (i64 i = 0; i < m; i += chunk) {
-        Direct<T, layout>(o, k)(min(m - i, chunk), n);
+        direct<T, layout>(min(m - i, chunk), n, k, o);
         o.x += chunk * (layout == Rows::adjacent ? 1 : o.ldx);
         o.c += chunk * o.c_row;
     }

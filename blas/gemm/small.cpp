@@ -22,8 +22,8 @@ ORV_INLINE void product(const char* transa, const char* transb, i64 m, i64 n, T 
     const bool ca = is_complex<T> && !na && is_letter(transa, letter_c),
                cb = is_complex<T> && !nb && is_letter(transb, letter_c);
     const Operands<T> o = {a, lda, b, nb ? 1 : ldb, nb ? ldb : 1, c, 1, ldc, ca, cb, false, factor<T>(alpha)};
-    if (na) Direct<T, Rows::adjacent>(o, depth)(m, n);
-    else Direct<T, Rows::apart>(o, depth)(m, n);
+    if (na) direct<T, Rows::adjacent>(m, n, depth, o);
+    else direct<T, Rows::apart>(m, n, depth, o);
 }
 
 } // namespace

@@ -1,0 +1,223 @@
+// Tiles of C straight from the operands: what direct.h says, in as many registers as there are.
+#include "blas/gemm/direct.h"
+
+namespace orv::gemm {
+namespace {
+
+// The sums of as many rows as a register has lanes, in one column.
+template <class T> struct Sum {
+    vec<T> sum;
+    ORV_INLINE void clear() { sum = zeros<T>(); }
+    ORV_INLINE void add(vec<T> x, vec<T> y) { sum += x * y; }
+    ORV_INLINE vec<T> total(bool, bool) const { return sum; }
+};
+template <class R> struct Sum<cpx<R>> {
+    using T = cpx<R>;
+    vec<T> straight, crossed; // (re*re, im*im) and (im*re, re*im)
+    ORV_INLINE void clear() { straight = crossed = zeros<T>(); }
+    ORV_INLINE void add(vec<T> x, vec<T> y)
+    {
+        straight += lane_product(x, y);
+        crossed += lane_product(swap_neighbours(x), y);
+    }
+    ORV_INLINE vec<T> total(bool conj_x, bool conj_y) const
+    {
+        constexpr R sign[] = {R(1), R(-1)};
+        const vec<T> re = lane_product(straight, splat(T{R(1), sign[conj_x == conj_y]}));
+        const vec<T> im = lane_product(crossed, splat(T{sign[conj_x], sign[conj_y]}));
+        return add_pairs(re, im);
+    }
+};
+
+template <class T, Rows layout, Alpha where, int rows, int columns> class DirectTile {
+    static constexpr int lanes = vec<T>::lanes;
+    static constexpr int registers = (rows + lanes - 1) / lanes;
+    static constexpr int last = rows - (registers - 1) * lanes; // rows in the last register
+    static constexpr int count = registers * columns;
+    static constexpr int steps_at_once = layout == Rows::apart ? lanes : 1;
+
+    const Operands<T>& o;
+    const T* x;
+    const T* y;
+    Sum<T> sums[count]; // of register r in column j at j*registers + r
+
+    // One loop over all sums of a tile, not one inside another: the compiler keeps them in registers only where it
+    // unrolls early, and that it does with innermost loops.
+    ORV_INLINE void add_step(const vec<T> (&a)[registers], const T* y_row)
+    {
+#pragma GCC unroll 8
+        for (int s = 0; s < count; ++s) sums[s].add(a[s % registers], splat(y_row[s / registers * o.y_column]));
+    }
+
+    // The next `steps` of the sum: one of adjacent rows, up to a register's width of rows that stand apart, whose
+    // square blocks change rows with columns on the way.
+    template <int steps> ORV_INLINE void add_steps()
+    {
+        vec<T> a[steps_at_once][registers];
+#pragma GCC unroll 2
+        for (int r = 0; r < registers; ++r) {
+            if constexpr (layout == Rows::adjacent) {
+                a[0][r] = r + 1 < registers ? loadu(x + r * lanes) : load_first<last>(x + r * lanes);
+            } else {
+                vec<T> square[lanes];
+#pragma GCC unroll 4
+                for (int i = 0; i < lanes; ++i)
+                    square[i] = r * lanes + i < rows ? load_first<steps>(x + (r * lanes + i) * o.ldx) : zeros<T>();
+                transpose(square);
+#pragma GCC unroll 4
+                for (int s = 0; s < lanes; ++s) a[s][r] = square[s];
+            }
+        }
+#pragma GCC unroll 4
+        for (int s = 0; s < steps; ++s) {
+            if constexpr (where == Alpha::in_x)
+#pragma GCC unroll 2
+                for (int r = 0; r < registers; ++r) a[s][r] = o.alpha * a[s][r];
+            add_step(a[s], y + s * o.y_step);
+        }
+        x += layout == Rows::adjacent ? o.ldx : steps;
+        y += steps * o.y_step;
+    }
+
+    template <int rest> ORV_INLINE void add_rest(i64 steps)
+    {
+        if constexpr (rest > 0) {
+            if (steps == rest) add_steps<rest>();
+            else add_rest<rest - 1>(steps);
+        }
+    }
+
+    // What sum s brings to C.
+    ORV_INLINE vec<T> total(int s, const factor<T>& alpha, bool conj_x, bool conj_y) const
+    {
+        const vec<T> sum = sums[s].total(conj_x, conj_y);
+        return where == Alpha::in_x ? sum : alpha * sum;
+    }
+
+    // C := old(C) + total for columns of adjacent rows. What a store to C cannot change is read before.
+    template <bool replaces> ORV_INLINE void update_columns(T* c) const
+    {
+        const factor<T> alpha = o.alpha;
+        const bool conj_x = o.conj_x, conj_y = o.conj_y;
+        const i64 c_column = o.c_column;
+#pragma GCC unroll 8
+        for (int s = 0; s < count; ++s) {
+            T* at = c + s % registers * lanes + s / registers * c_column;
+            const vec<T> t = total(s, alpha, conj_x, conj_y);
+            if (s % registers + 1 < registers) storeu(at, replaces ? zeros<T>() + t : loadu(at) + t);
+            else store_first<last>(at, replaces ? zeros<T>() + t : load_first<last>(at) + t);
+        }
+    }
+
+    // The same for a C that lies on its side: its columns are adjacent, its rows c_row elements apart.
+    ORV_INLINE void update_strided(T* c) const
+    {
+        vec<T> totals[count];
+#pragma GCC unroll 8
+        for (int s = 0; s < count; ++s) totals[s] = total(s, o.alpha, o.conj_x, o.conj_y);
+        add_strided(totals, c);
+    }
+    [[gnu::noinline]] void add_strided(const vec<T> (&totals)[count], T* c) const
+    {
+        for (int j = 0; j < columns; ++j)
+            for (int i = 0; i < rows; ++i) {
+                alignas(vector_bytes) T element[lanes];
+                store(element, totals[j * registers + i / lanes]);
+                T& at = c[i * o.c_row + j * o.c_column];
+                at = (o.replaces ? zero<T> : at) + element[i % lanes];
+            }
+    }
+
+public:
+    ORV_INLINE DirectTile(const Operands<T>& operands, i64 i, i64 j)
+        : o(operands), x(o.x + i * (layout == Rows::adjacent ? 1 : o.ldx)), y(o.y + j * o.y_column)
+    {
+#pragma GCC unroll 8
+        for (int s = 0; s < count; ++s) sums[s].clear();
+    }
+
+    ORV_INLINE void add(i64 k)
+    {
+        i64 p = steps_at_once;
+        for (; p <= k; p += steps_at_once) add_steps<steps_at_once>();
+        add_rest<steps_at_once - 1>(k - p + steps_at_once);
+    }
+
+    ORV_INLINE void update(i64 i, i64 j) const
+    {
+        T* const c = o.c + i * o.c_row + j * o.c_column;
+        if (where == Alpha::at_end && o.c_row != 1) update_strided(c);
+        else if (o.replaces) update_columns<true>(c);
+        else update_columns<false>(c);
+    }
+};
+
+// Walks C in tiles of eight sums, which keep the adders busy and leave registers for the operands: two registers of
+// rows by four columns, or, where it takes a square of four registers to turn rows that stand apart, one by eight.
+template <class T, Rows layout, Alpha where> class Direct {
+    static constexpr int lanes = vec<T>::lanes;
+    static constexpr bool turns_squares_of_four = layout == Rows::apart && lanes == 4;
+    static constexpr int max_rows = turns_squares_of_four ? lanes : 2 * lanes;
+    static constexpr int max_columns = turns_squares_of_four ? 8 : 4;
+
+    const Operands<T>& o;
+    const i64 k;
+
+    template <int rows, int columns> [[gnu::noinline]] void tile(i64 i, i64 j) const
+    {
+        DirectTile<T, layout, where, rows, columns> t(o, i, j);
+        t.add(k);
+        t.update(i, j);
+    }
+    template <int rows, int columns> void last_rows(i64 i, i64 j, i64 left) const
+    {
+        if constexpr (rows > 0) {
+            if (left == rows) tile<rows, columns>(i, j);
+            else last_rows<rows - 1, columns>(i, j, left);
+        }
+    }
+    template <int columns> void strip(i64 j, i64 m) const
+    {
+        i64 i = 0;
+        for (; i + max_rows <= m; i += max_rows) tile<max_rows, columns>(i, j);
+        last_rows<max_rows - 1, columns>(i, j, m - i);
+    }
+    template <int columns> void last_columns(i64 j, i64 m, i64 left) const
+    {
+        if constexpr (columns > 0) {
+            if (left == columns) strip<columns>(j, m);
+            else last_columns<columns - 1>(j, m, left);
+        }
+    }
+
+public:
+    Direct(const Operands<T>& operands, i64 depth) : o(operands), k(depth) {}
+
+    void operator()(i64 m, i64 n) const
+    {
+        i64 j = 0;
+        for (; j + max_columns <= n; j += max_columns) strip<max_columns>(j, m);
+        if (max_columns == 8 && n - j >= 4) strip<4>(j, m), j += 4;
+        last_columns<3>(j, m, n - j);
+    }
+};
+
+} // namespace
+
+template <class T, Rows layout, Alpha where> void direct(i64 m, i64 n, i64 k, const Operands<T>& o)
+{
+    Direct<T, layout, where>(o, k)(m, n);
+}
+
+#define DIRECT(T, where)                                                                                               \
+    template void direct<T, Rows::adjacent, Alpha::where>(i64, i64, i64, const Operands<T>&);                          \
+    template void direct<T, Rows::apart, Alpha::where>(i64, i64, i64, const Operands<T>&);
+
+DIRECT(float, at_end)
+DIRECT(float, in_x)
+DIRECT(double, at_end)
+DIRECT(double, in_x)
+DIRECT(cpx<float>, at_end)
+DIRECT(cpx<double>, at_end)
+
+} // namespace orv::gemm
