@@ -21,6 +21,7 @@ public:
         if (inc == 1) return x;
         constexpr i64 lanes = vec<T>::lanes;
         i64 i = 0;
+#pragma GCC unroll 4
         for (; i + lanes <= n; i += lanes, x += lanes * inc) store(copy + i, orv::gather(x, inc));
         for (; i < n; ++i, x += inc) copy[i] = *x;
         return copy;
@@ -28,6 +29,7 @@ public:
     ORV_INLINE void scatter(i64 n, T* y, i64 inc) const
     {
         if (inc == 1) return;
+#pragma GCC unroll 8
         for (i64 i = 0; i < n; ++i, y += inc) *y = copy[i];
     }
 };
@@ -36,6 +38,7 @@ public:
 template <Op op, class T>
 void gemv_strided(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, i64 incx, T* y, i64 incy)
 {
+    const bool far = is_far<T>(m, n);
     Stretch<T, block_rows> along_rows;
     Stretch<T, block_columns> along_columns;
     for (i64 j = 0; j < n; j += block_columns) {
@@ -46,12 +49,12 @@ void gemv_strided(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, i64 in
             if constexpr (op == Op::none) {
                 const T* const from = along_columns.gather(columns, x + j * incx, incx);
                 T* const to = along_rows.gather(rows, y + i * incy, incy);
-                gemv_kernel<op>(rows, columns, alpha, block, lda, from, to);
+                gemv_kernel<op>(rows, columns, alpha, block, lda, from, to, far);
                 along_rows.scatter(rows, y + i * incy, incy);
             } else {
                 const T* const from = along_rows.gather(rows, x + i * incx, incx);
                 T* const to = along_columns.gather(columns, y + j * incy, incy);
-                gemv_kernel<op>(rows, columns, alpha, block, lda, from, to);
+                gemv_kernel<op>(rows, columns, alpha, block, lda, from, to, far);
                 along_columns.scatter(columns, y + j * incy, incy);
             }
         }
@@ -66,7 +69,7 @@ void gemv(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, i64 incx, T be
     y = first(y, leny, incy);
     apply_beta(leny, beta, y, incy);
     if (alpha == zero<T>) return;
-    if (incx == 1 && incy == 1) gemv_kernel<op>(m, n, alpha, a, lda, x, y);
+    if (incx == 1 && incy == 1) gemv_kernel<op>(m, n, alpha, a, lda, x, y, is_far<T>(m, n));
     else gemv_strided<op>(m, n, alpha, a, lda, x, incx, y, incy);
 }
 

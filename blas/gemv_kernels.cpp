@@ -60,9 +60,6 @@ ORV_INLINE void dot_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* 
     for (int j = 0; j < columns; ++j) y[j] = y[j] + alpha * first_lane(sum[j].folded().template value<op>());
 }
 
-// From this size on look-ahead pays: half of a second-level cache.
-constexpr i64 far_bytes = 1 << 20;
-
 template <Op op, bool far, class T> void all_columns(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, T* y)
 {
     const auto strip = [&]<int columns>(i64 j) __attribute__((always_inline))
@@ -78,21 +75,21 @@ template <Op op, bool far, class T> void all_columns(i64 m, i64 n, T alpha, cons
 
 } // namespace
 
-template <Op op, class T> void gemv_kernel(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, T* y)
+template <Op op, class T> void gemv_kernel(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, T* y, bool far)
 {
     if (m <= 0) return;
-    if (m * n * static_cast<i64>(sizeof(T)) < far_bytes) all_columns<op, false>(m, n, alpha, a, lda, x, y);
-    else all_columns<op, true>(m, n, alpha, a, lda, x, y);
+    if (far) all_columns<op, true>(m, n, alpha, a, lda, x, y);
+    else all_columns<op, false>(m, n, alpha, a, lda, x, y);
 }
 
 // The exported kernels. Every load takes any address, at no cost where it does not straddle a cache line, so an odd
 // leading dimension needs no loop of its own.
-#define GEMV_INSTANCE(op, T) template void gemv_kernel<op>(i64, i64, T, const T*, i64, const T*, T*);
+#define GEMV_INSTANCE(op, T) template void gemv_kernel<op>(i64, i64, T, const T*, i64, const T*, T*, bool);
 #define GEMV_KERNEL(name, op, T)                                                                                       \
     ORV_EXPORT void BLAS(name)(const i64* m, const i64* n, const T* alpha, const T* a, const i64* lda, const T* x,     \
                                T* y)                                                                                   \
     {                                                                                                                  \
-        gemv_kernel<op>(*m, *n, *alpha, a, *lda, x, y);                                                                \
+        gemv_kernel<op>(*m, *n, *alpha, a, *lda, x, y, is_far<T>(*m, *n));                                             \
     }
 #define BY_PARITY(stem, op, T)                                                                                         \
     GEMV_INSTANCE(op, T)                                                                                               \

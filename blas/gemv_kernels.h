@@ -26,9 +26,15 @@ template <class T> constexpr Op op_of(char trans)
     return is_complex<T> && fold(trans) == 'C' ? Op::conjugate : Op::transpose;
 }
 
+// From this size on, half of a second-level cache, a kernel asks ahead for what it will read of a matrix.
+inline constexpr i64 far_bytes = 1 << 20;
+template <class T> constexpr bool is_far(i64 m, i64 n) { return m * n * static_cast<i64>(sizeof(T)) >= far_bytes; }
+
 // y += alpha*op(A)*x for A of m rows and n columns, lda apart; x and y have unit stride. Any alignment. m or n not
-// positive: nothing is done. A is read once, in order of storage; NaN in A or x reaches y.
-template <Op op, class T> void gemv_kernel(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, T* y);
+// positive: nothing is done. A is read once, in order of storage; NaN in A or x reaches y. far says whether the matrix
+// that A is a block of is far; it changes no result.
+template <Op op, class T>
+void gemv_kernel(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, T* y, bool far = false);
 
 // One register of x, or one scalar, made ready to multiply registers of A: for complex numbers the parts apart.
 template <class T> struct Multiplicand {
