@@ -53,7 +53,7 @@ public:
         : x_(x), kp_(round_up(x.k, 4)), a_stride_(kp_ * TileShape<T>::m_unit),
           ldc_(round_up(x.m, 4) + (x.layout == Layout::odd_ldc ? 5 : 4)),
           a_(packed_size(x.m, x.k, TileShape<T>::m_unit, a_stride_), x.edge),
-          c_(x.n == 0 ? 0 : ldc_ * x.n, x.edge, x.layout == Layout::misaligned ? 1 : 0),
+          c_(c_size(), x.edge, x.layout == Layout::misaligned ? 1 : 0),
           scratch_(kp_ * TileShape<T>::n_unit * TileShape<T>::scratch_factor, x.edge), plain_a_(x.m * x.k),
           plain_b_(x.k * x.n)
     {
@@ -101,6 +101,13 @@ public:
     }
 
 private:
+    // To the last element, so that a page begins behind it; but columns that stand on 16 bytes end there, too.
+    i64 c_size() const
+    {
+        if (x_.n == 0 || x_.layout == Layout::aligned) return ldc_ * x_.n;
+        return ldc_ * (x_.n - 1) + x_.m;
+    }
+
     void place_b()
     {
         const char op = fold(x_.transb);

@@ -117,13 +117,14 @@ TYPED_TEST(Pack, writes_nothing_for_empty_blocks)
     using T = TypeParam;
     const i64 zero_extent = 0, some = 5, ld = 5, stride = 64;
     const T alpha = some_alpha<T>();
+    Guarded<T> source(0), buffer(0); // neither may be touched
     for (const char op : ops<T>()) {
         auto* copy_a = kernel<gemm::CopyA<T>>(symbol<T>(std::string("copya") + op));
         auto* copy_b = kernel<gemm::CopyB<T>>(symbol<T>(std::string("copyb") + op));
-        copy_a(&zero_extent, &some, nullptr, &ld, nullptr, &stride, &alpha);
-        copy_a(&some, &zero_extent, nullptr, &ld, nullptr, &stride, &alpha);
-        copy_b(&some, &zero_extent, nullptr, &ld, nullptr, &stride, nullptr);
-        copy_b(&zero_extent, &some, nullptr, &ld, nullptr, &stride, nullptr);
+        copy_a(&zero_extent, &some, source.data(), &ld, buffer.data(), &stride, &alpha);
+        copy_a(&some, &zero_extent, source.data(), &ld, buffer.data(), &stride, &alpha);
+        copy_b(&some, &zero_extent, source.data(), &ld, buffer.data(), &stride, nullptr);
+        copy_b(&zero_extent, &some, source.data(), &ld, buffer.data(), &stride, nullptr);
     }
 }
 
