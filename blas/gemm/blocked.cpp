@@ -139,13 +139,13 @@ template <class T> void loop_b_interleaved(const Product<T>& x)
         }
 }
 
-// Real operands that are multiplied where they stand, to the bits that packing would give: so small ones that packing
-// and the kernel's narrow panels would take longer than the product (up to about 13 cubed), and so few rows that a
-// packed B would be read hardly more often than it was written. Those want a B whose columns are read along memory; a
-// transposed one is better packed.
+// Operands that are multiplied where they stand, to the bits that packing would give: so small ones that packing and
+// the kernel's narrow panels would take longer than the product (up to 13 cubed, or 7 cubed for complex ones), and real
+// ones of so few rows that a packed B would be read hardly more often than it was written. Those want a B whose columns
+// are read along memory; a transposed one is better packed.
 template <class T> bool is_better_in_place(const Product<T>& x)
 {
-    constexpr i64 small_volume = 2500, few_rows = 8;
+    constexpr i64 small_volume = is_complex<T> ? 350 : 2500, few_rows = is_complex<T> ? 0 : 8;
     if (!x.desc->in_place) return false;
     return (x.m <= few_rows && is_plain(x.transb)) ||
            (x.m * x.n <= small_volume && x.m * x.n * x.k <= small_volume); // neither product overflows
@@ -154,15 +154,23 @@ template <class T> bool is_better_in_place(const Product<T>& x)
 template <class T> void loop_in_place(const Product<T>& x)
 {
     const bool na = is_plain(x.transa), nb = is_plain(x.transb);
-    for (i64 p = 0; p < x.k; p += x.desc->kb) {
-        const T *a = corner(x.a, x.lda, x.transa, 0, p), *b = corner(x.b, x.ldb, x.transb, p, 0);
-        const bool replaces = x.beta_at(p) == zero<T>;
-        const Operands<T> o = {a, x.lda, b,     nb ? 1 : x.ldb, nb ? x.ldb : 1, x.c,
-                               1, x.ldc, false, false,          replaces,       factor<T>(x.alpha)};
-        const i64 depth = part(x.k, p, x.desc->kb);
-        if (na) direct<T, Rows::adjacent, Alpha::in_x>(x.m, x.n, depth, o);
-        else direct<T, Rows::apart, Alpha::in_x>(x.m, x.n, depth, o);
-    }
+    const auto multiply =
+                   na ? direct<T, Rows::adjacent, Alpha::in_x> : is_complex<T> && is_conjugated(x.transa) ? direct < T,
+               Rows::apart, is_complex<T> ? Alpha::in_conj_x : Alpha::in_x > : direct<T, Rows::apart, Alpha::in_x>;
+    for (i64 p = 0; p < x.k; p += x.desc->kb)
+        multiply(x.m, x.n, part(x.k, p, x.desc->kb),
+                 {.x = corner(x.a, x.lda, x.transa, 0, p),
+                  .ldx = x.lda,
+                  .y = corner(x.b, x.ldb, x.transb, p, 0),
+                  .y_step = nb ? 1 : x.ldb,
+                  .y_column = nb ? x.ldb : 1,
+                  .c = x.c,
+                  .c_row = 1,
+                  .c_column = x.ldc,
+                  .conj_x = false,
+                  .conj_y = is_conjugated(x.transb),
+                  .replaces = x.beta_at(p) == zero<T>,
+                  .alpha = factor<T>(x.alpha)});
 }
 
 // One pass over the depth with an operand that the caller has packed, in blocks of kb steps one after another, each as
@@ -238,8 +246,7 @@ const Order* find_order(i32 version)
 
 template <class T> void run(const Order& order, const Product<T>& x)
 {
-    if constexpr (!is_complex<T>)
-        if (order.falls_back && is_better_in_place(x)) return loop_in_place(x);
+    if (order.falls_back && is_better_in_place(x)) return loop_in_place(x);
     switch (order.version) {
     case b_blocks:
         return loop_b_blocks(x);

@@ -70,9 +70,10 @@ template <class T, Rows layout, Alpha where, int rows, int columns> class Direct
         }
 #pragma GCC unroll 4
         for (int s = 0; s < steps; ++s) {
-            if constexpr (where == Alpha::in_x)
+            if constexpr (where != Alpha::at_end)
 #pragma GCC unroll 2
-                for (int r = 0; r < registers; ++r) a[s][r] = o.alpha * a[s][r];
+                for (int r = 0; r < registers; ++r)
+                    a[s][r] = o.alpha * (where == Alpha::in_conj_x ? conj(a[s][r]) : a[s][r]);
             add_step(a[s], y + s * o.y_step);
         }
         x += layout == Rows::adjacent ? o.ldx : steps;
@@ -90,8 +91,8 @@ template <class T, Rows layout, Alpha where, int rows, int columns> class Direct
     // What sum s brings to C.
     ORV_INLINE vec<T> total(int s, const factor<T>& alpha, bool conj_x, bool conj_y) const
     {
-        const vec<T> sum = sums[s].total(conj_x, conj_y);
-        return where == Alpha::in_x ? sum : alpha * sum;
+        if (where != Alpha::at_end) return sums[s].total(false, conj_y);
+        return alpha * sums[s].total(conj_x, conj_y);
     }
 
     // C := old(C) + total for columns of adjacent rows. What a store to C cannot change is read before.
@@ -209,15 +210,18 @@ template <class T, Rows layout, Alpha where> void direct(i64 m, i64 n, i64 k, co
     Direct<T, layout, where>(o, k)(m, n);
 }
 
-#define DIRECT(T, where)                                                                                               \
-    template void direct<T, Rows::adjacent, Alpha::where>(i64, i64, i64, const Operands<T>&);                          \
-    template void direct<T, Rows::apart, Alpha::where>(i64, i64, i64, const Operands<T>&);
+#define DIRECT(T, layout, where) template void direct<T, Rows::layout, Alpha::where>(i64, i64, i64, const Operands<T>&);
+#define DIRECTS(T)                                                                                                     \
+    DIRECT(T, adjacent, at_end)                                                                                        \
+    DIRECT(T, adjacent, in_x)                                                                                          \
+    DIRECT(T, apart, at_end)                                                                                           \
+    DIRECT(T, apart, in_x)
 
-DIRECT(float, at_end)
-DIRECT(float, in_x)
-DIRECT(double, at_end)
-DIRECT(double, in_x)
-DIRECT(cpx<float>, at_end)
-DIRECT(cpx<double>, at_end)
+DIRECTS(float)
+DIRECTS(double)
+DIRECTS(cpx<float>)
+DIRECTS(cpx<double>)
+DIRECT(cpx<float>, apart, in_conj_x)
+DIRECT(cpx<double>, apart, in_conj_x)
 
 } // namespace orv::gemm

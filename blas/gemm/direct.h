@@ -15,8 +15,8 @@ namespace orv::gemm {
 // Where the rows of X stand: side by side in memory, or a leading dimension apart with the steps side by side.
 enum class Rows { adjacent, apart };
 
-// Where alpha is multiplied in: into the elements of X, as packing does it (reals only), or into the sum.
-enum class Alpha { in_x, at_end };
+// Where alpha is multiplied in: into the sum, or into the elements of X or their conjugates, as packing does it.
+enum class Alpha { at_end, in_x, in_conj_x };
 
 template <class T> struct Operands {
     const T* x; // X(i, p) at i + p*ldx (adjacent) or at p + i*ldx (apart)
@@ -30,7 +30,7 @@ template <class T> struct Operands {
     factor<T> alpha;
 };
 
-// C(0:m, 0:n) as above, k steps deep. Alpha in_x is for reals whose rows of C are adjacent.
+// C(0:m, 0:n) as above, k steps deep. With alpha in X the rows of C are adjacent, and conj_x says nothing.
 template <class T, Rows layout, Alpha where = Alpha::at_end> void direct(i64 m, i64 n, i64 k, const Operands<T>& o);
 
 } // namespace orv::gemm
