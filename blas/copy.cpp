@@ -11,17 +11,19 @@ namespace {
 
 using CopyLadder = Ladder<Blocks<16, 8, 4, 2, 1>, Blocks<16, 8, 4, 2, 1>>;
 
-// From here on a string move is worth its start: it moves whole cache lines, and does not read the ones it overwrites.
-constexpr i64 long_bytes = 2048;
+// Between these sizes a string move, which goes by whole cache lines, is faster than registers: it is worth its start,
+// and source and destination still fit the second-level cache. Beyond, asking for lines ahead is what counts.
+constexpr i64 string_bytes = 2048, string_bytes_end = 1 << 20;
 
 template <class T> void copy(i64 n, const T* x, i64 incx, T* y, i64 incy)
 {
-    if (incx * incy == 1 && n >= long_bytes / i64(sizeof(T))) {
-        i64 words = n * i64(sizeof(T)) / 8;
+    constexpr i64 size = sizeof(T);
+    if (incx * incy == 1 && n >= string_bytes / size && n < string_bytes_end / size) {
+        i64 words = n * size / 8;
         const T* last = x + n - 1;
         T* to_last = y + n - 1;
         asm volatile("rep movsq" : "+S"(x), "+D"(y), "+c"(words) : : "memory");
-        if constexpr (sizeof(T) < 8) *to_last = *last; // half a word, if their number is odd
+        if constexpr (size < 8) *to_last = *last; // half a word, if their number is odd
         return;
     }
     walk<CopyLadder>(n, x, incx, y, incy, Update{[](auto from) { return from; }, [](auto from, auto) { return from; }});

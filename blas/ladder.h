@@ -108,8 +108,8 @@ template <bool aligned, class T, int count> ORV_INLINE void put(T* p, const vec<
     for (int r = 0; r < count; ++r) aligned ? store(p + r * vec<T>::lanes, v[r]) : storeu(p + r * vec<T>::lanes, v[r]);
 }
 
-// Vectors of more bytes than this lie beyond the first-level cache. There it pays to ask ahead for the lines to be
-// written; what is only read comes by itself.
+// Vectors of more bytes than this lie beyond the first-level cache. There it pays to ask ahead: the processor's own
+// look-ahead stops at the end of a page.
 constexpr i64 near_bytes = 16384;
 
 // Both vectors stand on boundaries, or neither need.
@@ -122,7 +122,7 @@ ORV_INLINE void unit_stride(i64 i, i64 n, X* x, T* y, Op op)
             X* const from = x + at + offset;
             T* const to = y + at + offset;
             if (far && offset % line == 0) {
-                if constexpr (!std::is_const_v<X>) prefetch_ahead(from);
+                if (from != to) prefetch_ahead(from); // a vector that meets itself is asked for once
                 prefetch_ahead(to);
             }
             vec<T> x_result[count], y_result[count];

@@ -31,7 +31,7 @@ template <class T> void expect_pair(const PairKernel<T>& kernel, i64 n, i64 incx
 
 inline constexpr i64 strides[] = {1, -1, 2, -3, 0};
 
-// All strides at all lengths, and unit strides at every alignment of both vectors.
+// All strides at all lengths, unit strides at every alignment of both vectors, and long vectors.
 template <class T> void expect_pairs(const PairKernel<T>& kernel)
 {
     for (const i64 n : vector_lengths()) {
@@ -42,6 +42,14 @@ template <class T> void expect_pairs(const PairKernel<T>& kernel)
     for (const i64 n : {1, 2, 3, 7, 17, 30, 67, 133, 200})
         for (const Place& px : places<T>())
             for (const Place& py : places<T>()) expect_pair(kernel, n, 1, 1, px, py);
+    for (const i64 n : long_lengths<T>()) {
+        for (const std::size_t shift : {0, 4, 8, 12}) {
+            if (shift % sizeof(real_t<T>) != 0) continue;
+            expect_pair(kernel, n, 1, 1, {Edge::start, shift}, {});
+            expect_pair(kernel, n, -1, -1, {}, {Edge::start, shift});
+        }
+        expect_pair(kernel, n, 2, -3, {}, {});
+    }
 }
 
 } // namespace orv::test

@@ -1,6 +1,7 @@
 // axpy, axpby, scal, copy, swap: every path against scalar code, bit for bit.
 #include "tests/blas/elementwise.h"
 
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -155,6 +156,20 @@ TYPED_TEST(Update, axpy_goes_on_for_alpha_nan)
     for (const T& element : y) EXPECT_NE(element, element);
 }
 
+template <class T> void expect_axpy_a(const char* symbol)
+{
+    static Axpy<T>* f;
+    f = kernel<Axpy<T>>(symbol);
+    expect_pairs<T>({symbol, [](i64 n, T* x, i64 incx, T* y, i64 incy) { f(&n, &alpha<T>, x, &incx, y, &incy); },
+                     [](T& x, T& y) { y = y + alpha<T> * x; }});
+}
+
+TEST(AxpyA, equals_scalar_code_on_every_path)
+{
+    expect_axpy_a<cpx<float>>("orv_blas_mc3_xcaxpy_a");
+    expect_axpy_a<cpx<double>>("orv_blas_mc3_xzaxpy_a");
+}
+
 TEST(AxpyA, goes_on_for_alpha_zero)
 {
     const auto expect_nan = []<class T>(const char* symbol, T) {
@@ -182,12 +197,74 @@ TYPED_TEST(Update, axpy_folds_into_one_location_in_order_when_incy_is_zero)
     }
 }
 
-TYPED_TEST(Update, large_vectors_equal_scalar_code)
+// Numbers of every kind as bits: quiet and signalling NaN with payloads, both zeros and infinities, subnormal ones.
+template <class R> std::vector<R> rogue_numbers()
+{
+    using bits = std::conditional_t<sizeof(R) == 4, std::uint32_t, std::uint64_t>;
+    constexpr int mantissa = std::numeric_limits<R>::digits - 1;
+    const bits sign = bits(1) << (8 * sizeof(R) - 1), infinite = (~bits(0) >> (mantissa + 1)) << mantissa,
+               quiet = bits(1) << (mantissa - 1);
+    std::vector<R> numbers;
+    for (const bits b : {bits(0), bits(1), infinite, infinite | 5, infinite | quiet, infinite | quiet | 77})
+        for (const bits with : {b, b | sign}) numbers.push_back(std::bit_cast<R>(with));
+    return numbers;
+}
+
+template <class T> void fill_with_rogues(Strided<T>& v, i64 n, std::size_t from)
+{
+    static const auto numbers = rogue_numbers<real_t<T>>();
+    for (i64 i = 0; i < n; ++i) {
+        real_t<T> parts[sizeof(T) / sizeof(real_t<T>)];
+        for (auto& part : parts) part = numbers[from++ % numbers.size()];
+        std::memcpy(&v(i), parts, sizeof parts);
+    }
+}
+
+TYPED_TEST(Update, copy_and_swap_keep_the_bits_of_every_kind_of_number)
 {
     using T = TypeParam;
-    expect_pair<T>({"axpy", [](i64 n, T* x, i64 incx, T* y, i64 incy) { axpy(n, alpha<T>, x, incx, y, incy); },
-                    [](T& x, T& y) { y = y + alpha<T> * x; }},
-                   100003, 1, 1, {Edge::start, sizeof(T)}, {Edge::end, 0});
+    auto* copy = kernel<Copy<T>>(name<T>("x", "copy"));
+    auto* swap = kernel<Swap<T>>(name<T>("x", "swap"));
+    for (const i64 n : {1, 5, 40, 600})
+        for (const i64 inc : {1, 2, -3})
+            for (const Place place : {Place{}, Place{Edge::start, sizeof(real_t<T>)}}) {
+                SCOPED_TRACE(problem("copy, swap", letter<T>, n, inc, inc, place, {}));
+                Strided<T> x(n, inc, place), y(n, inc);
+                fill_with_rogues(x, n, 0), fill_with_rogues(y, n, 7);
+                const auto x_before = x.bits(), y_before = y.bits();
+                swap(&n, x.data(), &inc, y.data(), &inc);
+                EXPECT_EQ(x.bits(), y_before);
+                EXPECT_EQ(y.bits(), x_before);
+                copy(&n, x.data(), &inc, y.data(), &inc);
+                EXPECT_EQ(x.bits(), y_before);
+                EXPECT_EQ(y.bits(), y_before);
+            }
+}
+
+// Elements are computed alone, so a special one shows in its own place and in no other, on every path.
+TYPED_TEST(Update, axpy_keeps_nan_and_infinity_in_their_places)
+{
+    using T = TypeParam;
+    using R = real_t<T>;
+    for (const R special : {std::numeric_limits<R>::quiet_NaN(), std::numeric_limits<R>::infinity()})
+        for (const i64 n : {9, 70, 200})
+            for (const i64 inc : {1, 2})
+                for (const std::size_t shift : {std::size_t(0), sizeof(R)}) {
+                    const Place place{Edge::start, shift};
+                    SCOPED_TRACE(problem("axpy", letter<T>, n, inc, 1, place, {}));
+                    for (i64 at = 0; at < n; at += 5) {
+                        Strided<T> x(n, inc, place), y(n, 1);
+                        for (i64 i = 0; i < n; ++i) x(i) = y(i) = one<T>;
+                        x(at) = scalar<T>(special, special);
+                        axpy<T>(n, one<T>, x.data(), inc, y.data(), 1);
+                        for (i64 i = 0; i < n; ++i) {
+                            if (i != at) {
+                                ASSERT_EQ(y(i), one<T> + one<T>) << i;
+                            }
+                        }
+                        ASSERT_NE(y(at) - y(at), zero<T>) << "neither NaN nor infinite";
+                    }
+                }
 }
 
 } // namespace

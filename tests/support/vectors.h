@@ -72,6 +72,15 @@ inline std::vector<i64> vector_lengths()
     return lengths;
 }
 
+// Lengths on both sides of the sizes in bytes from which kernels treat a vector of T as long, and some way beyond.
+template <class T> std::vector<i64> long_lengths()
+{
+    std::vector<i64> lengths;
+    for (const i64 bytes : {2048, 16384, 40960, 1 << 20})
+        for (const i64 off : {-1, 0, 1, 2, 67}) lengths.push_back(bytes / i64(sizeof(T)) + off);
+    return lengths;
+}
+
 // Every alignment that an element of T can have by the edge of a page, and off by half an element.
 template <class T> std::vector<Place> places()
 {
