@@ -168,21 +168,24 @@ void calibrate(Contender& one, std::size_t index, double seconds, double sample)
     }
 }
 
-// A sample during which other programs had the processor says nothing, so it is taken again, within reason.
+// A sample during which other programs had the processor says little, so it is taken again, within reason. What then
+// still was shared counts with its share of the time; false tells so.
 bool take_sample(Contender& one, std::size_t index, const Operands& operands)
 {
     constexpr int tries = 10;
     constexpr double ours = 0.97;
+    const bool by_clock = one.worker->library().passes == threaded; // the time of one thread is not that of the call
     Worker::Sample best{};
     for (int i = 0; i < tries && best.undivided < ours; ++i) {
         operands.restore();
         const Worker::Sample sample = one.worker->sample(index, one.calls, one.last < long_call);
         if (sample.undivided > best.undivided) best = sample;
-        if (best.seconds > long_call) break;
+        if (best.seconds > long_call || by_clock) break;
     }
-    one.last = best.seconds;
-    one.seconds.push_back(best.seconds);
-    return best.undivided >= ours;
+    const bool shared = best.undivided < ours && !by_clock;
+    one.last = shared ? best.seconds * best.undivided : best.seconds;
+    one.seconds.push_back(one.last);
+    return !shared;
 }
 
 void print(const Case& c, const Contender& one, const char* pass)
