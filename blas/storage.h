@@ -39,10 +39,7 @@ template <class T, Half half> struct BandTriangle {
     T* a;
     i64 lda, n, k;
     T* column(i64 j) const { return a + j * lda - j + (half == Half::upper ? k : 0); }
-    Rows rows(i64 j) const
-    {
-        return half == Half::upper ? Rows{max(0, j - k), j + 1} : Rows{j, min(n, j + k + 1)};
-    }
+    Rows rows(i64 j) const { return half == Half::upper ? Rows{max(0, j - k), j + 1} : Rows{j, min(n, j + k + 1)}; }
 };
 
 // m by n, kl diagonals below the main one and ku above.

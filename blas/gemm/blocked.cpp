@@ -151,12 +151,18 @@ template <class T> bool is_better_in_place(const Product<T>& x)
            (x.m * x.n <= small_volume && x.m * x.n * x.k <= small_volume); // neither product overflows
 }
 
+template <class T> auto in_place_kernel(char transa)
+{
+    if (is_plain(transa)) return direct<T, Rows::adjacent, Alpha::in_x>;
+    if constexpr (is_complex<T>)
+        if (is_conjugated(transa)) return direct<T, Rows::apart, Alpha::in_conj_x>;
+    return direct<T, Rows::apart, Alpha::in_x>;
+}
+
 template <class T> void loop_in_place(const Product<T>& x)
 {
-    const bool na = is_plain(x.transa), nb = is_plain(x.transb);
-    const auto multiply =
-                   na ? direct<T, Rows::adjacent, Alpha::in_x> : is_complex<T> && is_conjugated(x.transa) ? direct < T,
-               Rows::apart, is_complex<T> ? Alpha::in_conj_x : Alpha::in_x > : direct<T, Rows::apart, Alpha::in_x>;
+    const bool nb = is_plain(x.transb);
+    const auto multiply = in_place_kernel<T>(x.transa);
     for (i64 p = 0; p < x.k; p += x.desc->kb)
         multiply(x.m, x.n, part(x.k, p, x.desc->kb),
                  {.x = corner(x.a, x.lda, x.transa, 0, p),
