@@ -41,6 +41,18 @@ constexpr int gemm(char transa, char transb, i64 m, i64 n, i64 k, T, const T*, i
     return 0;
 }
 
+template <class T>
+constexpr int gemv(char trans, i64 m, i64 n, T, const T*, i64 lda, const T*, i64 incx, T, const T*, i64 incy)
+{
+    if (!one_of(trans, "NTC")) return 1;
+    if (m < 0) return 2;
+    if (n < 0) return 3;
+    if (lda < max(1, m)) return 6;
+    if (incx == 0) return 8;
+    if (incy == 0) return 11;
+    return 0;
+}
+
 template <class T> constexpr int ger(i64 m, i64 n, T, const T*, i64 incx, const T*, i64 incy, const T*, i64 lda)
 {
     if (m < 0) return 1;

@@ -1,4 +1,4 @@
-// Matrices: arguments checked, large products shared among threads.
+// Matrix products: arguments checked, large ones shared among threads.
 #include "core/blas/routine.h"
 #include "core/team/team.h"
 #include "frame/arguments.h"
@@ -82,13 +82,9 @@ private:
     Kernel<kernel_form<F>> kernel_;
 };
 
-template <auto& F> using Ger = Checked<F, [](auto... values) { return arguments::ger(values...); }>;
-
 } // namespace
 
 ORV_BLAS(13, sgemm, Gemm, xsgemm)
 ORV_BLAS(13, dgemm, Gemm, xdgemm)
 ORV_BLAS(13, cgemm, Gemm, xcgemm)
 ORV_BLAS(13, zgemm, Gemm, xzgemm)
-
-ORV_BLAS(9, dger, Ger, dger)
