@@ -28,7 +28,8 @@ template <class T> void axpyi(i64 n, T alpha, const T* x, const i64* indx, T* y)
 template <class T> T product(T x, T y) { return x * y; }
 template <class T> T conjugate_product(T x, T y) { return conj(x) * y; }
 
-// Element i of a block of 8 goes to sum i mod 4; the sums are added as (0 + 1) + (2 + 3), and to that the elements left.
+// Element i of a block of 8 goes to sum i mod 4; the sums are added as (0 + 1) + (2 + 3), and to that what
+// is left.
 template <class T, T (*times)(T, T)> T doti(i64 n, const T* x, const i64* indx, const T* y)
 {
     T sums[4] = {zero<T>, zero<T>, zero<T>, zero<T>};

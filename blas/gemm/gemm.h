@@ -5,8 +5,8 @@
 //
 //   packed A: panels of m_unit rows, a_stride elements apart; element (r, p) of a panel at p*m_unit + r. Rows left over
 //             after the last whole panel form one narrower panel at the end, element (r, p) at p*rows + r.
-//   packed B: panels of n_unit columns, b_stride elements apart; element (p, c) of a panel at p*n_unit + c. Columns left
-//             over form a panel of 4 (where n_unit is 8), then one of 3, 2 or 1 columns, by the same rule.
+//   packed B: panels of n_unit columns, b_stride elements apart; element (p, c) of a panel at p*n_unit + c. Columns
+//             left over form a panel of 4 (where n_unit is 8), then one of 3, 2 or 1 columns, by the same rule.
 //   Depth is padded to a multiple of k_unit with zeros on both sides, so kernels have no tail in k.
 //
 // Matrix dimensions, leading dimensions, strides and scalars pass by pointer; selectors, modes, indices and versions
@@ -43,8 +43,8 @@ enum BForm : i32 { b_packed = 2, b_in_place = 3 };
 // panels are round_up(k, 4) deep; of a B in place (b_stride is then its leading dimension) exactly k steps are read.
 template <class T>
 using Ker = void(const char* transa, const char* transb, const i64* m, const i64* n, const i64* k, const T* alpha,
-                 const T* a, const i64* a_stride, const T* b, const i64* b_stride, const T* beta, T* c,
-                 const i64* ldc, T* scratch, i32 b_form);
+                 const T* a, const i64* a_stride, const T* b, const i64* b_stride, const T* beta, T* c, const i64* ldc,
+                 T* scratch, i32 b_form);
 
 // One row of a kernel table: orv_mc3_?_all_gemm_ker.
 template <class T> struct Record {

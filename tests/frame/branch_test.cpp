@@ -2,7 +2,4 @@
 
 #include <gtest/gtest.h>
 
-TEST(Branch, tells_its_processor_class)
-{
-    EXPECT_EQ(orv::test::kernel<int()>("dll_cpu_version")(), 3);
-}
+TEST(Branch, tells_its_processor_class) { EXPECT_EQ(orv::test::kernel<int()>("dll_cpu_version")(), 3); }

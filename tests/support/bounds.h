@@ -1,4 +1,4 @@
-// Error bounds of the textbook (Higham, Accuracy and Stability of Numerical Algorithms, 2nd ed., chapter 3), stated once.
+// Error bounds of the textbook (Higham, Accuracy and Stability of Numerical Algorithms, 2nd ed., chapter 3).
 #pragma once
 
 #include "frame/types.h"
@@ -23,8 +23,8 @@ struct Entry {
 // Error as a multiple of what theory allows: at most 1 passes. NaN compares false with everything, so it fails.
 template <class T> long double excess(T computed, const Entry& entry)
 {
-    const long double allowed = gamma_n<T>(entry.roundings) * entry.magnitude +
-                                entry.roundings * std::numeric_limits<T>::denorm_min();
+    const long double allowed =
+        gamma_n<T>(entry.roundings) * entry.magnitude + entry.roundings * std::numeric_limits<T>::denorm_min();
     const long double error = std::fabs(static_cast<long double>(computed) - entry.exact);
     return error == 0 ? 0 : error / allowed;
 }

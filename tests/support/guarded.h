@@ -10,11 +10,10 @@ namespace orv::test {
 
 // Bytes between two unreadable pages, filled with 0xff: as floating-point numbers, NaN.
 class GuardedBytes {
-  public:
+public:
     explicit GuardedBytes(std::size_t bytes)
         : bytes_(bytes), span_((bytes + page - 1) / page * page),
-          base_(static_cast<std::byte*>(
-              mmap(nullptr, span_ + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
+          base_(static_cast<std::byte*>(mmap(nullptr, span_ + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
     {
         if (span_ == 0) return;
         mprotect(base_ + page, span_, PROT_READ | PROT_WRITE);
@@ -27,7 +26,7 @@ class GuardedBytes {
     std::byte* at_start() const { return base_ + page; }
     std::byte* at_end() const { return base_ + page + span_ - bytes_; }
 
-  private:
+private:
     static constexpr std::size_t page = 4096;
     std::size_t bytes_, span_;
     std::byte* base_;
@@ -38,7 +37,7 @@ enum class Edge { start, end };
 // n elements of T that touch an unreadable page at one edge. shift moves the array that many elements away from the
 // edge, to try every alignment.
 template <class T> class Guarded {
-  public:
+public:
     explicit Guarded(std::size_t n, Edge edge = Edge::end, std::size_t shift = 0)
         : bytes_((n + shift) * sizeof(T)), n_(n),
           data_(reinterpret_cast<T*>(edge == Edge::end ? bytes_.at_end() : bytes_.at_start()) +
@@ -53,7 +52,7 @@ template <class T> class Guarded {
     T* end() const { return data_ + n_; }
     std::span<T> span() const { return {data_, n_}; }
 
-  private:
+private:
     GuardedBytes bytes_;
     std::size_t n_;
     T* data_;

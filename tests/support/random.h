@@ -11,7 +11,7 @@ namespace orv::test {
 std::uint64_t seed();
 
 class Random {
-  public:
+public:
     explicit Random(std::uint64_t stream = 0) : engine_(seed() + stream * 0x9e3779b97f4a7c15ull) {}
 
     i64 integer(i64 low, i64 high) { return std::uniform_int_distribution<i64>(low, high)(engine_); }
@@ -30,7 +30,7 @@ class Random {
         for (auto& element : range) element = value<std::remove_cvref_t<decltype(element)>>();
     }
 
-  private:
+private:
     std::mt19937_64 engine_;
 };
 

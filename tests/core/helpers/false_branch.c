@@ -1,5 +1,5 @@
-/* A library that is, or pretends to be, a branch: TAG and VERSION say what it tells, UNRESOLVED lets it ask for a symbol
-   that nobody has. It imports from the core and from the mathematics library without naming either as needed. */
+/* A library that is, or pretends to be, a branch: TAG and VERSION say what it tells, UNRESOLVED lets it ask for a
+   symbol that nobody has. It imports from the core and from the mathematics library without naming either as needed. */
 struct note {
     unsigned name_size, text_size, type;
     char name[4];
