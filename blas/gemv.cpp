@@ -1,6 +1,7 @@
 #include "blas/gemv.h"
 
 #include "blas/beta.h"
+#include "blas/stretch.h"
 #include "frame/serv.h"
 #include "frame/symbol.h"
 
@@ -9,30 +10,6 @@ namespace {
 
 // A block of A to one call of the kernel: its part of x and of y, gathered, fits on a small stack.
 constexpr i64 block_rows = 1000, block_columns = 128;
-
-// A stretch of a vector without its stride: in place if it has none, else a copy.
-template <class T, i64 capacity> class Stretch {
-    alignas(vector_bytes) T copy[capacity];
-
-public:
-    // V is T or const T. Whole registers are stored, so that the kernel's loads find them on their way to the cache.
-    template <class V> ORV_INLINE V* gather(i64 n, V* x, i64 inc)
-    {
-        if (inc == 1) return x;
-        constexpr i64 lanes = vec<T>::lanes;
-        i64 i = 0;
-#pragma GCC unroll 4
-        for (; i + lanes <= n; i += lanes, x += lanes * inc) store(copy + i, orv::gather(x, inc));
-        for (; i < n; ++i, x += inc) copy[i] = *x;
-        return copy;
-    }
-    ORV_INLINE void scatter(i64 n, T* y, i64 inc) const
-    {
-        if (inc == 1) return;
-#pragma GCC unroll 8
-        for (i64 i = 0; i < n; ++i, y += inc) *y = copy[i];
-    }
-};
 
 // y += alpha*op(A)*x in blocks of A, in its order of storage.
 template <Op op, class T>

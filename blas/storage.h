@@ -14,6 +14,9 @@ namespace orv::blas {
 
 enum class Half { lower, upper };
 
+// U is the upper triangle, anything else the lower one.
+constexpr Half half_of(char uplo) { return fold(uplo) == 'U' ? Half::upper : Half::lower; }
+
 // Rows from..to-1.
 struct Rows {
     i64 from, to;
