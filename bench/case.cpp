@@ -47,10 +47,12 @@ Case& Case::vector(i64 n, i64 inc, Use use) { return operand((n - 1) * std::abs(
 
 Case& Case::matrix(i64 rows, i64 columns, Use use) { return operand(rows * columns, use).integer(rows); }
 
+Case& Case::packed(i64 n, Use use) { return operand(n * (n + 1) / 2, use); }
+
 std::vector<Case> all_cases()
 {
     std::vector<Case> all;
-    for (auto* family : {gemm_cases, vector_cases}) {
+    for (auto* family : {gemm_cases, vector_cases, matrix_vector_cases}) {
         for (Case& c : family()) all.push_back(std::move(c));
     }
     return all;

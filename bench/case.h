@@ -15,14 +15,16 @@ namespace orv::bench {
 enum class Use { read, written, updated };
 enum class Result { none, single_real, double_real, single_complex, double_complex, index };
 
-// What the axis of a plot ends at: multiplies and adds from registers; the operands moved and nothing computed; one
-// division and one dependent addition for each number, in order; or unknown.
-enum class Limit { none, arithmetic, movement, ordered_norm };
+// What the axis of a plot ends at: multiplies and adds from registers; the operands moved and nothing computed; of a
+// matrix as much moved as the work says; one division and one dependent addition for each number, in order; or unknown.
+enum class Limit { none, arithmetic, movement, matrix, ordered_norm };
 
 struct Operand {
     i64 reals; // numbers of the case's precision, complex ones being two
     Use use;
-    i64 offset = 0; // bytes from the start of the shared memory
+    i64 offset = 0;          // bytes from the start of the shared memory
+    double scale = 1;        // numbers lie between -scale and scale
+    std::vector<i64> ones{}; // but these elements are 1
 };
 
 // Everything passes by pointer: to an operand, or to a value kept here. Integers are stored in 64 bits, of which a
@@ -60,6 +62,7 @@ struct Case {
     Case& scalar(double re, double im) { return reals() == 1 ? numbers({re}) : numbers({re, im}); }
     Case& vector(i64 n, i64 inc, Use use);
     Case& matrix(i64 rows, i64 columns, Use use);
+    Case& packed(i64 n, Use use); // a triangle
 
 private:
     Case& put(Argument::Kind kind, const void* value, std::size_t bytes);
@@ -69,6 +72,7 @@ private:
 // The tables of cases; a new family adds its function here and to all_cases().
 std::vector<Case> gemm_cases();
 std::vector<Case> vector_cases();
+std::vector<Case> matrix_vector_cases();
 std::vector<Case> all_cases();
 
 } // namespace orv::bench

@@ -2,6 +2,8 @@
 #include "bench/call.h"
 #include "bench/library.h"
 
+#include <algorithm>
+
 #include <emmintrin.h>
 
 namespace orv::bench {
@@ -86,6 +88,20 @@ void move(const Case& c, const Arena& arena)
     else move<Use::updated, Use::updated>(x, y, bytes);
 }
 
+// The largest operand as far as the work goes, an updated one to and fro, as often as there are products.
+void move_matrix(const Case& c, const Arena& arena)
+{
+    const auto smaller = [&](const Operand& a, const Operand& b) { return a.reals < b.reals; };
+    const Operand& matrix = *std::max_element(c.operands.begin(), c.operands.end(), smaller);
+    std::byte* a = arena.address(matrix);
+    const i64 bytes = static_cast<i64>(c.work) / (matrix.use == Use::updated ? 2 : 1);
+    for (i64 left = bytes; left > 0; left -= c.bytes(matrix)) {
+        const i64 part = min(left, c.bytes(matrix));
+        if (matrix.use == Use::updated) move<Use::updated, Use::read>(a, nullptr, part);
+        else move<Use::read, Use::read>(a, nullptr, part);
+    }
+}
+
 // sum += (v/scale)^2 for each number in turn: what remains of a scaled norm if nothing else cost time, at any stride.
 void ordered_norm(const Case& c, const Arena& arena)
 {
@@ -118,6 +134,10 @@ Repeat bind_limit(const Case& c, const Arena& arena)
     case Limit::movement:
         return [&](long calls) {
             for (long i = 0; i < calls; ++i) move(c, arena);
+        };
+    case Limit::matrix:
+        return [&](long calls) {
+            for (long i = 0; i < calls; ++i) move_matrix(c, arena);
         };
     case Limit::ordered_norm:
         return [&](long calls) {

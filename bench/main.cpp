@@ -110,7 +110,11 @@ private:
         R* to = reinterpret_cast<R*>(arena.address(o));
         for (i64 i = 0; i < o.reals; ++i) {
             state = state * 6364136223846793005u + 1442695040888963407u;
-            to[i] = static_cast<R>(static_cast<double>(static_cast<i64>(state) >> 11) * 0x1p-52); // in [-1, 1)
+            to[i] = static_cast<R>(o.scale * static_cast<double>(static_cast<i64>(state) >> 11) * 0x1p-52);
+        }
+        for (const i64 element : o.ones) {
+            R* number = to + element * c.reals();
+            for (int part = 0; part < c.reals(); ++part) number[part] = part == 0;
         }
     }
 
