@@ -204,12 +204,15 @@ template <class X, class T, class Op> ORV_INLINE void any_stride(i64 n, X* x, i6
 {
     x = first(x, n, incx);
     y = first(y, n, incy);
-    const auto block = [&]<int length>(std::integral_constant<int, length>) {
-        constexpr int lanes = collected<X, T>;
-        if constexpr (lanes == 0 || length < lanes) {
+    const auto one_by_one = [&]<int length>(std::integral_constant<int, length>) {
 #pragma GCC unroll 4
-            for (int e = 0; e < length; ++e) apply_one(x + e * incx, y + e * incy, op);
-        } else {
+        for (int e = 0; e < length; ++e) apply_one(x + e * incx, y + e * incy, op);
+    };
+    const auto block = [&]<int length>(std::integral_constant<int, length> size) {
+        constexpr int lanes = collected<X, T>;
+        if constexpr (lanes == 0) one_by_one(size);
+        else if constexpr (length < lanes) one_by_one(size);
+        else {
 #pragma GCC unroll 4
             for (int e = 0; e < length; e += lanes) {
                 const auto result = op(gather(x + e * incx, incx), gather(y + e * incy, incy));
