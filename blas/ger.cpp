@@ -4,46 +4,35 @@
 // column unread, so NaN in x does not reach it. Negative strides address a vector from its far end.
 #include "blas/ger.h"
 
-#include "frame/simd.h"
+#include "blas/rank_update.h"
 #include "frame/symbol.h"
 
 namespace orv {
 namespace {
 
-// y(0:m) += f*x(0:m), unit strides.
-template <class T> void add_multiple(i64 m, const factor<T>& f, const T* x, T* y)
-{
-    constexpr int lanes = vec<T>::lanes;
-    i64 i = 0;
-    for (; i + 2 * lanes <= m; i += 2 * lanes)
-        for (int r = 0; r < 2 * lanes; r += lanes) storeu(y + i + r, loadu(y + i + r) + f * loadu(x + i + r));
-    for (; i + lanes <= m; i += lanes) storeu(y + i, loadu(y + i) + f * loadu(x + i));
-    for (; i < m; ++i) store_first<1>(y + i, load_first<1>(y + i) + f * load_first<1>(x + i));
-}
+using namespace blas;
 
-template <bool conjugated, class T> void update(i64 m, i64 n, T alpha, const T* x, const T* y, i64 incy, T* a, i64 lda)
-{
-    for (i64 j = 0; j < n; ++j, a += lda) {
-        const T f = alpha * (conjugated ? conj(y[j * incy]) : y[j * incy]);
-        if (f != zero<T>) add_multiple(m, factor<T>(f), x, a);
-    }
-}
+template <class T> struct Rectangle {
+    T* a;
+    i64 lda, m;
+    T* column(i64 j) const { return a + j * lda; }
+    Rows rows(i64 /* all alike */) const { return {0, m}; }
+};
 
-// Strided x is gathered once for all columns, in chunks that fit on a small stack.
+template <bool conjugated, class T> struct Outer {
+    using Element = T;
+    static constexpr int terms = 1;
+    T alpha;
+    StridedVector<T> vectors[1], y;
+    Factors<T, 1> factors(i64 j) const { return {{alpha * (conjugated ? conj(y[j]) : y[j])}}; }
+};
+
 template <bool conjugated, class T>
 void rank_one(i64 m, i64 n, T alpha, const T* x, i64 incx, const T* y, i64 incy, T* a, i64 lda)
 {
     if (m <= 0 || n <= 0 || alpha == zero<T>) return;
-    x = first(x, m, incx);
-    y = first(y, n, incy);
-    if (incx == 1) return update<conjugated>(m, n, alpha, x, y, incy, a, lda);
-    constexpr i64 chunk = 8192 / sizeof(T);
-    T gathered[chunk];
-    for (i64 i = 0; i < m; i += chunk) {
-        const i64 rows = min(chunk, m - i);
-        for (i64 r = 0; r < rows; ++r) gathered[r] = x[(i + r) * incx];
-        update<conjugated>(rows, n, alpha, gathered, y, incy, a + i, lda);
-    }
+    const Outer<conjugated, T> outer = {alpha, {{m, x, incx}}, {n, y, incy}};
+    update_columns<Diagonal::general>(Rectangle<T>{a, lda, m}, {0, n}, outer);
 }
 
 } // namespace

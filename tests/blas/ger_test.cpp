@@ -70,8 +70,14 @@ template <class T> void expect_updates(const std::string& name, bool conjugated)
         u.call(name);
         u.expect_update(conjugated);
     }
-    for (i64 m : {511, 512, 513, 1024, 2049, 5000}) { // strided x is gathered in chunks
-        Update<T> u(m, 3, 2, 1, 1, alpha);
+    for (i64 bytes : {1 << 12, 1 << 14, 1 << 15, 40000}) // strided x is gathered in chunks of 16 KiB
+        for (i64 off : {-1, 0, 1}) {
+            Update<T> u(bytes / i64(sizeof(T)) + off, 3, 2, 1, 1, alpha);
+            u.call(name);
+            u.expect_update(conjugated);
+        }
+    for (i64 incx : {1, 2}) { // of a megabyte and more, the next lines are asked for ahead
+        Update<T> u(1003, (1 << 20) / i64(sizeof(T)) / 1003 + 2, incx, 1, 5, alpha);
         u.call(name);
         u.expect_update(conjugated);
     }
