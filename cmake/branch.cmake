@@ -1,6 +1,6 @@
 # liborv_mc3.so: every kernel, built for SSE4.2 and nothing wider.
 file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/frame/*.cpp ${PROJECT_SOURCE_DIR}/blas/*.cpp
-     ${PROJECT_SOURCE_DIR}/blas/gemm/*.cpp)
+     ${PROJECT_SOURCE_DIR}/blas/gemm/*.cpp ${PROJECT_SOURCE_DIR}/trans/*.cpp)
 add_library(orv_mc3 MODULE ${sources})
 
 target_compile_options(orv_mc3 PRIVATE

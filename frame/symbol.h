@@ -5,7 +5,9 @@
 #define ORV_KERNEL(module, name) orv_##module##_mc3_##name
 
 // One line a module, so that a kernel file writes BLAS(xdaxpy) and the reader greps for it.
+// The names of transposition carry a second orv_ behind the tag.
 #define BLAS(name) ORV_KERNEL(blas, name)
+#define TRANS(name) ORV_KERNEL(trans, orv_##name)
 
 // Tables that a caller may look up carry the branch tag but no module.
 #define ORV_TABLE(name) orv_mc3_##name

@@ -7,6 +7,7 @@ namespace orv {
 
 using i32 = std::int32_t;
 using i64 = std::int64_t;
+using u64 = std::uint64_t;
 
 // A pair with the real part first, laid out as Fortran and C lay out a complex number. The standard
 // library's complex type would bring run-time calls for its special-value rules; kernels use plain formulas.

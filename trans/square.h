@@ -1,0 +1,109 @@
+// Squares in place: tiles of one cache line by as many rows, exchanged with their mirror images.
+#pragma once
+
+#include "trans/elements.h"
+
+namespace orv::trans {
+
+// Elements in a cache line: the side of a tile.
+template <class T> inline constexpr u64 tile_unit = cache_line / sizeof(T);
+
+// The block at p, rows by cols elements, and the mirror block at q, cols by rows, change places, each transposed. Both
+// sides are multiples of the lanes; p and q do not overlap.
+template <int rows, int cols, class T, class Op> ORV_INLINE void exchange_blocks(T* p, T* q, u64 ld, const Op& op)
+{
+    constexpr int lanes = vec<T>::lanes;
+    static_assert(rows == lanes);
+    vec<T> down[cols / lanes][lanes], across[cols / lanes][lanes];
+#pragma GCC unroll 4
+    for (int j = 0; j < cols; j += lanes)
+#pragma GCC unroll 4
+        for (int k = 0; k < lanes; ++k) {
+            down[j / lanes][k] = op(loadu(p + k * ld + j));
+            across[j / lanes][k] = op(loadu(q + (j + k) * ld));
+        }
+#pragma GCC unroll 4
+    for (int j = 0; j < cols / lanes; ++j) transpose(down[j]), transpose(across[j]);
+#pragma GCC unroll 4
+    for (int k = 0; k < lanes; ++k)
+#pragma GCC unroll 4
+        for (int j = 0; j < cols; j += lanes) {
+            storeu(q + (j + k) * ld, down[j / lanes][k]);
+            storeu(p + k * ld + j, across[j / lanes][k]);
+        }
+}
+
+// The smallest square on the diagonal.
+template <class T, class Op> ORV_INLINE void turn_block(T* p, u64 ld, const Op& op)
+{
+    constexpr int lanes = vec<T>::lanes;
+    vec<T> v[lanes];
+    for (int k = 0; k < lanes; ++k) v[k] = op(loadu(p + k * ld));
+    transpose(v);
+    for (int k = 0; k < lanes; ++k) storeu(p + k * ld, v[k]);
+}
+
+// A tile at p and its mirror image at q change places, each transposed.
+template <class T, class Op> ORV_INLINE void exchange_tiles(T* p, T* q, u64 ld, const Op& op)
+{
+    constexpr int lanes = vec<T>::lanes, unit = tile_unit<T>, cols = 4;
+#pragma GCC unroll 1
+    for (int i = 0; i < unit; i += lanes)
+#pragma GCC unroll 4
+        for (int j = 0; j < unit; j += cols) exchange_blocks<lanes, cols>(p + i * ld + j, q + j * ld + i, ld, op);
+}
+
+// A tile on the diagonal.
+template <class T, class Op> ORV_INLINE void turn_tile(T* p, u64 ld, const Op& op)
+{
+    constexpr int lanes = vec<T>::lanes, unit = tile_unit<T>;
+#pragma GCC unroll 1
+    for (int i = 0; i < unit; i += lanes) {
+        turn_block(p + i * ld + i, ld, op);
+        for (int j = i + lanes; j < unit; j += lanes)
+            exchange_blocks<lanes, lanes>(p + i * ld + j, p + j * ld + i, ld, op);
+    }
+}
+
+// A := op(A)^T, n by n elements.
+template <class T, class Op> void turn_square(u64 n, T* a, u64 ld, const Op& op)
+{
+    constexpr u64 unit = tile_unit<T>, lanes = vec<T>::lanes;
+    constexpr u64 second_level_cache = 262144; // bytes that surely fit
+    const u64 tiled = n / unit * unit;
+    const auto exchange = [&](u64 i, u64 j)
+                              ORV_INLINE_LAMBDA { exchange_tiles(a + i * ld + j, a + j * ld + i, ld, op); };
+    if (n * n * sizeof(T) <= second_level_cache) {
+        for (u64 i = 0; i < tiled; i += unit) {
+            turn_tile(a + i * ld + i, ld, op);
+            for (u64 j = i + unit; j < tiled; j += unit) exchange(i, j);
+        }
+    } else {
+        // Rows of tiles in groups: their lines stay in the first-level cache while those of their partners pass, each
+        // row of which is met by the whole group.
+        constexpr u64 group = 4 * unit;
+        for (u64 i = 0; i < tiled; i += unit) turn_tile(a + i * ld + i, ld, op);
+        for (u64 first = 0; first < tiled; first += group) {
+            const u64 end = tiled - first < group ? tiled : first + group;
+            for (u64 j = first + unit; j < tiled; j += unit)
+                for (u64 i = first; i < end && i < j; i += unit) exchange(i, j);
+        }
+    }
+    // The rest: the rows and columns behind the last tile.
+    u64 i = tiled;
+    for (; i + lanes <= n; i += lanes) {
+        for (u64 j = 0; j < i; j += lanes) exchange_blocks<lanes, lanes>(a + i * ld + j, a + j * ld + i, ld, op);
+        turn_block(a + i * ld + i, ld, op);
+    }
+    for (; i < n; ++i) {
+        T *across = a + i * ld, *down = a + i;
+        for (u64 j = 0; j < i; ++j) {
+            const vec<T> v = op(load_first<1>(across + j));
+            store_first<1>(across + j, op(load_first<1>(down + j * ld)));
+            store_first<1>(down + j * ld, v);
+        }
+        store_first<1>(across + i, op(load_first<1>(across + i)));
+    }
+}
+
+} // namespace orv::trans

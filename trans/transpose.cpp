@@ -1,0 +1,45 @@
+// Transposition out of place: ?omatcopy2_t, ?omatcopy2_c.
+#include "frame/symbol.h"
+#include "trans/omatcopy.h"
+#include "trans/sweep.h"
+
+namespace orv::trans {
+
+template <bool conjugated, class T>
+void transpose(u64 rows, u64 cols, T alpha, const T* a, u64 lda, u64 stridea, T* b, u64 ldb, u64 strideb)
+{
+    const auto with = [&](auto op, auto order) {
+        if (stridea == 1 && strideb == 1) order(Source{a, lda, op}, Target{b, ldb});
+        else order(StridedSource{a, lda, stridea, op}, StridedTarget{b, ldb, strideb});
+    };
+    if (alpha == one<T>)
+        with(Move<T, conjugated>{}, [=](auto from, auto to) { sweep_bands(rows, cols, from, lda, to, ldb); });
+    else with(Scale<T, conjugated>(alpha), [=](auto from, auto to) { sweep_halves(rows, cols, from, to); });
+}
+
+template void transpose<false>(u64, u64, float, const float*, u64, u64, float*, u64, u64);
+template void transpose<false>(u64, u64, double, const double*, u64, u64, double*, u64, u64);
+template void transpose<false>(u64, u64, cpx<float>, const cpx<float>*, u64, u64, cpx<float>*, u64, u64);
+template void transpose<false>(u64, u64, cpx<double>, const cpx<double>*, u64, u64, cpx<double>*, u64, u64);
+template void transpose<true>(u64, u64, cpx<float>, const cpx<float>*, u64, u64, cpx<float>*, u64, u64);
+template void transpose<true>(u64, u64, cpx<double>, const cpx<double>*, u64, u64, cpx<double>*, u64, u64);
+
+} // namespace orv::trans
+
+#define TRANSPOSE(name, T, conjugated)                                                                                 \
+    ORV_EXPORT void TRANS(name)(u64 rows, u64 cols, T alpha, const T* a, u64 lda, u64 stridea, T* b, u64 ldb,          \
+                                u64 strideb)                                                                           \
+    {                                                                                                                  \
+        trans::transpose<conjugated>(rows, cols, alpha, a, lda, stridea, b, ldb, strideb);                             \
+    }
+
+namespace orv {
+
+TRANSPOSE(somatcopy2_t, float, false)
+TRANSPOSE(domatcopy2_t, double, false)
+TRANSPOSE(comatcopy2_t, cpx<float>, false)
+TRANSPOSE(zomatcopy2_t, cpx<double>, false)
+TRANSPOSE(comatcopy2_c, cpx<float>, true)
+TRANSPOSE(zomatcopy2_c, cpx<double>, true)
+
+} // namespace orv
