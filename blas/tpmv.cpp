@@ -1,0 +1,27 @@
+// Packed triangular product: x := op(A) * x, the columns of A's triangle one after the other without gaps.
+//
+//   uplo    U: A is upper triangular, column j stands j*(j+1)/2 elements from the start; else lower, j*(2*n-j+1)/2
+//   trans   N: op(A) = A; C: the conjugate transpose of complex matrices; anything else: the transpose
+//   diag    U: ones on the diagonal, which is not read; else it is
+//
+// n <= 0 leaves x alone; a negative incx addresses x from its far end. No memory is taken.
+#include "blas/triangle.h"
+#include "frame/symbol.h"
+
+namespace orv::blas {
+
+#define TPMV(name, T)                                                                                                  \
+    ORV_EXPORT void BLAS(name)(const char* uplo, const char* trans, const char* diag, const i64* n, const T* a, T* x,  \
+                               const i64* incx)                                                                        \
+    {                                                                                                                  \
+        with_form<T>(form_of<T>(*uplo, *trans, *diag), [&]<Form form>() {                                              \
+            in_place<Task::multiply, form>(PackedTriangle<const T, form.half>{a, *n}, *n, first(x, *n, *incx), *incx); \
+        });                                                                                                            \
+    }
+
+TPMV(stpmv, float)
+TPMV(dtpmv, double)
+TPMV(ctpmv, cpx<float>)
+TPMV(ztpmv, cpx<double>)
+
+} // namespace orv::blas

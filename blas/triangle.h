@@ -1,0 +1,250 @@
+// Triangular solves and products in place: one body for both triangles, every operation and every storage.
+//
+//   solve      x := op(A)^-1 * x
+//   multiply   x := op(A) * x
+//
+// A is walked in strips of four columns, of what is left two and one; of bands so narrow that the columns of a strip
+// don't share its square on the diagonal, narrower strips. A strip is two things: that square, and the rows outside of
+// it, which structured_mv.h multiplies. Each element of A is read once.
+//
+//   op(A)      with each strip, the square and then the rest       and the walk goes
+//   solve N    x(own) solved, x(rest) -= A(rest, own)*x(own)       down (lower), up (upper)
+//   solve T    x(own) -= A(rest, own)^T*x(rest), x(own) solved     up (lower), down (upper)
+//   multiply N x(rest) += A(rest, own)*x(own), x(own) multiplied   up (lower), down (upper)
+//   multiply T x(own) multiplied, x(own) += A(rest, own)^T*x(rest) down (lower), up (upper)
+//
+// so that no element of x is read after it was overwritten, nor before it is known. A is read in its triangle only, and
+// not on a unit diagonal. A zero on the diagonal is divided by like any number. Zeros in x are multiplied like any
+// number too: NaN in A reaches the result.
+#pragma once
+
+#include "blas/structured_mv.h"
+
+namespace orv::blas {
+
+enum class Task { solve, multiply };
+
+struct Form {
+    Half half;
+    Op op;
+    bool unit; // ones on the diagonal, which is not read
+};
+
+// The letters of uplo, trans, diag in either case: U is the upper triangle and else the lower one, U a unit diagonal.
+template <class T> constexpr Form form_of(char uplo, char trans, char diag)
+{
+    return {half_of(uplo), op_of<T>(trans), fold(diag) == 'U'};
+}
+
+// body<form>() for a form known when the program runs.
+template <class T, class Body> ORV_INLINE void with_form(Form form, const Body& body)
+{
+    const auto by_diagonal = [&]<Half half, Op op>() {
+        if (form.unit) body.template operator()<Form{half, op, true}>();
+        else body.template operator()<Form{half, op, false}>();
+    };
+    const auto by_operation = [&]<Half half>() {
+        if (form.op == Op::none) return by_diagonal.template operator()<half, Op::none>();
+        if constexpr (is_complex<T>)
+            if (form.op == Op::conjugate) return by_diagonal.template operator()<half, Op::conjugate>();
+        by_diagonal.template operator()<half, Op::transpose>();
+    };
+    if (form.half == Half::upper) by_operation.template operator()<Half::upper>();
+    else by_operation.template operator()<Half::lower>();
+}
+
+template <Task task, Form form>
+inline constexpr bool ascending = (task == Task::solve) == ((form.half == Half::lower) == (form.op == Op::none));
+template <Task task, Form form> inline constexpr bool square_first = (task == Task::solve) == (form.op == Op::none);
+
+// What a diagonal element divides. Complex numbers: b/d = b*conj(u) / (d.re*u.re + d.im*u.im) with u = d/max(|d.re|,
+// |d.im|), a part of which is 1 or -1: the quotient of Smith (Algorithm 116, 1962) bit for bit, but without his branch.
+// Intermediate results exceed neither operand nor quotient by more than a factor of two. d = 0 gives NaN.
+template <class T> struct Divisor {
+    T d;
+    explicit Divisor(T d) : d(d) {}
+    ORV_INLINE T divide(T b) const { return b / d; }
+};
+template <class R> struct Divisor<cpx<R>> {
+    cpx<R> u;
+    R t;
+    ORV_INLINE explicit Divisor(cpx<R> d)
+    {
+        const R re = magnitude(d.re), im = magnitude(d.im), larger = re > im ? re : im;
+        u = {d.re / larger, d.im / larger};
+        t = d.re * u.re + d.im * u.im;
+    }
+    ORV_INLINE cpx<R> divide(cpx<R> b) const
+    {
+        const cpx<R> p = b * conj(u);
+        return {p.re / t, p.im / t};
+    }
+};
+
+template <Op op, class T> ORV_INLINE T applied(T a) { return op == Op::conjugate ? conj(a) : a; }
+
+template <Form form, class T> ORV_INLINE T divided(T b, T diagonal)
+{
+    return form.unit ? b : Divisor<T>(applied<form.op>(diagonal)).divide(b);
+}
+
+// op(A) = A adds columns to x(rows), the others add dot products with x(rows) to x(columns).
+template <Form form> inline constexpr Pass pass_of{.direct = form.op == Op::none, .across = form.op};
+
+// x(own) := op(square)^-1 * x(own), own being j..j+columns-1.
+template <Form form, int columns, class Storage, class T> ORV_INLINE void solve_square(const Storage& a, i64 j, T* x)
+{
+    const auto nth = [](int s) { return ascending<Task::solve, form> ? s : columns - 1 - s; };
+    T v[columns];
+#pragma GCC unroll 4
+    for (int c = 0; c < columns; ++c) v[c] = x[j + c];
+#pragma GCC unroll 4
+    for (int s = 0; s < columns; ++s) {
+        const int c = nth(s);
+        const T* const column = a.column(j + c) + j;
+        if constexpr (form.op != Op::none)
+#pragma GCC unroll 4
+            for (int solved = 0; solved < s; ++solved)
+                v[c] = v[c] - applied<form.op>(column[nth(solved)]) * v[nth(solved)];
+        v[c] = divided<form>(v[c], column[c]);
+        if constexpr (form.op == Op::none)
+#pragma GCC unroll 4
+            for (int left = s + 1; left < columns; ++left) v[nth(left)] = v[nth(left)] - column[nth(left)] * v[c];
+    }
+#pragma GCC unroll 4
+    for (int c = 0; c < columns; ++c) x[j + c] = v[c];
+}
+
+template <Form form, int columns, class Storage, class T>
+ORV_INLINE void solve_strip(const Storage& a, i64 j, Rows window, T* x)
+{
+    const Rows rest = form.half == Half::lower ? Rows{j + columns, window.to} : Rows{window.from, j};
+    const Operands<T, true> v{{x, 1}, {x, 1}, {x, 1}, {x, 1}, false};
+    if constexpr (form.op == Op::none) solve_square<form, columns>(a, j, x);
+    strip<pass_of<form>, columns>(a, j, rest, -one<T>, v);
+    if constexpr (form.op != Op::none) solve_square<form, columns>(a, j, x);
+}
+
+template <Form form, int columns, class Storage, class T>
+ORV_INLINE void multiply_strip(const Storage& a, i64 j, Rows window, T* x)
+{
+    T before[columns], own[columns];
+#pragma GCC unroll 4
+    for (int c = 0; c < columns; ++c) {
+        before[c] = own[c] = x[j + c];
+        if constexpr (!form.unit) own[c] = applied<form.op>(a.column(j + c)[j + c]) * own[c];
+    }
+    const auto put = [&] {
+#pragma GCC unroll 4
+        for (int c = 0; c < columns; ++c) x[j + c] = own[c];
+    };
+    const Operands<T, true> v{{x, 1}, {before - j, 1}, {x, 1}, {own - j, 1}, false};
+    if constexpr (form.op == Op::none) put();
+    strip<pass_of<form>, columns>(OffDiagonal<form.half, Storage>{a}, j, window, one<T>, v);
+    if constexpr (form.op != Op::none) put();
+}
+
+// The columns of a block and what they share with its rows. x is element 0, unit stride.
+template <Task task, Form form, class Storage, class T> void block_in_place(const Storage& a, Rows block, T* x)
+{
+    const auto have_square = [&](i64 j, int columns) {
+        return j >= block.from && j + columns <= block.to && a.rows(j + columns - 1).from < a.rows(j).to;
+    };
+    const auto next = [&]<int columns>(i64 j) __attribute__((always_inline))
+    {
+        if constexpr (task == Task::solve) solve_strip<form, columns>(a, j, block, x);
+        else multiply_strip<form, columns>(a, j, block, x);
+    };
+    if constexpr (ascending<task, form>) {
+        for (i64 j = block.from; j < block.to;)
+            if (have_square(j, 4)) next.template operator()<4>(j), j += 4;
+            else if (have_square(j, 2)) next.template operator()<2>(j), j += 2;
+            else next.template operator()<1>(j), j += 1;
+    } else {
+        for (i64 j = block.to; j > block.from;)
+            if (have_square(j - 4, 4)) j -= 4, next.template operator()<4>(j);
+            else if (have_square(j - 2, 2)) j -= 2, next.template operator()<2>(j);
+            else j -= 1, next.template operator()<1>(j);
+    }
+}
+
+// Cuts 0..n-1 in blocks, each of which ends a multiple of `size` before n: what is left over stands at the low end.
+// For each, in the order of the task, triangle(block) and rectangle(block), the part beside it in the same columns.
+template <Task task, Form form, class Triangle, class Rectangle>
+void by_blocks(i64 n, i64 size, const Triangle& triangle, const Rectangle& rectangle)
+{
+    if (n <= 0) return;
+    const auto next = [&](i64 to) {
+        const Rows block{max(to - size, 0), to};
+        if constexpr (square_first<task, form>) triangle(block), rectangle(block);
+        else rectangle(block), triangle(block);
+    };
+    if constexpr (ascending<task, form>)
+        for (i64 to = (n - 1) % size + 1; to <= n; to += size) next(to);
+    else
+        for (i64 to = n; to > 0; to -= size) next(to);
+}
+
+// The stored rows outside of a block of columns.
+template <Half half, class Storage> Rows beside(const Storage& a, Rows block)
+{
+    return half == Half::upper ? Rows{a.rows(block.from).from, block.from} : Rows{block.to, a.rows(block.to - 1).to};
+}
+
+// The whole triangle; x is element 0, whatever the sign of incx. Strided x is copied to the stack block by block, some
+// 9 KiB of it.
+template <Task task, Form form, class Storage, class T> void in_place(const Storage& a, i64 n, T* x, i64 incx)
+{
+    if (n <= 0) return;
+    if (incx == 1) return block_in_place<task, form>(a, Rows{0, n}, x);
+
+    constexpr i64 block_columns = 64, window_rows = 8192 / sizeof(T);
+    Stretch<T, block_columns> own_copy;
+    Stretch<T, window_rows> rest_copy;
+    const auto triangle = [&](Rows block) {
+        const i64 columns = block.to - block.from;
+        T* const own = own_copy.gather(columns, x + block.from * incx, incx);
+        block_in_place<task, form>(a, block, own - block.from);
+        own_copy.scatter(columns, x + block.from * incx, incx);
+    };
+    const auto rectangle = [&](Rows block) {
+        const i64 columns = block.to - block.from;
+        T* const own = own_copy.gather(columns, x + block.from * incx, incx) - block.from;
+        const Rows all = beside<form.half>(a, block);
+        for (i64 i = all.from; i < all.to; i += window_rows) {
+            const Rows window{i, min(all.to, i + window_rows)};
+            T* const rest = rest_copy.gather(window.to - i, x + i * incx, incx) - i;
+            const Operands<T, true> v{{rest, 1}, {own, 1}, {rest, 1}, {own, 1}, false};
+            strips<pass_of<form>>(OffDiagonal<form.half, Storage>{a}, block, window,
+                                  task == Task::solve ? -one<T> : one<T>, v);
+            if constexpr (form.op == Op::none) rest_copy.scatter(window.to - i, x + i * incx, incx);
+        }
+        if constexpr (form.op != Op::none) own_copy.scatter(columns, x + block.from * incx, incx);
+    };
+    by_blocks<task, form>(n, block_columns, triangle, rectangle);
+}
+
+// The same for a full triangle in blocks of `size` columns, all but the triangles themselves handed on:
+// product(trans, m, n, a, lda, x, y, incx) is to add to y the product of a rectangle of m rows and n columns, or of its
+// transpose, with x; to subtract it for a solve. x and y are given as to any routine, by their lowest address.
+template <Task task, Form form, class T, class Product>
+void in_place_by_blocks(i64 n, i64 size, const T* a, i64 lda, T* x, i64 incx, const Product& product)
+{
+    constexpr bool none = form.op == Op::none;
+    constexpr char trans = none ? 'N' : form.op == Op::transpose ? 'T' : 'C';
+    const auto part = [=](Rows r) { return x + (incx < 0 ? r.to - 1 : r.from) * incx; };
+    const auto triangle = [=](Rows block) {
+        const i64 columns = block.to - block.from;
+        const FullTriangle<const T, form.half> own{a + block.from * (lda + 1), lda, columns};
+        in_place<task, form>(own, columns, x + block.from * incx, incx);
+    };
+    const auto rectangle = [=](Rows block) {
+        const Rows rest = beside<form.half>(FullTriangle<const T, form.half>{a, lda, n}, block);
+        if (rest.from == rest.to) return;
+        product(trans, rest.to - rest.from, block.to - block.from, a + rest.from + block.from * lda, lda,
+                part(none ? block : rest), part(none ? rest : block), incx);
+    };
+    by_blocks<task, form>(n, size, triangle, rectangle);
+}
+
+} // namespace orv::blas

@@ -1,0 +1,84 @@
+// Triangular solve: x := op(A)^-1 * x, A n by n, columns lda apart.
+//
+//   uplo    U: the upper triangle of A is read, else the lower one
+//   trans   N: op(A) = A; C: the conjugate transpose of complex matrices; anything else: the transpose
+//   diag    U: ones on the diagonal, which is not read; else it is, and zeros on it give infinities or NaN
+//
+// n <= 0 leaves x alone; a negative incx addresses x from its far end. Blocks of 32 columns, in the direction of the
+// solve (triangle.h), are solved by a kernel of their own. Between them the public matrix-vector product, which may go
+// parallel, takes what a block's solution means for the unsolved rest (N), or what the solved rest means for the next
+// block (T, C). No memory is taken.
+#include "blas/triangle.h"
+#include "frame/symbol.h"
+
+// The public products; alpha is -1 and beta is 1 in every call.
+#define PUBLIC_GEMV(name, T)                                                                                           \
+    extern "C" void name(const char* trans, const orv::i64* m, const orv::i64* n, const T* alpha, const T* a,          \
+                         const orv::i64* lda, const T* x, const orv::i64* incx, const T* beta, T* y,                   \
+                         const orv::i64* incy);                                                                        \
+    static void subtract_product(char trans, orv::i64 m, orv::i64 n, const T* a, orv::i64 lda, const T* x, T* y,       \
+                                 orv::i64 inc)                                                                         \
+    {                                                                                                                  \
+        const T minus = -orv::one<T>, plus = orv::one<T>;                                                              \
+        name(&trans, &m, &n, &minus, a, &lda, x, &inc, &plus, y, &inc);                                                \
+    }
+
+PUBLIC_GEMV(orv_blas_sgemv, float)
+PUBLIC_GEMV(orv_blas_dgemv, double)
+PUBLIC_GEMV(orv_blas_cgemv, orv::cpx<float>)
+PUBLIC_GEMV(orv_blas_zgemv, orv::cpx<double>)
+
+namespace orv::blas {
+namespace {
+
+constexpr i64 block_columns = 32;
+
+template <Form form, class T> void trsv(i64 n, const T* a, i64 lda, T* x, i64 incx)
+{
+    const auto subtract = [](auto... arguments) { subtract_product(arguments...); };
+    in_place_by_blocks<Task::solve, form>(n, block_columns, a, lda, x, incx, subtract);
+}
+
+// A triangle by itself.
+template <Form form, class T> void solve_block(i64 n, const T* a, i64 lda, T* x, i64 incx)
+{
+    in_place<Task::solve, form>(FullTriangle<const T, form.half>{a, lda, n}, n, x, incx);
+}
+
+} // namespace
+
+#define TRSV(name, T)                                                                                                  \
+    ORV_EXPORT void BLAS(name)(const char* uplo, const char* trans, const char* diag, const i64* n, const T* a,        \
+                               const i64* lda, T* x, const i64* incx)                                                  \
+    {                                                                                                                  \
+        with_form<T>(form_of<T>(*uplo, *trans, *diag),                                                                 \
+                     [&]<Form form>() { trsv<form>(*n, a, *lda, first(x, *n, *incx), *incx); });                       \
+    }
+
+TRSV(strsv, float)
+TRSV(xdtrsv, double)
+TRSV(ctrsv, cpx<float>)
+TRSV(ztrsv, cpx<double>)
+
+// The kernels of the blocks. The letters of a name are its options: lnn is lower, not transposed, not unit; utu upper,
+// transposed, unit.
+#define BLOCK(t, T, uplo, trans, diag)                                                                                 \
+    ORV_EXPORT void BLAS(t##trsv_##uplo##trans##diag)(const i64* n, const T* a, const i64* lda, T* x, const i64* incx) \
+    {                                                                                                                  \
+        solve_block<form_of<T>(#uplo[0], #trans[0], #diag[0])>(*n, a, *lda, first(x, *n, *incx), *incx);               \
+    }
+#define BLOCKS(t, T, trans)                                                                                            \
+    BLOCK(t, T, l, trans, n) BLOCK(t, T, l, trans, u) BLOCK(t, T, u, trans, n) BLOCK(t, T, u, trans, u)
+
+BLOCKS(s, float, n)
+BLOCKS(s, float, t)
+BLOCKS(d, double, n)
+BLOCKS(d, double, t)
+BLOCKS(c, cpx<float>, n)
+BLOCKS(c, cpx<float>, t)
+BLOCKS(c, cpx<float>, c)
+BLOCKS(z, cpx<double>, n)
+BLOCKS(z, cpx<double>, t)
+BLOCKS(z, cpx<double>, c)
+
+} // namespace orv::blas
