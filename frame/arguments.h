@@ -5,6 +5,8 @@
 
 #include "frame/types.h"
 
+#include <cstddef>
+
 namespace orv::arguments {
 
 // The name of a routine as Fortran's error routine gets it: six letters, upper-case, filled up with blanks.
@@ -19,10 +21,10 @@ struct Name {
     }
 };
 
-constexpr bool one_of(char letter, const char* letters)
+template <std::size_t length> constexpr bool one_of(char letter, const char (&letters)[length])
 {
-    for (; *letters != '\0'; ++letters)
-        if (fold(letter) == *letters) return true;
+    for (std::size_t i = 0; i + 1 < length; ++i)
+        if (fold(letter) == letters[i]) return true;
     return false;
 }
 

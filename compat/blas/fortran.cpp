@@ -18,8 +18,10 @@ template <auto& F, auto& Entry, class... P> auto call(P... pointers)
         result_of<F> result;
         Entry(&result, pointers...);
         return answer(result);
-    } else if constexpr (std::is_same_v<result_of<F>, orv_status>) done(Entry(pointers...));
-    else return answer(Entry(pointers...));
+    } else if constexpr (std::is_same_v<result_of<F>, orv_status>) {
+        expect_kernels();
+        Entry(pointers...);
+    } else return answer(Entry(pointers...));
 }
 
 // The error routine of either width.
@@ -37,7 +39,8 @@ void checked(const char* name, Check check, P... pointers)
 {
     if (const Int bad = on_values<F>(check, pointers...)) [[unlikely]]
         return report(name, bad);
-    done(Entry(pointers...));
+    expect_kernels();
+    Entry(pointers...);
 }
 
 } // namespace

@@ -30,9 +30,11 @@ constinit std::atomic<bool> explained{false};
 
 int RowMajorStrg = 0;
 
-void orv::compat::explain()
+bool orv::compat::explain()
 {
-    if (orv_branch_status() != ORV_OK && !explained.exchange(true)) std::fprintf(stderr, "orv: %s\n", orv_last_error());
+    if (orv_branch_status() == ORV_OK) return true;
+    if (!explained.exchange(true)) std::fprintf(stderr, "orv: %s\n", orv_last_error());
+    return false;
 }
 
 void xerbla_(const char* routine, const i32* position, std::size_t length)

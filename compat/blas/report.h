@@ -18,6 +18,7 @@
 #define ORV_COMPLEX_DOUBLE orv::cpx<double>
 #include <orv/blas.h>
 
+#include <atomic>
 #include <cstddef>
 
 #define STANDARD extern "C" __attribute__((visibility("default")))
@@ -33,8 +34,8 @@ extern "C" __attribute__((visibility("default"))) int RowMajorStrg;
 
 namespace orv::compat {
 
-// Says once, on standard error, why nothing can be computed, if that is so.
-[[gnu::cold]] void explain();
+// Whether kernels can run. If not, says once on standard error why.
+[[gnu::cold]] bool explain();
 
 // Passes a result on. Results that also stand for "no kernel can run" are rare, and then worth a look.
 template <class R> R answer(R result)
@@ -46,6 +47,15 @@ template <class R> R answer(R result)
     if (suspect) [[unlikely]]
         explain();
     return result;
+}
+
+// To be said before the last call of a routine that returns nothing: nothing is left to do after it then, and the
+// arguments pass on where they stand.
+inline constinit std::atomic<bool> known_to_run{false};
+inline void expect_kernels()
+{
+    if (!known_to_run.load(std::memory_order_relaxed)) [[unlikely]]
+        known_to_run.store(explain(), std::memory_order_relaxed);
 }
 
 inline void done(orv_status status)

@@ -43,9 +43,9 @@ template <auto& F> class Gemm {
 public:
     constexpr explicit Gemm(const char* symbol) : kernel_(symbol) {}
 
-    orv_status operator()(const char* transa, const char* transb, const i64* m, const i64* n, const i64* k,
-                          const T* alpha, const T* a, const i64* lda, const T* b, const i64* ldb, const T* beta, T* c,
-                          const i64* ldc)
+    [[gnu::always_inline]] orv_status operator()(const char* transa, const char* transb, const i64* m, const i64* n,
+                                                 const i64* k, const T* alpha, const T* a, const i64* lda, const T* b,
+                                                 const i64* ldb, const T* beta, T* c, const i64* ldc)
     {
         if (const int bad = arguments::gemm(*transa, *transb, *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc))
             return -bad;
@@ -54,10 +54,16 @@ public:
             return last_status();
 
         const int threads = threads_worth(*m, *n, *k);
-        if (threads == 1) {
-            kernel(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
-            return ORV_OK;
-        }
+        if (threads == 1) kernel(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
+        else share(threads, kernel, transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
+        return ORV_OK;
+    }
+
+private:
+    [[gnu::noinline]] static void share(int threads, kernel_form<F>* kernel, const char* transa, const char* transb,
+                                        const i64* m, const i64* n, const i64* k, const T* alpha, const T* a,
+                                        const i64* lda, const T* b, const i64* ldb, const T* beta, T* c, const i64* ldc)
+    {
         parallel(threads, [&](int index, int count) {
             const Grid grid(*m, *n, count);
             const int row = index % grid.rows, column = index / grid.rows;
@@ -67,10 +73,8 @@ public:
             const T* const b_part = fold(*transb) == 'N' ? b + j * *ldb : b + j;
             kernel(transa, transb, &rows, &columns, k, alpha, a_part, lda, b_part, ldb, beta, c + i + j * *ldc, ldc);
         });
-        return ORV_OK;
     }
 
-private:
     static int threads_worth(i64 m, i64 n, i64 k)
     {
         const double work = static_cast<double>(m) * static_cast<double>(n) * static_cast<double>(k);

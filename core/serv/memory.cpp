@@ -74,8 +74,10 @@ struct Shelf {
     Shelf *next, *previous;
     bool listed;
 
+    // Both out of line: the address of the thread's shelf is looked up once a call.
+
     // A place whose block serves, the smallest such; taken blocks leave the place empty.
-    void* take(i64 bytes, i64 alignment)
+    [[gnu::noinline]] void* take(i64 bytes, i64 alignment)
     {
         int best = -1;
         for (int i = 0; i < places; ++i) {
@@ -88,7 +90,7 @@ struct Shelf {
 
     // Keeps a block in an empty place, else in place of the smallest if that one is smaller. What finds no place is
     // returned.
-    void* keep(void* returned)
+    [[gnu::noinline]] void* keep(void* returned)
     {
         const i64 size = header(returned).capacity;
         int smallest = 0;
@@ -114,7 +116,7 @@ struct Shelf {
 
 // All shelves with blocks, so that one call can empty them. A shelf lies in its thread's own storage and leaves the
 // list before that storage goes.
-thread_local Shelf own;
+constinit thread_local Shelf own{}; // no guard at each use
 Shelf* shelves;
 bool closed; // nothing is kept any more
 pthread_mutex_t shelves_mutex = PTHREAD_MUTEX_INITIALIZER;
