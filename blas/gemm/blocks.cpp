@@ -1,41 +1,17 @@
 // Block sizes out of operand and cache sizes, and the work areas that they need.
-#include "blas/gemm/driver.h"
+#include "blas/gemm/blocks.h"
+
 #include "blas/gemm/tables.h"
-#include "frame/serv.h"
-#include "frame/simd.h"
 
 namespace orv::gemm {
 namespace {
-
-// Depth of a block. Panels are 256 deep, so that a panel pair of d fills half of a 32 KiB first-level cache with room
-// for C; a shallow product is one block. Between 256 and 512 a real product splits evenly: 300 is not 256 and a rest of
-// 44, which would hardly pay for reading C once more. Complex products of middling depth take half the depth.
-template <class T> i64 depth_block(i64 k, i64 k_unit)
-{
-    constexpr i64 full = 256, half = 128;
-    if (k < full) return max(round_up(k, k_unit), half);
-    if constexpr (is_complex<T>) return k <= 4 * full ? half : full;
-    return k > full && k < 2 * full ? round_up(k / 2, k_unit) : full;
-}
-
-// Rows of a block of A; a cache of unknown size counts as large.
-template <class T> i64 row_block()
-{
-    i32 cache[orv_serv_cache_entries] = {};
-    orv_serv_cache_info(cache);
-    return cache[0] != 0 && cache[3] <= small_cache ? sizes<T>.mb_small : sizes<T>.mb_large;
-}
 
 template <class T> void get_blks_size(i64 n, i64 k, Desc<T>* desc)
 {
     if (desc->kb == 0) desc->kb = depth_block<T>(k, desc->k_unit);
     if (desc->mb == 0) desc->mb = row_block<T>();
-    if (desc->nb == 0) desc->nb = round_up(min(max(n, desc->n_unit), sizes<T>.nb_cap), desc->n_unit);
+    if (desc->nb == 0) desc->nb = column_block<T>(n, desc->n_unit);
 }
-
-struct Areas {
-    bool a, scratch, b;
-};
 
 // 1 if the selector is unknown.
 int areas_of(int selector, Areas& areas)
@@ -68,9 +44,6 @@ int areas_of(int selector, Areas& areas)
     }
 }
 
-constexpr i64 margin = 0x200; // bytes behind the panels, for kernels that load ahead of their use
-constexpr i64 page_shift = 12, line_shift = 7;
-
 // Bytes and strides of a selector's areas; those of the others stay as they are.
 template <class T> int get_bufs_size(int selector, int mode, i64 m, i64 n, i64 k, Desc<T>* desc)
 {
@@ -82,16 +55,12 @@ template <class T> int get_bufs_size(int selector, int mode, i64 m, i64 n, i64 k
     const i64 mp = extent(m, desc->mb, desc->m_unit);
     const i64 np = extent(n, desc->nb, desc->n_unit);
     const i64 kp = extent(k, desc->kb, desc->k_unit);
-    const i64 column = kp * static_cast<i64>(sizeof(T));
+    const AreaBytes bytes(mp, np, kp, sizeof(T), desc->n_unit * desc->scratch_factor);
     if (areas.a)
-        desc->a.bytes = mp * column + margin, desc->a.panel_stride = kp * desc->m_unit,
-        desc->a.align_shift = page_shift;
+        desc->a.bytes = bytes.a, desc->a.panel_stride = kp * desc->m_unit, desc->a.align_shift = AreaBytes::page_shift;
     if (areas.b)
-        desc->b.bytes = np * column + margin, desc->b.panel_stride = kp * desc->n_unit,
-        desc->b.align_shift = page_shift;
-    if (areas.scratch)
-        desc->scratch_bytes = column * desc->n_unit * desc->scratch_factor + margin,
-        desc->scratch_align_shift = line_shift;
+        desc->b.bytes = bytes.b, desc->b.panel_stride = kp * desc->n_unit, desc->b.align_shift = AreaBytes::page_shift;
+    if (areas.scratch) desc->scratch_bytes = bytes.scratch, desc->scratch_align_shift = AreaBytes::line_shift;
     return 0;
 }
 
@@ -104,17 +73,16 @@ template <class T> T* take(std::uintptr_t& front, i64 bytes, i64 shift)
     return reinterpret_cast<T*>(start);
 }
 
-// One block for all areas of a selector, each with room to be pushed up to its own boundary. Without memory the handle
-// is null and the buffers are left alone.
+// One block for all areas of a selector. Without memory the handle is null and the buffers are left alone.
 template <class T> int get_bufs(int selector, void** handle, Desc<T>* desc)
 {
     Areas areas;
     if (selector == a_and_b || areas_of(selector, areas) != 0) return 1;
-    const auto room = [](bool wanted, i64 bytes, i64 shift) { return wanted ? (i64(2) << shift) + bytes : 0; };
-    *handle = orv_serv_allocate(room(areas.a, desc->a.bytes, desc->a.align_shift) +
-                                    room(areas.scratch, desc->scratch_bytes, desc->scratch_align_shift) +
-                                    room(areas.b, desc->b.bytes, desc->b.align_shift),
-                                128);
+    i64 bytes = 0;
+    if (areas.a) bytes += room(desc->a.bytes, desc->a.align_shift);
+    if (areas.scratch) bytes += room(desc->scratch_bytes, desc->scratch_align_shift);
+    if (areas.b) bytes += room(desc->b.bytes, desc->b.align_shift);
+    *handle = orv_serv_allocate(bytes, 128);
     if (*handle == nullptr) return 0;
     auto front = reinterpret_cast<std::uintptr_t>(*handle);
     if (areas.a) desc->a.buffer = take<T>(front, desc->a.bytes, desc->a.align_shift);

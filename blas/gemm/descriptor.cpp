@@ -1,14 +1,13 @@
 // The descriptor that binds a call to a kernel record.
-#include "blas/gemm/driver.h"
+#include "blas/gemm/blocks.h"
 #include "blas/gemm/tables.h"
-#include "frame/serv.h"
 
 namespace orv::gemm {
 
 // Clears everything but m_min, n_min, k_min and scratch_factor, which choosing a kernel overwrites anyway.
 template <class T> void zero_desc(Desc<T>* desc)
 {
-    desc->in_place = desc->kernel_index = desc->capability_mask = desc->version = 0;
+    desc->unused = desc->kernel_index = desc->capability_mask = desc->version = 0;
     desc->mb = desc->nb = desc->kb = 0;
     desc->m_unit = desc->n_unit = desc->k_unit = 0;
     desc->a = desc->b = {};
@@ -44,25 +43,16 @@ template <class T> int get_kernel(i32 index, Desc<T>* desc)
     return 0;
 }
 
-constexpr int second_record_processor = 0x42;
-
 } // namespace
 
 template <class T> int get_optimal_kernel(Desc<T>* desc)
 {
-    int entry = 0;
-    if constexpr (sizes<T>.n_kernels > 1) entry = orv_serv_get_microarchitecture() == second_record_processor;
-    return get_kernel(best_kernels(desc)[entry], desc);
+    return get_kernel(best_kernels(desc)[best_entry<T>()], desc);
 }
 
-// s leaves B in place while a block of it takes at most 512 KiB: the strips that its kernel copies then come from a
-// near cache, and the copy of the whole block is saved. The other types always pack B.
 template <class T> int get_kernel_version(i64 n, i64 k, const Desc<T>* desc)
 {
-    constexpr i64 unpacked_limit = 0x80000;
-    if constexpr (sizeof(T) == 4)
-        if (min(n, desc->nb) * min(k, desc->kb) * static_cast<i64>(sizeof(T)) <= unpacked_limit) return b_unpacked;
-    return b_blocks;
+    return packs_b<T>(min(n, desc->nb), min(k, desc->kb)) ? b_blocks : b_unpacked;
 }
 
 // s reads n, k and the descriptor; the others none of their arguments.

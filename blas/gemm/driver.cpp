@@ -7,10 +7,9 @@
 
 namespace orv::gemm {
 
-void rank_one(char transa, char transb, i64 m, i64 n, double alpha, const double* a, i64 lda, const double* b, i64 ldb,
-              double* c, i64 ldc)
+void rank_one(const Product<double>& x)
 {
-    ger(m, n, alpha, a, is_plain(transa) ? 1 : lda, b, is_plain(transb) ? ldb : 1, c, ldc);
+    ger(x.m, x.n, x.alpha, x.a, is_plain(x.transa) ? 1 : x.lda, x.b, is_plain(x.transb) ? x.ldb : 1, x.c, x.ldc);
 }
 
 namespace {
@@ -23,36 +22,26 @@ template <class T> bool is_tiny(i64 m, i64 n, i64 k)
     return m >= least && m <= limit && n >= least && n <= limit && k >= 1 && k <= limit;
 }
 
-// Everything but the tiny products, for m and n above 0.
-template <class T>
-void scale_and_multiply(char transa, char transb, i64 m, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* b,
-                        i64 ldb, T beta, T* c, i64 ldc)
-{
-    constexpr const Sizes& s = sizes<T>; // the granules are the same for all kernels of a type
-    const bool is_rank_one = s.rank_one && k == 1;
-    // The plain path scales C, and sees to an alpha of zero, by itself.
-    if (!is_rank_one && (m < s.m_unit || n < s.n_unit || k < s.k_unit))
-        return plain(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
-
-    // C is scaled once, so that whatever follows adds to it.
-    if (beta != one<T>) mscale(m, n, beta, c, ldc);
-    if (alpha == zero<T>) return;
-    if constexpr (s.rank_one)
-        if (is_rank_one) return rank_one(transa, transb, m, n, alpha, a, lda, b, ldb, c, ldc);
-
-    Desc<T> desc;
-    zero_desc(&desc);
-    get_optimal_kernel(&desc);
-    desc.in_place = 1;
-    desc.get_blks_size(&m, &n, &k, &desc);
-    desc.version = get_kernel_version(n, k, &desc);
-    blocked(transa, transb, m, n, k, alpha, a, lda, b, ldb, one<T>, c, ldc, desc.version, &desc);
-}
-
-// Out of line, so that nothing of it delays a tiny product.
+// Everything but the tiny products, for m and n above 0. Out of line, so that nothing of it delays those.
+//
+// C is scaled before anything is added to it. For a beta of 0 that takes no pass of its own: the first sums are added
+// to zero, or stored, which is the same since they start at zero.
 template <class T> [[gnu::noinline]] void larger_product(ORV_GEMM_ARGUMENTS(T))
 {
-    scale_and_multiply(fold(*transa), fold(*transb), *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);
+    Product<T> x = product_of(ORV_GEMM_PASS);
+    constexpr const Sizes& s = sizes<T>; // the granules are the same for all kernels of a type
+    if constexpr (s.rank_one)
+        if (x.k == 1) {
+            if (x.beta != one<T>) mscale(x.m, x.n, x.beta, x.c, x.ldc);
+            if (x.alpha != zero<T>) rank_one(x);
+            return;
+        }
+    // The plain path sees to scalars by itself.
+    if (x.alpha == zero<T> || x.m < s.m_unit || x.n < s.n_unit || x.k < s.k_unit) return plain(x);
+
+    if (x.beta != one<T> && x.beta != zero<T>) mscale(x.m, x.n, x.beta, x.c, x.ldc), x.beta = one<T>;
+    if (is_better_in_place(x)) in_place(x);
+    else blocked(x);
 }
 
 template <class T, Gemm<T>* small> ORV_INLINE void product(ORV_GEMM_ARGUMENTS(T))

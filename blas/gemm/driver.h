@@ -51,24 +51,45 @@ using Gemm = void(const char* transa, const char* transb, const i64* m, const i6
         const i64 *lda, const T *b, const i64 *ldb, const T *beta, T *c, const i64 *ldc
 #define ORV_GEMM_PASS transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc
 
+// One product, as the paths through the driver hand it on. Letters are upper-case.
+template <class T> struct Product {
+    char transa, transb;
+    i64 m, n, k;
+    T alpha;
+    const T* a;
+    i64 lda;
+    const T* b;
+    i64 ldb;
+    T beta;
+    T* c;
+    i64 ldc;
+};
+// The same of arguments as they arrive.
+template <class T> Product<T> product_of(ORV_GEMM_ARGUMENTS(T))
+{
+    return {fold(*transa), fold(*transb), *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc};
+}
+
 template <class T> void zero_desc(Desc<T>* desc);
 template <class T> int get_optimal_kernel(Desc<T>* desc);
 template <class T> int get_kernel_version(i64 n, i64 k, const Desc<T>* desc);
 
 // The product without work areas, in plain.cpp.
-template <class T>
-void plain(char transa, char transb, i64 m, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* b, i64 ldb, T beta,
-           T* c, i64 ldc);
+template <class T> void plain(const Product<T>& x);
 // C(0:m, 0:n) := beta*C; a beta of 0 stores zeros and reads nothing.
 template <class T> void mscale(i64 m, i64 n, T beta, T* c, i64 ldc);
 
-// The blocked product, in blocked.cpp: 0 done, 1 unknown version or no memory in a version that cannot do without.
-template <class T>
-int blocked(char transa, char transb, i64 m, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* b, i64 ldb, T beta,
-            T* c, i64 ldc, i32 version, Desc<T>* desc);
+// C := alpha*op(A)*op(B) + beta*C for a beta of 0 or 1 and an alpha that is not 0, in packed blocks (blocked.cpp), or
+// with the operands where they stand (in_place.cpp): to the same bits, and whether that is faster.
+template <class T> void blocked(const Product<T>& x);
+template <class T> void in_place(const Product<T>& x);
+template <class T> bool is_better_in_place(const Product<T>& x);
+
+// The name under which missing memory is reported.
+inline constexpr char routine[] = "xgemm";
+inline constexpr int routine_length = sizeof routine - 1;
 
 // C := C + alpha*op(A)*op(B) for k = 1: a rank-one update, in driver.cpp.
-void rank_one(char transa, char transb, i64 m, i64 n, double alpha, const double* a, i64 lda, const double* b, i64 ldb,
-              double* c, i64 ldc);
+void rank_one(const Product<double>& x);
 
 } // namespace orv::gemm

@@ -70,7 +70,7 @@ template <class T> struct PanelArea {
 
 // The per-call record that binds a driver to a kernel: a local of the driver, cleared, then filled from a Record.
 template <class T> struct Desc {
-    i32 in_place; // nonzero: small operands may be multiplied where they stand, to the same bits
+    i32 unused;
     i32 kernel_index;
     i32 capability_mask;
     i32 version;    // loop order in force

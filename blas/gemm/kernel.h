@@ -43,16 +43,17 @@ template <int rows, BForm form, Update update, template <class, int, int> class 
 void kernel(const Block<T>& x)
 {
     const i64 depth = round_up(x.k, group);
-    if (update != Update::replace && x.beta != one<T>) mscale(x.m / rows * rows, x.n, x.beta, x.c, x.ldc);
 
     for_each_panel<b_unit<T>>(x.n, [&](auto width, i64 j) ORV_INLINE_LAMBDA {
         constexpr int columns = decltype(width)::value;
+        T* const c = x.c + j * x.ldc;
+        if (update != Update::replace && x.beta != one<T>) mscale(x.m / rows * rows, columns, x.beta, c, x.ldc);
         const T* panel = x.scratch;
         if constexpr (form == b_in_place)
             pack_strip<columns>(fold(x.transb), x.k, x.b + j * (fold(x.transb) == 'N' ? x.b_stride : 1), x.b_stride,
                                 x.scratch);
         else panel = x.b + panel_offset(j, b_unit<T>, x.b_stride, x.k);
-        multiply_strip<rows, columns, update, Scheme>(x.m, depth, x.a, x.a_stride, panel, x.c + j * x.ldc, x.ldc);
+        multiply_strip<rows, columns, update, Scheme>(x.m, depth, x.a, x.a_stride, panel, c, x.ldc);
     });
 }
 

@@ -51,33 +51,29 @@ template <class T> void mscale(i64 m, i64 n, T beta, T* c, i64 ldc)
 
 // C := beta*C, then C := C + alpha*sum with the sum over all of k in ascending order (direct.h). k of 0 and below, and
 // an alpha of 0, add nothing and leave A and B unread. Letters come in either case.
-template <class T>
-void plain(char transa, char transb, i64 m, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* b, i64 ldb, T beta,
-           T* c, i64 ldc)
+template <class T> void plain(const Product<T>& x)
 {
-    if (m <= 0 || n <= 0) return;
-    const bool adds = k > 0 && alpha != zero<T>, replaces = adds && beta == zero<T>;
-    if (beta != one<T> && !replaces) mscale(m, n, beta, c, ldc);
+    if (x.m <= 0 || x.n <= 0) return;
+    const bool adds = x.k > 0 && x.alpha != zero<T>, replaces = adds && x.beta == zero<T>;
+    if (x.beta != one<T> && !replaces) mscale(x.m, x.n, x.beta, x.c, x.ldc);
     if (!adds) return;
 
-    const bool na = is_plain(transa), nb = is_plain(transb), ca = is_conjugated(transa), cb = is_conjugated(transb);
-    const factor<T> f(alpha);
+    const bool na = is_plain(x.transa), nb = is_plain(x.transb);
+    const bool ca = is_conjugated(x.transa), cb = is_conjugated(x.transb);
+    const factor<T> f(x.alpha);
     // Lanes want rows: a flat C is computed as the transposed product.
-    if (m < vec<T>::lanes && m < n) {
-        Operands<T> o = {b, ldb, a, na ? lda : 1, na ? 1 : lda, c, ldc, 1, cb, ca, replaces, f};
-        return nb ? add_product<Rows::apart>(n, m, k, o) : add_product<Rows::adjacent>(n, m, k, o);
+    if (x.m < vec<T>::lanes && x.m < x.n) {
+        Operands<T> o = {x.b, x.ldb, x.a, na ? x.lda : 1, na ? 1 : x.lda, x.c, x.ldc, 1, cb, ca, replaces, f};
+        return nb ? add_product<Rows::apart>(x.n, x.m, x.k, o) : add_product<Rows::adjacent>(x.n, x.m, x.k, o);
     }
-    Operands<T> o = {a, lda, b, nb ? 1 : ldb, nb ? ldb : 1, c, 1, ldc, ca, cb, replaces, f};
-    return na ? add_product<Rows::adjacent>(m, n, k, o) : add_product<Rows::apart>(m, n, k, o);
+    Operands<T> o = {x.a, x.lda, x.b, nb ? 1 : x.ldb, nb ? x.ldb : 1, x.c, 1, x.ldc, ca, cb, replaces, f};
+    return na ? add_product<Rows::adjacent>(x.m, x.n, x.k, o) : add_product<Rows::apart>(x.m, x.n, x.k, o);
 }
 
 #define PLAIN(t, T)                                                                                                    \
-    template void plain(char, char, i64, i64, i64, T, const T*, i64, const T*, i64, T, T*, i64);                       \
+    template void plain(const Product<T>&);                                                                            \
     template void mscale(i64, i64, T, T*, i64);                                                                        \
-    ORV_EXPORT void BLAS(t##gemm_pst)(ORV_GEMM_ARGUMENTS(T))                                                           \
-    {                                                                                                                  \
-        plain(*transa, *transb, *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);                                 \
-    }                                                                                                                  \
+    ORV_EXPORT void BLAS(t##gemm_pst)(ORV_GEMM_ARGUMENTS(T)) { plain(product_of(ORV_GEMM_PASS)); }                     \
     ORV_EXPORT void BLAS(t##gemm_mscale)(const i64* m, const i64* n, const T* beta, T* c, const i64* ldc)              \
     {                                                                                                                  \
         mscale(*m, *n, *beta, c, *ldc);                                                                                \

@@ -101,7 +101,6 @@ TEST(LoopOrder, takes_operands_that_the_caller_has_packed)
                     const Problem<T> p = {"ntc"[turn % 3], "tcn"[turn / 3 % 3], m, n, k, scalar<T>(0.7, 0.4), beta};
                     Operands<T> x(p.padded(turn % 2, turn % 3, turn % 4), {}, turn);
                     Desc<T> desc = bound<T>(7, 13, 12);
-                    desc.in_place = 1; // does not concern panels
                     Panels<T> packed(x, desc);
                     const bool a_ready = version != 0x20, b_ready = version == 0x20 || version == 0x40;
                     ProbeScope probe;
