@@ -14,9 +14,11 @@ template <int rows, int cols, class S, class D> ORV_INLINE void tile(const S& so
     for (int j = 0; j < cols; j += lanes) {
         vec<typename S::element> v[rows / lanes][lanes];
 #pragma GCC unroll 12
-        for (int i = 0; i < rows; ++i) v[i / lanes][i % lanes] = source.template get<lanes>(i, j);
-        if constexpr (lanes > 1)
-            for (auto& square : v) transpose(square);
+        for (int i = 0; i < rows; i += lanes) {
+#pragma GCC unroll 4
+            for (int k = 0; k < lanes; ++k) v[i / lanes][k] = source.template get<lanes>(i + k, j);
+            if constexpr (lanes > 1) transpose(v[i / lanes]);
+        }
 #pragma GCC unroll 4
         for (int k = 0; k < lanes; ++k)
 #pragma GCC unroll 12

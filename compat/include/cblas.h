@@ -16,7 +16,12 @@ extern "C" {
 #define CBLAS_INDEX size_t /* a position, counted from 0 */
 
 typedef enum CBLAS_LAYOUT { CblasRowMajor = 101, CblasColMajor = 102 } CBLAS_LAYOUT;
-typedef enum CBLAS_TRANSPOSE { CblasNoTrans = 111, CblasTrans = 112, CblasConjTrans = 113 } CBLAS_TRANSPOSE;
+typedef enum CBLAS_TRANSPOSE {
+    CblasNoTrans = 111,
+    CblasTrans = 112,
+    CblasConjTrans = 113,
+    CblasConjNoTrans = 114
+} CBLAS_TRANSPOSE;
 #define CBLAS_ORDER CBLAS_LAYOUT
 
 /* ---- Vectors */
@@ -97,6 +102,35 @@ void cblas_cgemm(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE transa, CBLAS_TRANSPOSE tr
                  const void* alpha, const void* a, int lda, const void* b, int ldb, const void* beta, void* c, int ldc);
 void cblas_zgemm(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE transa, CBLAS_TRANSPOSE transb, int m, int n, int k,
                  const void* alpha, const void* a, int lda, const void* b, int ldb, const void* beta, void* c, int ldc);
+
+/* ---- Copies and sums of matrices (told in <orv/trans.h>), beyond the standard; CblasConjNoTrans is for these alone */
+
+void cblas_somatcopy(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE trans, int rows, int cols, float alpha, const float* a,
+                     int lda, float* b, int ldb);
+void cblas_domatcopy(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE trans, int rows, int cols, double alpha, const double* a,
+                     int lda, double* b, int ldb);
+void cblas_comatcopy(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE trans, int rows, int cols, const void* alpha, const void* a,
+                     int lda, void* b, int ldb);
+void cblas_zomatcopy(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE trans, int rows, int cols, const void* alpha, const void* a,
+                     int lda, void* b, int ldb);
+void cblas_simatcopy(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE trans, int rows, int cols, float alpha, float* ab, int lda,
+                     int ldb);
+void cblas_dimatcopy(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE trans, int rows, int cols, double alpha, double* ab, int lda,
+                     int ldb);
+void cblas_cimatcopy(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE trans, int rows, int cols, const void* alpha, void* ab,
+                     int lda, int ldb);
+void cblas_zimatcopy(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE trans, int rows, int cols, const void* alpha, void* ab,
+                     int lda, int ldb);
+
+/* C := alpha*A + beta*C; a factor of 0 leaves its matrix unread. */
+void cblas_sgeadd(CBLAS_LAYOUT layout, int rows, int cols, float alpha, const float* a, int lda, float beta, float* c,
+                  int ldc);
+void cblas_dgeadd(CBLAS_LAYOUT layout, int rows, int cols, double alpha, const double* a, int lda, double beta,
+                  double* c, int ldc);
+void cblas_cgeadd(CBLAS_LAYOUT layout, int rows, int cols, const void* alpha, const void* a, int lda, const void* beta,
+                  void* c, int ldc);
+void cblas_zgeadd(CBLAS_LAYOUT layout, int rows, int cols, const void* alpha, const void* a, int lda, const void* beta,
+                  void* c, int ldc);
 
 /* Called for a bad argument, with its position counted from 1 (the layout is the first) and the routine's name. A
    program may define its own in place of the library's, which prints a line and returns. */

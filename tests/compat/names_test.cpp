@@ -36,6 +36,15 @@ std::set<std::string> routines()
     return names;
 }
 
+// What the interfaces offer beyond the BLAS.
+std::set<std::string> extensions()
+{
+    std::set<std::string> names;
+    for (const char t : std::string("sdcz"))
+        for (const char* rest : {"omatcopy", "imatcopy", "geadd"}) names.insert(t + std::string(rest));
+    return names;
+}
+
 bool is_sparse(const std::string& name)
 {
     return std::regex_match(name, std::regex("[sdcz](axpyi|dot[uc]?i|gthrz?|sctr|roti)"));
@@ -54,6 +63,8 @@ TEST(Names, the_stand_in_exports_the_standard_names_and_no_others)
         const std::string c = "cblas_" + name + (sub ? "_sub" : "");
         expected.insert({c, c + "_64", c + "64_"});
     }
+    for (const std::string& name : extensions())
+        expected.insert({name + "_", name + "_64_", "cblas_" + name, "cblas_" + name + "_64", "cblas_" + name + "64_"});
     EXPECT_EQ(exported(ORV_BLAS), expected);
 }
 

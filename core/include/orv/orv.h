@@ -14,6 +14,7 @@
 #include <orv/settings.h>
 #include <orv/status.h>
 #include <orv/threads.h>
+#include <orv/trans.h>
 #include <orv/types.h>
 
 #endif
