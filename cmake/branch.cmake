@@ -1,6 +1,7 @@
 # liborv_mc3.so: every kernel, built for SSE4.2 and nothing wider.
 file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/frame/*.cpp ${PROJECT_SOURCE_DIR}/blas/*.cpp
-     ${PROJECT_SOURCE_DIR}/blas/gemm/*.cpp ${PROJECT_SOURCE_DIR}/trans/*.cpp)
+     ${PROJECT_SOURCE_DIR}/blas/gemm/*.cpp ${PROJECT_SOURCE_DIR}/trans/*.cpp
+     ${PROJECT_SOURCE_DIR}/xblas/*.cpp)
 add_library(orv_mc3 MODULE ${sources})
 
 target_compile_options(orv_mc3 PRIVATE
@@ -16,10 +17,11 @@ target_compile_definitions(orv_mc3 PRIVATE
   __NO_INLINE__)                   # the C library's headers put strtol in place of atol
 
 # Imports are resolved at run time from the core library and the C library, so nothing is linked but libdl.
-# The branch calls its own kernels directly; what a caller may replace is imported, never defined here.
+# The branch calls its own kernels directly. What a caller may replace is imported, or defined here and listed.
 set(map ${PROJECT_SOURCE_DIR}/frame/branch.map)
-set_target_properties(orv_mc3 PROPERTIES LINK_DEPENDS ${map})
-target_link_options(orv_mc3 PRIVATE -Wl,--version-script=${map} -Wl,-Bsymbolic -Wl,--hash-style=gnu -Wl,-z,relro,-z,now)
+set(replaceable ${PROJECT_SOURCE_DIR}/frame/replaceable.map)
+set_target_properties(orv_mc3 PROPERTIES LINK_DEPENDS "${map};${replaceable}")
+target_link_options(orv_mc3 PRIVATE -Wl,--version-script=${map} -Wl,-Bsymbolic -Wl,--dynamic-list=${replaceable} -Wl,--hash-style=gnu -Wl,-z,relro,-z,now)
 if(NOT ORV_SANITIZE)
   target_compile_options(orv_mc3 PRIVATE -fno-stack-protector)
   # Nothing is to be done when it is opened or closed, so it takes no start files either.

@@ -107,6 +107,9 @@ template <auto& F, class Function, class... P> auto on_values(Function function,
 #define ORV_PARAMETERS_11(type, F) ORV_PARAMETERS_10(type, F), type<F, 10> a10
 #define ORV_PARAMETERS_12(type, F) ORV_PARAMETERS_11(type, F), type<F, 11> a11
 #define ORV_PARAMETERS_13(type, F) ORV_PARAMETERS_12(type, F), type<F, 12> a12
+#define ORV_PARAMETERS_14(type, F) ORV_PARAMETERS_13(type, F), type<F, 13> a13
+#define ORV_PARAMETERS_15(type, F) ORV_PARAMETERS_14(type, F), type<F, 14> a14
+#define ORV_PARAMETERS_16(type, F) ORV_PARAMETERS_15(type, F), type<F, 15> a15
 
 #define ORV_NAMES_1 a0
 #define ORV_NAMES_2 ORV_NAMES_1, a1
@@ -121,3 +124,6 @@ template <auto& F, class Function, class... P> auto on_values(Function function,
 #define ORV_NAMES_11 ORV_NAMES_10, a10
 #define ORV_NAMES_12 ORV_NAMES_11, a11
 #define ORV_NAMES_13 ORV_NAMES_12, a12
+#define ORV_NAMES_14 ORV_NAMES_13, a13
+#define ORV_NAMES_15 ORV_NAMES_14, a14
+#define ORV_NAMES_16 ORV_NAMES_15, a15

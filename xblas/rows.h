@@ -1,0 +1,185 @@
+// How the rows of a stored matrix lie in memory. Whatever the storage, a row is a few walks over it, one behind the
+// other in the order of the columns, and a product with a vector is the sum of the products of its walks.
+#pragma once
+
+#include "xblas/closing.h"
+
+namespace orv::xblas {
+
+// count elements: the first at `at`, the next a step further, and the step grows by bend each time.
+struct Walk {
+    i64 at, step, bend, count;
+};
+constexpr Walk without_first(Walk w) { return {w.at + w.step, w.step + w.bend, w.bend, w.count - 1}; }
+constexpr Walk backwards(Walk w)
+{
+    const i64 last_step = w.step + (w.count - 2) * w.bend;
+    return {w.at + (w.count - 1) * (w.step + last_step) / 2, -last_step, w.bend, w.count};
+}
+
+enum class Use { stored, conjugated, real_part };
+
+struct Row {
+    i64 first_column;
+    int parts;
+    struct Part {
+        Walk walk;
+        Use use;
+    } part[3];
+};
+
+// ---- Storages of a symmetric, Hermitian or triangular matrix ----------------------------------------------------
+//
+// before(i): elements (i, 0..i-1), those that are stored at all.    from_diagonal(i): (i, i), (i, i+1), ...
+// Which of the two runs along the storage depends on the triangle and the order.
+
+constexpr bool rows_run_before(Order order, Uplo uplo)
+{
+    return (order == Order::column_major && uplo == Uplo::upper) || (order == Order::row_major && uplo == Uplo::lower);
+}
+
+// Full and band storage: k diagonals beside the main one, which starts at `diagonal` and goes on by lda + 1 or lda.
+struct Half {
+    i64 n, k, diagonal, diagonal_step, step_before, step_behind;
+
+    static Half full(Order order, Uplo uplo, i64 n, i64 lda)
+    {
+        if (rows_run_before(order, uplo)) return {n, n, 0, lda + 1, 1, lda};
+        return {n, n, 0, lda + 1, lda, 1};
+    }
+    static Half band(Order order, Uplo uplo, i64 n, i64 k, i64 lda)
+    {
+        if (rows_run_before(order, uplo)) return {n, k, k, lda, 1, lda - 1};
+        return {n, k, 0, lda, lda - 1, 1};
+    }
+    Walk before(i64 i) const
+    {
+        const i64 count = min(i, k);
+        return {diagonal + i * diagonal_step - count * step_before, step_before, 0, count};
+    }
+    Walk from_diagonal(i64 i) const { return {diagonal + i * diagonal_step, step_behind, 0, min(n - i, k + 1)}; }
+};
+
+// Column after column, or row after row, without gaps.
+struct PackedHalf {
+    i64 n;
+    bool run_before;
+
+    Walk before(i64 i) const
+    {
+        if (run_before) return {i * (i + 1) / 2, 1, 0, i};
+        return {i, n - 1, -1, i};
+    }
+    Walk from_diagonal(i64 i) const
+    {
+        if (run_before) return {i * (i + 1) / 2 + i, i + 1, 1, n - i};
+        return {i * (2 * n - i + 1) / 2, 1, 0, n - i};
+    }
+};
+
+// ---- Rows of whole matrices -------------------------------------------------------------------------------------
+
+template <class Storage> struct SymmetricRows {
+    Storage half;
+    Row row(i64 i) const
+    {
+        const Walk before = half.before(i);
+        return {i - before.count, 2, {{before, Use::stored}, {half.from_diagonal(i), Use::stored}}};
+    }
+};
+
+// One side of the diagonal is the conjugate of what is stored; of the diagonal only the real part is read.
+template <class Storage> struct HermitianRows {
+    Storage half;
+    bool conjugate_before;
+    Row row(i64 i) const
+    {
+        const Walk before = half.before(i), rest = half.from_diagonal(i);
+        return {i - before.count,
+                3,
+                {{before, conjugate_before ? Use::conjugated : Use::stored},
+                 {{rest.at, 0, 0, 1}, Use::real_part},
+                 {without_first(rest), conjugate_before ? Use::stored : Use::conjugated}}};
+    }
+};
+
+// Every element is stored.
+struct DenseRows {
+    i64 columns, step, row_step;
+    Use use;
+    Row row(i64 i) const { return {0, 1, {{{i * row_step, step, 0, columns}, use}}}; }
+};
+
+// ---- Products ---------------------------------------------------------------------------------------------------
+
+// Adds row*v to sum, or to four sums. a: the matrix, v: element first_column of the vector.
+template <class P, class A, class B, class Sums>
+ORV_INLINE void add_row(const Row& row, const A* a, Several<B> v, Sums& sums)
+{
+    for (int p = 0; p < row.parts; ++p) {
+        const Walk& walk = row.part[p].walk;
+        if (is_complex<A> && row.part[p].use == Use::real_part) add_real_part<P>(a + walk.at, v, sums);
+        else
+            add_products<P>(walk.count,
+                            Shared<A>{a + walk.at, walk.step, walk.bend, sign(row.part[p].use == Use::conjugated)}, v,
+                            sums);
+        v.at += walk.count * v.step;
+    }
+}
+template <class P, class A, class B, class Sum> ORV_INLINE void add_real_part(const A* a, Several<B> v, Sum& sum)
+{
+    using N = typename P::One;
+    const auto real = factor<N>(reinterpret_cast<const real_t<A>*>(a));
+    sum = plus(sum, product(real, factor<N>(v.at, v.sign)));
+}
+template <class P, class A, class B> ORV_INLINE void add_real_part(const A* a, Several<B> v, FourSums<P, A, B>& sums)
+{
+    using N = typename P::Four;
+    const auto real = factor<N>(reinterpret_cast<const real_t<A>*>(a));
+    for (int g = 0; g < sums.groups; ++g) {
+        sums.group[g] = plus(sums.group[g], product(real, factor<N>(v.at, v.sign, v.apart)));
+        v.at += sums.lanes * v.apart;
+    }
+}
+
+template <class P, class A, class B> ORV_INLINE auto row_sum(const Row& row, const A* a, Several<B> v)
+{
+    v.at += row.first_column * v.step;
+    sum_of<typename P::One, A, B> sum{};
+    add_row<P>(row, a, v, sum);
+    return sum;
+}
+
+// y := alpha*A*x + beta*y in the form of close, for n rows; or the same with a head and a tail of x.
+template <class P, class Rows, class T, class A, class... B>
+void multiply(i64 n, const Rows& rows, const A* a, i64 incx, const Closing<P, T>& close, T* y, i64 incy, const B*... x)
+{
+    for (i64 i = 0; i < n; ++i, y += incy) {
+        const Row row = rows.row(i);
+        close(row_sum<P>(row, a, Several<B>{x, incx})..., y);
+    }
+}
+
+// C := alpha*A*B + beta*C in the form of close. b: column 0 of B, as Several with apart the step from column to column.
+template <class P, class Rows, class T, class A, class B>
+void multiply(i64 m, i64 n, const Rows& rows, const A* a, Several<B> b, const Closing<P, T>& close, T* c, i64 row_step,
+              i64 column_step)
+{
+    for (i64 i = 0; i < m; ++i, c += row_step) {
+        const Row row = rows.row(i);
+        const auto column = [&](i64 j) {
+            Several<B> v = b;
+            v.at += j * v.apart;
+            return v;
+        };
+        i64 j = 0;
+        for (; j + 4 <= n; j += 4) {
+            FourSums<P, A, B> sums;
+            add_row<P>(row, a, column(j), sums);
+            for (int l = 0; l < 4; ++l) close(result(sums, l), c + (j + l) * column_step);
+        }
+        for (; j < n; ++j) close(row_sum<P>(row, a, column(j)), c + j * column_step);
+    }
+}
+
+} // namespace orv::xblas

@@ -1,0 +1,50 @@
+// Sums of products, the inner loops of the whole folder. They know elements, steps and an arithmetic, and nothing of
+// routines: each is compiled once, in sums_*.cpp.
+#pragma once
+
+#include "xblas/arithmetic.h"
+
+namespace orv::xblas {
+
+// The operand that all results share: an element every step, and step grows by bend from one element to the next, as it
+// does along a row of a packed triangle. sign: -1 takes conjugates.
+template <class S> struct Shared {
+    const S* at;
+    i64 step, bend = 0;
+    double sign = 1;
+};
+
+// The operands that differ: result number i has its first element i*apart elements behind that of result 0.
+template <class L> struct Several {
+    const L* at;
+    i64 step, apart = 0;
+    double sign = 1;
+};
+
+// Four running sums, two a register where the arithmetic is in doubles.
+template <class P, class S, class L> struct FourSums {
+    using N = typename P::Four;
+    static constexpr int lanes = lanes_of<typename N::lane>, groups = 4 / lanes;
+    sum_of<N, S, L> group[groups] = {};
+};
+
+// sum := sum + s(0)*v(0) + s(1)*v(1) + ... + s(n-1)*v(n-1), added in this order.
+template <class P, class S, class L>
+void add_products(i64 n, Shared<S> s, Several<L> v, sum_of<typename P::One, S, L>& sum);
+template <class P, class S, class L> void add_products(i64 n, Shared<S> s, Several<L> v, FourSums<P, S, L>& sums);
+
+// Result number i of four.
+template <class D> ORV_INLINE dd<double> lane(dd<D> sum, int i) { return {sum.h[i], sum.l[i]}; }
+ORV_INLINE double lane(two sum, int i) { return sum[i]; }
+ORV_INLINE float lane(float sum, int) { return sum; }
+template <class N> ORV_INLINE auto lane(cpx<N> sum, int i)
+{
+    return cpx<decltype(lane(sum.re, i))>{lane(sum.re, i), lane(sum.im, i)};
+}
+template <class P, class S, class L> ORV_INLINE auto result(const FourSums<P, S, L>& sums, int i)
+{
+    constexpr int lanes = FourSums<P, S, L>::lanes;
+    return lane(sums.group[i / lanes], i % lanes);
+}
+
+} // namespace orv::xblas
