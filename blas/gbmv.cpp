@@ -24,7 +24,7 @@ void gbmv(Op op, i64 m, i64 n, i64 kl, i64 ku, T alpha, const T* a, i64 lda, con
     if (alpha == zero<T>) return;
     const auto multiply = [&]<Pass pass>() {
         const i64 columns = min(n, m + ku); // those behind have no rows
-        structured_mv<pass>(GeneralBand<const T>{a, lda, m, kl, ku}, m, columns, alpha, x, incx, y, incy);
+        structured_mv<pass>(GeneralBand<const T>{a, lda, m, kl, ku}, m, columns, factor<T>(alpha), x, incx, y, incy);
     };
     if (op == Op::none) return multiply.template operator()<Pass{.direct = true}>();
     if constexpr (is_complex<T>)

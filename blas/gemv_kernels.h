@@ -44,6 +44,7 @@ template <class T> struct Multiplicand {
 template <class R> struct Multiplicand<cpx<R>> {
     vec<cpx<R>> re, im;
     explicit Multiplicand(vec<cpx<R>> x) : re(real_parts(x)), im(imaginary_parts(x)) {}
+    Multiplicand(vec<cpx<R>> re, vec<cpx<R>> im) : re(re), im(im) {}
 };
 
 // The sum of products of registers of A and x, lane by lane.
@@ -51,6 +52,7 @@ template <class T> struct Sum {
     vec<T> sum;
     explicit Sum(vec<T> start = zeros<T>()) : sum(start) {}
     ORV_INLINE void add(vec<T> a, const Multiplicand<T>& x) { sum += a * x.x; }
+    ORV_INLINE void begin(vec<T> a, const Multiplicand<T>& x) { add(a, x); }
     template <Op> ORV_INLINE vec<T> value() const { return sum; }
     ORV_INLINE Sum folded() const { return Sum(fold_lanes(sum)); }
 };
@@ -62,6 +64,12 @@ template <class R> struct Sum<cpx<R>> {
     {
         re += lane_product(a, x.re);
         im += lane_product(a, x.im);
+    }
+    // The first product, where the start has a real factor.
+    ORV_INLINE void begin(vec<T> a, const Multiplicand<T>& x)
+    {
+        re += lane_product(a, x.re);
+        im = lane_product(a, x.im);
     }
     template <Op op> ORV_INLINE vec<T> value() const
     {
@@ -87,6 +95,12 @@ template <class T, int rows_> struct Piece {
     {
         return load_first < rows < lanes ? rows : lanes > (p + r * lanes);
     }
+    // Ready to multiply; where the load can repeat the parts, the shuffle ports stay free.
+    ORV_INLINE static Multiplicand<T> multiplicand(const T* p, int r)
+    {
+        if constexpr (is_complex<T> && lanes == 1) return {load_re_twice(p + r), load_im_twice(p + r)};
+        else return Multiplicand<T>(load(p, r));
+    }
     ORV_INLINE static void store(T* p, int r, vec<T> v) { store_first < rows<lanes ? rows : lanes>(p + r * lanes, v); }
 };
 
@@ -101,10 +115,10 @@ template <int rows, class T, class Body> ORV_INLINE void tails(i64 i, i64 m, con
 template <int block, class T, class Body> ORV_INLINE void each_piece(i64 m, const Body& body)
 {
     constexpr int tail = block > 16 ? 16 : block / 2;
-    static_assert(block == 24 || block == 2 * tail);
+    static_assert(block == 24 || block == 2 * tail || block == 1);
     i64 i = 0;
     for (; i + block <= m; i += block) body(Piece<T, block>{}, i);
-    tails<tail, T>(i, m, body);
+    if constexpr (tail > 0) tails<tail, T>(i, m, body);
 }
 
 } // namespace orv::blas

@@ -49,11 +49,11 @@ template <class T, bool unit> struct Elements {
     ORV_INLINE T* operator+(i64 i) const { return unit ? v + i : v + i * inc; }
 };
 
-// The operands as rows and as columns of B index them, and whether this pass is to take the diagonal too.
+// The operands as rows and as columns of B index them.
 template <class T, bool unit> struct Operands {
     Elements<const T, unit> x_row, x_column;
     Elements<T, unit> y_row, y_column;
-    bool diagonal;
+    bool diagonal; // whether this pass is to take the diagonal too
 };
 
 // body<k>() for k = from..to-1.
@@ -65,16 +65,30 @@ template <int from, int to, class Body> ORV_INLINE void unrolled(const Body& bod
     }
 }
 
+// The real part of an element, in all lanes.
+template <class T> ORV_INLINE vec<T> splat_real(const T* p)
+{
+    const auto re = reinterpret_cast<const real_t<T>&>(*p);
+    if constexpr (is_complex<T>) return splat(T{re, re});
+    else return splat(re);
+}
+
+// Rows that go together: two registers of reals; of complex numbers, which take twice the sums, one.
+template <class T> constexpr int block = (is_complex<T> ? 1 : 2) * vec<T>::lanes;
+
 // Columns j..j+columns-1 of B in the rows of the window.
 template <Pass pass, int columns, class T, class Storage, bool unit>
-ORV_INLINE void strip(const Storage& b, i64 j, Rows window, T alpha, const Operands<T, unit>& v)
+ORV_INLINE void strip(const Storage& b, i64 j, Rows window, const factor<T>& alpha, const Operands<T, unit>& v)
 {
     const auto column = [&](int c) { return b.column(j + min(c, columns - 1)); };
     const T* const at[4] = {column(0), column(1), column(2), column(3)};
-    const auto scaled = [&](int c) { return alpha * *(v.x_column + (j + min(c, columns - 1))); };
-    const T f[4] = {scaled(0), scaled(1), scaled(2), scaled(3)};
-    const Multiplicand<T> factors[4] = {Multiplicand<T>(splat(f[0])), Multiplicand<T>(splat(f[1])),
-                                        Multiplicand<T>(splat(f[2])), Multiplicand<T>(splat(f[3]))};
+    const auto scaled = [&](int c) {
+        if constexpr (pass.direct) return alpha * splat(*(v.x_column + (j + min(c, columns - 1))));
+        else return zeros<T>();
+    };
+    const vec<T> f[4] = {scaled(0), scaled(1), scaled(2), scaled(3)};
+    const Multiplicand<T> factors[4] = {Multiplicand<T>(f[0]), Multiplicand<T>(f[1]), Multiplicand<T>(f[2]),
+                                        Multiplicand<T>(f[3])};
     Sum<T> sums[columns];
 
     // A piece of the rows that columns from..to-1 of the strip have.
@@ -82,12 +96,13 @@ ORV_INLINE void strip(const Storage& b, i64 j, Rows window, T alpha, const Opera
     {
 #pragma GCC unroll 8
         for (int r = 0; r < Piece::registers; ++r) {
-            const Multiplicand<T> x(pass.across == Op::none ? zeros<T>() : Piece::load(v.x_row + i, r));
+            const Multiplicand<T> x =
+                pass.across == Op::none ? Multiplicand<T>(zeros<T>()) : Piece::multiplicand(v.x_row + i, r);
             Sum<T> y(pass.direct ? Piece::load(v.y_row + i, r) : zeros<T>());
 #pragma GCC unroll 4
             for (int c = from; c < to; ++c) {
                 const vec<T> element = Piece::load(at[c] + i, r);
-                if constexpr (pass.direct) y.add(element, factors[c]);
+                if constexpr (pass.direct) c == from ? y.begin(element, factors[c]) : y.add(element, factors[c]);
                 if constexpr (pass.across != Op::none) sums[c].add(element, x);
             }
             if constexpr (pass.direct) Piece::store(v.y_row + i, r, y.template value<Op::none>());
@@ -111,7 +126,7 @@ ORV_INLINE void strip(const Storage& b, i64 j, Rows window, T alpha, const Opera
     } else {
         if constexpr (pass.align_y)
             if (i < end && !is_aligned(v.y_row + i, vector_bytes)) add.template operator()<0, columns>(One{}, i++);
-        each_piece<2 * vec<T>::lanes, T>(
+        each_piece<block<T>, T>(
             end - i, [&]<class Piece>(Piece piece, i64 row)
                          __attribute__((always_inline)) { add.template operator()<0, columns>(piece, i + row); });
     }
@@ -123,17 +138,17 @@ ORV_INLINE void strip(const Storage& b, i64 j, Rows window, T alpha, const Opera
     if constexpr (pass.across != Op::none)
 #pragma GCC unroll 4
         for (int c = 0; c < columns; ++c) {
-            T& y = *(v.y_column + (j + c));
-            T sum = y;
+            T* const to = v.y_column + (j + c);
+            vec<T> y = One::load(to, 0);
             // The diagonal of a Hermitian matrix is real; its imaginary part is not read.
             if constexpr (pass.both())
-                if (v.diagonal) sum = sum + reinterpret_cast<const real_t<T>&>(at[c][j + c]) * f[c];
-            y = sum + alpha * first_lane(sums[c].folded().template value<pass.across>());
+                if (v.diagonal) y += lane_product(splat_real(at[c] + (j + c)), f[c]);
+            One::store(to, 0, y + alpha * sums[c].folded().template value<pass.across>());
         }
 }
 
 template <Pass pass, class T, class Storage, bool unit>
-ORV_INLINE void strips(const Storage& b, Rows columns, Rows window, T alpha, const Operands<T, unit>& v)
+[[gnu::noinline]] void strips(Storage b, Rows columns, Rows window, factor<T> alpha, Operands<T, unit> v)
 {
     for (i64 j = columns.from; j < columns.to;) {
         const i64 together = b.rows(j).to;
@@ -143,42 +158,55 @@ ORV_INLINE void strips(const Storage& b, Rows columns, Rows window, T alpha, con
     }
 }
 
-// Copies of the vectors go along with 128 columns, and windows of some hundred rows of them.
+// Strided vectors go in copies: x and y of all rows that a block of columns meets, itself included, if that fits on a
+// small stack; else of 128 columns and of windows of rows.
 template <Pass pass, class T, class Storage>
-void strided_strips(const Storage& b, i64 n, T alpha, const T* x, i64 incx, T* y, i64 incy)
+void strided_strips(const Storage& b, i64 n, const factor<T>& alpha, const T* x, i64 incx, T* y, i64 incy)
 {
-    constexpr i64 block_columns = 128, window_rows = 8192 / sizeof(T);
-    Stretch<T, block_columns> x_columns;
+    constexpr i64 window_rows = 8192 / sizeof(T), block_columns = 128;
     Stretch<T, window_rows> x_rows, y_rows;
-    for (i64 j = 0; j < n; j += block_columns) {
+    Stretch<T, block_columns> x_columns;
+    alignas(vector_bytes) T gain[block_columns]; // of the columns' own elements of y, which may be among the rows too
+    Operands<T, true> v;
+    for (i64 j = 0; j < n;) {
+        if constexpr (pass.both()) {
+            const Rows columns{j, min(n, j + window_rows / 2)};
+            const Rows met{min(b.rows(j).from, j), max(b.rows(columns.to - 1).to, columns.to)};
+            const i64 count = met.to - met.from;
+            if (count <= window_rows) {
+                v.x_row.v = v.x_column.v = x_rows.gather(count, x + met.from * incx, incx) - met.from;
+                v.y_row.v = v.y_column.v = y_rows.gather(count, y + met.from * incy, incy) - met.from;
+                v.diagonal = true;
+                strips<pass>(b, columns, met, alpha, v);
+                y_rows.scatter(count, y + met.from * incy, incy);
+                j = columns.to;
+                continue;
+            }
+        }
         const Rows columns{j, min(n, j + block_columns)};
-        const Rows rows{b.rows(columns.from).from, b.rows(columns.to - 1).to};
-        // What the columns' own elements of y gain, which may be among the rows too.
-        alignas(vector_bytes) T gain[block_columns];
-        for (i64 c = 0; c < block_columns; ++c) gain[c] = zero<T>;
-        Operands<T, true> v;
+        const Rows rows{b.rows(j).from, b.rows(columns.to - 1).to};
+        for (T& e : gain) e = zero<T>;
         v.y_column.v = gain - j;
         if constexpr (pass.direct) v.x_column.v = x_columns.gather(columns.to - j, x + j * incx, incx) - j;
-        v.diagonal = true;
-        i64 i = rows.from;
-        do {
+        for (i64 i = rows.from; i < rows.to;) {
             const Rows window{i, min(rows.to, i + window_rows)};
-            const i64 count = window.to - window.from;
+            const i64 count = window.to - i;
             if constexpr (pass.across != Op::none) v.x_row.v = x_rows.gather(count, x + i * incx, incx) - i;
             if constexpr (pass.direct) v.y_row.v = y_rows.gather(count, y + i * incy, incy) - i;
+            v.diagonal = i == rows.from;
             strips<pass>(b, columns, window, alpha, v);
             if constexpr (pass.direct) y_rows.scatter(count, y + i * incy, incy);
-            v.diagonal = false;
             i = window.to;
-        } while (i < rows.to);
+        }
         if constexpr (pass.across != Op::none)
             for (i64 c = j; c < columns.to; ++c) y[c * incy] = y[c * incy] + gain[c - j];
+        j = columns.to;
     }
 }
 
 // The pass over columns 0..n-1 of B, of m rows. x and y are elements 0, whatever the sign of the strides.
 template <Pass pass, class T, class Storage>
-void structured_mv(const Storage& b, i64 m, i64 n, T alpha, const T* x, i64 incx, T* y, i64 incy)
+void structured_mv(const Storage& b, i64 m, i64 n, const factor<T>& alpha, const T* x, i64 incx, T* y, i64 incy)
 {
     if constexpr (pass.one_lane)
         strips<pass>(b, {0, n}, {0, m}, alpha, Operands<T, false>{{x, incx}, {x, incx}, {y, incy}, {y, incy}, true});

@@ -41,7 +41,7 @@ void symv(char uplo, i64 n, T alpha, const Storage& triangle, const T* x, i64 in
     const auto multiply = [&]<Half half>() {
         const OffDiagonal<half, decltype(triangle.template operator()<half>())> side{
             triangle.template operator()<half>()};
-        structured_mv<pass<way, T>>(side, n, n, alpha, x, incx, y, incy);
+        structured_mv<pass<way, T>>(side, n, n, factor<T>(alpha), x, incx, y, incy);
     };
     if (half_of(uplo) == Half::upper) multiply.template operator()<Half::upper>();
     else multiply.template operator()<Half::lower>();
