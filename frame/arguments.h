@@ -28,10 +28,10 @@ template <std::size_t length> constexpr bool one_of(char letter, const char (&le
     return false;
 }
 
-template <class T>
-constexpr int gemm(char transa, char transb, i64 m, i64 n, i64 k, T, const T*, i64 lda, const T*, i64 ldb, T, const T*,
-                   i64 ldc)
-{
+// The checks are objects, so that a table can name one; `auto` is what no check looks at: scalars and arrays.
+
+constexpr auto gemm = [](char transa, char transb, i64 m, i64 n, i64 k, auto, auto, i64 lda, auto, i64 ldb, auto, auto,
+                         i64 ldc) {
     if (!one_of(transa, "NTC")) return 1;
     if (!one_of(transb, "NTC")) return 2;
     if (m < 0) return 3;
@@ -41,11 +41,11 @@ constexpr int gemm(char transa, char transb, i64 m, i64 n, i64 k, T, const T*, i
     if (ldb < max(1, fold(transb) == 'N' ? k : n)) return 10;
     if (ldc < max(1, m)) return 13;
     return 0;
-}
+};
 
-template <class T>
-constexpr int gemv(char trans, i64 m, i64 n, T, const T*, i64 lda, const T*, i64 incx, T, const T*, i64 incy)
-{
+// General matrices and vectors.
+
+constexpr auto gemv = [](char trans, i64 m, i64 n, auto, auto, i64 lda, auto, i64 incx, auto, auto, i64 incy) {
     if (!one_of(trans, "NTC")) return 1;
     if (m < 0) return 2;
     if (n < 0) return 3;
@@ -53,16 +53,123 @@ constexpr int gemv(char trans, i64 m, i64 n, T, const T*, i64 lda, const T*, i64
     if (incx == 0) return 8;
     if (incy == 0) return 11;
     return 0;
-}
+};
 
-template <class T> constexpr int ger(i64 m, i64 n, T, const T*, i64 incx, const T*, i64 incy, const T*, i64 lda)
-{
+constexpr auto gbmv = [](char trans, i64 m, i64 n, i64 kl, i64 ku, auto, auto, i64 lda, auto, i64 incx, auto, auto,
+                         i64 incy) {
+    if (!one_of(trans, "NTC")) return 1;
+    if (m < 0) return 2;
+    if (n < 0) return 3;
+    if (kl < 0) return 4;
+    if (ku < 0) return 5;
+    if (lda < 1 || lda - 1 - kl < ku) return 8; // kl + ku + 1 might overflow
+    if (incx == 0) return 10;
+    if (incy == 0) return 13;
+    return 0;
+};
+
+constexpr auto ger = [](i64 m, i64 n, auto, auto, i64 incx, auto, i64 incy, auto, i64 lda) {
     if (m < 0) return 1;
     if (n < 0) return 2;
     if (incx == 0) return 5;
     if (incy == 0) return 7;
     if (lda < max(1, m)) return 9;
     return 0;
+};
+
+// Products with symmetric and Hermitian matrices: full, band, packed.
+
+constexpr auto symv = [](char uplo, i64 n, auto, auto, i64 lda, auto, i64 incx, auto, auto, i64 incy) {
+    if (!one_of(uplo, "UL")) return 1;
+    if (n < 0) return 2;
+    if (lda < max(1, n)) return 5;
+    if (incx == 0) return 7;
+    if (incy == 0) return 10;
+    return 0;
+};
+
+constexpr auto sbmv = [](char uplo, i64 n, i64 k, auto, auto, i64 lda, auto, i64 incx, auto, auto, i64 incy) {
+    if (!one_of(uplo, "UL")) return 1;
+    if (n < 0) return 2;
+    if (k < 0) return 3;
+    if (lda <= k) return 6;
+    if (incx == 0) return 8;
+    if (incy == 0) return 11;
+    return 0;
+};
+
+constexpr auto spmv = [](char uplo, i64 n, auto, auto, auto, i64 incx, auto, auto, i64 incy) {
+    if (!one_of(uplo, "UL")) return 1;
+    if (n < 0) return 2;
+    if (incx == 0) return 6;
+    if (incy == 0) return 9;
+    return 0;
+};
+
+// Updates of these, by one vector and by two.
+
+constexpr auto syr = [](char uplo, i64 n, auto, auto, i64 incx, auto, i64 lda) {
+    if (!one_of(uplo, "UL")) return 1;
+    if (n < 0) return 2;
+    if (incx == 0) return 5;
+    if (lda < max(1, n)) return 7;
+    return 0;
+};
+
+constexpr auto spr = [](char uplo, i64 n, auto, auto, i64 incx, auto) {
+    if (!one_of(uplo, "UL")) return 1;
+    if (n < 0) return 2;
+    if (incx == 0) return 5;
+    return 0;
+};
+
+constexpr auto syr2 = [](char uplo, i64 n, auto, auto, i64 incx, auto, i64 incy, auto, i64 lda) {
+    if (!one_of(uplo, "UL")) return 1;
+    if (n < 0) return 2;
+    if (incx == 0) return 5;
+    if (incy == 0) return 7;
+    if (lda < max(1, n)) return 9;
+    return 0;
+};
+
+constexpr auto spr2 = [](char uplo, i64 n, auto, auto, i64 incx, auto, i64 incy, auto) {
+    if (!one_of(uplo, "UL")) return 1;
+    if (n < 0) return 2;
+    if (incx == 0) return 5;
+    if (incy == 0) return 7;
+    return 0;
+};
+
+// Products with triangular matrices and their solves: full, band, packed.
+
+constexpr int triangle(char uplo, char trans, char diag, i64 n)
+{
+    if (!one_of(uplo, "UL")) return 1;
+    if (!one_of(trans, "NTC")) return 2;
+    if (!one_of(diag, "UN")) return 3;
+    if (n < 0) return 4;
+    return 0;
 }
+
+constexpr auto trmv = [](char uplo, char trans, char diag, i64 n, auto, i64 lda, auto, i64 incx) {
+    if (const int bad = triangle(uplo, trans, diag, n)) return bad;
+    if (lda < max(1, n)) return 6;
+    if (incx == 0) return 8;
+    return 0;
+};
+
+constexpr auto tbmv = [](char uplo, char trans, char diag, i64 n, i64 k, auto, i64 lda, auto, i64 incx) {
+    if (const int bad = triangle(uplo, trans, diag, n)) return bad;
+    if (k < 0) return 5;
+    if (lda <= k) return 7;
+    if (incx == 0) return 9;
+    return 0;
+};
+
+constexpr auto tpmv = [](char uplo, char trans, char diag, i64 n, auto, auto, i64 incx) {
+    if (const int bad = triangle(uplo, trans, diag, n)) return bad;
+    if (incx == 0) return 7;
+    return 0;
+};
 
 } // namespace orv::arguments

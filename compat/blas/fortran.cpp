@@ -61,8 +61,7 @@ void checked(const char* name, Check check, P... pointers)
     extern "C" pointer_form<orv_##name, i##width> entry;                                                               \
     STANDARD void symbol(ORV_PARAMETERS_##arity(pointer##width##_argument, orv_##name))                                \
     {                                                                                                                  \
-        constexpr auto test = [](auto... values) { return arguments::check(values...); };                              \
-        checked<orv_##name, entry, i##width>(#name, test, ORV_NAMES_##arity);                                          \
+        checked<orv_##name, entry, i##width>(#name, arguments::check, ORV_NAMES_##arity);                              \
     }
 #define FORTRAN_CHECKED(arity, name, check)                                                                            \
     CHECKED_FORM(name##_, orv_blas_lp64_##name, 32, arity, name, check)                                                \
@@ -158,8 +157,5 @@ FORTRAN(4, zsctr)
 FORTRAN(6, sroti)
 FORTRAN(6, droti)
 
-FORTRAN_CHECKED(13, sgemm, gemm)
-FORTRAN_CHECKED(13, dgemm, gemm)
-FORTRAN_CHECKED(13, cgemm, gemm)
-FORTRAN_CHECKED(13, zgemm, gemm)
-FORTRAN_CHECKED(9, dger, ger)
+#define MATRIX(arity, name, check, mapping) FORTRAN_CHECKED(arity, name, check)
+#include "compat/blas/matrices.def"

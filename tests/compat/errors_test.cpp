@@ -3,6 +3,7 @@
 #include "tests/compat/errors.h"
 
 #include "tests/compat/expect.h"
+#include "tests/compat/helpers/level2.h"
 
 #include <orv/status.h>
 
@@ -178,41 +179,61 @@ TEST(Errors, gemm_reports_the_first_bad_argument_of_the_reference)
     }
 }
 
-struct GerCall {
-    int layout = 102;
-    i64 m = 3, n = 4, incx = 1, incy = -1, lda = 5;
-
-    void run(const Interface& via) const
-    {
-        std::vector<double> x(16, 1), y(16, 1), a(64, 1);
-        const auto untouched = a;
-        if (via.style == Style::cblas)
-            call<void>(via, "dger", layout, Int{m}, Int{n}, 1.0, x.data(), Int{incx}, y.data(), Int{incy}, a.data(),
-                       Int{lda});
-        else if (via.style == Style::value)
-            status = call<int>(via, "dger", Int{m}, Int{n}, 1.0, x.data(), Int{incx}, y.data(), Int{incy}, a.data(),
-                               Int{lda});
-        else call<void>(via, "dger", Int{m}, Int{n}, 1.0, x.data(), Int{incx}, y.data(), Int{incy}, a.data(), Int{lda});
-        EXPECT_TRUE(a == untouched);
-    }
-    mutable orv_status status = 0;
-};
-
-TEST(Errors, ger_reports_the_first_bad_argument_of_the_reference)
+// Spoils each argument of a routine of level 2 that is checked, by itself and with all that are looked at later.
+void level2_errors(const Interface& via, const Level2& routine, char type, int layout)
 {
-    for (const Interface& via : interfaces) {
-        const int shift = via.style == Style::cblas;
-        const Spoiler<GerCall> m{1 + shift, [](GerCall&c) { c.m = -1; }}, n{2 + shift, [](GerCall&c) { c.n = -1; }},
-            incx{5 + shift, [](GerCall&c) { c.incx = 0; }}, incy{7 + shift, [](GerCall&c) { c.incy = 0; }},
-            lda{9 + shift, [](GerCall&c) { c.lda = 2; }};
-        each_is_found_first(via, "dger", GerCall{}, {m, n, incx, incy, lda});
-        if (via.style != Style::cblas) continue;
-        const Spoiler<GerCall> layout{1, [](GerCall& c) { c.layout = 0; }, "Illegal layout setting, 0\n"};
-        GerCall rows;
-        rows.layout = 101;
-        each_is_found_first(via, "dger", GerCall{}, {layout});
-        each_is_found_first(via, "dger", rows, {n, m, incy, incx, lda});
+    const std::string name = type + std::string(routine.rest);
+    char arguments[most_words][8], order[most_words][8];
+    const int count = split(routine.arguments, arguments);
+    int tested = layout == 101 ? split(routine.by_rows, order) : 0;
+    if (layout != 101)
+        for (int i = 0; i < count; ++i)
+            if (checked_index(arguments[i]) >= 0) std::strcpy(order[tested++], arguments[i]);
+    void* const function = symbol(via.symbol(name));
+    const Passing passing = via.style == Style::cblas ? by_cblas : via.style == Style::value ? by_value : by_pointer;
+    for (int first = 0; first < tested; ++first) {
+        const std::string word = order[first];
+        const auto& spoilt = checked[checked_index(order[first])];
+        int position = via.style == Style::cblas ? 2 : 1;
+        for (int i = 0; arguments[i] != word; ++i) ++position;
+        std::string text;
+        if (via.style == Style::cblas && (word == "uplo" || word == "trans" || word == "diag"))
+            text = "Illegal " +
+                   std::string(word == "trans"  ? "TransA"
+                               : word == "uplo" ? "Uplo"
+                                                : "Diag") +
+                   " setting, " + std::to_string(spoilt.bad_value) + "\n";
+        for (const int last : {first + 1, tested}) {
+            SCOPED_TRACE(via.symbol(name) + " layout " + std::to_string(layout) + " " + word);
+            unsigned bad = 0;
+            for (int i = first; i < last; ++i) bad |= 1u << checked_index(order[i]);
+            const int status = call_level2(&routine, type, function, passing, layout, bad);
+            EXPECT_NE(status, -1000) << "something was written";
+            if (via.style == Style::value) {
+                EXPECT_EQ(status, -position);
+                EXPECT_EQ(orv_last_error(), "orv_" + name + ": argument " + std::to_string(position) +
+                                                " is not allowed; see the routine's description for its range");
+            }
+            const auto reports = take_reports();
+            if (via.style == Style::value) EXPECT_TRUE(reports.empty());
+            else EXPECT_EQ(reports, std::vector{expected_report(via, name, position, text)});
+        }
     }
+}
+
+TEST(Errors, level_2_reports_the_first_bad_argument_of_the_reference)
+{
+    for (const Interface& via : interfaces)
+        for (const Level2& routine : level2)
+            for (const char* type = routine.types; *type != '\0'; ++type) {
+                level2_errors(via, routine, *type, 102);
+                if (via.style != Style::cblas) continue;
+                level2_errors(via, routine, *type, 101);
+                const std::string name = *type + std::string(routine.rest);
+                call_level2(&routine, *type, symbol(via.symbol(name)), by_cblas, 7, ~0u);
+                EXPECT_EQ(take_reports(), std::vector{expected_report(via, name, 1, "Illegal layout setting, 7\n")});
+                if (testing::Test::HasFailure()) return;
+            }
 }
 
 // In the widths of 64 bits a dimension is not cut to 32.
@@ -235,12 +256,12 @@ TEST(Errors, the_native_interface_tells_the_users_handler_and_the_standard_ones_
 {
     const auto before = orv_set_argument_handler(handler);
     for (const Interface& via : interfaces) {
-        GerCall bad;
+        GemmCall<double> bad;
         bad.m = -1;
         bad.run(via);
         const auto told = take_reports();
-        ASSERT_EQ(told.size(), 1u) << via.symbol("dger");
-        EXPECT_EQ(told[0].routine == "handler", via.style == Style::value) << via.symbol("dger");
+        ASSERT_EQ(told.size(), 1u) << via.symbol("dgemm");
+        EXPECT_EQ(told[0].routine == "handler", via.style == Style::value) << via.symbol("dgemm");
     }
     orv_set_argument_handler(before);
 }

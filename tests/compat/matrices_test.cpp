@@ -1,4 +1,4 @@
-// Matrix routines through every interface, against naive loops.
+// Matrix products through every interface, against naive loops.
 #include "tests/compat/errors.h"
 #include "tests/compat/expect.h"
 
@@ -108,38 +108,6 @@ TEST(Matrices, gemm_sets_a_result_that_held_nan_when_beta_is_zero)
         else call<void>(via, "dgemm", 'N', 'N', Int{1}, Int{1}, Int{1}, 1.0, &a, Int{1}, &b, Int{1}, 0.0, &c, Int{1});
         EXPECT_EQ(c, 6);
     }
-}
-
-void ger(const Interface& via, bool by_rows, i64 m, i64 n, i64 incx, i64 incy)
-{
-    SCOPED_TRACE(via.symbol("dger") + (by_rows ? " rows" : " columns") + " m=" + std::to_string(m) +
-                 " n=" + std::to_string(n) + " incx=" + std::to_string(incx) + " incy=" + std::to_string(incy));
-    Random random;
-    const Vector<double> x(m, incx, random), y(n, incy, random);
-    const Matrix<double> a(m, n, by_rows, random);
-    std::vector<Expected> expected;
-    for (const double& element : a.storage) expected.emplace_back(element);
-    const double alpha = -1.25;
-    for (i64 i = 0; i < m; ++i)
-        for (i64 j = 0; j < n; ++j)
-            expected[a.index(i, j)] =
-                Expected().add(widen(a(i, j)), 1).add(widen(alpha) * widen(x[i]) * widen(y[j]), 2);
-    const int layout = by_rows ? row_major : column_major;
-    if (via.style == Style::cblas)
-        call<void>(via, "dger", layout, Int{m}, Int{n}, alpha, x.data(), x.step(), y.data(), y.step(), a.data(),
-                   a.step());
-    else call<void>(via, "dger", Int{m}, Int{n}, alpha, x.data(), x.step(), y.data(), y.step(), a.data(), a.step());
-    for (std::size_t i = 0; i < expected.size(); ++i) expect_near(a.storage[i], expected[i]);
-}
-
-TEST(Matrices, ger)
-{
-    for (const Interface& via : interfaces)
-        for (const bool by_rows : {false, true})
-            for (const auto& [m, n, incx, incy] :
-                 {std::array<i64, 4>{1, 1, 1, 1}, {7, 5, 1, 2}, {5, 8, -2, 1}, {20, 3, 3, -1}})
-                if (!by_rows || via.style == Style::cblas) ger(via, by_rows, m, n, incx, incy);
-    EXPECT_TRUE(take_reports().empty());
 }
 
 } // namespace

@@ -29,13 +29,20 @@ std::string in_words_of_cblas(const std::string& line)
                               "Parameter $2 to routine $1 was incorrect");
 }
 
+// Debian's library tells of a bad diag with the value of uplo in places.
+std::string without_option(const std::string& line)
+{
+    return std::regex_replace(line, std::regex(R"(Illegal (Uplo|Diag) setting, \d+ )"), "");
+}
+
 TEST(Reference, all_combinations_of_bad_arguments_are_reported_alike)
 {
     if (access(REFERENCE_BLAS, R_OK) != 0) GTEST_SKIP() << "no reference library at " REFERENCE_BLAS;
     const auto ours = lines_of(BAD_CALLS " " ORV_BLAS), reference = lines_of(BAD_CALLS " " REFERENCE_BLAS);
     ASSERT_EQ(ours.size(), reference.size());
-    ASSERT_GT(ours.size(), 1500u);
-    for (std::size_t i = 0; i < ours.size(); ++i) ASSERT_EQ(in_words_of_cblas(ours[i]), reference[i]);
+    ASSERT_GT(ours.size(), 2500u);
+    for (std::size_t i = 0; i < ours.size(); ++i)
+        ASSERT_EQ(without_option(in_words_of_cblas(ours[i])), without_option(reference[i]));
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-/* Dense BLAS: vectors, sparse vectors, matrix products.
+/* Dense BLAS: vectors, sparse vectors, matrix products; matrices and vectors in <orv/matrix_vector.h>.
 
    Letters: s float, d double, c and z their complex numbers; two letters where types are mixed (zdscal: a complex
    vector times a double). All numbers pass by value, all dimensions and strides as int64_t.
@@ -24,11 +24,12 @@
    pointer before the other arguments. A bad argument goes to orv_serv_xerbla, and nothing is written.
 
    Sources: Lawson, Hanson, Kincaid, Krogh, ACM TOMS 5 (1979) 308-323 (vectors); Dodson, Grimes, Lewis, TOMS 17 (1991)
-   253-263 (sparse vectors); Dongarra, Du Croz, Hammarling, Hanson, TOMS 14 (1988) 1-17 (ger); Dongarra, Du Croz,
-   Hammarling, Duff, TOMS 16 (1990) 1-17 (gemm); Blackford et al., TOMS 28 (2002) 135-151 (axpby). */
+   253-263 (sparse vectors); Dongarra, Du Croz, Hammarling, Duff, TOMS 16 (1990) 1-17 (gemm); Blackford et al., TOMS 28
+   (2002) 135-151 (axpby). */
 #ifndef ORV_BLAS_H
 #define ORV_BLAS_H
 
+#include <orv/matrix_vector.h>
 #include <orv/status.h>
 #include <orv/types.h>
 
@@ -219,27 +220,6 @@ ORV_API orv_status orv_cgemm(char transa, char transb, int64_t m, int64_t n, int
 ORV_API orv_status orv_zgemm(char transa, char transb, int64_t m, int64_t n, int64_t k, orv_complex_double alpha,
                              const orv_complex_double* a, int64_t lda, const orv_complex_double* b, int64_t ldb,
                              orv_complex_double beta, orv_complex_double* c, int64_t ldc);
-
-/* y := alpha*op(A)*x + beta*y, A m by n, op as for gemm. x has n and y m elements for 'N', the other way round else.
-   beta = 0 sets y without reading it, so NaN in y is lost; alpha = 0 leaves y := beta*y and does not read A and x.
-   Nothing is done, not even to y, if m or n is 0. Large products are shared among threads, with the same bits for any
-   number of them.
-   Bad: 1 another letter; 2, 3 a negative m, n; 6 lda below max(1, m); 8, 11 an incx, incy of 0. */
-ORV_API orv_status orv_sgemv(char trans, int64_t m, int64_t n, float alpha, const float* a, int64_t lda, const float* x,
-                             int64_t incx, float beta, float* y, int64_t incy);
-ORV_API orv_status orv_dgemv(char trans, int64_t m, int64_t n, double alpha, const double* a, int64_t lda,
-                             const double* x, int64_t incx, double beta, double* y, int64_t incy);
-ORV_API orv_status orv_cgemv(char trans, int64_t m, int64_t n, orv_complex_float alpha, const orv_complex_float* a,
-                             int64_t lda, const orv_complex_float* x, int64_t incx, orv_complex_float beta,
-                             orv_complex_float* y, int64_t incy);
-ORV_API orv_status orv_zgemv(char trans, int64_t m, int64_t n, orv_complex_double alpha, const orv_complex_double* a,
-                             int64_t lda, const orv_complex_double* x, int64_t incx, orv_complex_double beta,
-                             orv_complex_double* y, int64_t incy);
-
-/* A := A + alpha*x*y', A m by n, x of m and y of n elements. An alpha equal to 0 leaves A alone.
-   Bad: 1, 2 a negative m, n; 5, 7 an incx, incy of 0; 9 lda below max(1, m). */
-ORV_API orv_status orv_dger(int64_t m, int64_t n, double alpha, const double* x, int64_t incx, const double* y,
-                            int64_t incy, double* a, int64_t lda);
 
 #if defined(__cplusplus) && defined(__clang__)
 #pragma clang diagnostic pop
