@@ -30,7 +30,7 @@ template <Want want, bool unit, class R> ORV_INLINE vec<R> keys(const cpx<R>* x,
     if constexpr (sizeof(R) == 4)
         return {_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)) +
                 _mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1))};
-    else return {_mm_unpacklo_pd(low, high) + _mm_unpackhi_pd(low, high)};
+    else return {_mm_blend_pd(low, high, 0b10) + _mm_shuffle_pd(low, high, 0b01)}; // only one needs the shuffle ports
 }
 template <Want want, class T> ORV_INLINE real_t<T> key(const T* x) { return first_lane(keys<want, false>(x, 0)); }
 
@@ -70,63 +70,68 @@ template <Want want, bool unit, class T> [[gnu::noinline]] i64 search_by_lanes(i
 
 // The greatest of many keys, and whether a NaN was among them. Singles are compared as integers: the bits of magnitudes
 // are ordered as the magnitudes are, and NaNs stand above infinity, so the maximum tells both. Those of least magnitude
-// count downwards from infinity's bits, where NaNs wrap around to the top.
+// count downwards, from infinity's bits to zero's, and NaNs wrap around to the top.
 template <Want want, class R> struct Greatest;
 template <Want want> struct Greatest<want, float> {
-    using Key = __m128i;
     static constexpr int infinity = 0x7f800000;
-    Key key = _mm_setzero_si128();
+    static constexpr int top = want == Want::greatest ? infinity : infinity - INT32_MAX - 1; // of all but NaNs
+    __m128i key;
 
-    ORV_INLINE static Key order(vec<float> keys)
+    ORV_INLINE explicit Greatest(vec<float> keys) : key(_mm_castps_si128(keys.r))
     {
-        const Key bits = _mm_castps_si128(keys.r);
-        if constexpr (want == Want::greatest) return bits;
-        else return _mm_sub_epi32(_mm_set1_epi32(static_cast<int>(infinity | 0x80000000)), bits);
+        if constexpr (want == Want::least) key = _mm_sub_epi32(_mm_set1_epi32(infinity), key);
     }
-    ORV_INLINE void add(vec<float> keys) { key = _mm_max_epu32(key, order(keys)); }
-    ORV_INLINE void add(vec<float> a, vec<float> b) { add(a), add(b); }
-    ORV_INLINE void add(const Greatest& other) { key = _mm_max_epu32(key, other.key); }
+    ORV_INLINE Greatest(vec<float> a, vec<float> b) : Greatest(a) { add(Greatest(b)); }
+    ORV_INLINE void add(const Greatest& other) { key = _mm_max_epi32(key, other.key); }
 
-    ORV_INLINE bool exceeds(Key bound) const
+    // With the same key in all lanes: whether another holds a greater one, which then takes its place.
+    ORV_INLINE bool raised_by(Greatest other)
     {
-        return _mm_movemask_epi8(_mm_cmpeq_epi32(_mm_max_epu32(key, bound), bound)) != 0xffff;
+        if (_mm_movemask_epi8(_mm_cmpgt_epi32(other.key, key)) == 0) return false;
+        const __m128i half = _mm_max_epi32(other.key, _mm_shuffle_epi32(other.key, _MM_SHUFFLE(1, 0, 3, 2)));
+        key = _mm_max_epi32(half, _mm_shuffle_epi32(half, _MM_SHUFFLE(2, 3, 0, 1)));
+        return true;
     }
-    ORV_INLINE Key in_all_lanes() const
-    {
-        const Key half = _mm_max_epu32(key, _mm_shuffle_epi32(key, _MM_SHUFFLE(1, 0, 3, 2)));
-        return _mm_max_epu32(half, _mm_shuffle_epi32(half, _MM_SHUFFLE(2, 3, 0, 1)));
-    }
-    ORV_INLINE bool saw_nan() const { return exceeds(_mm_set1_epi32(infinity)); }
-    ORV_INLINE static int equal_lanes(vec<float> keys, Key bound)
-    {
-        return _mm_movemask_ps(_mm_castsi128_ps(_mm_cmpeq_epi32(order(keys), bound)));
-    }
+    ORV_INLINE bool saw_nan() const { return _mm_cvtsi128_si32(key) > top; }
+    ORV_INLINE __m128i equal_lanes(Greatest other) const { return _mm_cmpeq_epi32(key, other.key); }
 };
 template <Want want> struct Greatest<want, double> {
-    using Key = __m128d;
-    Key key = _mm_set1_pd(-__builtin_inf()), unordered = _mm_setzero_pd();
+    __m128d key, unordered;
 
-    ORV_INLINE static Key order(vec<double> keys) { return keys.r; }
-    ORV_INLINE void add(vec<double> a, vec<double> b)
+    ORV_INLINE explicit Greatest(vec<double> keys) : Greatest(keys, keys) {}
+    ORV_INLINE Greatest(vec<double> a, vec<double> b) : key(_mm_max_pd(a.r, b.r)), unordered(_mm_cmpunord_pd(a.r, b.r))
     {
-        key = _mm_max_pd(key, _mm_max_pd(a.r, b.r));
-        unordered = _mm_or_pd(unordered, _mm_cmpunord_pd(a.r, b.r));
     }
-    ORV_INLINE void add(vec<double> keys) { add(keys, keys); }
     ORV_INLINE void add(const Greatest& other)
     {
         key = _mm_max_pd(key, other.key);
         unordered = _mm_or_pd(unordered, other.unordered);
     }
 
-    ORV_INLINE bool exceeds(Key bound) const { return _mm_movemask_pd(_mm_cmpgt_pd(key, bound)) != 0; }
-    ORV_INLINE Key in_all_lanes() const { return _mm_max_pd(key, _mm_shuffle_pd(key, key, 1)); }
-    ORV_INLINE bool saw_nan() const { return _mm_movemask_pd(unordered) != 0; }
-    ORV_INLINE static int equal_lanes(vec<double> keys, Key bound)
+    ORV_INLINE bool raised_by(Greatest other)
     {
-        return _mm_movemask_pd(_mm_cmpeq_pd(keys.r, bound));
+        unordered = _mm_or_pd(unordered, other.unordered);
+        if (_mm_movemask_pd(_mm_cmpgt_pd(other.key, key)) == 0) return false;
+        key = _mm_max_pd(other.key, _mm_shuffle_pd(other.key, other.key, 1));
+        return true;
     }
+    ORV_INLINE bool saw_nan() const { return _mm_movemask_pd(unordered) != 0; }
+    ORV_INLINE __m128i equal_lanes(Greatest other) const { return _mm_castpd_si128(_mm_cmpeq_pd(key, other.key)); }
 };
+
+// The greatest key, lane by lane, of `count` registers of elements.
+template <Want want, bool unit, int count, class T> ORV_INLINE Greatest<want, real_t<T>> greatest(const T* x, i64 inc)
+{
+    constexpr int half = count / 2;
+    const T* const middle = x + half * vec<real_t<T>>::lanes * inc;
+    if constexpr (count == 1) return Greatest<want, real_t<T>>(keys<want, unit>(x, inc));
+    else if constexpr (count == 2) return {keys<want, unit>(x, inc), keys<want, unit>(middle, inc)};
+    else {
+        auto all = greatest<want, unit, half>(x, inc);
+        all.add(greatest<want, unit, half>(middle, inc));
+        return all;
+    }
+}
 
 // Without a NaN the search by lanes finds the first of the greatest keys: a lane keeps the first of its own, and of
 // equal lanes the smallest position wins. So any way to that element will do: blocks are scanned for their greatest key
@@ -134,43 +139,50 @@ template <Want want> struct Greatest<want, double> {
 template <Want want, bool unit, class T> ORV_INLINE i64 search(i64 n, const T* x, i64 inc)
 {
     using R = real_t<T>;
-    constexpr i64 lanes = vec<R>::lanes, block = 64 * lanes;
-    using Scan = Greatest<want, R>;
-    const auto at = [&](i64 i) { return keys<want, unit>(x + i * inc, inc); };
-    const auto one = [&](i64 i) { return keys<want, false>(x + i * inc, 0); };
+    using Look = Blocks<8, 4, 1>;
+    constexpr i64 lanes = vec<R>::lanes;
+    const auto one = [&](i64 i) { return Greatest<want, R>(keys<want, false>(x + i * inc, 0)); };
 
-    typename Scan::Key record = Scan::order(one(0));
+    auto record = one(0);
     i64 found = 0;
-    for (i64 start = 0; start < n; start += block) {
-        const i64 end = min(n, start + block);
-        Scan a, b;
-        i64 i = start;
-        for (; i + 4 * lanes <= end; i += 4 * lanes) {
-            if constexpr (unit) prefetch_ahead(x + i);
-            a.add(at(i), at(i + lanes));
-            b.add(at(i + 2 * lanes), at(i + 3 * lanes));
-        }
-        for (; i + lanes <= end; i += lanes) a.add(at(i));
-        for (; i < end; ++i) b.add(one(i));
-        a.add(b);
-        if (a.saw_nan()) return search_by_lanes<want, unit>(n, x, inc);
-        if (a.exceeds(record)) record = a.in_all_lanes(), found = start;
+    const auto look = [&]<int count, bool far>(std::integral_constant<int, count>, std::bool_constant<far>, i64 i) {
+        constexpr i64 bytes = count * lanes * sizeof(T);
+        if constexpr (far)
+            for (i64 at = 0; at < bytes; at += cache_line) prefetch_ahead(reinterpret_cast<const char*>(x + i) + at);
+        if (record.raised_by(greatest<want, unit, count>(x + i * inc, inc))) found = i;
+    };
+    i64 i = 0;
+    if (unit && n > near_bytes / i64(sizeof(T)))
+        i = Look::Longest::template run<R>(i, n, [&](auto count, i64 at) { look(count, std::true_type(), at); });
+    i = Look::template run<R>(i, n, [&](auto count, i64 at) { look(count, std::false_type(), at); });
+    for (; i < n; ++i)
+        if (record.raised_by(one(i))) found = i;
+    if (record.saw_nan()) return search_by_lanes<want, unit>(n, x, inc);
+
+    const auto equal = [&](int r) {
+        return record.equal_lanes(greatest<want, unit, 1>(x + (found + r * lanes) * inc, inc));
+    };
+    for (; n - found >= 4 * lanes; found += 4 * lanes) {
+        const __m128i low = _mm_packs_epi32(equal(0), equal(1)), high = _mm_packs_epi32(equal(2), equal(3));
+        const int bits = _mm_movemask_epi8(_mm_packs_epi16(low, high)); // 16 for the four registers
+        if (bits != 0) return found + __builtin_ctz(bits) * lanes / 4 + 1;
     }
-    const auto equal = [&](i64 i) { return Scan::equal_lanes(at(i), record) << (i - found); };
-    for (; found + 4 * lanes <= n; found += 4 * lanes) {
-        const int four = equal(found) | equal(found + lanes) | equal(found + 2 * lanes) | equal(found + 3 * lanes);
-        if (four != 0) return found + __builtin_ctz(four) + 1;
-    }
-    while (Scan::equal_lanes(one(found), record) == 0) ++found;
+    while (_mm_movemask_epi8(record.equal_lanes(one(found))) == 0) ++found;
     return found + 1;
 }
 
+// A function of its own, so that unit stride need not save the registers that this wants.
+template <Want want, class T> [[gnu::noinline]] i64 search_at_stride(i64 n, const T* x, i64 inc)
+{
+    return search<want, false>(n, x, inc);
+}
+
 // The position, counted from 1, of the first element of greatest or least magnitude; 0 for n < 1 or incx < 1.
-template <Want want, class T> i64 extreme_position(i64 n, const T* x, i64 incx)
+template <Want want, class T> ORV_INLINE i64 extreme_position(i64 n, const T* x, i64 incx)
 {
     if (n < 1 || incx < 1) return 0;
     if (n == 1) return 1;
-    return incx == 1 ? search<want, true>(n, x, 1) : search<want, false>(n, x, incx);
+    return incx == 1 ? search<want, true>(n, x, 1) : search_at_stride<want>(n, x, incx);
 }
 
 } // namespace

@@ -50,7 +50,20 @@ struct ScaledSum {
             }
         } else if constexpr (count > 1) {
             for (const auto& pair : v) add<1>({pair});
-        } else add(v[0].r[0]), add(v[0].r[1]);
+        } else if (scale == 0) add(v[0].r[0]), add(v[0].r[1]);
+        else raise(v[0].r);
+    }
+
+    // A pair that exceeds the scale, by a single division, too. Where v is NaN, so is `lesser`, and the scale stays.
+    ORV_INLINE void raise(__m128d v)
+    {
+        const __m128d bound = splat(scale).r;
+        const __m128d before = _mm_blend_pd(bound, _mm_max_pd(_mm_unpacklo_pd(v, v), bound), 0b10); // the scale so far
+        const __m128d greater = _mm_max_pd(v, before), lesser = _mm_min_pd(before, v), ratio = lesser / greater;
+        const int raised = _mm_movemask_pd(_mm_cmpgt_pd(v, before));
+        sum = (raised & 1) != 0 ? sum * ratio[0] * ratio[0] + 1 : sum + ratio[0] * ratio[0];
+        sum = (raised & 2) != 0 ? sum * ratio[1] * ratio[1] + 1 : sum + ratio[1] * ratio[1];
+        scale = greater[1];
     }
 
     double norm() const { return scale * __builtin_sqrt(sum); }
@@ -60,21 +73,24 @@ template <bool unit, class T> double scaled_norm(i64 n, const T* x, i64 step)
 {
     constexpr i64 lanes = vec<T>::lanes, count = 4;
     ScaledSum total;
+    const auto next = [&](vec<double>& pair) {
+        pair.r = magnitude(load_strided<unit>(x, step)).r;
+        x += lanes * step;
+    };
     for (; n >= count * lanes; n -= count * lanes) {
         if constexpr (unit) prefetch_ahead(x);
         vec<double> v[count];
 #pragma GCC unroll 4
-        for (auto& pair : v) {
-            pair.r = magnitude(load_strided<unit>(x, step)).r;
-            x += lanes * step;
-        }
+        for (auto& pair : v) next(pair);
         total.add(v);
     }
-    for (; n > 0; --n, x += step) {
-        const vec<T> v = magnitude(load_first<1>(x));
-        total.add(v.r[0]);
-        if constexpr (is_complex<T>) total.add(v.r[1]);
+    for (; n >= lanes; n -= lanes) {
+        vec<double> v[1];
+        next(v[0]);
+        total.add(v);
     }
+    if constexpr (lanes > 1)
+        if (n > 0) total.add(magnitude(*x));
     return total.norm();
 }
 

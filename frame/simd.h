@@ -276,11 +276,12 @@ ORV_INLINE vec<cpx<float>> add_pairs(vec<cpx<float>> re, vec<cpx<float>> im)
     return {_mm_shuffle_ps(sums, sums, _MM_SHUFFLE(3, 1, 2, 0))};
 }
 
-// Magnitudes of reals, or of the parts of pairs: the sign bits cleared.
+// Magnitudes of reals, or of the parts of pairs: the sign bits cleared. The mask is of the other bits, for andnot would
+// overwrite the mask in place of the loaded register and cost a copy each time.
 template <class T> ORV_INLINE vec<T> magnitude(vec<T> a)
 {
-    if constexpr (sizeof(real_t<T>) == 4) return {_mm_andnot_ps(_mm_set1_ps(-0.0f), a.r)};
-    else return {_mm_andnot_pd(_mm_set1_pd(-0.0), a.r)};
+    if constexpr (sizeof(real_t<T>) == 4) return {_mm_and_ps(a.r, _mm_castsi128_ps(_mm_set1_epi32(INT32_MAX)))};
+    else return {_mm_and_pd(a.r, _mm_castsi128_pd(_mm_set1_epi64x(INT64_MAX)))};
 }
 
 // The sum of all elements, in lane 0 (the other lanes mean nothing): the upper half of the register is added to the
