@@ -145,12 +145,17 @@ template <class T> ORV_INLINE single<T> any_stride(i64 n, const T* x, i64 incx, 
     return total;
 }
 
+// A function of its own, so that unit stride need not save the registers that this wants.
+template <class T, Form form> [[gnu::noinline]] T dot_at_strides(i64 n, const T* x, i64 incx, const T* y, i64 incy)
+{
+    return any_stride(n, first(x, n, incx), incx, first(y, n, incy), incy).template value<form>();
+}
+
 // x . y, or conj(x) . y, over n elements; 0 for n <= 0. A negative stride starts at the vector's far end.
 template <class T, Form form> ORV_INLINE T dot(i64 n, const T* x, i64 incx, const T* y, i64 incy)
 {
     if (n <= 0) return zero<T>;
-    if (incx != 1 || incy != 1)
-        return any_stride(n, first(x, n, incx), incx, first(y, n, incy), incy).template value<form>();
+    if (incx != 1 || incy != 1) return dot_at_strides<T, form>(n, x, incx, y, incy);
     if (n * static_cast<i64>(sizeof(T)) > near_bytes) return unit_stride<T, true>(n, x, y).template value<form>();
     return unit_stride<T, false>(n, x, y).template value<form>();
 }

@@ -52,16 +52,28 @@ public:
 template <int longest, int... shorter> struct Blocks {
     using Longest = Blocks<longest>;
 
-    // Calls body(length, i), the length in registers, from element i on while a block fits before n; returns the first
-    // element left over.
+    // Calls body(length, i), the length in registers, from element i <= n on while a block fits before n; returns the
+    // first element left over.
     template <class T, class Body> ORV_INLINE static i64 run(i64 i, i64 n, Body body)
     {
-        const auto block = [&](auto length) {
-            constexpr i64 elements = length * vec<T>::lanes;
-            for (; n - i >= elements; i += elements) body(length, i);
-        };
-        block(std::integral_constant<int, longest>());
-        (block(std::integral_constant<int, shorter>()), ...);
+        for (constexpr i64 elements = longest * vec<T>::lanes; n - i >= elements; i += elements)
+            body(std::integral_constant<int, longest>(), i);
+        if constexpr (sizeof...(shorter) > 0) i = descend<T, longest, shorter...>(i, n, body);
+        return i;
+    }
+
+private:
+    // A block half as long as the one before fits once or not at all: a bit of the number of elements left tells.
+    template <class T, int before, int length, int... rest, class Body>
+    ORV_INLINE static i64 descend(i64 i, i64 n, Body body)
+    {
+        constexpr i64 elements = length * vec<T>::lanes;
+        constexpr std::integral_constant<int, length> block;
+        if constexpr (before == 2 * length) {
+            if (((n - i) & elements) != 0) body(block, i), i += elements;
+        } else
+            for (; n - i >= elements; i += elements) body(block, i);
+        if constexpr (sizeof...(rest) > 0) i = descend<T, length, rest...>(i, n, body);
         return i;
     }
 };

@@ -19,7 +19,7 @@ template <class T, class S> void rot(i64 n, T* x, i64 incx, T* y, i64 incy, real
 {
     const Multiplier<real_t<T>, T> cosine(c);
     const Multiplier<S, T> sine(s), conjugate(conj(s));
-    using Shape = std::conditional_t<is_complex<T>, ComplexLadder, RealLadder>;
+    using Shape = std::conditional_t<is_complex<S>, ComplexLadder, RealLadder>;
     walk<Shape>(n, x, incx, y, incy, [=](auto a, auto b) {
         return Both{cosine * a + sine * b, cosine * b - conjugate * a};
     });
