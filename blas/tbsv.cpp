@@ -52,11 +52,15 @@ template <Form form, class T> void by_columns(i64 n, i64 k, const T* a, i64 lda,
         const Rows rest = beside<form.half>(band, {j, j + 1});
         const i64 rows = rest.to - rest.from;
         T* const others = x + (incx < 0 ? rest.to - 1 : rest.from) * incx; // the lowest address
-        T& own = x[j * incx];
-        if constexpr (form.op != Op::none)
-            own = own - dot(form.op == Op::conjugate, rows, column + rest.from, others, incx);
-        own = divided<form>(own, column[j]);
-        if constexpr (form.op == Op::none) add_multiple(rows, -own, column + rest.from, others, incx);
+        T* const own = x + j * incx;
+        vec<T> v = load_first<1>(own);
+        if constexpr (form.op != Op::none) {
+            const T known = dot(form.op == Op::conjugate, rows, column + rest.from, others, incx);
+            v = v - load_first<1>(&known);
+        }
+        v = divided<form>(v, column + j);
+        store_first<1>(own, v);
+        if constexpr (form.op == Op::none) add_multiple(rows, -*own, column + rest.from, others, incx);
     };
     if constexpr (ascending<Task::solve, form>)
         for (i64 j = 0; j < n; ++j) solve(j);

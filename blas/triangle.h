@@ -57,47 +57,50 @@ template <Task task, Form form>
 inline constexpr bool ascending = (task == Task::solve) == ((form.half == Half::lower) == (form.op == Op::none));
 template <Task task, Form form> inline constexpr bool square_first = (task == Task::solve) == (form.op == Op::none);
 
-// What a diagonal element divides. Complex numbers: b/d = b*conj(u) / (d.re*u.re + d.im*u.im) with u = d/max(|d.re|,
-// |d.im|), a part of which is 1 or -1: the quotient of Smith (Algorithm 116, 1962) bit for bit, but without his branch.
-// Intermediate results exceed neither operand nor quotient by more than a factor of two. d = 0 gives NaN.
-template <class T> struct Divisor {
-    T d;
-    explicit Divisor(T d) : d(d) {}
-    ORV_INLINE T divide(T b) const { return b / d; }
-};
-template <class R> struct Divisor<cpx<R>> {
-    cpx<R> u;
-    R t;
-    ORV_INLINE explicit Divisor(cpx<R> d)
-    {
-        const R re = magnitude(d.re), im = magnitude(d.im), larger = re > im ? re : im;
-        u = {d.re / larger, d.im / larger};
-        t = d.re * u.re + d.im * u.im;
-    }
-    ORV_INLINE cpx<R> divide(cpx<R> b) const
-    {
-        const cpx<R> p = b * conj(u);
-        return {p.re / t, p.im / t};
-    }
-};
-
-template <Op op, class T> ORV_INLINE T applied(T a) { return op == Op::conjugate ? conj(a) : a; }
-
-template <Form form, class T> ORV_INLINE T divided(T b, T diagonal)
+// Single elements are kept in the first lane of a register, with zeros in the others.
+template <Op op, class T> ORV_INLINE vec<T> element_of(const T* a)
 {
-    return form.unit ? b : Divisor<T>(applied<form.op>(diagonal)).divide(b);
+    const vec<T> e = load_first<1>(a);
+    if constexpr (op == Op::conjugate) return conj(e);
+    else return e;
+}
+template <class T> ORV_INLINE vec<T> product(vec<T> a, vec<T> b)
+{
+    if constexpr (is_complex<T>)
+        return add_sub(lane_product(a, real_parts(b)), lane_product(swap_neighbours(a), imaginary_parts(b)));
+    else return a * b;
+}
+
+// b / op(d). Complex numbers: b*conj(u) / (d.re*u.re + d.im*u.im) with u = d/max(|d.re|, |d.im|), a part of which is 1
+// or -1: the quotient of Smith (Algorithm 116, 1962) bit for bit, but without his branch. What comes between exceeds
+// neither operands nor quotient by more than a factor of two. d = 0 gives NaN.
+template <Op op, class T> ORV_INLINE vec<T> quotient(vec<T> b, T d)
+{
+    if constexpr (is_complex<T>) {
+        using R = real_t<T>;
+        if constexpr (op == Op::conjugate) d = conj(d);
+        const R re = magnitude(d.re), im = magnitude(d.im), larger = re > im ? re : im;
+        const T u{d.re / larger, d.im / larger};
+        const R t = d.re * u.re + d.im * u.im;
+        return {(factor<T>(conj(u)) * b).r / splat(T{t, t}).r};
+    } else return b / splat(d);
+}
+template <Form form, class T> ORV_INLINE vec<T> divided(vec<T> b, const T* diagonal)
+{
+    if constexpr (form.unit) return b;
+    else return quotient<form.op>(b, *diagonal);
 }
 
 // op(A) = A adds columns to x(rows), the others add dot products with x(rows) to x(columns).
-template <Form form> inline constexpr Pass pass_of{.direct = form.op == Op::none, .across = form.op};
+template <Op op> inline constexpr Pass pass_of{.direct = op == Op::none, .across = op};
 
 // x(own) := op(square)^-1 * x(own), own being j..j+columns-1.
 template <Form form, int columns, class Storage, class T> ORV_INLINE void solve_square(const Storage& a, i64 j, T* x)
 {
     const auto nth = [](int s) { return ascending<Task::solve, form> ? s : columns - 1 - s; };
-    T v[columns];
+    vec<T> v[columns];
 #pragma GCC unroll 4
-    for (int c = 0; c < columns; ++c) v[c] = x[j + c];
+    for (int c = 0; c < columns; ++c) v[c] = load_first<1>(x + j + c);
 #pragma GCC unroll 4
     for (int s = 0; s < columns; ++s) {
         const int c = nth(s);
@@ -105,14 +108,15 @@ template <Form form, int columns, class Storage, class T> ORV_INLINE void solve_
         if constexpr (form.op != Op::none)
 #pragma GCC unroll 4
             for (int solved = 0; solved < s; ++solved)
-                v[c] = v[c] - applied<form.op>(column[nth(solved)]) * v[nth(solved)];
-        v[c] = divided<form>(v[c], column[c]);
+                v[c] = v[c] - product(element_of<form.op>(column + nth(solved)), v[nth(solved)]);
+        v[c] = divided<form>(v[c], column + c);
         if constexpr (form.op == Op::none)
 #pragma GCC unroll 4
-            for (int left = s + 1; left < columns; ++left) v[nth(left)] = v[nth(left)] - column[nth(left)] * v[c];
+            for (int left = s + 1; left < columns; ++left)
+                v[nth(left)] = v[nth(left)] - product(element_of<form.op>(column + nth(left)), v[c]);
     }
 #pragma GCC unroll 4
-    for (int c = 0; c < columns; ++c) x[j + c] = v[c];
+    for (int c = 0; c < columns; ++c) store_first<1>(x + j + c, v[c]);
 }
 
 template <Form form, int columns, class Storage, class T>
@@ -121,7 +125,7 @@ ORV_INLINE void solve_strip(const Storage& a, i64 j, Rows window, T* x)
     const Rows rest = form.half == Half::lower ? Rows{j + columns, window.to} : Rows{window.from, j};
     const Operands<T, true> v{{x, 1}, {x, 1}, {x, 1}, {x, 1}, false};
     if constexpr (form.op == Op::none) solve_square<form, columns>(a, j, x);
-    strip<pass_of<form>, columns>(a, j, rest, -one<T>, v);
+    strip<pass_of<form.op>, columns>(a, j, rest, -one<T>, v);
     if constexpr (form.op != Op::none) solve_square<form, columns>(a, j, x);
 }
 
@@ -132,7 +136,8 @@ ORV_INLINE void multiply_strip(const Storage& a, i64 j, Rows window, T* x)
 #pragma GCC unroll 4
     for (int c = 0; c < columns; ++c) {
         before[c] = own[c] = x[j + c];
-        if constexpr (!form.unit) own[c] = applied<form.op>(a.column(j + c)[j + c]) * own[c];
+        if constexpr (!form.unit)
+            own[c] = first_lane(product(element_of<form.op>(a.column(j + c) + j + c), splat(own[c])));
     }
     const auto put = [&] {
 #pragma GCC unroll 4
@@ -140,20 +145,21 @@ ORV_INLINE void multiply_strip(const Storage& a, i64 j, Rows window, T* x)
     };
     const Operands<T, true> v{{x, 1}, {before - j, 1}, {x, 1}, {own - j, 1}, false};
     if constexpr (form.op == Op::none) put();
-    strip<pass_of<form>, columns>(OffDiagonal<form.half, Storage>{a}, j, window, one<T>, v);
+    strip<pass_of<form.op>, columns>(OffDiagonal<form.half, Storage>{a}, j, window, one<T>, v);
     if constexpr (form.op != Op::none) put();
 }
 
-// The columns of a block and what they share with its rows. x is element 0, unit stride.
-template <Task task, Form form, class Storage, class T> void block_in_place(const Storage& a, Rows block, T* x)
+// The columns of a block in the rows of a window, which holds their own and others; x is element 0, unit stride.
+template <Task task, Form form, class Storage, class T>
+void block_in_place(const Storage& a, Rows block, Rows window, T* x)
 {
     const auto have_square = [&](i64 j, int columns) {
         return j >= block.from && j + columns <= block.to && a.rows(j + columns - 1).from < a.rows(j).to;
     };
     const auto next = [&]<int columns>(i64 j) __attribute__((always_inline))
     {
-        if constexpr (task == Task::solve) solve_strip<form, columns>(a, j, block, x);
-        else multiply_strip<form, columns>(a, j, block, x);
+        if constexpr (task == Task::solve) solve_strip<form, columns>(a, j, window, x);
+        else multiply_strip<form, columns>(a, j, window, x);
     };
     if constexpr (ascending<task, form>) {
         for (i64 j = block.from; j < block.to;)
@@ -169,20 +175,27 @@ template <Task task, Form form, class Storage, class T> void block_in_place(cons
 }
 
 // Cuts 0..n-1 in blocks, each of which ends a multiple of `size` before n: what is left over stands at the low end.
-// For each, in the order of the task, triangle(block) and rectangle(block), the part beside it in the same columns.
+// For each, in the order of the task, triangle(block) and rectangle(block, next), the part beside it in the same
+// columns; next is the block whose triangle follows.
 template <Task task, Form form, class Triangle, class Rectangle>
 void by_blocks(i64 n, i64 size, const Triangle& triangle, const Rectangle& rectangle)
 {
     if (n <= 0) return;
-    const auto next = [&](i64 to) {
+    const auto step = [&](i64 to) {
         const Rows block{max(to - size, 0), to};
-        if constexpr (square_first<task, form>) triangle(block), rectangle(block);
-        else rectangle(block), triangle(block);
+        if constexpr (square_first<task, form>) {
+            triangle(block);
+            const Rows up{max(block.from - size, 0), block.from}, down{to, min(to + size, n)};
+            rectangle(block, ascending<task, form> ? down : up);
+        } else {
+            rectangle(block, block);
+            triangle(block);
+        }
     };
     if constexpr (ascending<task, form>)
-        for (i64 to = (n - 1) % size + 1; to <= n; to += size) next(to);
+        for (i64 to = (n - 1) % size + 1; to <= n; to += size) step(to);
     else
-        for (i64 to = n; to > 0; to -= size) next(to);
+        for (i64 to = n; to > 0; to -= size) step(to);
 }
 
 // The stored rows outside of a block of columns.
@@ -191,55 +204,82 @@ template <Half half, class Storage> Rows beside(const Storage& a, Rows block)
     return half == Half::upper ? Rows{a.rows(block.from).from, block.from} : Rows{block.to, a.rows(block.to - 1).to};
 }
 
-// The whole triangle; x is element 0, whatever the sign of incx. Strided x is copied to the stack block by block, some
-// 9 KiB of it.
+// For strided x, a block's columns go along with two copies on the stack, 10 KiB together: of their own elements of x
+// and of a window of rows.
+constexpr i64 strided_block = 128;
+template <class T> constexpr i64 window_rows = 8192 / sizeof(T);
+
+// The rows of a block's columns, from the block outwards as far as a window reaches.
+template <class T, Half half, class Storage> Rows near(const Storage& a, Rows block)
+{
+    const Rows rest = beside<half>(a, block);
+    return half == Half::upper ? Rows{max(rest.from, block.to - window_rows<T>), block.to}
+                               : Rows{block.from, min(rest.to, block.from + window_rows<T>)};
+}
+
+// With the rows beyond: x(rows) += alpha*A(rows, block)*x(block), or x(block) += alpha*op(A(rows, block))*x(rows).
+template <Half half, Op op, class Storage, class T>
+[[gnu::noinline]] void strided_rectangle(const Storage& a, Rows block, T alpha, T* x, i64 incx)
+{
+    const Rows all = beside<half>(a, block), done = near<T, half>(a, block);
+    const Rows beyond = half == Half::upper ? Rows{all.from, done.from} : Rows{done.to, all.to};
+    if (beyond.from >= beyond.to) return;
+    Stretch<T, strided_block> own_copy;
+    Stretch<T, window_rows<T>> copy;
+    T* const own = own_copy.gather(block.to - block.from, x + block.from * incx, incx) - block.from;
+    for (i64 i = beyond.from; i < beyond.to; i += window_rows<T>) {
+        const Rows window{i, min(beyond.to, i + window_rows<T>)};
+        T* const others = copy.gather(window.to - i, x + i * incx, incx) - i;
+        const Operands<T, true> v{{others, 1}, {own, 1}, {others, 1}, {own, 1}, false};
+        strips<pass_of<op>>(OffDiagonal<half, Storage>{a}, block, window, alpha, v);
+        if constexpr (op == Op::none) copy.scatter(window.to - i, x + i * incx, incx);
+    }
+    if constexpr (op != Op::none) own_copy.scatter(block.to - block.from, x + block.from * incx, incx);
+}
+
+// The whole triangle; x is element 0, whatever the sign of incx.
 template <Task task, Form form, class Storage, class T> void in_place(const Storage& a, i64 n, T* x, i64 incx)
 {
-    if (n <= 0) return;
-    if (incx == 1) return block_in_place<task, form>(a, Rows{0, n}, x);
-
-    constexpr i64 block_columns = 64, window_rows = 8192 / sizeof(T);
-    Stretch<T, block_columns> own_copy;
-    Stretch<T, window_rows> rest_copy;
-    const auto triangle = [&](Rows block) {
-        const i64 columns = block.to - block.from;
-        T* const own = own_copy.gather(columns, x + block.from * incx, incx);
-        block_in_place<task, form>(a, block, own - block.from);
-        own_copy.scatter(columns, x + block.from * incx, incx);
+    if (incx == 1) return block_in_place<task, form>(a, Rows{0, n}, Rows{0, n}, x);
+    const auto triangle = [=](Rows block) {
+        const Rows window = near<T, form.half>(a, block);
+        const Rows changed = form.op == Op::none ? window : block;
+        Stretch<T, window_rows<T>> copy;
+        T* const own = copy.gather(window.to - window.from, x + window.from * incx, incx) - window.from;
+        block_in_place<task, form>(a, block, window, own);
+        for (i64 i = changed.from; i < changed.to; ++i) x[i * incx] = own[i];
     };
-    const auto rectangle = [&](Rows block) {
-        const i64 columns = block.to - block.from;
-        T* const own = own_copy.gather(columns, x + block.from * incx, incx) - block.from;
-        const Rows all = beside<form.half>(a, block);
-        for (i64 i = all.from; i < all.to; i += window_rows) {
-            const Rows window{i, min(all.to, i + window_rows)};
-            T* const rest = rest_copy.gather(window.to - i, x + i * incx, incx) - i;
-            const Operands<T, true> v{{rest, 1}, {own, 1}, {rest, 1}, {own, 1}, false};
-            strips<pass_of<form>>(OffDiagonal<form.half, Storage>{a}, block, window,
-                                  task == Task::solve ? -one<T> : one<T>, v);
-            if constexpr (form.op == Op::none) rest_copy.scatter(window.to - i, x + i * incx, incx);
-        }
-        if constexpr (form.op != Op::none) own_copy.scatter(columns, x + block.from * incx, incx);
+    const auto rectangle = [=](Rows block, Rows /* next */) {
+        strided_rectangle<form.half, form.op>(a, block, task == Task::solve ? -one<T> : one<T>, x, incx);
     };
-    by_blocks<task, form>(n, block_columns, triangle, rectangle);
+    by_blocks<task, form>(n, strided_block, triangle, rectangle);
 }
 
 // The same for a full triangle in blocks of `size` columns, all but the triangles themselves handed on:
 // product(trans, m, n, a, lda, x, y, incx) is to add to y the product of a rectangle of m rows and n columns, or of its
 // transpose, with x; to subtract it for a solve. x and y are given as to any routine, by their lowest address.
+//
+// The columns of a small triangle are too short for the processor to read ahead by itself. Of a large matrix it is
+// asked for before the rectangle that it comes after.
 template <Task task, Form form, class T, class Product>
 void in_place_by_blocks(i64 n, i64 size, const T* a, i64 lda, T* x, i64 incx, const Product& product)
 {
+    using Triangle = FullTriangle<const T, form.half>;
     constexpr bool none = form.op == Op::none;
     constexpr char trans = none ? 'N' : form.op == Op::transpose ? 'T' : 'C';
+    const bool far = is_far<T>(n, n);
     const auto part = [=](Rows r) { return x + (incx < 0 ? r.to - 1 : r.from) * incx; };
-    const auto triangle = [=](Rows block) {
-        const i64 columns = block.to - block.from;
-        const FullTriangle<const T, form.half> own{a + block.from * (lda + 1), lda, columns};
-        in_place<task, form>(own, columns, x + block.from * incx, incx);
+    const auto own = [=](Rows block) { return Triangle{a + block.from * (lda + 1), lda, block.to - block.from}; };
+    const auto ask_for = [](const Triangle& t) {
+        for (i64 j = 0; j < t.n; ++j)
+            for (i64 i = t.rows(j).from; i < t.rows(j).to; i += cache_line / sizeof(T)) prefetch(t.column(j) + i);
     };
-    const auto rectangle = [=](Rows block) {
-        const Rows rest = beside<form.half>(FullTriangle<const T, form.half>{a, lda, n}, block);
+    const auto triangle = [=](Rows block) {
+        in_place<task, form>(own(block), block.to - block.from, x + block.from * incx, incx);
+    };
+    const auto rectangle = [=](Rows block, Rows next) {
+        if (far) ask_for(own(next));
+        const Rows rest = beside<form.half>(Triangle{a, lda, n}, block);
         if (rest.from == rest.to) return;
         product(trans, rest.to - rest.from, block.to - block.from, a + rest.from + block.from * lda, lda,
                 part(none ? block : rest), part(none ? rest : block), incx);
