@@ -114,6 +114,14 @@ template <class T> ORV_INLINE vec<T> load_pair(const T* p)
     else return loadu(p);
 }
 
+// The element at p in every lane, a pair in every pair of lanes. A load alone, too.
+template <class T> ORV_INLINE vec<T> load_splat(const T* p)
+{
+    if constexpr (is_complex<T>) return {load_pair(reinterpret_cast<const real_t<T>*>(p)).r};
+    else if constexpr (sizeof(T) == 4) return {_mm_set1_ps(*p)};
+    else return {_mm_set1_pd(*p)};
+}
+
 // n elements from any address to the last n lanes, some of them again in the others; nothing before or behind is read.
 template <int n, class T> ORV_INLINE vec<T> load_last(const T* p)
 {

@@ -230,8 +230,7 @@ template <class T> void run(const Order& order, const Job<T>& x)
     }
 }
 
-// C := alpha*op(A)*op(B) + beta*C for a beta of 0 or 1 and an alpha that is not 0. Complex kernels, which always add,
-// clear C for a beta of 0 strip by strip.
+// C := alpha*op(A)*op(B) + beta*C for a beta of 0 or 1 and an alpha that is not 0.
 template <class T> int multiply_in_blocks(const Order& order, const Product<T>& x, Desc<T>* desc)
 {
     if (order.falls_back && (x.m < desc->m_min || x.n < desc->n_min || x.k < desc->k_min)) {

@@ -46,7 +46,7 @@ template <class T, Rows layout, Alpha where, int rows, int columns> class Direct
     ORV_INLINE void add_step(const vec<T> (&a)[registers], const T* y_row)
     {
 #pragma GCC unroll 8
-        for (int s = 0; s < count; ++s) sums[s].add(a[s % registers], splat(y_row[s / registers * o.y_column]));
+        for (int s = 0; s < count; ++s) sums[s].add(a[s % registers], load_splat(y_row + s / registers * o.y_column));
     }
 
     // The next `steps` of the sum: one of adjacent rows, up to a register's width of rows that stand apart, whose
@@ -69,13 +69,7 @@ template <class T, Rows layout, Alpha where, int rows, int columns> class Direct
             }
         }
 #pragma GCC unroll 4
-        for (int s = 0; s < steps; ++s) {
-            if constexpr (where != Alpha::at_end)
-#pragma GCC unroll 2
-                for (int r = 0; r < registers; ++r)
-                    a[s][r] = o.alpha * (where == Alpha::in_conj_x ? conj(a[s][r]) : a[s][r]);
-            add_step(a[s], y + s * o.y_step);
-        }
+        for (int s = 0; s < steps; ++s) add_step(a[s], y + s * o.y_step);
         x += layout == Rows::adjacent ? o.ldx : steps;
         y += steps * o.y_step;
     }
@@ -91,8 +85,8 @@ template <class T, Rows layout, Alpha where, int rows, int columns> class Direct
     // What sum s brings to C.
     ORV_INLINE vec<T> total(int s, const factor<T>& alpha, bool conj_x, bool conj_y) const
     {
-        if (where != Alpha::at_end) return sums[s].total(false, conj_y);
-        return alpha * sums[s].total(conj_x, conj_y);
+        const vec<T> sum = sums[s].total(conj_x, conj_y);
+        return where == Alpha::at_end ? alpha * sum : sum;
     }
 
     // C := old(C) + total for columns of adjacent rows. What a store to C cannot change is read before.
@@ -116,9 +110,9 @@ template <class T, Rows layout, Alpha where, int rows, int columns> class Direct
         vec<T> totals[count];
 #pragma GCC unroll 8
         for (int s = 0; s < count; ++s) totals[s] = total(s, o.alpha, o.conj_x, o.conj_y);
-        add_strided(totals, c);
+        add_strided(o, totals, c);
     }
-    [[gnu::noinline]] void add_strided(const vec<T> (&totals)[count], T* c) const
+    [[gnu::noinline]] static void add_strided(const Operands<T>& o, const vec<T> (&totals)[count], T* c)
     {
         for (int j = 0; j < columns; ++j)
             for (int i = 0; i < rows; ++i) {
@@ -130,98 +124,100 @@ template <class T, Rows layout, Alpha where, int rows, int columns> class Direct
     }
 
 public:
-    ORV_INLINE DirectTile(const Operands<T>& operands, i64 i, i64 j)
-        : o(operands), x(o.x + i * (layout == Rows::adjacent ? 1 : o.ldx)), y(o.y + j * o.y_column)
+    ORV_INLINE DirectTile(const Operands<T>& operands, const T* x_corner, const T* y_corner)
+        : o(operands), x(x_corner), y(y_corner)
     {
 #pragma GCC unroll 8
         for (int s = 0; s < count; ++s) sums[s].clear();
     }
 
-    ORV_INLINE void add(i64 k)
+    ORV_INLINE void add()
     {
         i64 p = steps_at_once;
-        for (; p <= k; p += steps_at_once) add_steps<steps_at_once>();
-        add_rest<steps_at_once - 1>(k - p + steps_at_once);
+        for (; p <= o.k; p += steps_at_once) add_steps<steps_at_once>();
+        add_rest<steps_at_once - 1>(o.k - p + steps_at_once);
     }
 
-    ORV_INLINE void update(i64 i, i64 j) const
+    ORV_INLINE void update(T* c) const
     {
-        T* const c = o.c + i * o.c_row + j * o.c_column;
-        if (where == Alpha::at_end && o.c_row != 1) update_strided(c);
+        if (o.c_row != 1) update_strided(c);
         else if (o.replaces) update_columns<true>(c);
         else update_columns<false>(c);
     }
 };
 
-// Walks C in tiles of eight sums, which keep the adders busy and leave registers for the operands: two registers of
-// rows by four columns, or, where it takes a square of four registers to turn rows that stand apart, one by eight.
+// Walks C in tiles of as many sums as keep the adders busy and leave registers for the operands: for reals two
+// registers of rows by four columns, or, where it takes a square of four registers to turn rows that stand apart, one
+// by eight; for complex numbers, whose sums take two registers, one by four.
 template <class T, Rows layout, Alpha where> class Direct {
     static constexpr int lanes = vec<T>::lanes;
     static constexpr bool turns_squares_of_four = layout == Rows::apart && lanes == 4;
-    static constexpr int max_rows = turns_squares_of_four ? lanes : 2 * lanes;
+    static constexpr int max_rows = turns_squares_of_four || is_complex<T> ? lanes : 2 * lanes;
     static constexpr int max_columns = turns_squares_of_four ? 8 : 4;
 
-    const Operands<T>& o;
-    const i64 k;
-
-    template <int rows, int columns> [[gnu::noinline]] void tile(i64 i, i64 j) const
+    template <int rows, int columns>
+    [[gnu::noinline]] static void tile(const Operands<T>& o, const T* x, const T* y, T* c)
     {
-        DirectTile<T, layout, where, rows, columns> t(o, i, j);
-        t.add(k);
-        t.update(i, j);
+        DirectTile<T, layout, where, rows, columns> t(o, x, y);
+        t.add();
+        t.update(c);
     }
-    template <int rows, int columns> void last_rows(i64 i, i64 j, i64 left) const
+    template <int rows, int columns> static void last_rows(i64 left, const Operands<T>& o, const T* x, const T* y, T* c)
     {
         if constexpr (rows > 0) {
-            if (left == rows) tile<rows, columns>(i, j);
-            else last_rows<rows - 1, columns>(i, j, left);
+            if (left == rows) tile<rows, columns>(o, x, y, c);
+            else last_rows<rows - 1, columns>(left, o, x, y, c);
         }
     }
-    template <int columns> void strip(i64 j, i64 m) const
+    template <int columns> static void strip(i64 m, const Operands<T>& o, const T* y, T* c)
     {
-        i64 i = 0;
-        for (; i + max_rows <= m; i += max_rows) tile<max_rows, columns>(i, j);
-        last_rows<max_rows - 1, columns>(i, j, m - i);
+        const T* x = o.x;
+        const i64 x_step = max_rows * (layout == Rows::adjacent ? 1 : o.ldx), c_step = max_rows * o.c_row;
+        for (; m >= max_rows; m -= max_rows, x += x_step, c += c_step) tile<max_rows, columns>(o, x, y, c);
+        last_rows<max_rows - 1, columns>(m, o, x, y, c);
     }
-    template <int columns> void last_columns(i64 j, i64 m, i64 left) const
+    template <int columns> static void strip_of(i64 width, i64 m, const Operands<T>& o, const T* y, T* c)
     {
         if constexpr (columns > 0) {
-            if (left == columns) strip<columns>(j, m);
-            else last_columns<columns - 1>(j, m, left);
+            if (width == columns) strip<columns>(m, o, y, c);
+            else strip_of<columns - 1>(width, m, o, y, c);
         }
     }
 
 public:
-    Direct(const Operands<T>& operands, i64 depth) : o(operands), k(depth) {}
-
-    void operator()(i64 m, i64 n) const
+    // Strips are as wide as they can be but for the last two, which share what is left: few sums at a time wait for one
+    // another.
+    static void product(i64 m, i64 n, const Operands<T>& o)
     {
-        i64 j = 0;
-        for (; j + max_columns <= n; j += max_columns) strip<max_columns>(j, m);
-        if (max_columns == 8 && n - j >= 4) strip<4>(j, m), j += 4;
-        last_columns<3>(j, m, n - j);
+        const T* y = o.y;
+        T* c = o.c;
+        for (; n >= 2 * max_columns; n -= max_columns, y += max_columns * o.y_column, c += max_columns * o.c_column)
+            strip<max_columns>(m, o, y, c);
+        if (n > max_columns) {
+            const i64 half = (n + 1) / 2;
+            strip_of<max_columns>(half, m, o, y, c);
+            n -= half, y += half * o.y_column, c += half * o.c_column;
+        }
+        strip_of<max_columns>(n, m, o, y, c);
     }
 };
 
 } // namespace
 
-template <class T, Rows layout, Alpha where> void direct(i64 m, i64 n, i64 k, const Operands<T>& o)
+template <class T, Rows layout, Alpha where> void direct(i64 m, i64 n, const Operands<T>& o)
 {
-    Direct<T, layout, where>(o, k)(m, n);
+    Direct<T, layout, where>::product(m, n, o);
 }
 
-#define DIRECT(T, layout, where) template void direct<T, Rows::layout, Alpha::where>(i64, i64, i64, const Operands<T>&);
+#define DIRECT(T, layout, where) template void direct<T, Rows::layout, Alpha::where>(i64, i64, const Operands<T>&);
 #define DIRECTS(T)                                                                                                     \
     DIRECT(T, adjacent, at_end)                                                                                        \
-    DIRECT(T, adjacent, in_x)                                                                                          \
-    DIRECT(T, apart, at_end)                                                                                           \
-    DIRECT(T, apart, in_x)
+    DIRECT(T, adjacent, absent)                                                                                        \
+    DIRECT(T, apart, at_end)
 
 DIRECTS(float)
 DIRECTS(double)
 DIRECTS(cpx<float>)
 DIRECTS(cpx<double>)
-DIRECT(cpx<float>, apart, in_conj_x)
-DIRECT(cpx<double>, apart, in_conj_x)
 
 } // namespace orv::gemm

@@ -15,10 +15,11 @@ namespace orv::gemm {
 // Where the rows of X stand: side by side in memory, or a leading dimension apart with the steps side by side.
 enum class Rows { adjacent, apart };
 
-// Where alpha is multiplied in: into the sum, or into the elements of X or their conjugates, as packing does it.
-enum class Alpha { at_end, in_x, in_conj_x };
+// Where alpha comes in: as a factor of the sum, or nowhere, because it is 1 or in X already.
+enum class Alpha { at_end, absent };
 
 template <class T> struct Operands {
+    i64 k;      // steps
     const T* x; // X(i, p) at i + p*ldx (adjacent) or at p + i*ldx (apart)
     i64 ldx;
     const T* y; // Y(p, j) at p*y_step + j*y_column
@@ -30,7 +31,7 @@ template <class T> struct Operands {
     factor<T> alpha;
 };
 
-// C(0:m, 0:n) as above, k steps deep. With alpha in X the rows of C are adjacent, and conj_x says nothing.
-template <class T, Rows layout, Alpha where = Alpha::at_end> void direct(i64 m, i64 n, i64 k, const Operands<T>& o);
+// C(0:m, 0:n) as above.
+template <class T, Rows layout, Alpha where = Alpha::at_end> void direct(i64 m, i64 n, const Operands<T>& o);
 
 } // namespace orv::gemm

@@ -7,9 +7,9 @@
 namespace orv::gemm {
 namespace {
 
-// Asks what the blocked product would ask, and for the same work block. It stays unused, but without memory the plain
-// path serves, whose sums round differently: small and large products shall go the same way then.
-template <class T> void* take_block(i64 m, i64 n, i64 k, i64 kb)
+// Asks what the blocked product would ask, and for the same work block: without memory the plain path serves, whose
+// sums round differently, and small and large products shall go the same way then.
+template <class T> T* take_block(i64 m, i64 n, i64 k, i64 kb)
 {
     constexpr const Sizes& s = sizes<T>;
     best_entry<T>();
@@ -19,57 +19,96 @@ template <class T> void* take_block(i64 m, i64 n, i64 k, i64 kb)
     const i64 a_scratch = room(bytes.a, AreaBytes::page_shift) + room(bytes.scratch, AreaBytes::line_shift);
     const i64 b = packs_b<T>(columns, depth) ? room(bytes.b, AreaBytes::page_shift) : 0;
     void* const block = orv_serv_allocate(a_scratch + b, 128);
-    return orv_serv_check_ptr(block, routine, routine_length) == 0 ? block : nullptr;
+    return orv_serv_check_ptr(block, routine, routine_length) == 0 ? static_cast<T*>(block) : nullptr;
 }
 
-template <class T> using Direct = void(i64 m, i64 n, i64 k, const Operands<T>& o);
-
-// Alpha belongs into the elements of A. One that changes nothing may as well come at the end.
-template <class T> Direct<T>* direct_kernel(char transa, T alpha)
+// x(0:m, 0:k) := alpha*A, columns ldx elements apart.
+template <class T> void scale(i64 m, i64 k, const factor<T>& alpha, const T* a, i64 lda, T* x, i64 ldx)
 {
-    const bool plain = is_plain(transa);
-    if constexpr (is_complex<T>) {
-        if (is_conjugated(transa)) return direct<T, Rows::apart, Alpha::in_conj_x>;
-    } else if (alpha == one<T>)
-        return plain ? direct<T, Rows::adjacent, Alpha::at_end> : direct<T, Rows::apart, Alpha::at_end>;
-    return plain ? direct<T, Rows::adjacent, Alpha::in_x> : direct<T, Rows::apart, Alpha::in_x>;
+    constexpr i64 lanes = vec<T>::lanes;
+    for (i64 p = 0; p < k; ++p, a += lda, x += ldx) {
+        i64 i = 0;
+        for (; i + lanes <= m; i += lanes) storeu(x + i, alpha * loadu(a + i));
+        for (; i < m; ++i) store_first<1>(x + i, alpha * load_first<1>(a + i));
+    }
+}
+
+// x(0:m, 0:k) := alpha*A^T or alpha*A^H.
+template <bool conjugated, class T> void turn(i64 m, i64 k, const factor<T>& alpha, const T* a, i64 lda, T* x, i64 ldx)
+{
+    constexpr i64 lanes = vec<T>::lanes;
+    const auto element = [&](vec<T> v) { return alpha * (conjugated ? conj(v) : v); };
+    const i64 rows = m / lanes * lanes, steps = k / lanes * lanes;
+    for (i64 i = 0; i < rows; i += lanes)
+        for (i64 p = 0; p < steps; p += lanes) {
+            vec<T> square[lanes];
+            for (i64 l = 0; l < lanes; ++l) square[l] = element(loadu(a + p + (i + l) * lda));
+            transpose(square);
+            for (i64 l = 0; l < lanes; ++l) storeu(x + i + (p + l) * ldx, square[l]);
+        }
+    for (i64 i = 0; i < m; ++i)
+        for (i64 p = i < rows ? steps : 0; p < k; ++p)
+            store_first<1>(x + i + p * ldx, element(load_first<1>(a + p + i * lda)));
+}
+
+// The same of the letter.
+template <class T> void copy(char transa, i64 m, i64 k, const factor<T>& alpha, const T* a, i64 lda, T* x, i64 ldx)
+{
+    if (is_plain(transa)) return scale(m, k, alpha, a, lda, x, ldx);
+    if constexpr (is_complex<T>)
+        if (is_conjugated(transa)) return turn<true>(m, k, alpha, a, lda, x, ldx);
+    turn<false>(m, k, alpha, a, lda, x, ldx);
 }
 
 } // namespace
 
-// Operands of few rows want a B whose columns are read along memory; a transposed one is better packed.
+// Few rows want a B whose columns are read along memory; a transposed one is better packed.
+//
+// The volume up to which packing loses is 85 cubed for d: its kernels step through two rows at a time and gain little
+// from panels. An element of B costs singles a shuffle to repeat, which their packed kernels do by loads: 21 cubed, or
+// 13 where A is to be turned. Complex ones always pay for a copy of A: 13 cubed.
 template <class T> bool is_better_in_place(const Product<T>& x)
 {
-    constexpr i64 small_volume = is_complex<T> ? 350 : 2500, few_rows = is_complex<T> ? 0 : 8;
     constexpr const Sizes& s = sizes<T>;
+    constexpr i64 few_rows = is_complex<T> ? 0 : 8, most_rows = s.mb_small; // the work block holds so many
+    const i64 volume = is_complex<T> ? 2500 : sizeof(T) == 8 ? 620000 : is_plain(x.transa) ? 10000 : 2500;
     if (x.m < s.m_min || x.n < s.n_min || x.k < s.k_min) return false;
     return (x.m <= few_rows && is_plain(x.transb)) ||
-           (x.m * x.n <= small_volume && x.m * x.n * x.k <= small_volume); // neither product overflows
+           (x.m <= most_rows && x.m * x.n <= volume && x.m * x.n * x.k <= volume); // neither product overflows
 }
 
 template <class T> void in_place(const Product<T>& x)
 {
     const i64 kb = depth_block<T>(x.k, sizes<T>.k_unit);
-    void* const block = take_block<T>(x.m, x.n, x.k, kb);
+    T* const block = take_block<T>(x.m, x.n, x.k, kb);
     if (block == nullptr) return plain(x);
 
+    // Columns whole pages apart would fall into one set of the cache, and each strip of B read them from far again.
+    constexpr i64 page = 4096, ways = 8;
+    const bool collides = x.lda * i64(sizeof(T)) % page == 0 && x.k > ways;
+    const bool copied = is_complex<T> || x.alpha != one<T> || !is_plain(x.transa) || collides;
     const bool nb = is_plain(x.transb);
-    Operands<T> o = {.x = x.a,
-                     .ldx = x.lda,
-                     .y = x.b,
-                     .y_step = nb ? 1 : x.ldb,
-                     .y_column = nb ? x.ldb : 1,
-                     .c = x.c,
-                     .c_row = 1,
-                     .c_column = x.ldc,
-                     .conj_x = false,
-                     .conj_y = is_conjugated(x.transb),
-                     .replaces = x.beta == zero<T>,
-                     .alpha = factor<T>(x.alpha)};
-    Direct<T>* const multiply = direct_kernel(x.transa, x.alpha);
-    const i64 x_step = is_plain(x.transa) ? x.lda : 1;
-    for (i64 p = 0; p < x.k; p += kb, o.x += kb * x_step, o.y += kb * o.y_step, o.replaces = false)
-        multiply(x.m, x.n, min(x.k - p, kb), o);
+    const factor<T> alpha(x.alpha);
+    for (i64 p = 0; p < x.k; p += kb) {
+        const T* a = corner(x.a, x.lda, x.transa, 0, p);
+        const T* b = corner(x.b, x.ldb, x.transb, p, 0);
+        const i64 depth = min(x.k - p, kb), ldx = copied ? round_up(x.m, vec<T>::lanes) : x.lda;
+        if (copied) copy(x.transa, x.m, depth, alpha, a, x.lda, block, ldx), a = block;
+        direct<T, Rows::adjacent, Alpha::absent>(x.m, x.n,
+                                                 {.k = depth,
+                                                  .x = a,
+                                                  .ldx = ldx,
+                                                  .y = b,
+                                                  .y_step = nb ? 1 : x.ldb,
+                                                  .y_column = nb ? x.ldb : 1,
+                                                  .c = x.c,
+                                                  .c_row = 1,
+                                                  .c_column = x.ldc,
+                                                  .conj_x = false,
+                                                  .conj_y = is_conjugated(x.transb),
+                                                  .replaces = p == 0 && x.beta == zero<T>,
+                                                  .alpha = alpha});
+    }
     orv_serv_deallocate(block);
 }
 

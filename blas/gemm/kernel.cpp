@@ -32,8 +32,8 @@ template <BForm form, Update update, class T> void panel_by_panel(const Block<T>
     });
 }
 
-// Complex kernels have no form that replaces C: they add to a C that beta has cleared.
-template <class T> bool replaces(const Block<T>& x) { return !is_complex<T> && x.beta == zero<T>; }
+// Sums start at zero, so for a beta of 0 storing them is the same as adding them to a cleared C.
+template <class T> bool replaces(const Block<T>& x) { return x.beta == zero<T>; }
 
 template <class T> void ker0_pst(const Block<T>& x, i32 form)
 {

@@ -21,9 +21,9 @@ ORV_INLINE void product(const char* transa, const char* transb, i64 m, i64 n, T 
     const bool na = is_letter(transa, letter_n), nb = is_letter(transb, letter_n);
     const bool ca = is_complex<T> && !na && is_letter(transa, letter_c),
                cb = is_complex<T> && !nb && is_letter(transb, letter_c);
-    const Operands<T> o = {a, lda, b, nb ? 1 : ldb, nb ? ldb : 1, c, 1, ldc, ca, cb, false, factor<T>(alpha)};
-    if (na) direct<T, Rows::adjacent>(m, n, depth, o);
-    else direct<T, Rows::apart>(m, n, depth, o);
+    const Operands<T> o = {depth, a, lda, b, nb ? 1 : ldb, nb ? ldb : 1, c, 1, ldc, ca, cb, false, factor<T>(alpha)};
+    if (na) direct<T, Rows::adjacent>(m, n, o);
+    else direct<T, Rows::apart>(m, n, o);
 }
 
 } // namespace

@@ -206,6 +206,33 @@ TEST(Gemm, keeps_the_bits_of_the_packed_product_where_it_multiplies_in_place)
                             x.call(gemm<T>());
                             expect_bits(x, [&](i64 i, i64 j) { return blocked_entry(x, i, j, 128); });
                         }
+        // From both sides of the volumes up to which each type stays in place, and of the block of A.
+        for (auto [m, n, k] : {std::array<i64, 3>{20, 21, 23},
+                               {22, 21, 22},
+                               {13, 15, 12},
+                               {13, 15, 13},
+                               {39, 53, 61},
+                               {85, 86, 84},
+                               {85, 86, 85},
+                               {767, 8, 5},
+                               {769, 8, 5},
+                               {1281, 8, 4},
+                               {11, 300, 150}})
+            for (char ta : {'n', 't', 'c'})
+                for (T a : {one<T>, alpha})
+                    for (T beta : {zero<T>, one<T>}) {
+                        const Problem<T> p = {ta, "nct"[++turn % 3], m, n, k, a, beta};
+                        Operands<T> x(p.padded(turn % 3, turn % 2, turn % 4), {}, turn);
+                        x.call(gemm<T>());
+                        expect_bits(x, [&](i64 i, i64 j) { return blocked_entry(x, i, j, 152); });
+                    }
+        for (i64 lda : {511, 512, 1024}) { // columns of A whole pages apart
+            Problem<T> p = {'n', 'n', 17, 19, 21};
+            p.lda = lda, p.ldb = 21, p.ldc = 17;
+            Operands<T> x(p);
+            x.call(gemm<T>());
+            expect_bits(x, [&](i64 i, i64 j) { return blocked_entry(x, i, j, 128); });
+        }
         for (i64 m : {4, 5, 7, 8, 9})
             for (char ta : {'n', 't', 'c'})
                 for (char tb : {'n', 't', 'c'})
