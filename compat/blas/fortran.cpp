@@ -12,7 +12,8 @@ using namespace orv::compat;
 
 namespace {
 
-template <auto& F, auto& Entry, class... P> auto call(P... pointers)
+// Pointers pass by reference here, so that the compiler leaves them where the caller put them.
+template <auto& F, auto& Entry, class... P> auto call(P&... pointers)
 {
     if constexpr (is_complex<result_of<F>>) {
         result_of<F> result;
@@ -35,7 +36,7 @@ template <auto& F, auto& Entry, class... P> auto call(P... pointers)
 }
 
 template <auto& F, auto& Entry, class Int, class Check, class... P>
-void checked(const char* name, Check check, P... pointers)
+void checked(const char* name, Check check, P&... pointers)
 {
     if (const Int bad = on_values<F>(check, pointers...)) [[unlikely]]
         return report(name, bad);

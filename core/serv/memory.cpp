@@ -67,6 +67,9 @@ void release(void* block)
     std::free(h.origin);
 }
 
+struct Shelf;
+bool enlist(Shelf& shelf); // below; false if nothing is kept any more
+
 struct Shelf {
     static constexpr int places = 4;
     std::atomic<void*> block[places];
@@ -74,10 +77,10 @@ struct Shelf {
     Shelf *next, *previous;
     bool listed;
 
-    // Both out of line: the address of the thread's shelf is looked up once a call.
+    // Both out of line and on their own: the address of the thread's shelf is looked up once, not at each use.
 
     // A place whose block serves, the smallest such; taken blocks leave the place empty.
-    [[gnu::noinline]] void* take(i64 bytes, i64 alignment)
+    [[gnu::noipa]] void* take(i64 bytes, i64 alignment)
     {
         int best = -1;
         for (int i = 0; i < places; ++i) {
@@ -90,8 +93,9 @@ struct Shelf {
 
     // Keeps a block in an empty place, else in place of the smallest if that one is smaller. What finds no place is
     // returned.
-    [[gnu::noinline]] void* keep(void* returned)
+    [[gnu::noipa]] void* keep(void* returned)
     {
+        if (!listed && !enlist(*this)) return returned;
         const i64 size = header(returned).capacity;
         int smallest = 0;
         for (int i = 0; i < places; ++i) {
@@ -203,8 +207,7 @@ static void give_back(void* block)
 {
     if (block == nullptr) return;
     if (header(block).capacity > 0 && held.load(std::memory_order_relaxed) <= limit()) {
-        Shelf& shelf = own;
-        if (shelf.listed || enlist(shelf)) block = shelf.keep(block);
+        block = own.keep(block);
     }
     if (block != nullptr) release(block);
 }
