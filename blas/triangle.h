@@ -125,7 +125,7 @@ ORV_INLINE void solve_strip(const Storage& a, i64 j, Rows window, T* x)
     const Rows rest = form.half == Half::lower ? Rows{j + columns, window.to} : Rows{window.from, j};
     const Operands<T, true> v{{x, 1}, {x, 1}, {x, 1}, {x, 1}, false};
     if constexpr (form.op == Op::none) solve_square<form, columns>(a, j, x);
-    strip<pass_of<form.op>, columns>(a, j, rest, -one<T>, v);
+    strip<pass_of<form.op>, columns>(a, j, rest, factor<T>(-one<T>), v);
     if constexpr (form.op != Op::none) solve_square<form, columns>(a, j, x);
 }
 
@@ -145,7 +145,7 @@ ORV_INLINE void multiply_strip(const Storage& a, i64 j, Rows window, T* x)
     };
     const Operands<T, true> v{{x, 1}, {before - j, 1}, {x, 1}, {own - j, 1}, false};
     if constexpr (form.op == Op::none) put();
-    strip<pass_of<form.op>, columns>(OffDiagonal<form.half, Storage>{a}, j, window, one<T>, v);
+    strip<pass_of<form.op>, columns>(OffDiagonal<form.half, Storage>{a}, j, window, factor<T>(one<T>), v);
     if constexpr (form.op != Op::none) put();
 }
 
@@ -231,7 +231,7 @@ template <Half half, Op op, class Storage, class T>
         const Rows window{i, min(beyond.to, i + window_rows<T>)};
         T* const others = copy.gather(window.to - i, x + i * incx, incx) - i;
         const Operands<T, true> v{{others, 1}, {own, 1}, {others, 1}, {own, 1}, false};
-        strips<pass_of<op>>(OffDiagonal<half, Storage>{a}, block, window, alpha, v);
+        strips<pass_of<op>>(OffDiagonal<half, Storage>{a}, block, window, factor<T>(alpha), v);
         if constexpr (op == Op::none) copy.scatter(window.to - i, x + i * incx, incx);
     }
     if constexpr (op != Op::none) own_copy.scatter(block.to - block.from, x + block.from * incx, incx);
