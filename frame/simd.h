@@ -216,6 +216,13 @@ ORV_INLINE vec<double> operator*(vec<double> a, vec<double> b) { return {a.r * b
 ORV_INLINE vec<float> operator/(vec<float> a, vec<float> b) { return {a.r / b.r}; }
 ORV_INLINE vec<double> operator/(vec<double> a, vec<double> b) { return {a.r / b.r}; }
 
+// Whether a lane is other than zero; NaN is.
+template <class T> ORV_INLINE bool any_nonzero(vec<T> a)
+{
+    if constexpr (sizeof(real_t<T>) == 4) return _mm_movemask_ps(_mm_cmpneq_ps(a.r, _mm_setzero_ps())) != 0;
+    else return _mm_movemask_pd(_mm_cmpneq_pd(a.r, _mm_setzero_pd())) != 0;
+}
+
 // Neighbours change places: (re, im) becomes (im, re); of reals, lane 0 with 1 and lane 2 with 3.
 template <class T> ORV_INLINE vec<T> swap_neighbours(vec<T> a)
 {
