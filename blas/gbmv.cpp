@@ -26,10 +26,10 @@ void gbmv(Op op, i64 m, i64 n, i64 kl, i64 ku, T alpha, const T* a, i64 lda, con
         const i64 columns = min(n, m + ku); // those behind have no rows
         structured_mv<pass>(GeneralBand<const T>{a, lda, m, kl, ku}, m, columns, factor<T>(alpha), x, incx, y, incy);
     };
-    if (op == Op::none) return multiply.template operator()<Pass{.direct = true}>();
+    if (op == Op::none) return multiply.template operator()<Pass{.direct = true, .ahead = true}>();
     if constexpr (is_complex<T>)
-        if (op == Op::conjugate) return multiply.template operator()<Pass{.across = Op::conjugate}>();
-    multiply.template operator()<Pass{.across = Op::transpose}>();
+        if (op == Op::conjugate) return multiply.template operator()<Pass{.across = Op::conjugate, .ahead = true}>();
+    multiply.template operator()<Pass{.across = Op::transpose, .ahead = true}>();
 }
 
 } // namespace

@@ -28,6 +28,7 @@ struct Pass {
     Op across = Op::none; // none: no such product
     bool one_lane = false;
     bool align_y = false; // doubles: stores to y on 16 bytes
+    bool ahead = false;   // bands: ask for the next strip while one is at work
     constexpr bool both() const { return direct && across != Op::none; }
 };
 
@@ -127,8 +128,15 @@ ORV_INLINE void strip(const Storage& b, i64 j, Rows window, const factor<T>& alp
         if constexpr (pass.align_y)
             if (i < end && !is_aligned(v.y_row + i, vector_bytes)) add.template operator()<0, columns>(One{}, i++);
         each_piece<block<T>, T>(
-            end - i, [&]<class Piece>(Piece piece, i64 row)
-                         __attribute__((always_inline)) { add.template operator()<0, columns>(piece, i + row); });
+            end - i, [&]<class Piece>(Piece piece, i64 row) __attribute__((always_inline)) {
+                // Columns of a band are too short for the processor's own look-ahead, but the strips lie one behind the
+                // other: a line of the next one for every four registers of this one.
+                if constexpr (pass.ahead && columns == 4 && Piece::rows == block<T>)
+#pragma GCC unroll 2
+                    for (int r = 0; r < Piece::rows; r += vec<T>::lanes)
+                        prefetch(b.column(j + columns) + (left.from + columns) + 4 * (row + r));
+                add.template operator()<0, columns>(piece, i + row);
+            });
     }
     unrolled<1, columns>([&]<int ended>() __attribute__((always_inline)) {
         const i64 i = left.to - 1 + ended;
