@@ -146,6 +146,9 @@ template <int offset, class T> ORV_INLINE vec<T> splice(vec<T> low, vec<T> high)
 // Asks for the cache line at p, wherever that is; never faults.
 ORV_INLINE void prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0); }
 
+// The same as far as the second-level cache, where many lines at once would crowd each other out of the first.
+ORV_INLINE void prefetch_second_level(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T1); }
+
 // For one pass over a long vector: asks for the line 2 KiB behind p, far enough to hide the way from main memory and
 // near enough to be still there when its turn comes.
 ORV_INLINE void prefetch_ahead(const void* p) { prefetch(static_cast<const char*>(p) + 2048); }

@@ -3,12 +3,16 @@
 //
 // Matrices are thought of as row-major: element (i,j) at p[i*ld + j]. A source answers get<n>(i, j), elements (i,j) to
 // (i,j+n-1) in the first n lanes; a target takes put<n>(i, j, v). n is up to `lanes`. at(i, j) is the same matrix from
-// element (i,j) on.
+// element (i,j) on, and ask(level, i, j) asks for the cache line of that element.
 #pragma once
 
 #include "frame/simd.h"
 
 namespace orv::trans {
+
+// The cache that a line is wanted in.
+enum class Level { first, second };
+ORV_INLINE void ask(Level level, const void* p) { level == Level::first ? prefetch(p) : prefetch_second_level(p); }
 
 // What becomes of an element on its way. Moving keeps its bits; a complex scale multiplies in full, so that a scale of
 // 1 does not keep the bits of infinities and negative zeros.
@@ -32,6 +36,7 @@ template <class T, class Op> struct Source {
     u64 ld;
     Op op;
     ORV_INLINE Source at(u64 i, u64 j) const { return {p + i * ld + j, ld, op}; }
+    ORV_INLINE void ask(Level level, u64 i, u64 j) const { trans::ask(level, p + i * ld + j); }
     template <int n> ORV_INLINE vec<T> get(u64 i, u64 j) const { return op(load_first<n>(p + i * ld + j)); }
 };
 template <class T, class Op> Source(const T*, u64, Op) -> Source<T, Op>;
@@ -44,6 +49,7 @@ template <class T, class Op> struct StridedSource {
     u64 ld, inc;
     Op op;
     ORV_INLINE StridedSource at(u64 i, u64 j) const { return {p + i * ld + j * inc, ld, inc, op}; }
+    ORV_INLINE void ask(Level level, u64 i, u64 j) const { trans::ask(level, p + i * ld + j * inc); }
     template <int> ORV_INLINE vec<T> get(u64 i, u64 j) const { return op(load_first<1>(p + i * ld + j * inc)); }
 };
 template <class T, class Op> StridedSource(const T*, u64, u64, Op) -> StridedSource<T, Op>;
@@ -52,6 +58,7 @@ template <class T> struct StridedTarget {
     T* p;
     u64 ld, inc;
     ORV_INLINE StridedTarget at(u64 i, u64 j) const { return {p + i * ld + j * inc, ld, inc}; }
+    ORV_INLINE void ask(Level level, u64 i, u64 j) const { trans::ask(level, p + i * ld + j * inc); }
     template <int> ORV_INLINE void put(u64 i, u64 j, vec<T> v) const { store_first<1>(p + i * ld + j * inc, v); }
 };
 template <class T> StridedTarget(T*, u64, u64) -> StridedTarget<T>;
@@ -63,6 +70,7 @@ template <class A, class B> struct Sum {
     A a;
     B b;
     ORV_INLINE Sum at(u64 i, u64 j) const { return {a.at(i, j), b.at(i, j)}; }
+    ORV_INLINE void ask(Level level, u64 i, u64 j) const { a.ask(level, i, j), b.ask(level, i, j); }
     template <int n> ORV_INLINE vec<element> get(u64 i, u64 j) const
     {
         return a.template get<n>(i, j) + b.template get<n>(i, j);
@@ -74,6 +82,7 @@ template <class T> struct Target {
     T* p;
     u64 ld;
     ORV_INLINE Target at(u64 i, u64 j) const { return {p + i * ld + j, ld}; }
+    ORV_INLINE void ask(Level level, u64 i, u64 j) const { trans::ask(level, p + i * ld + j); }
     template <int n> ORV_INLINE void put(u64 i, u64 j, vec<T> v) const { store_first<n>(p + i * ld + j, v); }
 };
 template <class T> Target(T*, u64) -> Target<T>;
@@ -83,6 +92,7 @@ template <class T, class A> struct SumTarget {
     Target<T> target;
     A addend;
     ORV_INLINE SumTarget at(u64 i, u64 j) const { return {target.at(i, j), addend.at(i, j)}; }
+    ORV_INLINE void ask(Level level, u64 i, u64 j) const { target.ask(level, i, j), addend.ask(level, i, j); }
     template <int n> ORV_INLINE void put(u64 i, u64 j, vec<T> v) const
     {
         target.template put<n>(i, j, addend.template get<n>(i, j) + v);

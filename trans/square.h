@@ -79,14 +79,20 @@ template <class T, class Op> void turn_square(u64 n, T* a, u64 ld, const Op& op)
             for (u64 j = i + unit; j < tiled; j += unit) exchange(i, j);
         }
     } else {
-        // Rows of tiles in groups: their lines stay in the first-level cache while those of their partners pass, each
-        // row of which is met by the whole group.
+        // Rows of tiles in groups: their lines stay in the caches while those of their partners pass, each row of which
+        // is met by the whole group. The next partners are asked for.
         constexpr u64 group = 4 * unit;
         for (u64 i = 0; i < tiled; i += unit) turn_tile(a + i * ld + i, ld, op);
         for (u64 first = 0; first < tiled; first += group) {
             const u64 end = tiled - first < group ? tiled : first + group;
             for (u64 j = first + unit; j < tiled; j += unit)
-                for (u64 i = first; i < end && i < j; i += unit) exchange(i, j);
+                for (u64 i = first; i < end && i < j; i += unit) {
+                    for (u64 k = 0; k < unit; ++k) {
+                        ask(Level::second, a + (i + k) * ld + j + unit);
+                        ask(Level::second, a + (j + unit + k) * ld + i);
+                    }
+                    exchange(i, j);
+                }
         }
     }
     // The rest: the rows and columns behind the last tile.

@@ -26,15 +26,49 @@ template <int rows, int cols, class S, class D> ORV_INLINE void tile(const S& so
     }
 }
 
+// How far away a matrix is. near: in the second-level cache, most likely. crowded: far, and its rows are a multiple of
+// a page apart, so that they meet in few sets of the first-level cache.
+enum class Distance { near, far, crowded };
+
+template <class T> Distance distance(u64 rows, u64 cols, u64 lda, u64 ldb)
+{
+    constexpr u64 near = 0x80000, page = 4096;
+    if (rows * cols * sizeof(T) <= near) return Distance::near;
+    return lda * sizeof(T) % page == 0 || ldb * sizeof(T) % page == 0 ? Distance::crowded : Distance::far;
+}
+
+// Asks for what the next strip will read in these rows, and for where it will write them. The processor does not
+// foresee such short steps over many lines.
+template <int rows, int cols, class S, class D>
+ORV_INLINE void ask_ahead(const S& source, const D& target, Distance distance)
+{
+    const Level level = distance == Distance::crowded ? Level::second : Level::first;
+    constexpr int line = static_cast<int>(cache_line / sizeof(typename S::element));
+    constexpr int ahead = cols < line ? line : cols;
+#pragma GCC unroll 1
+    for (int i = 0; i < rows; ++i)
+        for (int j = 0; j < cols; j += line) source.ask(Level::second, i, ahead + j);
+#pragma GCC unroll 1
+    for (int j = 0; j < cols; ++j)
+        for (int i = 0; i < rows; i += line) target.ask(level, cols + j, i);
+}
+
 // So many rows of the source, cols wide: to cols rows of the target, in runs of twelve elements, of eight, and shorter
 // ones for the rest.
-template <int cols, class S, class D> ORV_INLINE void strip(u64 rows, const S& source, const D& target)
+template <int cols, class S, class D>
+ORV_INLINE void strip(u64 rows, const S& source, const D& target, Distance distance)
 {
     constexpr int lanes = S::lanes;
     u64 i = 0;
     if constexpr (cols >= lanes) {
-        for (; rows - i > 12; i += 12) tile<12, cols>(source.at(i, 0), target.at(0, i));
-        for (; rows - i >= 8; i += 8) tile<8, cols>(source.at(i, 0), target.at(0, i));
+        for (; rows - i > 12; i += 12) {
+            if (distance != Distance::near) ask_ahead<12, cols>(source.at(i, 0), target.at(0, i), distance);
+            tile<12, cols>(source.at(i, 0), target.at(0, i));
+        }
+        for (; rows - i >= 8; i += 8) {
+            if (distance != Distance::near) ask_ahead<8, cols>(source.at(i, 0), target.at(0, i), distance);
+            tile<8, cols>(source.at(i, 0), target.at(0, i));
+        }
         if (rows - i >= 4) tile<4, cols>(source.at(i, 0), target.at(0, i)), i += 4;
         if constexpr (lanes == 2)
             if (rows - i >= 2) tile<2, cols>(source.at(i, 0), target.at(0, i)), i += 2;
@@ -44,57 +78,64 @@ template <int cols, class S, class D> ORV_INLINE void strip(u64 rows, const S& s
 }
 
 // All of rows by cols elements, eight columns of the source at a time.
-template <class S, class D> void sweep(u64 rows, u64 cols, const S& source, const D& target)
+template <class S, class D> void sweep(u64 rows, u64 cols, const S& source, const D& target, Distance distance)
 {
     constexpr int lanes = S::lanes;
     u64 j = 0;
-    for (; cols - j >= 8; j += 8) strip<8>(rows, source.at(0, j), target.at(j, 0));
-    if (cols - j >= 4) strip<4>(rows, source.at(0, j), target.at(j, 0)), j += 4;
+    for (; cols - j >= 8; j += 8) strip<8>(rows, source.at(0, j), target.at(j, 0), distance);
+    if (cols - j >= 4) strip<4>(rows, source.at(0, j), target.at(j, 0), Distance::near), j += 4;
     if constexpr (lanes <= 2)
-        if (cols - j >= 2) strip<2>(rows, source.at(0, j), target.at(j, 0)), j += 2;
-    for (; j < cols; ++j) strip<1>(rows, source.at(0, j), target.at(j, 0));
+        if (cols - j >= 2) strip<2>(rows, source.at(0, j), target.at(j, 0), Distance::near), j += 2;
+    for (; j < cols; ++j) strip<1>(rows, source.at(0, j), target.at(j, 0), Distance::near);
 }
 
-// Rows of the source that are swept together. Each brings a page of its own, unless rows are short, and so does each of
-// the eight rows of the target: 62 pages are what the smallest first-level page tables hold. Where rows of the source
-// are a multiple of 32 KiB apart they meet in one set of the first-level cache, which has room for eight.
+// Rows of the source that are swept together. Each brings a page of its own, unless rows are short; so does each of the
+// eight rows of the target that are written and of the eight that are asked for. 62 pages are what the smallest
+// first-level page tables hold. The number is a multiple of 16: a band ends with a cache line of the target, if rows of
+// the target begin with one.
 template <class T> u64 rows_together(u64 lda, u64 ldb)
 {
-    constexpr u64 page = 4096, size = sizeof(T), pages = 62, cache = 0x8000;
+    constexpr u64 page = 4096, size = sizeof(T), pages = 62, whole = 16;
     const auto rows_in_page = [](u64 bytes) { return bytes >= page ? 1 : (bytes + page - 1) / bytes; };
-    const u64 bytes = lda * size, per_page = rows_in_page(bytes), target_per_page = rows_in_page(ldb * size);
-    const u64 eight = 8 * per_page;
-    if (ldb * size <= page || bytes * per_page % cache == 0) return eight;
-    return (pages - (target_per_page + 7) / target_per_page) * per_page;
+    const u64 per_page = rows_in_page(lda * size), target_per_page = rows_in_page(ldb * size);
+    return (pages - 2 * ((target_per_page + 7) / target_per_page)) * per_page / whole * whole;
 }
 
-// The same in bands of rows that pages and cache have room for. lda, ldb: the distances of rows.
+// The same in bands of rows that pages have room for. lda, ldb: the distances of rows.
 template <class S, class D> void sweep_bands(u64 rows, u64 cols, const S& source, u64 lda, const D& target, u64 ldb)
 {
-    constexpr u64 least = 8; // bands are never lower
-    if (rows <= least) return sweep(rows, cols, source, target);
-    const u64 height = rows_together<typename S::element>(lda, ldb);
+    using T = typename S::element;
+    constexpr u64 least = 32; // bands are never lower
+    const Distance d = distance<T>(rows, cols, lda, ldb);
+    if (rows <= least) return sweep(rows, cols, source, target, d);
+    const u64 height = rows_together<T>(lda, ldb);
     for (u64 i = 0; i < rows; i += height)
-        sweep(rows - i < height ? rows - i : height, cols, source.at(i, 0), target.at(0, i));
+        sweep(rows - i < height ? rows - i : height, cols, source.at(i, 0), target.at(0, i), d);
 }
 
 // The same by halves: the longer side is cut in two, down to blocks that any cache holds; there the order of the last
-// cuts makes no difference, and the block is swept.
-template <class S, class D> void sweep_halves(u64 rows, u64 cols, S source, D target)
+// cuts makes no difference, and the block is swept. Halves are whole runs, so that shorter ones stand at edges only.
+template <class S, class D> void cut_in_halves(u64 rows, u64 cols, S source, D target, Distance distance)
 {
-    constexpr u64 block = 32;
+    constexpr u64 block = 64, run = 16;
     while (rows > block || cols > block) {
         if (cols < rows) {
-            const u64 half = rows / 2;
-            sweep_halves(half, cols, source, target);
+            const u64 half = rows / 2 / run * run;
+            cut_in_halves(half, cols, source, target, distance);
             source = source.at(half, 0), target = target.at(0, half), rows -= half;
         } else {
-            const u64 half = cols / 2;
-            sweep_halves(rows, half, source, target);
+            const u64 half = cols / 2 / run * run;
+            cut_in_halves(rows, half, source, target, distance);
             source = source.at(0, half), target = target.at(half, 0), cols -= half;
         }
     }
-    sweep(rows, cols, source, target);
+    sweep(rows, cols, source, target, distance);
+}
+template <class S, class D> void sweep_halves(u64 rows, u64 cols, const S& source, u64 lda, const D& target, u64 ldb)
+{
+    constexpr u64 small = 16;
+    if (rows <= small && cols <= small) return sweep(rows, cols, source, target, Distance::near);
+    cut_in_halves(rows, cols, source, target, distance<typename S::element>(rows, cols, lda, ldb));
 }
 
 } // namespace orv::trans

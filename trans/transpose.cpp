@@ -14,7 +14,7 @@ void transpose(u64 rows, u64 cols, T alpha, const T* a, u64 lda, u64 stridea, T*
     };
     if (alpha == one<T>)
         with(Move<T, conjugated>{}, [=](auto from, auto to) { sweep_bands(rows, cols, from, lda, to, ldb); });
-    else with(Scale<T, conjugated>(alpha), [=](auto from, auto to) { sweep_halves(rows, cols, from, to); });
+    else with(Scale<T, conjugated>(alpha), [=](auto from, auto to) { sweep_halves(rows, cols, from, lda, to, ldb); });
 }
 
 template void transpose<false>(u64, u64, float, const float*, u64, u64, float*, u64, u64);

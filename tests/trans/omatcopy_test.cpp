@@ -107,17 +107,32 @@ TYPED_TEST(OmatcopyTest, transposes_in_bands_of_rows)
         if (lda < cols || ldb < rows) return;
         Call<T>{'R', is_complex<T> ? 'C' : 'T', rows, cols, one<T>, lda - cols, ldb - rows}.run("omatcopy2_seq");
     };
-    for (const u64 rows : {53, 54, 55, 64, 108, 109})
+    for (const u64 rows : {31, 32, 33, 63, 64, 65})
         for (const u64 cols : {1, 9, 13})
             for (const u64 lda : {page, page - 1, page + 1, 2 * page, 8 * page - 1, 8 * page, 8 * page + 1})
                 for (const u64 ldb : {page - 1, page, page + 1}) at(rows, cols, lda, ldb);
-    // Short rows, several a page: bands of 8 of these groups, or of 54.
+    // Short rows, several a page: so much higher bands.
     for (const u64 in_page : {2, 3, 6})
-        for (const u64 height : {8 * in_page, 16 * in_page, 54 * in_page})
+        for (const u64 height : {32 * in_page, 64 * in_page})
             for (const u64 rows : {height - 1, height, height + 1})
                 for (const u64 ldb : {rows, page + 1})
                     at(rows, 17, page / in_page, ldb), at(rows, 9, page / in_page + 1, ldb);
     teams() = {};
+}
+
+// More than half a MiB, for which lines are asked for ahead; rows whole pages apart, and not.
+TYPED_TEST(OmatcopyTest, transposes_large_matrices)
+{
+    using T = TypeParam;
+    constexpr u64 page = 4096 / sizeof(T);
+    for (const u64 rows : {u64(150), page, page + 13})
+        for (const u64 pad : {u64(0), u64(1)})
+            for (const T alpha : {one<T>, scalar<T>(-0.6, 0.2)}) {
+                const u64 cols = 0x80000 / sizeof(T) / rows + 9,
+                          lda = pad == 0 ? (cols + page - 1) / page * page : cols + 1;
+                Call<T>{'R', is_complex<T> ? 'C' : 'T', rows, cols, alpha, lda - cols, pad}.run("omatcopy2_seq");
+                if (this->HasFatalFailure()) return;
+            }
 }
 
 TYPED_TEST(OmatcopyTest, cuts_in_halves_when_it_has_to_multiply)
