@@ -1,4 +1,4 @@
-// The matrix product on several threads: the same bits, and no team for little work.
+// Matrices on several threads: the same bits, and no team for little work.
 #include "tests/support/kernels.h"
 #include "tests/support/random.h"
 
@@ -124,6 +124,91 @@ TEST(BlasThreads, small_products_wake_no_team)
 
 // A part that no granule fits in would be no part.
 TEST(BlasThreads, a_small_result_of_great_depth_stays_whole) { gemm_of<double>({{31, 31, 5000, false}}); }
+
+// What a call leaves in `result`, on one thread and on several.
+template <class T, class Call>
+void expect_same_bits(const std::string& text, const std::vector<T>& start, bool shared, Call call)
+{
+    SCOPED_TRACE(text + " " + letter<T>);
+    const auto run = [&](int threads) {
+        EXPECT_EQ(orv_set_thread_num_threads(threads), ORV_OK);
+        auto result = start;
+        teams = 0;
+        EXPECT_EQ(call(result.data()), ORV_OK);
+        EXPECT_EQ(teams, shared && threads > 1 ? 1 : 0) << threads << " threads";
+        return result;
+    };
+    const auto alone = run(1);
+    EXPECT_NE(std::memcmp(alone.data(), start.data(), start.size() * sizeof(T)), 0) << "nothing was computed";
+    for (const int threads : {2, 3})
+        EXPECT_EQ(std::memcmp(run(threads).data(), alone.data(), alone.size() * sizeof(T)), 0) << threads << " threads";
+    orv_set_thread_num_threads(0);
+}
+
+#define FOR_TYPE(name, s, d, c, z)                                                                                     \
+    template <class T> constexpr auto* name = s;                                                                       \
+    template <> constexpr auto* name<double> = d;                                                                      \
+    template <> constexpr auto* name<cpx<float>> = c;                                                                  \
+    template <> constexpr auto* name<cpx<double>> = z;
+FOR_TYPE(gemv, orv_sgemv, orv_dgemv, orv_cgemv, orv_zgemv)
+FOR_TYPE(ger, orv_sger, orv_dger, orv_cgerc, orv_zgerc)
+FOR_TYPE(syr, orv_ssyr, orv_dsyr, orv_cher, orv_zher)
+FOR_TYPE(syr2, orv_ssyr2, orv_dsyr2, orv_cher2, orv_zher2)
+
+// Rows times columns that are just enough for a team of two.
+template <class T> constexpr i64 worth_sharing = (i64(8) << 20) / i64(sizeof(T));
+
+template <class T> void matrix_and_vectors()
+{
+    const T alpha = Random(4).value<T>(), beta = element<T>::make(0.5);
+    const i64 most = worth_sharing<float> / 150 + 2;
+    const auto x = random_elements<T>(3 * most, 2), v = random_elements<T>(3 * most, 3);
+    for (const i64 m : {i64(203), worth_sharing<T> / 150 + 1}) {
+        const i64 n = worth_sharing<T> / m + 1, lda = m + 3;
+        const auto a = random_elements<T>(lda * n, 1);
+        const std::string size = " m=" + std::to_string(m) + " n=" + std::to_string(n);
+        for (const i64 inc : {1, -3})
+            for (const char trans : {'N', 'T', 'C'})
+                expect_same_bits<T>(std::string("gemv ") + trans + size, v, true, [&](T* y) {
+                    return gemv<T>(trans, m, n, alpha, a.data(), lda, x.data(), inc, beta, y, inc);
+                });
+        for (const i64 inc : {1, -3})
+            expect_same_bits<T>("ger" + size, a, true,
+                                [&](T* to) { return ger<T>(m, n, alpha, x.data(), inc, v.data(), inc, to, lda); });
+    }
+    const i64 n = worth_sharing<T> / 201;
+    const auto a = random_elements<T>(200 * n, 1);
+    expect_same_bits<T>("small gemv", v, false,
+                        [&](T* y) { return gemv<T>('N', 200, n, alpha, a.data(), 200, x.data(), 1, beta, y, 1); });
+}
+
+template <class T> void updates_of_triangles()
+{
+    i64 n = 1;
+    while (n * n < 2 * worth_sharing<T>) ++n;
+    const i64 lda = n + 3;
+    const auto a = random_elements<T>(lda * n, 1), x = random_elements<T>(3 * n, 2), y = random_elements<T>(3 * n, 3);
+    for (const char uplo : {'U', 'l'})
+        for (const i64 inc : {1, -3}) {
+            expect_same_bits<T>(std::string("syr ") + uplo, a, !is_complex<T>,
+                                [&](T* to) { return syr<T>(uplo, n, real_t<T>(-1.5), x.data(), inc, to, lda); });
+            expect_same_bits<T>(std::string("syr2 ") + uplo, a, !is_complex<T>, [&](T* to) {
+                return syr2<T>(uplo, n, element<T>::make(0.75), x.data(), inc, y.data(), inc, to, lda);
+            });
+        }
+}
+
+TEST(BlasThreads, matrices_and_vectors_give_the_same_bits_on_any_number_of_threads)
+{
+    matrix_and_vectors<float>(), matrix_and_vectors<double>();
+    matrix_and_vectors<cpx<float>>(), matrix_and_vectors<cpx<double>>();
+}
+
+TEST(BlasThreads, updates_of_triangles_give_the_same_bits_on_any_number_of_threads)
+{
+    updates_of_triangles<float>(), updates_of_triangles<double>();
+    updates_of_triangles<cpx<float>>(), updates_of_triangles<cpx<double>>();
+}
 
 TEST(BlasThreads, a_bad_argument_wakes_no_team)
 {

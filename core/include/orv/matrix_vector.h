@@ -110,6 +110,7 @@ ORV_API orv_status orv_zhpmv(char uplo, int64_t n, orv_complex_double alpha, con
                              int64_t incy);
 
 /* A := A + alpha*x*x', Hermitian: x times its conjugate, alpha real. An alpha equal to 0 leaves A alone.
+   ssyr and dsyr are shared among threads by columns.
    Bad: 1 another letter; 2 a negative n; 5 an incx of 0; 7 lda below max(1, n). */
 ORV_API orv_status orv_ssyr(char uplo, int64_t n, float alpha, const float* x, int64_t incx, float* a, int64_t lda);
 ORV_API orv_status orv_dsyr(char uplo, int64_t n, double alpha, const double* x, int64_t incx, double* a, int64_t lda);
