@@ -64,7 +64,8 @@ void* kernel_symbol(void* core, const std::string& routine)
     auto* lookup = reinterpret_cast<Lookup*>(dlsym(core, "orv_branch_symbol"));
     if (lookup == nullptr) return nullptr;
     void* kernel = lookup(("orv_blas_mc3_x" + routine).c_str());
-    return kernel ? kernel : lookup(("orv_blas_mc3_" + routine).c_str());
+    if (kernel == nullptr) kernel = lookup(("orv_blas_mc3_" + routine).c_str());
+    return kernel ? kernel : lookup(("orv_xblas_mc3_" + routine).c_str());
 }
 
 } // namespace

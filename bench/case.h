@@ -62,16 +62,17 @@ struct Case {
     Case& scalar(double re, double im) { return reals() == 1 ? numbers({re}) : numbers({re, im}); }
     Case& vector(i64 n, i64 inc, Use use);
     Case& matrix(i64 rows, i64 columns, Use use);
+    Case& operand(i64 elements, Use use); // with no stride behind it
     Case& packed(i64 n, Use use); // a triangle
 
 private:
     Case& put(Argument::Kind kind, const void* value, std::size_t bytes);
-    Case& operand(i64 elements, Use use);
 };
 
 // The tables of cases; a new family adds its function here and to all_cases().
 std::vector<Case> gemm_cases();
 std::vector<Case> vector_cases();
+std::vector<Case> extended_cases();
 std::vector<Case> matrix_vector_cases();
 std::vector<Case> all_cases();
 

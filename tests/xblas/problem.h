@@ -37,6 +37,7 @@ inline std::vector<std::pair<Array, Array>> scalars(char type, Random& random)
         for (const double beta : {0.0, 1.0, 2.0})
             all.emplace_back(alpha == 2 ? any() : scalar(type, alpha, 0), beta == 2 ? any() : scalar(type, beta, 0));
     all.emplace_back(scalar(type, 0, 1), scalar(type, 1, 1)); // complex: neither 0 nor 1
+    all.emplace_back(any(), scalar(type, -1, 0));
     return all;
 }
 
