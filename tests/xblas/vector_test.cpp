@@ -4,7 +4,7 @@
 namespace orv::test::extended {
 namespace {
 
-constexpr i64 lengths[] = {0, 1, 2, 3, 4, 7, 40, 301};
+constexpr i64 lengths[] = {0, 1, 2, 5, 40};
 constexpr std::pair<i64, i64> strides[] = {{1, 1}, {2, -1}, {-3, 2}};
 
 TEST(ExtendedDot, follows_its_order_of_operations)
