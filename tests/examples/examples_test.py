@@ -112,5 +112,19 @@ class Digits(unittest.TestCase):
         self.assertIn("/nowhere.csv: No such file", done.stderr)
 
 
+class Refine(unittest.TestCase):
+    def test_reaches_the_solution_only_with_residuals_in_extra_precision(self):
+        with tempfile.TemporaryDirectory() as folder:
+            page = pathlib.Path(folder) / "refine.html"
+            done = run("refine", page)
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            rows = [list(map(float, line.split())) for line in done.stdout.splitlines() if re.match(r" +\d ", line)]
+            self.assertEqual(len(rows), 9)
+            self.assertGreater(rows[-1][1], 1e-10)
+            self.assertLess(rows[-1][2], 2.3e-16)  # the last bit of 1
+            self.assertIn("= 0 in double, 1 in extra precision", done.stdout)
+            self.assertEqual(page.read_text().count("<polyline"), 2)
+
+
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1] + sys.argv[4:])

@@ -16,5 +16,6 @@
 #include <orv/threads.h>
 #include <orv/trans.h>
 #include <orv/types.h>
+#include <orv/xblas.h>
 
 #endif
