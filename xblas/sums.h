@@ -28,10 +28,29 @@ template <class P, class S, class L> struct FourSums {
     sum_of<N, S, L> group[groups] = {};
 };
 
+namespace compiled {
+
+// Arguments one by one, so that they travel in registers.
+template <class P, class S, class L>
+void add_products(i64 n, const S* s, i64 s_step, const L* v, i64 v_step, sum_of<typename P::One, S, L>& sum,
+                  double s_sign, double v_sign, i64 s_bend);
+template <class P, class S, class L>
+void add_products(i64 n, const S* s, i64 s_step, const L* v, i64 v_step, FourSums<P, S, L>& sums, double s_sign,
+                  double v_sign, i64 s_bend, i64 v_apart);
+
+} // namespace compiled
+
 // sum := sum + s(0)*v(0) + s(1)*v(1) + ... + s(n-1)*v(n-1), added in this order.
 template <class P, class S, class L>
-void add_products(i64 n, Shared<S> s, Several<L> v, sum_of<typename P::One, S, L>& sum);
-template <class P, class S, class L> void add_products(i64 n, Shared<S> s, Several<L> v, FourSums<P, S, L>& sums);
+ORV_INLINE void add_products(i64 n, Shared<S> s, Several<L> v, sum_of<typename P::One, S, L>& sum)
+{
+    compiled::add_products<P>(n, s.at, s.step, v.at, v.step, sum, s.sign, v.sign, s.bend);
+}
+template <class P, class S, class L>
+ORV_INLINE void add_products(i64 n, Shared<S> s, Several<L> v, FourSums<P, S, L>& sums)
+{
+    compiled::add_products<P>(n, s.at, s.step, v.at, v.step, sums, s.sign, v.sign, s.bend, v.apart);
+}
 
 // Result number i of four.
 template <class D> ORV_INLINE dd<double> lane(dd<D> sum, int i) { return {sum.h[i], sum.l[i]}; }

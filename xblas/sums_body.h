@@ -27,18 +27,24 @@ ORV_INLINE void run(i64 n, Shared<S> s, Several<L> v, Sum* sums)
 } // namespace
 
 template <class P, class S, class L>
-void add_products(i64 n, Shared<S> s, Several<L> v, sum_of<typename P::One, S, L>& sum)
+void compiled::add_products(i64 n, const S* s, i64 s_step, const L* v, i64 v_step, sum_of<typename P::One, S, L>& sum,
+                            double s_sign, double v_sign, i64 s_bend)
 {
-    run<typename P::One, 1>(n, s, v, &sum);
+    run<typename P::One, 1>(n, Shared<S>{s, s_step, s_bend, s_sign}, Several<L>{v, v_step, 0, v_sign}, &sum);
 }
-template <class P, class S, class L> void add_products(i64 n, Shared<S> s, Several<L> v, FourSums<P, S, L>& sums)
+template <class P, class S, class L>
+void compiled::add_products(i64 n, const S* s, i64 s_step, const L* v, i64 v_step, FourSums<P, S, L>& sums,
+                            double s_sign, double v_sign, i64 s_bend, i64 v_apart)
 {
-    run<typename P::Four, FourSums<P, S, L>::groups>(n, s, v, sums.group);
+    run<typename P::Four, FourSums<P, S, L>::groups>(n, Shared<S>{s, s_step, s_bend, s_sign},
+                                                     Several<L>{v, v_step, v_apart, v_sign}, sums.group);
 }
 
 #define XBLAS_SUMS(P, S, L)                                                                                            \
-    template void add_products<P>(i64, Shared<S>, Several<L>, sum_of<P::One, S, L>&);                                  \
-    template void add_products<P>(i64, Shared<S>, Several<L>, FourSums<P, S, L>&);
+    template void compiled::add_products<P>(i64, const S*, i64, const L*, i64, sum_of<P::One, S, L>&, double, double,  \
+                                            i64);                                                                      \
+    template void compiled::add_products<P>(i64, const S*, i64, const L*, i64, FourSums<P, S, L>&, double, double,     \
+                                            i64, i64);
 
 // Every pair of types that two inputs of one routine have.
 #define XBLAS_SUMS_NARROW(P)                                                                                           \
