@@ -2,8 +2,8 @@
 // T,
 //                            191 its conjugate, 113 its conjugate transpose, 112 its transpose
 //
-// One unknown after the other (solve.h), each taking the k solved before it, the oldest first. alpha is not told apart.
-// A 0 on the diagonal divides as it comes. k = 0 computes in 64 bits for any prec, and does nothing at all for alpha =
+// One unknown after the other (solve.h), each taking the k solved before it, the oldest first. alpha = 0 sets x to 0
+// and reads nothing. A 0 on the diagonal divides as it comes. k = 0 computes in 64 bits for any prec, and does nothing at all for alpha =
 // 1 with a unit diagonal. Memory: a ring of the k latest solutions, for 32-bit results in 64-bit arithmetic and in
 // extra precision; if there is none x stays what it is.
 #include "xblas/members.h"
@@ -31,6 +31,8 @@ void tbsv(Routine routine, Order order, Uplo uplo, Trans trans, Diag diag, i64 n
 {
     if (refuses(routine, order, uplo, trans, diag, n, k, ldt, incx) || n == 0) return;
     if (!known(prec)) return void(routine.bad(13, prec));
+    x = first(x, n, incx);
+    if (alpha == zero<T>) return clear(n, x, incx);
     const bool unit = diag == Diag::unit;
     if (k == 0) {
         if (unit && alpha == one<T>) return;
@@ -44,7 +46,6 @@ void tbsv(Routine routine, Order order, Uplo uplo, Trans trans, Diag diag, i64 n
     const bool across = (order == Order::row_major) == transposed;
     i64 column_step = across ? ldt - 1 : 1, row_step = across ? 1 : ldt - 1;
     i64 start_at = across ? 0 : k;
-    x = first(x, n, incx);
     if ((uplo == Uplo::lower) == transposed) {
         start_at = ldt * (n - 1) + k - start_at;
         column_step = -column_step, row_step = -row_step;

@@ -302,7 +302,10 @@ TEST(ExtendedTbsv, follows_its_order_of_operations)
                         .array(x.data)
                         .integer(incx)(prec);
                     const Arithmetic arithmetic = m.arithmetic(k == 0 && m.has_prec ? double_ : prec);
-                    if (k == 0 && o.diag == unit && equals(alpha, 1)) {
+                    if (equals(alpha, 0)) {
+                        for (i64 i = 0; i < n; ++i) expected.data.set(index(i, n, incx), 0, 0);
+                        ASSERT_TRUE(same(x.data, expected.data));
+                    } else if (k == 0 && o.diag == unit && equals(alpha, 1)) {
                         ASSERT_TRUE(same(x.data, expected.data));
                     } else if (division_is_told(m, o)) {
                         expect_solution(m, arithmetic, o, t, alpha, expected, [&, k = k, n = n](i64 i) {
