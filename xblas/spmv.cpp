@@ -1,6 +1,4 @@
-// spmv, hpmv:    y := alpha*A*x + beta*y      A n by n, symmetric or Hermitian, of which one triangle is stored in
-// packed
-//                                             storage
+// spmv, hpmv:    y := alpha*A*x + beta*y      A n by n, symmetric or Hermitian, of which one triangle is stored packed
 //
 // Special values: symmetric.h. With n < 1, or alpha = 0 and beta = 1, nothing is checked either.
 #include "xblas/symmetric.h"

@@ -1,11 +1,12 @@
-// x := alpha*op(T)^-1*x      T n by n triangular with k diagonals beside the main one in band storage; op by trans: 111
-// T,
-//                            191 its conjugate, 113 its conjugate transpose, 112 its transpose
+// x := alpha*op(T)^-1*x      T n by n triangular with k diagonals beside the main one, in band storage
 //
-// One unknown after the other (solve.h), each taking the k solved before it, the oldest first. alpha = 0 sets x to 0
-// and reads nothing. A 0 on the diagonal divides as it comes. k = 0 computes in 64 bits for any prec, and does nothing at all for alpha =
-// 1 with a unit diagonal. Memory: a ring of the k latest solutions, for 32-bit results in 64-bit arithmetic and in
-// extra precision; if there is none x stays what it is.
+// op by trans: 111 T, 112 its transpose, 113 its conjugate transpose, 191 its conjugate. One unknown after the other
+// (solve.h), each taking the k solved before it, the oldest first. alpha = 0 sets x to 0 and reads nothing. A 0 on the
+// diagonal divides as it comes. k = 0 computes in 64 bits for any prec, and does nothing at all for alpha = 1 with a
+// unit diagonal.
+//
+// Memory: a ring of the k latest solutions, for 32-bit results in 64-bit arithmetic and in extra precision; if there is
+// none x stays what it is.
 #include "xblas/members.h"
 #include "xblas/solve.h"
 

@@ -1,9 +1,9 @@
-// x := alpha*op(T)^-1*x      T n by n triangular in full storage; op by trans: 111 T, 113 its conjugate transpose, 112
-// its
-//                            transpose
+// x := alpha*op(T)^-1*x      T n by n triangular in full storage
 //
-// One unknown after the other (solve.h), each taking the solved ones by ascending index. alpha = 0 sets x to 0 and
-// reads nothing. A 0 on the diagonal divides as it comes. Any bad argument is reported with code 0; n < 1 is none.
+// op by trans: 111 T, 112 its transpose, 113 its conjugate transpose. One unknown after the other (solve.h), each
+// taking the solved ones by ascending index. alpha = 0 sets x to 0 and reads nothing. A 0 on the diagonal divides as it
+// comes. Any bad argument is reported with code 0; n < 1 is none.
+//
 // Memory: n numbers for 32-bit results in 64-bit arithmetic, 2n in extra precision, twice that if complex; if there is
 // none x stays what it is.
 #include "xblas/members.h"
