@@ -74,6 +74,7 @@ std::vector<Case> gemm_cases();
 std::vector<Case> vector_cases();
 std::vector<Case> extended_cases();
 std::vector<Case> matrix_vector_cases();
+std::vector<Case> transpose_cases();
 std::vector<Case> all_cases();
 
 } // namespace orv::bench

@@ -79,6 +79,7 @@ std::vector<Library> libraries(const Places& p)
         {"openblas", openblas, held, false, {"OPENBLAS_CORETYPE=Nehalem"}, openblas_core, "Nehalem"},
         {"blis", blis, held, false, {"BLIS_ARCH_TYPE=5"}, blis_core, "penryn"},
         {"eigen", p.eigen + "/libbench_eigen_sse.so", held, false, {}},
+        {"fftw", p.eigen + "/libbench_fftw.so", held, false, {}},
         {"reference", debian + "blas/libblas.so.3", held, false, {}},
         {"loops", p.eigen + "/libbench_loops.so", held, false, {}},
         {"quad", p.eigen + "/libbench_quad.so", held, false, {}},

@@ -9,10 +9,10 @@ import table
 
 LINES = {  # library: colour, width
     "orv": ("#0a5bd3", 2.6), "orv-kernel": ("#0a5bd3", 2.6), "openblas": ("#e07b00", 1.4), "blis": ("#2b9348", 1.4),
-    "eigen": ("#9b3fb5", 1.4), "reference": ("#999999", 1.0),
+    "eigen": ("#9b3fb5", 1.4), "fftw": ("#c2264b", 1.4), "reference": ("#999999", 1.0),
 }
 TYPES = "sdcz"
-PACKAGES = ("libopenblas0-serial", "libblis4-serial", "libeigen3-dev", "libblas3", "libc6")
+PACKAGES = ("libopenblas0-serial", "libblis4-serial", "libeigen3-dev", "libfftw3-double3", "libblas3", "libc6")
 
 STYLE = """
 body { font: 15px/1.45 system-ui, sans-serif; margin: 2em auto; max-width: 1180px; padding: 0 1em; color: #222 }
