@@ -10,7 +10,7 @@ namespace orv::trans {
 template <int rows, int cols, class S, class D> ORV_INLINE void tile(const S& source, const D& target)
 {
     constexpr int lanes = S::lanes;
-#pragma GCC unroll 8
+#pragma GCC unroll 4
     for (int j = 0; j < cols; j += lanes) {
         vec<typename S::element> v[rows / lanes][lanes];
 #pragma GCC unroll 12
@@ -59,19 +59,21 @@ template <int cols, class S, class D>
 ORV_INLINE void strip(u64 rows, const S& source, const D& target, Distance distance)
 {
     constexpr int lanes = S::lanes;
+    constexpr bool edge = cols < 8; // a few columns behind all others
     u64 i = 0;
+    [[maybe_unused]] const auto run = [&]<int length>() ORV_INLINE_LAMBDA {
+        if constexpr (!edge && length >= 8)
+            if (distance != Distance::near) ask_ahead<length, cols>(source.at(i, 0), target.at(0, i), distance);
+        tile<length, cols>(source.at(i, 0), target.at(0, i));
+        i += length;
+    };
     if constexpr (cols >= lanes) {
-        for (; rows - i > 12; i += 12) {
-            if (distance != Distance::near) ask_ahead<12, cols>(source.at(i, 0), target.at(0, i), distance);
-            tile<12, cols>(source.at(i, 0), target.at(0, i));
-        }
-        for (; rows - i >= 8; i += 8) {
-            if (distance != Distance::near) ask_ahead<8, cols>(source.at(i, 0), target.at(0, i), distance);
-            tile<8, cols>(source.at(i, 0), target.at(0, i));
-        }
-        if (rows - i >= 4) tile<4, cols>(source.at(i, 0), target.at(0, i)), i += 4;
+        if constexpr (!edge)
+            while (rows - i > 12) run.template operator()<12>();
+        while (rows - i >= 8) run.template operator()<8>();
+        if (rows - i >= 4) run.template operator()<4>();
         if constexpr (lanes == 2)
-            if (rows - i >= 2) tile<2, cols>(source.at(i, 0), target.at(0, i)), i += 2;
+            if (rows - i >= 2) run.template operator()<2>();
     }
     for (; i < rows; ++i)
         for (int j = 0; j < cols; ++j) target.template put<1>(j, i, source.template get<1>(i, j));
