@@ -12,15 +12,19 @@ ORV_INLINE void run(i64 n, Shared<S> s, Several<L> v, Sum* sums)
     constexpr i64 lanes = lanes_of<typename N::lane>;
     Sum kept[groups];
     for (int g = 0; g < groups; ++g) kept[g] = sums[g];
-    for (i64 k = 0; k < n; ++k) {
+    const auto add_next = [&]() ORV_INLINE_LAMBDA {
         const auto shared = factor<N>(s.at, s.sign);
 #pragma GCC unroll 4
         for (int g = 0; g < groups; ++g)
             kept[g] = plus(kept[g], product(shared, factor<N>(v.at + g * lanes * v.apart, v.sign, v.apart)));
         s.at += s.step;
-        s.step += s.bend;
         v.at += v.step;
-    }
+    };
+    i64 k = 0;
+    // Two terms a trip, in their order: short loops overlap with what comes before and behind them.
+    if (s.bend == 0)
+        for (; k + 2 <= n; k += 2) add_next(), add_next();
+    for (; k < n; ++k, s.step += s.bend) add_next();
     for (int g = 0; g < groups; ++g) sums[g] = kept[g];
 }
 
