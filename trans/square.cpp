@@ -36,7 +36,10 @@ template <class T> void exchange_row(T* a, T* b, u64 ld, u64 count)
     constexpr u64 unit = tile_unit<T>;
     u64 k = 0;
     if (a == b && count > 0) turn_tile(a, ld, Move<T, false>{}), k = 1;
-    for (; k < count; ++k) exchange_tiles(a + k * unit, b + k * unit * ld, ld, Move<T, false>{});
+    for (; k < count; ++k) {
+        ask_tiles(a + (k + 1) * unit, b + (k + 1) * unit * ld, ld);
+        exchange_tiles(a + k * unit, b + k * unit * ld, ld, Move<T, false>{});
+    }
 }
 
 // One member's share of a square of whole tiles: rows of tiles tid, tid + team_size, ...

@@ -53,6 +53,12 @@ template <class T, class Op> ORV_INLINE void exchange_tiles(T* p, T* q, u64 ld, 
         for (int j = 0; j < unit; j += cols) exchange_blocks<lanes, cols>(p + i * ld + j, q + j * ld + i, ld, op);
 }
 
+// Asks for the lines of a tile at p and of its mirror image at q.
+template <class T> ORV_INLINE void ask_tiles(const T* p, const T* q, u64 ld)
+{
+    for (u64 k = 0; k < tile_unit<T>; ++k) ask(Level::second, p + k * ld), ask(Level::second, q + k * ld);
+}
+
 // A tile on the diagonal.
 template <class T, class Op> ORV_INLINE void turn_tile(T* p, u64 ld, const Op& op)
 {
@@ -87,10 +93,7 @@ template <class T, class Op> void turn_square(u64 n, T* a, u64 ld, const Op& op)
             const u64 end = tiled - first < group ? tiled : first + group;
             for (u64 j = first + unit; j < tiled; j += unit)
                 for (u64 i = first; i < end && i < j; i += unit) {
-                    for (u64 k = 0; k < unit; ++k) {
-                        ask(Level::second, a + (i + k) * ld + j + unit);
-                        ask(Level::second, a + (j + unit + k) * ld + i);
-                    }
+                    ask_tiles(a + i * ld + j + unit, a + (j + unit) * ld + i, ld);
                     exchange(i, j);
                 }
         }
