@@ -45,8 +45,9 @@ template <> struct wide<cpx<float>> {
 
     ORV_INLINE void add(vec<T> x, vec<T> y)
     {
-        straight += lane_product(x, y);
-        crossed += lane_product(x, swap_neighbours(y));
+        asm("" : "+x"(y.r)); // or else y is loaded again for the swap
+        crossed += lane_product(swap_neighbours(y), x);
+        straight += lane_product(y, x);
     }
     ORV_INLINE void add(const T* x, const T* y) { add(loadu(x), loadu(y)); }
     ORV_INLINE void add_first(const T* x, const T* y) { add(load_first<1>(x), load_first<1>(y)); }
