@@ -9,21 +9,23 @@
 namespace orv::blas {
 namespace {
 
-using CopyLadder = Ladder<Blocks<16, 8, 4, 2, 1>, Blocks<16, 8, 4, 2, 1>>;
+using CopyLadder = Ladder<Blocks<16, 8, 4, 2, 1>, Blocks<16, 8, 4, 2, 1>, Offset::straddling>;
 
 // Between these sizes a string move, which goes by whole cache lines, is faster than registers: it is worth its start,
-// and source and destination still fit the second-level cache. Beyond, asking for lines ahead is what counts.
-constexpr i64 string_bytes = 2048, string_bytes_end = 1 << 20;
+// and source and destination still fit the second-level cache. Beyond, asking for lines ahead is what counts. It moves
+// words, and slowly where they straddle boundaries of their own.
+constexpr i64 string_bytes = 2048, string_bytes_end = 1 << 20, word_bytes = 8;
 
 template <class T> void copy(i64 n, const T* x, i64 incx, T* y, i64 incy)
 {
     constexpr i64 size = sizeof(T);
-    if (incx * incy == 1 && n >= string_bytes / size && n < string_bytes_end / size) {
-        i64 words = n * size / 8;
+    const bool whole_words = is_aligned(x, word_bytes) && is_aligned(y, word_bytes);
+    if (incx * incy == 1 && n >= string_bytes / size && n < string_bytes_end / size && whole_words) {
+        i64 words = n * size / word_bytes;
         const T* last = x + n - 1;
         T* to_last = y + n - 1;
         asm volatile("rep movsq" : "+S"(x), "+D"(y), "+c"(words) : : "memory");
-        if constexpr (size < 8) *to_last = *last; // half a word, if their number is odd
+        if constexpr (size < word_bytes) *to_last = *last; // half a word, if their number is odd
         return;
     }
     walk<CopyLadder>(n, x, incx, y, incy, Update{[](auto from) { return from; }, [](auto from, auto) { return from; }});

@@ -53,7 +53,7 @@ template <int longest, int... shorter> struct Blocks {
     using Longest = Blocks<longest>;
 
     // Calls body(length, i), the length in registers, from element i <= n on while a block fits before n; returns the
-    // first element left over.
+    // first element left over. i is 0, or where the longest blocks ended.
     template <class T, class Body> ORV_INLINE static i64 run(i64 i, i64 n, Body body)
     {
         for (constexpr i64 elements = longest * vec<T>::lanes; n - i >= elements; i += elements)
@@ -63,14 +63,14 @@ template <int longest, int... shorter> struct Blocks {
     }
 
 private:
-    // A block half as long as the one before fits once or not at all: a bit of the number of elements left tells.
+    // A block half as long as the one before fits once or not at all: a bit of n tells, for whole blocks ended at i.
     template <class T, int before, int length, int... rest, class Body>
     ORV_INLINE static i64 descend(i64 i, i64 n, Body body)
     {
         constexpr i64 elements = length * vec<T>::lanes;
         constexpr std::integral_constant<int, length> block;
         if constexpr (before == 2 * length) {
-            if (((n - i) & elements) != 0) body(block, i), i += elements;
+            if ((n & elements) != 0) body(block, i), i += elements;
         } else
             for (; n - i >= elements; i += elements) body(block, i);
         if constexpr (sizeof...(rest) > 0) i = descend<T, length, rest...>(i, n, body);
@@ -125,8 +125,7 @@ template <bool aligned, class T, int count> ORV_INLINE void put(T* p, const vec<
 constexpr i64 near_bytes = 16384;
 
 // Both vectors stand on boundaries, or neither need.
-template <class Blocks, bool aligned, class X, class T, class Op>
-ORV_INLINE void unit_stride(i64 i, i64 n, X* x, T* y, Op op)
+template <class Blocks, bool aligned, class X, class T, class Op> ORV_INLINE void unit_stride(i64 n, X* x, T* y, Op op)
 {
     constexpr int lanes = vec<T>::lanes, line = 64 / sizeof(T);
     const auto block = [&]<int length, bool far>(std::integral_constant<int, length>, std::bool_constant<far>, i64 at) {
@@ -154,20 +153,22 @@ ORV_INLINE void unit_stride(i64 i, i64 n, X* x, T* y, Op op)
             put<aligned>(to, y_result);
         });
     };
+    i64 i = 0;
     if (n > near_bytes / i64(sizeof(T)))
         i = Blocks::Longest::template run<T>(i, n, [&](auto length, i64 at) { block(length, std::true_type(), at); });
     i = Blocks::template run<T>(i, n, [&](auto length, i64 at) { block(length, std::false_type(), at); });
     apply_singly(i, n, x, y, op);
 }
 
-// At element i y stands on a boundary, x `off` elements behind one. Registers of x are loaded one ahead of use.
-template <class Blocks, int off, class X, class T, class Op> ORV_INLINE void spliced(i64 i, i64 n, X* x, T* y, Op op)
+// y stands on a boundary, x `off` elements behind one. Registers of x are loaded one ahead of use.
+template <class Blocks, int off, class X, class T, class Op> ORV_INLINE void spliced(i64 n, X* x, T* y, Op op)
 {
     constexpr int lanes = vec<T>::lanes;
     constexpr int ahead = lanes - off; // how far the last register that a block loads reaches past the block
-    if (n - i < lanes + ahead) return apply_singly(i, n, x, y, op);
+    if (n < lanes + ahead) return apply_singly(0, n, x, y, op);
+    i64 i = 0;
     if constexpr (std::is_const_v<X>) {
-        vec<T> low = op.of(load_last<ahead>(x + i)); // of the register that x stands in, nothing before x
+        vec<T> low = op.of(load_last<ahead>(x)); // of the register that x stands in, nothing before x
         i = Blocks::template run<T>(i, n - ahead, [&](auto length, i64 at) {
             in_pairs<T, length>([&]<int count>(i64 offset, std::integral_constant<int, count>) {
                 vec<T> y_result[count];
@@ -183,10 +184,10 @@ template <class Blocks, int off, class X, class T, class Op> ORV_INLINE void spl
         });
     } else {
         // What x becomes is spliced to aligned stores too, one register late: the first and the last straddle.
-        const Both<vec<T>> first = op(loadu(x + i), load(y + i));
-        vec<T> low = load(x + i + ahead), late = first.x;
-        storeu(x + i, first.x), store(y + i, first.y);
-        i += lanes;
+        const Both<vec<T>> first = op(loadu(x), load(y));
+        vec<T> low = load(x + ahead), late = first.x;
+        storeu(x, first.x), store(y, first.y);
+        x += lanes, y += lanes, n -= lanes;
         i = Blocks::template run<T>(i, n - ahead, [&](auto length, i64 at) {
             in_pairs<T, length>([&]<int count>(i64 offset, std::integral_constant<int, count>) {
                 vec<T> x_result[count], y_result[count];
@@ -257,22 +258,24 @@ template <class Shape, class X, class T, class Op> ORV_INLINE void walk(i64 n, X
     using Misaligned = typename Shape::Misaligned;
     constexpr int lanes = vec<T>::lanes;
     constexpr std::uintptr_t unit = sizeof(T) < 8 ? sizeof(T) : 8;
-    if (incx * incy != 1 || !is_aligned(x, unit) || !is_aligned(y, unit)) {
+    if (incx * incy != 1 || !is_aligned(x, unit) || !is_aligned(y, unit)) [[unlikely]] {
         if (incy == 0 || (incx == 0 && !std::is_const_v<X>)) zero_stride(n, x, incx, y, incy, op);
         else any_stride(n, x, incx, y, incy, op);
         return;
     }
-    const i64 peel = min(to_boundary(y), n);
-    apply_singly(0, peel, x, y, op);
-    const i64 off = lanes - to_boundary(x + peel);
-    if (is_aligned(x + peel, vector_bytes) && is_aligned(y + peel, vector_bytes))
-        unit_stride<Aligned, true>(peel, n, x, y, op);
-    else if constexpr (lanes == 1 || Shape::offset == Offset::straddling)
-        unit_stride<Misaligned, false>(peel, n, x, y, op);
-    else if (off == 1) spliced<Misaligned, 1>(peel, n, x, y, op);
+    if (!is_aligned(y, vector_bytes)) [[unlikely]] {
+        const i64 peel = min(to_boundary(y), n);
+        apply_singly(0, peel, x, y, op);
+        x += peel, y += peel, n -= peel;
+    }
+    if (is_aligned(x, vector_bytes) && (lanes > 1 || is_aligned(y, vector_bytes)))
+        return unit_stride<Aligned, true>(n, x, y, op);
+    const i64 off = lanes - to_boundary(x);
+    if constexpr (lanes == 1 || Shape::offset == Offset::straddling) unit_stride<Misaligned, false>(n, x, y, op);
+    else if (off == 1) spliced<Misaligned, 1>(n, x, y, op);
     else if constexpr (lanes == 4) {
-        if (off == 2) spliced<Misaligned, 2>(peel, n, x, y, op);
-        else spliced<Misaligned, 3>(peel, n, x, y, op);
+        if (off == 2) spliced<Misaligned, 2>(n, x, y, op);
+        else spliced<Misaligned, 3>(n, x, y, op);
     }
 }
 

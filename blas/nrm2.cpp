@@ -111,16 +111,17 @@ double sum_of_squares(i64 n, const float* x)
 {
     vec<double> a[8] = {};
     const auto one = [&](i64 i) { a[0] += squares({_mm_cvtps_pd(load_first<1>(x + i).r)}); };
-    i64 i = 0;
-    for (const i64 head = min(to_boundary(x), n); i < head; ++i) one(i);
-    i = Blocks<16, 8, 4, 2, 1>::run<double>(i, n, [&](auto pairs, i64 at) {
+    const i64 head = min(to_boundary(x), n);
+    for (i64 i = 0; i < head; ++i) one(i);
+    x += head, n -= head;
+    const i64 whole = Blocks<16, 8, 4, 2, 1>::run<double>(0, n, [&](auto pairs, i64 at) {
 #pragma GCC unroll 16
         for (int p = 0; p < decltype(pairs)::value; ++p) {
             if (p % 8 == 0) prefetch_ahead(x + at + 2 * p);
             a[p % 8] += squares(load_widened(x + at + 2 * p));
         }
     });
-    if (i < n) one(i);
+    if (whole < n) one(whole);
     return first_lane(fold_lanes(((a[0] + a[1]) + (a[2] + a[3])) + ((a[4] + a[5]) + (a[6] + a[7]))));
 }
 
