@@ -77,7 +77,8 @@ template <class T> int square_t_par(u64 n, T* ab, u64 ld)
 {
     auto* const kernel = kernels<T>.square_t_team.get();
     const int threads = threads_worth<T>(n, n);
-    if (threads == 1 || kernel == nullptr) return 0;
+    // One thread takes rows of tiles in groups, which shares go without: two are slower than one alone.
+    if (threads <= 2 || kernel == nullptr) return 0;
     constexpr u64 unit = 64 / sizeof(T);
     const u64 tiled = n / unit * unit;
     parallel(threads,
