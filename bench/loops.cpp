@@ -44,7 +44,6 @@ Wide operator+(Wide a, Wide b)
     const double h = t3 + t2;
     return {h, t2 - (h - t3)};
 }
-Wide operator-(Wide a, Wide b) { return a + Wide(-b.h, -b.l); }
 Wide operator*(Wide a, double b)
 {
     const Wide p = times(a.h, b);
