@@ -1,42 +1,17 @@
-// Level 2: arguments checked, operations on large matrices shared among threads.
+// Level 2, all but the symmetric product of full matrices (symmetric_product.cpp): arguments checked, operations on
+// large matrices shared among threads.
 //
 // The work is reading the matrix once, so what a thread is worth is told in bytes of it. Members get rows or columns of
 // the result such that each element goes through the same operations whoever computes it.
+#include "core/blas/cut.h"
 #include "core/blas/routine.h"
 #include "core/team/team.h"
 #include "frame/arguments.h"
-
-#include <cmath>
 
 using namespace orv;
 using namespace orv::core;
 
 namespace {
-
-// Bytes of a matrix worth a thread. Two threads that are awake gain from 4 MB on (1.1 times, 1.3 to 1.8 at 8 MB), but
-// one that has to be woken costs more than reading a few of them.
-constexpr i64 grain = i64(4) << 20;
-
-struct Range {
-    i64 begin, size;
-};
-
-// Part `index` of `parts` of 0..n-1. Its edges are multiples of the granules of all kernels, so that no part ends in
-// leftovers that the whole has not.
-constexpr i64 granule = 64;
-Range even_part(i64 n, int parts, int index)
-{
-    const auto edge = [&](int i) { return i == parts ? n : n / granule * i / parts * granule; };
-    return {edge(index), edge(index + 1) - edge(index)};
-}
-
-// The same of the columns of a triangle of order n: each part has as many elements.
-Range triangle_part(bool upper, i64 n, int parts, int index)
-{
-    const auto share = [&](int i) { return static_cast<i64>(static_cast<double>(n) * std::sqrt(double(i) / parts)); };
-    const auto edge = [&](int i) { return upper ? share(i) : n - share(parts - i); };
-    return {edge(index), edge(index + 1) - edge(index)};
-}
 
 // Threads for an operation that reads `elements` and is cut along n.
 template <class T> int threads_worth(double elements, i64 n)
@@ -45,12 +20,6 @@ template <class T> int threads_worth(double elements, i64 n)
     if (elements < least) return 1;
     const i64 bytes = static_cast<i64>(elements < most ? elements : most) * i64(sizeof(T));
     return static_cast<int>(max(1, min(n / granule, threads_for(bytes, grain))));
-}
-
-// Elements of a vector of n as a vector of the same stride.
-template <class T> T* part(T* x, i64 n, i64 inc, Range r)
-{
-    return inc < 0 ? x + (r.begin + r.size - n) * inc : x + r.begin * inc;
 }
 
 // A routine above its kernel, which Cut may have run by several threads: Cut::threads(arguments...) says how many pay,
@@ -114,25 +83,6 @@ template <class T> struct GerCut {
     }
 };
 
-// Columns of a triangle, for the kernels of a member: they take the leading part of the triangle that ends with these
-// columns, in the upper one, or the trailing part that starts with them, in the lower one.
-struct Columns {
-    i64 count, others; // the member's own; those before or behind them
-    Range rows;        // of the vectors
-    i64 right, down;   // where its matrix starts
-
-    Columns(bool upper, i64 n, int parts, int index)
-    {
-        const Range r = triangle_part(upper, n, parts, index);
-        const i64 end = r.begin + r.size;
-        count = r.size;
-        others = upper ? r.begin : n - end;
-        rows = upper ? Range{0, end} : Range{r.begin, n - r.begin};
-        right = r.begin;
-        down = upper ? 0 : r.begin;
-    }
-};
-
 template <class T> int threads_for_triangle(i64 n)
 {
     return threads_worth<T>(0.5 * static_cast<double>(n) * static_cast<double>(n), n);
@@ -187,7 +137,6 @@ template <auto& F> using Syr2 = Shared<F, arguments::syr2, Syr2Cut<value_argumen
 
 // Routines whose kernel is all there is to them behind the check.
 template <auto& F> using Gbmv = Checked<F, arguments::gbmv>;
-template <auto& F> using Symv = Checked<F, arguments::symv>;
 template <auto& F> using Sbmv = Checked<F, arguments::sbmv>;
 template <auto& F> using Spmv = Checked<F, arguments::spmv>;
 template <auto& F> using Her = Checked<F, arguments::syr>;
@@ -216,11 +165,6 @@ ORV_BLAS(9, cgeru, Ger, cgeru)
 ORV_BLAS(9, zgeru, Ger, zgeru)
 ORV_BLAS(9, cgerc, Ger, cgerc)
 ORV_BLAS(9, zgerc, Ger, zgerc)
-
-ORV_BLAS(10, ssymv, Symv, xssymv)
-ORV_BLAS(10, dsymv, Symv, xdsymv)
-ORV_BLAS(10, chemv, Symv, chemv)
-ORV_BLAS(10, zhemv, Symv, zhemv)
 
 ORV_BLAS(11, ssbmv, Sbmv, ssbmv)
 ORV_BLAS(11, dsbmv, Sbmv, dsbmv)

@@ -1,10 +1,15 @@
 // Matrices on several threads: the same bits, and no team for little work.
+#include "tests/support/bounds.h"
 #include "tests/support/kernels.h"
+#include "tests/support/probe.h"
 #include "tests/support/random.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <limits>
 #include <vector>
 
 #define ORV_COMPLEX_FLOAT orv::cpx<float>
@@ -125,9 +130,9 @@ TEST(BlasThreads, small_products_wake_no_team)
 // A part that no granule fits in would be no part.
 TEST(BlasThreads, a_small_result_of_great_depth_stays_whole) { gemm_of<double>({{31, 31, 5000, false}}); }
 
-// What a call leaves in `result`, on one thread and on several.
+// What a call leaves in `result`, on `least` threads and on more.
 template <class T, class Call>
-void expect_same_bits(const std::string& text, const std::vector<T>& start, bool shared, Call call)
+void expect_same_bits(const std::string& text, const std::vector<T>& start, bool shared, Call call, int least = 1)
 {
     SCOPED_TRACE(text + " " + letter<T>);
     const auto run = [&](int threads) {
@@ -138,10 +143,11 @@ void expect_same_bits(const std::string& text, const std::vector<T>& start, bool
         EXPECT_EQ(teams, shared && threads > 1 ? 1 : 0) << threads << " threads";
         return result;
     };
-    const auto alone = run(1);
-    EXPECT_NE(std::memcmp(alone.data(), start.data(), start.size() * sizeof(T)), 0) << "nothing was computed";
-    for (const int threads : {2, 3})
-        EXPECT_EQ(std::memcmp(run(threads).data(), alone.data(), alone.size() * sizeof(T)), 0) << threads << " threads";
+    const auto first = run(least);
+    EXPECT_NE(std::memcmp(first.data(), start.data(), start.size() * sizeof(T)), 0) << "nothing was computed";
+    for (const int more : {1, 2})
+        EXPECT_EQ(std::memcmp(run(least + more).data(), first.data(), first.size() * sizeof(T)), 0)
+            << least + more << " threads";
     orv_set_thread_num_threads(0);
 }
 
@@ -152,6 +158,7 @@ void expect_same_bits(const std::string& text, const std::vector<T>& start, bool
     template <> constexpr auto* name<cpx<double>> = z;
 FOR_TYPE(gemv, orv_sgemv, orv_dgemv, orv_cgemv, orv_zgemv)
 FOR_TYPE(ger, orv_sger, orv_dger, orv_cgerc, orv_zgerc)
+FOR_TYPE(symv, orv_ssymv, orv_dsymv, orv_chemv, orv_zhemv)
 FOR_TYPE(syr, orv_ssyr, orv_dsyr, orv_cher, orv_zher)
 FOR_TYPE(syr2, orv_ssyr2, orv_dsyr2, orv_cher2, orv_zher2)
 
@@ -182,11 +189,17 @@ template <class T> void matrix_and_vectors()
                         [&](T* y) { return gemv<T>('N', 200, n, alpha, a.data(), 200, x.data(), 1, beta, y, 1); });
 }
 
-template <class T> void updates_of_triangles()
+// The order of a triangle that is just enough for a team of two.
+template <class T> i64 triangle_worth_sharing()
 {
     i64 n = 1;
     while (n * n < 2 * worth_sharing<T>) ++n;
-    const i64 lda = n + 3;
+    return n;
+}
+
+template <class T> void updates_of_triangles()
+{
+    const i64 n = triangle_worth_sharing<T>(), lda = n + 3;
     const auto a = random_elements<T>(lda * n, 1), x = random_elements<T>(3 * n, 2), y = random_elements<T>(3 * n, 3);
     for (const char uplo : {'U', 'l'})
         for (const i64 inc : {1, -3}) {
@@ -208,6 +221,126 @@ TEST(BlasThreads, updates_of_triangles_give_the_same_bits_on_any_number_of_threa
 {
     updates_of_triangles<float>(), updates_of_triangles<double>();
     updates_of_triangles<cpx<float>>(), updates_of_triangles<cpx<double>>();
+}
+
+template <class T> struct Hermitian {
+    i64 n, lda;
+    std::vector<T> a; // the other triangle, padding and what else is not to be read are NaN
+
+    Hermitian(char uplo, i64 n) : n(n), lda(n + 3), a(random_elements<T>(lda * n, 1))
+    {
+        const auto nan = std::numeric_limits<real_t<T>>::quiet_NaN();
+        for (i64 j = 0; j < n; ++j)
+            for (i64 i = 0; i < lda; ++i) {
+                T& e = a[static_cast<std::size_t>(i + j * lda)];
+                if (i >= n || (uplo == 'U' ? i > j : i < j)) e = element<T>::make(nan);
+                if constexpr (is_complex<T>)
+                    if (i == j) e.im = nan;
+            }
+    }
+};
+
+// Orders that are not worth a team, that are cut in two pieces, and in more; `least` threads and more agree.
+template <class T> void symmetric_products(int least, bool with_team)
+{
+    const T alpha = Random(4).value<T>(), beta = element<T>::make(0.5);
+    const i64 worth = triangle_worth_sharing<T>();
+    for (const char uplo : {'U', 'l'})
+        for (const i64 n : {worth - 1, worth, worth * 5 / 3}) {
+            const Hermitian<T> h(fold(uplo), n);
+            const auto x = random_elements<T>(3 * n, 2), y = random_elements<T>(3 * n, 3);
+            for (const i64 inc : {1, -3})
+                expect_same_bits<T>(
+                    std::string("symv ") + uplo + " n=" + std::to_string(n), y, with_team && n >= worth,
+                    [&](T* to) { return symv<T>(uplo, n, alpha, h.a.data(), h.lda, x.data(), inc, beta, to, inc); },
+                    least);
+        }
+}
+
+TEST(BlasThreads, symmetric_products_give_the_same_bits_in_teams_of_any_size)
+{
+    symmetric_products<float>(2, true), symmetric_products<double>(2, true);
+    symmetric_products<cpx<float>>(2, true), symmetric_products<cpx<double>>(2, true);
+}
+
+TEST(BlasThreads, reproducible_symmetric_products_give_the_same_bits_on_any_number_of_threads)
+{
+    orv_set_reproducible(1);
+    symmetric_products<float>(1, false), symmetric_products<double>(1, false);
+    orv_set_reproducible(0);
+}
+
+template <class T> void large_symmetric_product(char uplo, i64 incx, i64 incy, bool without_memory)
+{
+    SCOPED_TRACE(std::string("symv ") + letter<T> + uplo + " incx=" + std::to_string(incx) +
+                 " incy=" + std::to_string(incy) + (without_memory ? " without memory" : ""));
+    const i64 n = triangle_worth_sharing<T>();
+    const Hermitian<T> h(uplo, n);
+    const auto at = [n](i64 i, i64 inc) { return static_cast<std::size_t>(inc < 0 ? (i - n + 1) * inc : i * inc); };
+    const auto x = random_elements<T>(3 * n, 2), start = random_elements<T>(3 * n, 3);
+    const T alpha = Random(4).value<T>(), beta = Random(5).value<T>();
+    auto y = start;
+    const auto multiply = [&] {
+        return symv<T>(uplo, n, alpha, h.a.data(), h.lda, x.data(), incx, beta, y.data(), incy);
+    };
+    orv_set_thread_num_threads(2);
+    teams = 0;
+    if (without_memory) {
+        ProbeScope scope;
+        scope->fail_all = true;
+        ASSERT_EQ(multiply(), ORV_OK);
+        EXPECT_EQ(scope->failed, 1);
+    } else ASSERT_EQ(multiply(), ORV_OK);
+    EXPECT_EQ(teams, without_memory ? 0 : 1);
+    orv_set_thread_num_threads(0);
+    std::vector<std::conditional_t<is_complex<T>, ComplexEntry, Entry>> sums(static_cast<std::size_t>(n));
+    const auto add = [&](i64 to, T a, i64 from) {
+        auto& sum = sums[static_cast<std::size_t>(to)];
+        const T f = x[at(from, incx)];
+        if constexpr (is_complex<T>) sum.add(a.re, a.im, f.re, f.im);
+        else sum.add(static_cast<long double>(a) * f);
+    };
+    for (i64 j = 0; j < n; ++j)
+        for (i64 i = uplo == 'U' ? 0 : j; i < (uplo == 'U' ? j + 1 : n); ++i) {
+            T a = h.a[static_cast<std::size_t>(i + j * h.lda)];
+            if constexpr (is_complex<T>)
+                if (i == j) a.im = 0;
+            add(i, a, j);
+            if (i != j) add(j, conj(a), i);
+        }
+    long double worst = 0;
+    for (i64 i = 0; i < n; ++i) {
+        const auto& sum = sums[static_cast<std::size_t>(i)];
+        const T old = start[at(i, incy)], now = y[at(i, incy)];
+        const auto roundings = static_cast<long double>(2 * n + 8);
+        if constexpr (is_complex<T>) {
+            ComplexEntry e;
+            e.add(alpha.re, alpha.im, sum.re.exact, sum.im.exact), e.add(beta.re, beta.im, old.re, old.im);
+            const long double magnitude =
+                (std::fabs(alpha.re) + std::fabs(alpha.im)) * (sum.re.magnitude + sum.im.magnitude) + e.re.magnitude +
+                e.im.magnitude;
+            e.re.magnitude = e.im.magnitude = magnitude;
+            e.re.roundings = e.im.roundings = roundings;
+            worst = std::max(worst, excess(now, e));
+        } else {
+            Entry e;
+            e.add(static_cast<long double>(alpha) * sum.exact), e.add(static_cast<long double>(beta) * old);
+            e.magnitude += std::fabs(static_cast<long double>(alpha)) * sum.magnitude, e.roundings = roundings;
+            worst = std::max(worst, excess(now, e));
+        }
+    }
+    EXPECT_LE(worst, 1);
+}
+
+TEST(BlasThreads, large_symmetric_products_read_one_triangle_and_need_no_memory)
+{
+    for (const bool without_memory : {false, true})
+        for (const char uplo : {'U', 'L'}) {
+            large_symmetric_product<float>(uplo, 1, 1, without_memory);
+            large_symmetric_product<double>(uplo, 1, -2, without_memory);
+            large_symmetric_product<cpx<float>>(uplo, 3, 1, without_memory);
+            large_symmetric_product<cpx<double>>(uplo, -2, 3, without_memory);
+        }
 }
 
 TEST(BlasThreads, a_bad_argument_wakes_no_team)

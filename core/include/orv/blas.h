@@ -14,7 +14,8 @@
              beforehand, orv_last_error() afterwards.
    Rounding  Every product and every sum is rounded once; none are fused. NaN and infinity spread as these operations
              spread them, wherever nothing else is said. The order of sums is fixed by n, the strides and the
-             alignment of the operands, never by the number of threads.
+             alignment of the operands, not by the number of threads; symv and hemv alone sum in another order on one
+             thread than on several.
 
    All functions can be called from several threads at once on operands that no two calls write.
 

@@ -3,18 +3,21 @@
 
    op        the letter trans: 'N' the matrix, 'T' its transpose, 'C' its conjugate transpose
    Triangle  the letter uplo: 'U' the elements on and above the diagonal are stored, 'L' those on and below it; the
-   others are those of a symmetric or Hermitian matrix, or zeros of a triangular one. The letter diag: 'U' takes the
-             diagonal of a triangular matrix as ones and does not read it, 'N' reads it. The imaginary parts on the
-             diagonal of a Hermitian matrix are taken as 0, and set to 0 by an update.
+             others are those of a symmetric or Hermitian matrix, or zeros of a triangular one. The letter diag: 'U'
+             takes the diagonal of a triangular matrix as ones and does not read it, 'N' reads it. The imaginary parts
+             on the diagonal of a Hermitian matrix are taken as 0, and set to 0 by an update.
    Full      an n by n array of which only the triangle is touched
    Band      of column j the stored diagonals stand in column j of the array, the diagonal in row k of it for 'U', in
-   row 0 for 'L', in row ku for a general band: element (i,j) at a[k + i - j + j*lda]. Nothing else is touched. Packed
-   the columns of the triangle one after the other without gaps Letters   in either case. Scalars   beta = 0 sets y
-   without reading it, so NaN in y is lost; alpha = 0 leaves y := beta*y and does not read A and x. Nothing is done, not
-   even to y, if a dimension is 0. Threads   large operations are shared, where it says so, with the same bits for any
-   number of them.
+             row 0 for 'L', in row ku for a general band: element (i,j) at a[k + i - j + j*lda]. Nothing else is
+             touched.
+   Packed    the columns of the triangle one after the other without gaps
+   Letters   in either case
+   Scalars   beta = 0 sets y without reading it, so NaN in y is lost; alpha = 0 leaves y := beta*y and does not read A
+             and x. Nothing is done, not even to y, if a dimension is 0.
+   Threads   large operations are shared, where it says so, with the same bits for any number of them if nothing else is
+             said.
 
-   No routine takes memory. Source: Dongarra, Du Croz, Hammarling, Hanson, ACM TOMS 14 (1988) 1-17. */
+   No routine needs memory. Source: Dongarra, Du Croz, Hammarling, Hanson, ACM TOMS 14 (1988) 1-17. */
 #ifndef ORV_MATRIX_VECTOR_H
 #define ORV_MATRIX_VECTOR_H
 
@@ -70,7 +73,9 @@ ORV_API orv_status orv_zgerc(int64_t m, int64_t n, orv_complex_double alpha, con
 /* ---- Symmetric matrices, and Hermitian ones (chemv, cher, ...) ----------------------------------------------------
  */
 
-/* y := alpha*A*x + beta*y, A n by n.
+/* y := alpha*A*x + beta*y, A n by n. Shared among threads by parts of A, whose sums go to work memory for up to 17
+   vectors of n elements; without it one thread computes. Any two or more threads give the same bits. One thread differs
+   from them in the last bits, unless results are to be reproducible (orv_set_reproducible): then one thread computes.
    Bad: 1 another letter; 2 a negative n; 5 lda below max(1, n); 7, 10 an incx, incy of 0. */
 ORV_API orv_status orv_ssymv(char uplo, int64_t n, float alpha, const float* a, int64_t lda, const float* x,
                              int64_t incx, float beta, float* y, int64_t incy);
