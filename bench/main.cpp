@@ -162,9 +162,11 @@ struct Contender {
 
 constexpr double long_call = 0.05; // seconds; above this a call warms itself up
 
-// How many calls make one sample, given the time of one. The operands change from call to call, but not in size.
-void calibrate(Contender& one, std::size_t index, double seconds, double sample)
+// How many calls make one sample. The first call is over: it met cold pages and unbound symbols, and tells nothing of
+// the time of the others. The operands change from call to call, but not in size.
+void calibrate(Contender& one, std::size_t index, double sample)
 {
+    double seconds = one.worker->sample(index, one.calls, false).seconds;
     while (seconds * static_cast<double>(one.calls) < sample) {
         const double wanted = std::ceil(1.2 * sample / std::max(seconds, 1e-9));
         one.calls = std::max(one.calls + 1, std::min(static_cast<long>(wanted), 100 * one.calls));
@@ -226,7 +228,7 @@ void compare(const std::vector<Case>& cases, std::size_t index, const std::vecto
         orv_offers |= l.name == "orv";
         Contender& one = contenders.emplace_back(w.get());
         operands.restore();
-        const double seconds = w->sample(index, 1, false).seconds;
+        w->sample(index, 1, false);
         if (l.name != "limit") {
             const std::vector<std::byte> outcome = operands.outcome();
             if (first.empty()) {
@@ -236,7 +238,7 @@ void compare(const std::vector<Case>& cases, std::size_t index, const std::vecto
                 throw std::runtime_error(c.name() + ": " + first_library->name + " and " + l.name + " differ");
             }
         }
-        calibrate(one, index, seconds, options.sample);
+        calibrate(one, index, options.sample);
     }
     int disturbed = 0;
     for (int round = 0; round < options.rounds; ++round) {
