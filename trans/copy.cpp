@@ -9,6 +9,8 @@ template <bool conjugated, class T>
 void copy(u64 rows, u64 cols, T alpha, const T* a, u64 lda, u64 stridea, T* b, u64 ldb, u64 strideb)
 {
     const Scale<T, conjugated> op(alpha);
+    // Without gaps all rows are one, with one rest.
+    if (lda == cols && ldb == cols && stridea == 1 && strideb == 1) cols *= rows, rows = 1;
     if (stridea == 1 && strideb == 1) rows_upwards(rows, cols, Source{a, lda, op}, Target{b, ldb});
     else rows_upwards(rows, cols, StridedSource{a, lda, stridea, op}, StridedTarget{b, ldb, strideb});
 }

@@ -14,6 +14,7 @@ template <class S, class D> ORV_INLINE void row(u64 n, const S& source, const D&
                           ORV_INLINE_LAMBDA { target.template put<count>(0, j, source.template get<count>(0, j)); };
     u64 j = 0;
     for (; j + 8 <= n; j += 8)
+#pragma GCC unroll 8
         for (int k = 0; k < 8; k += lanes) pass.template operator()<lanes>(j + k);
     if constexpr (lanes > 1)
         for (; j + 2 <= n; j += 2) pass.template operator()<2>(j);
@@ -36,6 +37,7 @@ template <class S, class D> void rows_downwards(u64 rows, u64 cols, const S& sou
                               ORV_INLINE_LAMBDA { to.template put<count>(0, j, from.template get<count>(0, j)); };
         u64 j = cols;
         for (; j >= 8; j -= 8)
+#pragma GCC unroll 8
             for (int k = lanes; k <= 8; k += lanes) pass.template operator()<lanes>(j - k);
         for (; j > 0; --j) pass.template operator()<1>(j - 1);
     }

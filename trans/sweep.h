@@ -109,7 +109,7 @@ template <class S, class D> void sweep_bands(u64 rows, u64 cols, const S& source
     using T = typename S::element;
     constexpr u64 least = 32; // bands are never lower
     const Distance d = distance<T>(rows, cols, lda, ldb);
-    if (rows <= least) return sweep(rows, cols, source, target, d);
+    if (rows <= least || cols == 1) return sweep(rows, cols, source, target, d);
     const u64 height = rows_together<T>(lda, ldb);
     for (u64 i = 0; i < rows; i += height)
         sweep(rows - i < height ? rows - i : height, cols, source.at(i, 0), target.at(0, i), d);

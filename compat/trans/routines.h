@@ -3,7 +3,6 @@
 #pragma once
 
 #include "compat/blas/report.h"
-#include "frame/matrix_arguments.h"
 
 #include <orv/trans.h>
 
@@ -23,21 +22,25 @@ ORV_NATIVE(c, cpx<float>)
 ORV_NATIVE(z, cpx<double>)
 #undef ORV_NATIVE
 
-// Each calls report(position) for a bad argument, counted in the routine's own list.
+// Each calls report(position) for a bad argument, counted in the routine's own list. The native routines look for it:
+// their lists agree.
+template <class Report> void end(Report report, orv_status status)
+{
+    if (status < 0) [[unlikely]]
+        return report(-status);
+    done(status);
+}
+
 template <class T, class Report>
 void omatcopy(Report report, char ordering, char trans, i64 rows, i64 cols, T alpha, const T* a, i64 lda, T* b, i64 ldb)
 {
-    if (const int bad = arguments::omatcopy(ordering, trans, rows, cols, alpha, a, lda, b, ldb)) [[unlikely]]
-        return report(bad);
-    done(Native<T>::omatcopy(ordering, trans, rows, cols, alpha, a, lda, b, ldb));
+    end(report, Native<T>::omatcopy(ordering, trans, rows, cols, alpha, a, lda, b, ldb));
 }
 
 template <class T, class Report>
 void imatcopy(Report report, char ordering, char trans, i64 rows, i64 cols, T alpha, T* ab, i64 lda, i64 ldb)
 {
-    if (const int bad = arguments::imatcopy(ordering, trans, rows, cols, alpha, ab, lda, ldb)) [[unlikely]]
-        return report(bad);
-    done(Native<T>::imatcopy(ordering, trans, rows, cols, alpha, ab, lda, ldb));
+    end(report, Native<T>::imatcopy(ordering, trans, rows, cols, alpha, ab, lda, ldb));
 }
 
 // A factor of 0 leaves its matrix unread, as in the standard's routines: C may be uninitialised, A may hold NaN.

@@ -1,6 +1,7 @@
-// The public routines: arguments checked, then the kernel; a transposition in place that no kernel does quickly goes
-// its own way (turn.h).
+// The public routines: arguments checked, then the kernel. A plain copy is the C library's, and a transposition in
+// place that no kernel does quickly goes its own way (turn.h).
 #include "core/trans/kernels.h"
+#include "core/trans/share.h"
 #include "core/trans/turn.h"
 #include "frame/interface.h"
 #include "frame/matrix_arguments.h"
@@ -9,16 +10,42 @@
 #define ORV_COMPLEX_DOUBLE orv::cpx<double>
 #include "orv/trans.h"
 
+#include <cstring>
+
 using namespace orv;
 using namespace orv::core;
 using core::trans::kernels;
 
 namespace {
 
+// B := A, m rows of n elements. Members get rows each, or pieces if all rows are one.
+template <class T> void copy(u64 m, u64 n, const T* a, u64 lda, T* b, u64 ldb)
+{
+    if (lda == n && ldb == n) n *= m, m = 1;
+    core::parallel(core::trans::threads_worth<T>(m, n), [=](int index, int count) {
+        const u64 begin = core::trans::edge(m == 1 ? n : m, count, index),
+                  part = core::trans::edge(m == 1 ? n : m, count, index + 1) - begin;
+        if (m == 1) std::memcpy(b + begin, a + begin, part * sizeof(T));
+        else
+            for (u64 i = begin; i < begin + part; ++i) std::memcpy(b + i * ldb, a + i * lda, n * sizeof(T));
+    });
+}
+
+// Whether the routine only moves elements to the same place of another matrix.
+template <class T> bool is_copy(char trans, T alpha)
+{
+    return alpha == one<T> && (fold(trans) == 'N' || (!is_complex<T> && fold(trans) == 'R'));
+}
+
 template <class T>
 orv_status omatcopy(char ordering, char trans, i64 rows, i64 cols, T alpha, const T* a, i64 lda, T* b, i64 ldb)
 {
     if (const int bad = arguments::omatcopy(ordering, trans, rows, cols, alpha, a, lda, b, ldb)) return -bad;
+    if (is_copy(trans, alpha)) {
+        const bool by_rows = fold(ordering) == 'R';
+        copy<T>(by_rows ? rows : cols, by_rows ? cols : rows, a, lda, b, ldb);
+        return ORV_OK;
+    }
     return kernels<T>.omatcopy.run(ordering, trans, rows, cols, alpha, a, lda, b, ldb);
 }
 

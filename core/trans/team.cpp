@@ -1,31 +1,18 @@
 // Transposition by a team: what kernels ask for when a matrix is large enough to be shared. The work of each member is
 // again a kernel's.
-#include "core/team/team.h"
 #include "core/trans/kernels.h"
+#include "core/trans/share.h"
 
 #include <cstring>
 
 using namespace orv;
 using namespace orv::core;
+using core::trans::edge;
+using core::trans::granule;
 using core::trans::kernels;
+using core::trans::threads_worth;
 
 namespace {
-
-// Bytes of a matrix that are worth a thread: some 0.2 ms of one core, since waking a team that has gone to sleep can
-// cost as much.
-constexpr i64 grain = 1 << 20;
-
-// Where part `index` of a side begins. Parts end on whole cache lines and tiles.
-constexpr u64 granule = 16;
-constexpr u64 edge(u64 size, int parts, int index)
-{
-    return index == parts ? size : size / granule * static_cast<u64>(index) / static_cast<u64>(parts) * granule;
-}
-
-template <class T> int threads_worth(u64 rows, u64 cols)
-{
-    return threads_for(static_cast<i64>(rows * cols * sizeof(T)), grain);
-}
 
 // Members get rows of B each, or, if B has few of them, pieces of all rows.
 template <class T>

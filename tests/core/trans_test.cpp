@@ -173,6 +173,35 @@ TYPED_TEST(TransTest, gives_the_same_on_any_number_of_threads)
     orv_set_num_threads(0);
 }
 
+// What multiplication by one would change: kinds of NaN, zeros with a sign beside infinities. With gaps and without,
+// one long row, large enough for threads.
+TYPED_TEST(TransTest, copies_every_bit_by_one)
+{
+    using T = TypeParam;
+    constexpr std::tuple<u64, u64, u64> shapes[] = {{5, 7, 0},       {5, 7, 3},      {1, 3, 2},
+                                                    {1100, 1001, 0}, {1101, 999, 5}, {1, 1500007, 0}};
+    for (const auto& [m, n, pad] : shapes)
+        for (const int threads : {1, 2, 3}) {
+            ASSERT_EQ(orv_set_num_threads(threads), ORV_OK);
+            const char ordering = pad == 3 ? 'c' : 'R', op = is_complex<T> || threads == 1 ? 'n' : 'R';
+            const u64 lda = n + pad, ldb = n + pad / 2;
+            const Storage<T> a(extent(m, n, lda)), b(extent(m, n, ldb));
+            auto* raw = reinterpret_cast<unsigned char*>(a.data());
+            for (u64 i = 0; i < extent(m, n, lda) * sizeof(T); ++i)
+                raw[i] = static_cast<unsigned char>(i / 8 % 3 == 0 ? 0xff : i / 8 % 3 == 1 ? i * 37 : i % 8 / 7 * 128);
+            std::vector<T> after = b.copy();
+            for (u64 i = 0; i < m; ++i) std::copy_n(&a[i * lda], n, &after[i * ldb]);
+            const bool by_rows = ordering == 'R';
+            EXPECT_EQ(Routines<T>::omatcopy(ordering, op, static_cast<i64>(by_rows ? m : n),
+                                            static_cast<i64>(by_rows ? n : m), one<T>, a.data(), static_cast<i64>(lda),
+                                            b.data(), static_cast<i64>(ldb)),
+                      ORV_OK);
+            ASSERT_EQ(std::memcmp(b.data(), after.data(), after.size() * sizeof(T)), 0)
+                << problem("omatcopy", ordering, op, m, n, lda, ldb, one<T>) << ' ' << threads;
+        }
+    orv_set_num_threads(0);
+}
+
 TYPED_TEST(TransTest, finds_each_bad_argument_and_writes_nothing)
 {
     using T = TypeParam;

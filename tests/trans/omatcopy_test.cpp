@@ -120,6 +120,19 @@ TYPED_TEST(OmatcopyTest, transposes_in_bands_of_rows)
     teams() = {};
 }
 
+// Its elements make one row of the target, so the distance of rows there means nothing.
+TYPED_TEST(OmatcopyTest, turns_one_column_whatever_the_distance_of_rows_it_becomes)
+{
+    using T = TypeParam;
+    for (const u64 rows : {1, 2, 31, 33, 1000})
+        for (const u64 ldb : {0, 1}) {
+            const Storage<T> a(extent(rows, 1, 3)), b(rows);
+            const std::vector<T> after = expected('T', rows, 1, one<T>, a, 3, 1, b, ldb, 1);
+            kernel<Body<T>>(symbol<T>("omatcopy2_t"))(rows, 1, one<T>, a.data(), 3, 1, b.data(), ldb, 1);
+            ASSERT_HOLDS(b, after) << rows << ' ' << ldb;
+        }
+}
+
 // More than half a MiB, for which lines are asked for ahead; rows whole pages apart, and not.
 TYPED_TEST(OmatcopyTest, transposes_large_matrices)
 {

@@ -23,7 +23,8 @@
 #include <orv/types.h>
 
 /* B := alpha*op(A). A is rows by cols; B is too, or cols by rows if op transposes. A and B do not overlap. With an
-   alpha of 1 a transposition moves the elements, all bits of them. */
+   alpha of 1 a copy (N) and a transposition (T, C) move the elements, all bits of them; C turns the sign of imaginary
+   parts. */
 ORV_API orv_status orv_somatcopy(char ordering, char trans, int64_t rows, int64_t cols, float alpha, const float* a,
                                  int64_t lda, float* b, int64_t ldb);
 ORV_API orv_status orv_domatcopy(char ordering, char trans, int64_t rows, int64_t cols, double alpha, const double* a,
@@ -33,8 +34,8 @@ ORV_API orv_status orv_comatcopy(char ordering, char trans, int64_t rows, int64_
 ORV_API orv_status orv_zomatcopy(char ordering, char trans, int64_t rows, int64_t cols, orv_complex_double alpha,
                                  const orv_complex_double* a, int64_t lda, orv_complex_double* b, int64_t ldb);
 
-/* The same for matrices with gaps in their rows (or columns): neighbours are stridea or strideb elements apart, at
-   least 1, and lda is at least 1 + (n - 1)*stridea for n elements in a row. */
+/* The same, but that only transpositions move, for matrices with gaps in their rows (or columns): neighbours are
+   stridea or strideb elements apart, at least 1, and lda is at least 1 + (n - 1)*stridea for n elements in a row. */
 ORV_API orv_status orv_somatcopy2(char ordering, char trans, int64_t rows, int64_t cols, float alpha, const float* a,
                                   int64_t lda, int64_t stridea, float* b, int64_t ldb, int64_t strideb);
 ORV_API orv_status orv_domatcopy2(char ordering, char trans, int64_t rows, int64_t cols, double alpha, const double* a,
