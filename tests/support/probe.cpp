@@ -15,6 +15,11 @@ Probe& probe()
     return instance;
 }
 
+void free_what_is_left()
+{
+    while (!probe().living.empty()) orv_serv_deallocate(probe().living.back());
+}
+
 void each_allocation_fails(const std::function<void()>& call, const std::function<void()>& check)
 {
     for (i64 k = 0;; ++k) {
@@ -41,12 +46,12 @@ void* allocate(const char* operation, i64 bytes, i64 alignment)
     p.asked_bytes.push_back(bytes), p.asked_alignments.push_back(alignment);
     if (fail) return ++p.failed, nullptr;
     ++p.live;
-    return next<void*(i64, i64)>(operation)(bytes, alignment);
+    return p.living.emplace_back(next<void*(i64, i64)>(operation)(bytes, alignment));
 }
 
 void release(const char* operation, void* block)
 {
-    if (probe().active && block != nullptr) --probe().live;
+    if (probe().active && block != nullptr) --probe().live, std::erase(probe().living, block);
     next<void(void*)>(operation)(block);
 }
 

@@ -19,6 +19,7 @@ struct Probe {
     bool fail_all = false;
 
     i64 allocations = 0, failed = 0, live = 0;
+    std::vector<void*> living;        // blocks taken and not given back
     std::vector<std::string> checked; // names that check_ptr was given
     std::vector<i64> asked_bytes, asked_alignments;
 
@@ -36,6 +37,9 @@ struct ProbeScope {
     ~ProbeScope() { probe() = {}; }
     Probe* operator->() { return &probe(); }
 };
+
+// Gives back what a routine has left taken, for the few that are told to leave something.
+void free_what_is_left();
 
 // Runs the call with allocation 0 failing, then 1, and so on until none is left to fail. After each run nothing may
 // still be allocated; check() looks at the result.
