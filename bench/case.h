@@ -63,7 +63,7 @@ struct Case {
     Case& vector(i64 n, i64 inc, Use use);
     Case& matrix(i64 rows, i64 columns, Use use);
     Case& operand(i64 elements, Use use); // with no stride behind it
-    Case& packed(i64 n, Use use); // a triangle
+    Case& packed(i64 n, Use use);         // a triangle
 
 private:
     Case& put(Argument::Kind kind, const void* value, std::size_t bytes);

@@ -60,7 +60,8 @@ static void solve(const double* lu, const int* pivot, double* x)
         const double swapped = x[k];
         x[k] = x[pivot[k]], x[pivot[k]] = swapped;
     }
-    check(orv_xblas_dtrsv_x(ORV_COLUMN_MAJOR, ORV_LOWER, ORV_NO_TRANS, ORV_UNIT_DIAG, n, 1, lu, n, x, 1, ORV_PREC_DOUBLE));
+    check(orv_xblas_dtrsv_x(ORV_COLUMN_MAJOR, ORV_LOWER, ORV_NO_TRANS, ORV_UNIT_DIAG, n, 1, lu, n, x, 1,
+                            ORV_PREC_DOUBLE));
     check(orv_xblas_dtrsv_x(ORV_COLUMN_MAJOR, ORV_UPPER, ORV_NO_TRANS, ORV_NON_UNIT_DIAG, n, 1, lu, n, x, 1,
                             ORV_PREC_DOUBLE));
 }
@@ -95,12 +96,15 @@ static int draw(const char* path, const double* plain, const double* extra)
 {
     FILE* page = fopen(path, "w");
     if (page == NULL) return perror(path), 1;
-    fprintf(page, "<!doctype html>\n<meta charset=utf-8><title>Refinement</title>\n<h1>A Hilbert system of %d unknowns</h1>\n"
-                  "<p>The largest error of the solution after each step of refinement, by the precision of the residual."
-                  "\n<svg width=760 height=380 font-family=sans-serif font-size=14>\n", n);
+    fprintf(page,
+            "<!doctype html>\n<meta charset=utf-8><title>Refinement</title>\n<h1>A Hilbert system of %d unknowns</h1>\n"
+            "<p>The largest error of the solution after each step of refinement, by the precision of the residual."
+            "\n<svg width=760 height=380 font-family=sans-serif font-size=14>\n",
+            n);
     for (int digits = 0; digits <= 18; digits += 3) {
         const double y = height(pow(10, -digits));
-        fprintf(page, "<line x1=60 x2=540 y1=%.1f y2=%.1f stroke=#ddd /><text x=8 y=%.1f>1e-%02d</text>\n", y, y, y + 5, digits);
+        fprintf(page, "<line x1=60 x2=540 y1=%.1f y2=%.1f stroke=#ddd /><text x=8 y=%.1f>1e-%02d</text>\n", y, y, y + 5,
+                digits);
     }
     for (int s = 0; s <= steps; ++s) fprintf(page, "<text x=%d y=345>%d</text>\n", 56 + 60 * s, s);
     fprintf(page, "<text x=250 y=370>steps of refinement</text>\n");

@@ -159,10 +159,9 @@ template <class T> struct Expectation {
     void restore() const { std::copy(before.begin(), before.end(), a.data.begin()); }
     ::testing::AssertionResult holds() const
     {
-        if (std::memcmp(static_cast<const void*>(after.data()), a.data.data(), after.size() * sizeof(T)) == 0)
-            return ::testing::AssertionSuccess();
-        std::size_t k = 0;
-        while (same_bits(after[k], a.data[k])) ++k;
+        const auto same = [](T x, T y) { return same_bits(x, y); };
+        const std::size_t k = std::mismatch(after.begin(), after.end(), a.data.begin(), same).first - after.begin();
+        if (k == after.size()) return ::testing::AssertionSuccess();
         return ::testing::AssertionFailure() << "differs first in element " << k << " of the array";
     }
 };
@@ -404,7 +403,8 @@ TYPED_TEST(ShareTest, is_the_plain_routine_when_it_starts_with_the_first_column)
                         const i64 first = 0;
                         call({rank, false, suffix}, uplo, n, v.alpha, x.data(), inc, y.data(), 1, a.data.data(), n + 1,
                              &first);
-                        EXPECT_EQ(std::memcmp(plain.data(), a.data.data(), plain.size() * sizeof(T)), 0);
+                        EXPECT_TRUE(std::equal(plain.begin(), plain.end(), a.data.begin(),
+                                               [](T p, T q) { return same_bits(p, q); }));
                     }
 }
 

@@ -1,11 +1,11 @@
-/* Extended and mixed precision BLAS: sums and solves that are computed more precisely than their operands are stored, and
-   operands of different types without copies.
+/* Extended and mixed precision BLAS: sums and solves that are computed more precisely than their operands are stored,
+   and operands of different types without copies.
 
    Names: orv_xblas_<t><op>[_<a>[_<b>]][_x].
      t      type of the result, of alpha and of beta: s float, d double, c and z their complex numbers
      op     the operation, below
-     a, b   types of the first and of the second input, where they differ from t: orv_xblas_zgemv_d_z_x multiplies a real
-            matrix by a complex vector. Operations with one input have one letter.
+     a, b   types of the first and of the second input, where they differ from t: orv_xblas_zgemv_d_z_x multiplies a
+            real matrix by a complex vector. Operations with one input have one letter.
      _x     the last argument chooses the precision that is computed in; without it that of t holds
 
      two inputs    d_s s_d s_s for d;  c_s s_c s_s for c;  c_c c_z z_c d_d d_z z_d for z       each with and without _x
@@ -28,21 +28,29 @@
 #include <orv/status.h>
 #include <orv/types.h>
 
-typedef enum { ORV_ROW_MAJOR = 101, ORV_COLUMN_MAJOR = 102 } orv_order;
-typedef enum { ORV_NO_TRANS = 111, ORV_TRANS = 112, ORV_CONJ_TRANS = 113 } orv_trans;
-typedef enum { ORV_UPPER = 121, ORV_LOWER = 122 } orv_uplo;
-typedef enum { ORV_NON_UNIT_DIAG = 131, ORV_UNIT_DIAG = 132 } orv_diag;
-typedef enum { ORV_LEFT_SIDE = 141, ORV_RIGHT_SIDE = 142 } orv_side;
-typedef enum { ORV_CONJ = 191, ORV_NO_CONJ = 192 } orv_conj;
+/* Options are ints, in C++ too: any value can be passed, and a wrong one is answered with its position. */
+#ifdef __cplusplus
+#define ORV_OPTION : int
+#else
+#define ORV_OPTION
+#endif
+typedef enum ORV_OPTION { ORV_ROW_MAJOR = 101, ORV_COLUMN_MAJOR = 102 } orv_order;
+typedef enum ORV_OPTION { ORV_NO_TRANS = 111, ORV_TRANS = 112, ORV_CONJ_TRANS = 113 } orv_trans;
+typedef enum ORV_OPTION { ORV_UPPER = 121, ORV_LOWER = 122 } orv_uplo;
+typedef enum ORV_OPTION { ORV_NON_UNIT_DIAG = 131, ORV_UNIT_DIAG = 132 } orv_diag;
+typedef enum ORV_OPTION { ORV_LEFT_SIDE = 141, ORV_RIGHT_SIDE = 142 } orv_side;
+typedef enum ORV_OPTION { ORV_CONJ = 191, ORV_NO_CONJ = 192 } orv_conj;
 /* single, double: the arithmetic of float, double; indigenous: the machine's own, double; extra: pairs of doubles, some
    105 bits, of which the result is rounded once. A result of type d or z takes single for double. */
-typedef enum {
+typedef enum ORV_OPTION {
     ORV_PREC_SINGLE = 211,
     ORV_PREC_DOUBLE = 212,
     ORV_PREC_INDIGENOUS = 213,
     ORV_PREC_EXTRA = 214
 } orv_prec;
+#undef ORV_OPTION
 
+/* clang-format off */
 /* ---- The grammar ------------------------------------------------------------------------------------------------ */
 
 /* Lists the members of an operation as M(name, T, A, B, P): name without orv_xblas_, the types, P a closing parameter. */
