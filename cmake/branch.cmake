@@ -3,6 +3,10 @@ file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/frame/*.cpp ${PROJECT_
      ${PROJECT_SOURCE_DIR}/blas/gemm/*.cpp ${PROJECT_SOURCE_DIR}/trans/*.cpp
      ${PROJECT_SOURCE_DIR}/xblas/*.cpp)
 add_library(orv_mc3 MODULE ${sources})
+# The parts of a complex sum are two chains of additions that run side by side; the compiler would put both in one
+# register and shuffle them for every product.
+file(GLOB extended ${PROJECT_SOURCE_DIR}/xblas/*.cpp)
+set_source_files_properties(${extended} PROPERTIES COMPILE_OPTIONS -fno-tree-slp-vectorize)
 
 target_compile_options(orv_mc3 PRIVATE
   -msse4.2 -mno-avx          # the branch's instruction set

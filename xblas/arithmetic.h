@@ -133,8 +133,8 @@ ORV_INLINE dd<double> operator/(dd<double> a, Wide<double> d)
     return {h, q2 - (h - q1)};
 }
 
-// A running sum in one lane: bit for bit dd_add, with a shorter way from one head to the next. t3 is the new head unless
-// the tail still changes it, which it does once in 2^50 times: a branch that is predicted takes no time, and the
+// A running sum in one lane: bit for bit dd_add, with a shorter way from one head to the next. t3 is the new head
+// unless the tail still changes it, which it does once in 2^50 times: a branch that is predicted takes no time, and the
 // additions in its place would be two of the nine on that way.
 struct Running : dd<double> {};
 
@@ -216,24 +216,27 @@ template <class N, class A, class B>
 using sum_of = std::conditional_t<is_complex<A> || is_complex<B>, cpx<typename N::sum>, typename N::sum>;
 
 // What a loop reads: an element as a factor, from as many places as there are lanes, apart elements from one another.
-// sign: -1 takes conjugates; real elements have none.
+// sign: -1 takes conjugates, and multiplies all imaginary parts; AsStored multiplies none. Real elements have none.
+struct AsStored {};
+template <class D> ORV_INLINE D with_sign(D im, AsStored) { return im; }
+template <class D> ORV_INLINE D with_sign(D im, double sign) { return im * sign; }
+ORV_INLINE float with_sign(float im, double sign) { return im * static_cast<float>(sign); }
+
 template <class D, class R> ORV_INLINE D gather(const R* p, i64 apart)
 {
     if constexpr (lanes_of<D> == 2) return D{static_cast<double>(p[0]), static_cast<double>(p[apart])};
     else return static_cast<D>(*p);
 }
-template <class N, class R> ORV_INLINE auto factor(const R* p, double /* sign */ = 1, i64 apart = 0)
+template <class N, class R, class Sign = AsStored> ORV_INLINE auto factor(const R* p, Sign = {}, i64 apart = 0)
 {
     return N::template factor<R>(gather<typename N::lane>(p, apart));
 }
-template <class N, class R> ORV_INLINE auto factor(const cpx<R>* p, double sign = 1, i64 apart = 0)
+template <class N, class R, class Sign = AsStored>
+ORV_INLINE auto factor(const cpx<R>* p, Sign sign = {}, i64 apart = 0)
 {
     using D = typename N::lane;
-    const D re = gather<D>(&p->re, 2 * apart), im = gather<D>(&p->im, 2 * apart);
-    if constexpr (std::is_same_v<D, float>)
-        return cpx<decltype(N::template factor<R>(re))>{N::template factor<R>(re),
-                                                        N::template factor<R>(im * static_cast<float>(sign))};
-    else return cpx<decltype(N::template factor<R>(re))>{N::template factor<R>(re), N::template factor<R>(im * sign)};
+    const D re = gather<D>(&p->re, 2 * apart), im = with_sign(gather<D>(&p->im, 2 * apart), sign);
+    return cpx<decltype(N::template factor<R>(re))>{N::template factor<R>(re), N::template factor<R>(im)};
 }
 
 // The three arithmetics of a routine: for one result at a time, and for four that share an operand.

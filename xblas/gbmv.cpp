@@ -41,10 +41,11 @@ struct BandRows {
         rows = n, columns = m, below = ku, above = kl;
         step = lda - step;
     }
-    Row row(i64 i) const
+    i64 first_column(i64 i) const { return max(0, i - below); }
+    template <class F> ORV_INLINE void walks(i64 i, F walk) const
     {
-        const i64 from = max(0, i - below), to = min(columns, i + above + 1);
-        return {from, 1, {{{diagonal + i * diagonal_step + (from - i) * step, step, 0, max(0, to - from)}, use}}};
+        const i64 from = first_column(i), to = min(columns, i + above + 1);
+        walk({diagonal + i * diagonal_step + (from - i) * step, step, 0, max(0, to - from)}, use);
     }
 };
 

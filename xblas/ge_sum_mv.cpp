@@ -44,8 +44,8 @@ void multiply(Order order, i64 m, i64 n, T alpha, const A* a, i64 lda, const B* 
     if (alpha == zero<T>) return alone(b, ldb, beta);
     if (beta == zero<T>) return alone(a, lda, alpha);
     for (i64 i = 0; i < m; ++i, y += incy)
-        *y = combined<P>(row_sum<P>(rows(lda).row(i), a, Several<B>{x, incx}), alpha,
-                         row_sum<P>(rows(ldb).row(i), b, Several<B>{x, incx}), beta);
+        *y = combined<P>(row_sum<P>(rows(lda), i, a, Several<B>{x, incx}), alpha,
+                         row_sum<P>(rows(ldb), i, b, Several<B>{x, incx}), beta);
 }
 
 template <class T, class A, class B>

@@ -1,5 +1,8 @@
 // How the rows of a stored matrix lie in memory. Whatever the storage, a row is a few walks over it, one behind the
 // other in the order of the columns, and a product with a vector is the sum of the products of its walks.
+//
+// Rows of any kind tell the first column of row i that is stored, and hand the walks of row i to a function one by one:
+// a record of them that went through memory would take longer than a short row.
 #pragma once
 
 #include "xblas/closing.h"
@@ -18,15 +21,6 @@ constexpr Walk backwards(Walk w)
 }
 
 enum class Use { stored, conjugated, real_part };
-
-struct Row {
-    i64 first_column;
-    int parts;
-    struct Part {
-        Walk walk;
-        Use use;
-    } part[3];
-};
 
 // ---- Storages of a symmetric, Hermitian or triangular matrix ----------------------------------------------------
 //
@@ -81,10 +75,11 @@ struct PackedHalf {
 
 template <class Storage> struct SymmetricRows {
     Storage half;
-    Row row(i64 i) const
+    i64 first_column(i64 i) const { return i - half.before(i).count; }
+    template <class F> ORV_INLINE void walks(i64 i, F walk) const
     {
-        const Walk before = half.before(i);
-        return {i - before.count, 2, {{before, Use::stored}, {half.from_diagonal(i), Use::stored}}};
+        walk(half.before(i), Use::stored);
+        walk(half.from_diagonal(i), Use::stored);
     }
 };
 
@@ -92,14 +87,13 @@ template <class Storage> struct SymmetricRows {
 template <class Storage> struct HermitianRows {
     Storage half;
     bool conjugate_before;
-    Row row(i64 i) const
+    i64 first_column(i64 i) const { return i - half.before(i).count; }
+    template <class F> ORV_INLINE void walks(i64 i, F walk) const
     {
-        const Walk before = half.before(i), rest = half.from_diagonal(i);
-        return {i - before.count,
-                3,
-                {{before, conjugate_before ? Use::conjugated : Use::stored},
-                 {{rest.at, 0, 0, 1}, Use::real_part},
-                 {without_first(rest), conjugate_before ? Use::stored : Use::conjugated}}};
+        const Walk rest = half.from_diagonal(i);
+        walk(half.before(i), conjugate_before ? Use::conjugated : Use::stored);
+        walk({rest.at, 0, 0, 1}, Use::real_part);
+        walk(without_first(rest), conjugate_before ? Use::stored : Use::conjugated);
     }
 };
 
@@ -107,25 +101,12 @@ template <class Storage> struct HermitianRows {
 struct DenseRows {
     i64 columns, step, row_step;
     Use use;
-    Row row(i64 i) const { return {0, 1, {{{i * row_step, step, 0, columns}, use}}}; }
+    static i64 first_column(i64) { return 0; }
+    template <class F> ORV_INLINE void walks(i64 i, F walk) const { walk({i * row_step, step, 0, columns}, use); }
 };
 
 // ---- Products ---------------------------------------------------------------------------------------------------
 
-// Adds row*v to sum, or to four sums. a: the matrix, v: element first_column of the vector.
-template <class P, class A, class B, class Sums>
-ORV_INLINE void add_row(const Row& row, const A* a, Several<B> v, Sums& sums)
-{
-    for (int p = 0; p < row.parts; ++p) {
-        const Walk& walk = row.part[p].walk;
-        if (is_complex<A> && row.part[p].use == Use::real_part) add_real_part<P>(a + walk.at, v, sums);
-        else
-            add_products<P>(walk.count,
-                            Shared<A>{a + walk.at, walk.step, walk.bend, sign(row.part[p].use == Use::conjugated)}, v,
-                            sums);
-        v.at += walk.count * v.step;
-    }
-}
 template <class P, class A, class B, class Sum> ORV_INLINE void add_real_part(const A* a, Several<B> v, Sum& sum)
 {
     using N = typename P::One;
@@ -142,11 +123,24 @@ template <class P, class A, class B> ORV_INLINE void add_real_part(const A* a, S
     }
 }
 
-template <class P, class A, class B> ORV_INLINE auto row_sum(const Row& row, const A* a, Several<B> v)
+// Adds row i times v to sum, or to four sums. a: the matrix, v: the vector.
+template <class P, class Rows, class A, class B, class Sums>
+ORV_INLINE void add_row(const Rows& rows, i64 i, const A* a, Several<B> v, Sums& sums)
 {
-    v.at += row.first_column * v.step;
+    v.at += rows.first_column(i) * v.step;
+    rows.walks(i, [&](Walk walk, Use use) ORV_INLINE_LAMBDA {
+        if (is_complex<A> && use == Use::real_part) add_real_part<P>(a + walk.at, v, sums);
+        else
+            add_products<P>(walk.count, Shared<A>{a + walk.at, walk.step, walk.bend, sign(use == Use::conjugated)}, v,
+                            sums);
+        v.at += walk.count * v.step;
+    });
+}
+template <class P, class Rows, class A, class B>
+ORV_INLINE auto row_sum(const Rows& rows, i64 i, const A* a, Several<B> v)
+{
     sum_of<typename P::One, A, B> sum{};
-    add_row<P>(row, a, v, sum);
+    add_row<P>(rows, i, a, v, sum);
     return sum;
 }
 
@@ -154,10 +148,7 @@ template <class P, class A, class B> ORV_INLINE auto row_sum(const Row& row, con
 template <class P, class Rows, class T, class A, class... B>
 void multiply(i64 n, const Rows& rows, const A* a, i64 incx, const Closing<P, T>& close, T* y, i64 incy, const B*... x)
 {
-    for (i64 i = 0; i < n; ++i, y += incy) {
-        const Row row = rows.row(i);
-        close(row_sum<P>(row, a, Several<B>{x, incx})..., y);
-    }
+    for (i64 i = 0; i < n; ++i, y += incy) close(row_sum<P>(rows, i, a, Several<B>{x, incx})..., y);
 }
 
 // C := alpha*A*B + beta*C in the form of close. b: column 0 of B, as Several with apart the step from column to column.
@@ -166,7 +157,6 @@ void multiply(i64 m, i64 n, const Rows& rows, const A* a, Several<B> b, const Cl
               i64 column_step)
 {
     for (i64 i = 0; i < m; ++i, c += row_step) {
-        const Row row = rows.row(i);
         const auto column = [&](i64 j) {
             Several<B> v = b;
             v.at += j * v.apart;
@@ -175,10 +165,10 @@ void multiply(i64 m, i64 n, const Rows& rows, const A* a, Several<B> b, const Cl
         i64 j = 0;
         for (; j + 4 <= n; j += 4) {
             FourSums<P, A, B> sums;
-            add_row<P>(row, a, column(j), sums);
+            add_row<P>(rows, i, a, column(j), sums);
             for (int l = 0; l < 4; ++l) close(result(sums, l), c + (j + l) * column_step);
         }
-        for (; j < n; ++j) close(row_sum<P>(row, a, column(j)), c + j * column_step);
+        for (; j < n; ++j) close(row_sum<P>(rows, i, a, column(j)), c + j * column_step);
     }
 }
 

@@ -30,10 +30,10 @@ template <class P, class S, class L> struct FourSums {
 
 namespace compiled {
 
-// Arguments one by one, so that they travel in registers.
+// Arguments one by one, so that they travel in registers, as does the sum.
 template <class P, class S, class L>
-void add_products(i64 n, const S* s, i64 s_step, const L* v, i64 v_step, sum_of<typename P::One, S, L>& sum,
-                  double s_sign, double v_sign, i64 s_bend);
+sum_of<typename P::One, S, L> with_products(sum_of<typename P::One, S, L> sum, i64 n, const S* s, i64 s_step,
+                                            const L* v, i64 v_step, i64 s_bend, double s_sign, double v_sign);
 template <class P, class S, class L>
 void add_products(i64 n, const S* s, i64 s_step, const L* v, i64 v_step, FourSums<P, S, L>& sums, double s_sign,
                   double v_sign, i64 s_bend, i64 v_apart);
@@ -44,7 +44,7 @@ void add_products(i64 n, const S* s, i64 s_step, const L* v, i64 v_step, FourSum
 template <class P, class S, class L>
 ORV_INLINE void add_products(i64 n, Shared<S> s, Several<L> v, sum_of<typename P::One, S, L>& sum)
 {
-    compiled::add_products<P>(n, s.at, s.step, v.at, v.step, sum, s.sign, v.sign, s.bend);
+    sum = compiled::with_products<P>(sum, n, s.at, s.step, v.at, v.step, s.bend, s.sign, v.sign);
 }
 template <class P, class S, class L>
 ORV_INLINE void add_products(i64 n, Shared<S> s, Several<L> v, FourSums<P, S, L>& sums)

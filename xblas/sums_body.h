@@ -6,17 +6,17 @@
 namespace orv::xblas {
 namespace {
 
-template <class N, int groups, class S, class L, class Sum>
-ORV_INLINE void run(i64 n, Shared<S> s, Several<L> v, Sum* sums)
+template <class N, int groups, class S, class L, class Sum, class Sign>
+ORV_INLINE void run(i64 n, Shared<S> s, Several<L> v, Sum* sums, Sign s_sign, Sign v_sign)
 {
     constexpr i64 lanes = lanes_of<typename N::lane>;
     Sum kept[groups];
     for (int g = 0; g < groups; ++g) kept[g] = sums[g];
     const auto add_next = [&]() ORV_INLINE_LAMBDA {
-        const auto shared = factor<N>(s.at, s.sign);
+        const auto shared = factor<N>(s.at, s_sign);
 #pragma GCC unroll 4
         for (int g = 0; g < groups; ++g)
-            kept[g] = plus(kept[g], product(shared, factor<N>(v.at + g * lanes * v.apart, v.sign, v.apart)));
+            kept[g] = plus(kept[g], product(shared, factor<N>(v.at + g * lanes * v.apart, v_sign, v.apart)));
         s.at += s.step;
         v.at += v.step;
     };
@@ -27,14 +27,22 @@ ORV_INLINE void run(i64 n, Shared<S> s, Several<L> v, Sum* sums)
     for (; k < n; ++k, s.step += s.bend) add_next();
     for (int g = 0; g < groups; ++g) sums[g] = kept[g];
 }
+template <class N, int groups, class S, class L, class Sum>
+ORV_INLINE void run(i64 n, Shared<S> s, Several<L> v, Sum* sums)
+{
+    if constexpr (is_complex<S> || is_complex<L>)
+        if (s.sign < 0 || v.sign < 0) return run<N, groups>(n, s, v, sums, s.sign, v.sign);
+    run<N, groups>(n, s, v, sums, AsStored(), AsStored());
+}
 
 } // namespace
 
 template <class P, class S, class L>
-void compiled::add_products(i64 n, const S* s, i64 s_step, const L* v, i64 v_step, sum_of<typename P::One, S, L>& sum,
-                            double s_sign, double v_sign, i64 s_bend)
+sum_of<typename P::One, S, L> compiled::with_products(sum_of<typename P::One, S, L> sum, i64 n, const S* s, i64 s_step,
+                                                      const L* v, i64 v_step, i64 s_bend, double s_sign, double v_sign)
 {
     run<typename P::One, 1>(n, Shared<S>{s, s_step, s_bend, s_sign}, Several<L>{v, v_step, 0, v_sign}, &sum);
+    return sum;
 }
 template <class P, class S, class L>
 void compiled::add_products(i64 n, const S* s, i64 s_step, const L* v, i64 v_step, FourSums<P, S, L>& sums,
@@ -45,8 +53,8 @@ void compiled::add_products(i64 n, const S* s, i64 s_step, const L* v, i64 v_ste
 }
 
 #define XBLAS_SUMS(P, S, L)                                                                                            \
-    template void compiled::add_products<P>(i64, const S*, i64, const L*, i64, sum_of<P::One, S, L>&, double, double,  \
-                                            i64);                                                                      \
+    template sum_of<P::One, S, L> compiled::with_products<P>(sum_of<P::One, S, L>, i64, const S*, i64, const L*, i64,  \
+                                                             i64, double, double);                                     \
     template void compiled::add_products<P>(i64, const S*, i64, const L*, i64, FourSums<P, S, L>&, double, double,     \
                                             i64, i64);
 
