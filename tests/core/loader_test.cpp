@@ -1,4 +1,5 @@
 #include "tests/core/process.h"
+#include "tests/support/sanitized.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>

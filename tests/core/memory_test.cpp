@@ -1,6 +1,7 @@
 #include "frame/serv.h"
 #include "tests/core/process.h"
 #include "tests/support/probe.h"
+#include "tests/support/sanitized.h"
 
 #include <atomic>
 #include <barrier>

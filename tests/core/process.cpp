@@ -1,7 +1,6 @@
 #include "tests/core/process.h"
 
 #include <cstdio>
-#include <dlfcn.h>
 #include <sys/wait.h>
 
 namespace orv::test {
@@ -17,7 +16,5 @@ Outcome run(const std::string& line)
     outcome.status = WIFEXITED(ended) ? WEXITSTATUS(ended) : -WTERMSIG(ended);
     return outcome;
 }
-
-bool sanitized() { return dlsym(RTLD_DEFAULT, "__asan_init") != nullptr; }
 
 } // namespace orv::test

@@ -13,7 +13,4 @@ struct Outcome {
 // Runs a line of shell, such as "ORV_NUM_THREADS=2 orv info".
 Outcome run(const std::string& line);
 
-// Whether this is a build with the address sanitizer, whose run-time limits what a process can do.
-bool sanitized();
-
 } // namespace orv::test
