@@ -18,13 +18,14 @@ template <class T> constexpr Op second_op = is_complex<T> ? Op::conjugate : Op::
 
 // Both products of `columns` neighbouring columns while a block of rows is in registers. Each has the order of
 // operations of its gemv kernel.
-template <int block, int columns, class T>
+template <int block, int columns, bool far, class T>
 ORV_INLINE void both_columns(i64 m, T alpha, const T* a, i64 lda, const T* x1, const T* x2, T* y1, T* y2)
 {
     const auto scaled = [&](int j) { return Multiplicand<T>(splat(alpha * x1[min(j, columns - 1)])); };
     const Multiplicand<T> f[4] = {scaled(0), scaled(1), scaled(2), scaled(3)};
-    Sum<T> dot[columns];
+    Sum<T> dot[4] = {{}, {}, {}, {}};
     each_piece<block, T>(m, [&]<class Piece>(Piece, i64 i) {
+        if constexpr (far && Piece::rows == block) look_ahead<columns, block>(i, m, a, lda);
 #pragma GCC unroll 12
         for (int r = 0; r < Piece::registers; ++r) {
             const Multiplicand<T> g(Piece::load(x2 + i, r));
@@ -49,14 +50,18 @@ template <int block, class T>
 void gem2v_unit(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x1, const T* x2, T* y1, T* y2)
 {
     if (m <= 0) return;
-    const auto strip = [&]<int columns>(i64 j) {
-        both_columns<block, columns>(m, alpha, a + j * lda, lda, x1 + j, x2, y1, y2 + j);
+    const auto run = [&]<bool far>() {
+        const auto strip = [&]<int columns>(i64 j) {
+            both_columns<block, columns, far>(m, alpha, a + j * lda, lda, x1 + j, x2, y1, y2 + j);
+        };
+        i64 j = 0;
+        if constexpr (!is_complex<T>)
+            for (; j + 4 <= n; j += 4) strip.template operator()<4>(j);
+        for (; j + 2 <= n; j += 2) strip.template operator()<2>(j);
+        if (j < n) strip.template operator()<1>(j);
     };
-    i64 j = 0;
-    if constexpr (!is_complex<T>)
-        for (; j + 4 <= n; j += 4) strip.template operator()<4>(j);
-    for (; j + 2 <= n; j += 2) strip.template operator()<2>(j);
-    if (j < n) strip.template operator()<1>(j);
+    if (block > 2 && is_far<T>(m, n, lda)) run.template operator()<true>();
+    else run.template operator()<false>();
 }
 
 // The same at any strides, column by column; y1, y2, x1, x2 are the vectors' first elements.

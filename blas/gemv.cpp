@@ -15,7 +15,7 @@ constexpr i64 block_rows = 1000, block_columns = 128;
 template <Op op, class T>
 void gemv_strided(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, i64 incx, T* y, i64 incy)
 {
-    const bool far = is_far<T>(m, n);
+    const bool far = is_far<T>(m, n, lda);
     Stretch<T, block_rows> along_rows;
     Stretch<T, block_columns> along_columns;
     for (i64 j = 0; j < n; j += block_columns) {
@@ -46,7 +46,7 @@ void gemv(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, i64 incx, T be
     y = first(y, leny, incy);
     apply_beta(leny, beta, y, incy);
     if (alpha == zero<T>) return;
-    if (incx == 1 && incy == 1) gemv_kernel<op>(m, n, alpha, a, lda, x, y, is_far<T>(m, n));
+    if (incx == 1 && incy == 1) gemv_kernel<op>(m, n, alpha, a, lda, x, y, is_far<T>(m, n, lda));
     else gemv_strided<op>(m, n, alpha, a, lda, x, incx, y, incy);
 }
 

@@ -7,21 +7,6 @@ namespace {
 
 template <class T> constexpr int block = is_complex<T> ? 8 : 16;
 
-// Asks for what a strip of columns holds further on, as much as a block of rows takes. Streams from beyond the
-// second-level cache need it: the processor's own look-ahead stops at every page edge. Complex strips, whose arithmetic
-// takes as long as their reading, ask at their end for the start of the next strip; real ones gain nothing by it.
-template <int columns, class T> ORV_INLINE void look_ahead(i64 i, i64 m, const T* a, i64 lda)
-{
-    constexpr i64 line = 64, rows_ahead = 1024 / sizeof(T);
-    i64 at = i + rows_ahead;
-    if (is_complex<T> && at >= m) at += columns * lda - m;
-#pragma GCC unroll 4
-    for (int j = 0; j < columns; ++j)
-#pragma GCC unroll 2
-        for (i64 byte = 0; byte < block<T> * static_cast<i64>(sizeof(T)); byte += line)
-            prefetch(reinterpret_cast<const char*>(a + at + j * lda) + byte);
-}
-
 // y += a(:, 0)*x(0) + ... over `columns` neighbouring columns.
 template <int columns, bool far, class T>
 ORV_INLINE void add_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* y)
@@ -30,7 +15,7 @@ ORV_INLINE void add_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* 
     const Multiplicand<T> f[4] = {scaled(0), scaled(1), scaled(2), scaled(3)};
     each_piece<block<T>, T>(
         m, [&]<class Piece>(Piece, i64 i) __attribute__((always_inline)) {
-            if constexpr (far && Piece::rows == block<T>) look_ahead<columns>(i, m, a, lda);
+            if constexpr (far && Piece::rows == block<T>) look_ahead<columns, block<T>>(i, m, a, lda);
 #pragma GCC unroll 8
             for (int r = 0; r < Piece::registers; ++r) {
                 Sum<T> sum(Piece::load(y + i, r));
@@ -45,10 +30,10 @@ ORV_INLINE void add_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* 
 template <int columns, bool far, Op op, class T>
 ORV_INLINE void dot_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* y)
 {
-    Sum<T> sum[columns];
+    Sum<T> sum[4] = {{}, {}, {}, {}};
     each_piece<block<T>, T>(
         m, [&]<class Piece>(Piece, i64 i) __attribute__((always_inline)) {
-            if constexpr (far && Piece::rows == block<T>) look_ahead<columns>(i, m, a, lda);
+            if constexpr (far && Piece::rows == block<T>) look_ahead<columns, block<T>>(i, m, a, lda);
 #pragma GCC unroll 8
             for (int r = 0; r < Piece::registers; ++r) {
                 const Multiplicand<T> f(Piece::load(x + i, r));

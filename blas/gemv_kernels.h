@@ -29,12 +29,28 @@ template <class T> constexpr Op op_of(char trans)
 // From this size on, half of a second-level cache, a kernel asks ahead for what it will read of a matrix.
 inline constexpr i64 far_bytes = 1 << 20;
 template <class T> constexpr bool is_far(i64 m, i64 n) { return m * n * static_cast<i64>(sizeof(T)) >= far_bytes; }
+// A few columns may be part of a matrix that is far, as in solves by blocks. The distance of columns tells its size.
+template <class T> constexpr bool is_far(i64 m, i64 n, i64 lda) { return is_far<T>(m, n) || is_far<T>(lda, lda / 2); }
 
 // y += alpha*op(A)*x for A of m rows and n columns, lda apart; x and y have unit stride. Any alignment. m or n not
 // positive: nothing is done. A is read once, in order of storage; NaN in A or x reaches y. far says whether the matrix
 // that A is a block of is far; it changes no result.
 template <Op op, class T>
 void gemv_kernel(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, T* y, bool far = false);
+
+// Asks for what a strip of columns holds further on, as much as `rows` rows from row i on take; at its end for the
+// start of the next strip. Streams from beyond the second-level cache need it: the processor's own look-ahead stops at
+// every page edge.
+template <int columns, int rows, class T> ORV_INLINE void look_ahead(i64 i, i64 m, const T* a, i64 lda)
+{
+    i64 at = i + min(1024 / static_cast<i64>(sizeof(T)), m);
+    if (at >= m) at += columns * lda - m;
+#pragma GCC unroll 4
+    for (int j = 0; j < columns; ++j)
+#pragma GCC unroll 2
+        for (i64 byte = 0; byte < rows * static_cast<i64>(sizeof(T)); byte += cache_line)
+            prefetch(reinterpret_cast<const char*>(a + at + j * lda) + byte);
+}
 
 // One register of x, or one scalar, made ready to multiply registers of A: for complex numbers the parts apart.
 template <class T> struct Multiplicand {
@@ -47,10 +63,12 @@ template <class R> struct Multiplicand<cpx<R>> {
     Multiplicand(vec<cpx<R>> re, vec<cpx<R>> im) : re(re), im(im) {}
 };
 
-// The sum of products of registers of A and x, lane by lane.
+// The sum of products of registers of A and x, lane by lane. A strip of columns has Sum<T> sums[4] = {{}, {}, {}, {}},
+// however few it needs: an array that is not spelled out is cleared by a loop through memory.
 template <class T> struct Sum {
     vec<T> sum;
-    explicit Sum(vec<T> start = zeros<T>()) : sum(start) {}
+    Sum() : sum(zeros<T>()) {}
+    explicit Sum(vec<T> start) : sum(start) {}
     ORV_INLINE void add(vec<T> a, const Multiplicand<T>& x) { sum += a * x.x; }
     ORV_INLINE void begin(vec<T> a, const Multiplicand<T>& x) { add(a, x); }
     template <Op> ORV_INLINE vec<T> value() const { return sum; }
@@ -59,7 +77,8 @@ template <class T> struct Sum {
 template <class R> struct Sum<cpx<R>> {
     using T = cpx<R>;
     vec<T> re, im; // a*x.re and a*x.im
-    explicit Sum(vec<T> start = zeros<T>()) : re(start), im(zeros<T>()) {}
+    Sum() : Sum(zeros<T>()) {}
+    explicit Sum(vec<T> start) : re(start), im(zeros<T>()) {}
     ORV_INLINE void add(vec<T> a, const Multiplicand<T>& x)
     {
         re += lane_product(a, x.re);

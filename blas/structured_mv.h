@@ -29,6 +29,7 @@ struct Pass {
     bool one_lane = false;
     bool align_y = false; // doubles: stores to y on 16 bytes
     bool ahead = false;   // bands: ask for the next strip while one is at work
+    bool far = false;     // full matrices beyond the second-level cache: ask for what a strip holds further on
     constexpr bool both() const { return direct && across != Op::none; }
 };
 
@@ -90,7 +91,7 @@ ORV_INLINE void strip(const Storage& b, i64 j, Rows window, const factor<T>& alp
     const vec<T> f[4] = {scaled(0), scaled(1), scaled(2), scaled(3)};
     const Multiplicand<T> factors[4] = {Multiplicand<T>(f[0]), Multiplicand<T>(f[1]), Multiplicand<T>(f[2]),
                                         Multiplicand<T>(f[3])};
-    Sum<T> sums[columns];
+    Sum<T> sums[4] = {{}, {}, {}, {}};
 
     // A piece of the rows that columns from..to-1 of the strip have.
     const auto add = [&]<int from, int to, class Piece>(Piece, i64 i) __attribute__((always_inline))
@@ -135,6 +136,8 @@ ORV_INLINE void strip(const Storage& b, i64 j, Rows window, const factor<T>& alp
 #pragma GCC unroll 2
                     for (int r = 0; r < Piece::rows; r += vec<T>::lanes)
                         prefetch(b.column(j + columns) + (left.from + columns) + 4 * (row + r));
+                if constexpr (pass.far && columns == 4 && Piece::rows == block<T>)
+                    look_ahead<columns, block<T>>(row, end - i, at[0] + i, at[1] - at[0]);
                 add.template operator()<0, columns>(piece, i + row);
             });
     }

@@ -21,17 +21,20 @@ enum class Way {
     in_order // the reproducible twins: in one chain for each sum
 };
 
-template <Way way, bool band, class T>
+enum class Shape { near, far, band }; // far: beyond the second-level cache
+
+template <Way way, Shape shape, class T>
 constexpr Pass pass{.direct = true,
                     .across = is_complex<T> ? Op::conjugate : Op::transpose,
                     .one_lane = way == Way::in_order,
                     .align_y = way == Way::aligned,
-                    .ahead = band};
+                    .ahead = shape == Shape::band,
+                    .far = shape == Shape::far};
 
 template <class T> bool nothing_to_do(i64 n, T alpha, T beta) { return n <= 0 || (alpha == zero<T> && beta == one<T>); }
 
 // triangle<half>() makes the storage.
-template <Way way, bool band, class T, class Storage>
+template <Way way, Shape shape, class T, class Storage>
 void symv(char uplo, i64 n, T alpha, const Storage& triangle, const T* x, i64 incx, T beta, T* y, i64 incy)
 {
     if (nothing_to_do(n, alpha, beta)) return;
@@ -42,7 +45,7 @@ void symv(char uplo, i64 n, T alpha, const Storage& triangle, const T* x, i64 in
     const auto multiply = [&]<Half half>() {
         const OffDiagonal<half, decltype(triangle.template operator()<half>())> side{
             triangle.template operator()<half>()};
-        structured_mv<pass<way, band, T>>(side, n, n, factor<T>(alpha), x, incx, y, incy);
+        structured_mv<pass<way, shape, T>>(side, n, n, factor<T>(alpha), x, incx, y, incy);
     };
     if (half_of(uplo) == Half::upper) multiply.template operator()<Half::upper>();
     else multiply.template operator()<Half::lower>();
@@ -52,20 +55,22 @@ template <Way way, class T>
 void full(char uplo, i64 n, T alpha, const T* a, i64 lda, const T* x, i64 incx, T beta, T* y, i64 incy)
 {
     const auto triangle = [=]<Half half>() { return FullTriangle<const T, half>{a, lda, n}; };
-    symv<way, false>(uplo, n, alpha, triangle, x, incx, beta, y, incy);
+    if constexpr (way == Way::usual)
+        if (is_far<T>(n, n / 2)) return symv<way, Shape::far>(uplo, n, alpha, triangle, x, incx, beta, y, incy);
+    symv<way, Shape::near>(uplo, n, alpha, triangle, x, incx, beta, y, incy);
 }
 
 template <class T> void packed(char uplo, i64 n, T alpha, const T* a, const T* x, i64 incx, T beta, T* y, i64 incy)
 {
     const auto triangle = [=]<Half half>() { return PackedTriangle<const T, half>{a, n}; };
-    symv<Way::usual, false>(uplo, n, alpha, triangle, x, incx, beta, y, incy);
+    symv<Way::usual, Shape::near>(uplo, n, alpha, triangle, x, incx, beta, y, incy);
 }
 
 template <Way way, class T>
 void band(char uplo, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* x, i64 incx, T beta, T* y, i64 incy)
 {
     const auto triangle = [=]<Half half>() { return BandTriangle<const T, half>{a, lda, n, k}; };
-    symv<way, true>(uplo, n, alpha, triangle, x, incx, beta, y, incy);
+    symv<way, Shape::band>(uplo, n, alpha, triangle, x, incx, beta, y, incy);
 }
 
 } // namespace
