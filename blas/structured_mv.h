@@ -137,7 +137,8 @@ ORV_INLINE void strip(const Storage& b, i64 j, Rows window, const factor<T>& alp
                     for (int r = 0; r < Piece::rows; r += vec<T>::lanes)
                         prefetch(b.column(j + columns) + (left.from + columns) + 4 * (row + r));
                 if constexpr (pass.far && columns == 4 && Piece::rows == block<T>)
-                    look_ahead<columns, block<T>>(row, end - i, at[0] + i, at[1] - at[0]);
+                    if (row * sizeof(T) % cache_line == 0)
+                        look_ahead<columns, block<T>>(row, end - i, at[0] + i, at[1] - at[0]);
                 add.template operator()<0, columns>(piece, i + row);
             });
     }

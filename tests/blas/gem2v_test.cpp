@@ -147,6 +147,19 @@ TEST(Gem2vKernel, keep_the_orders_of_the_single_products)
     expect_gemv_kernels<cpx<double>>("zgem2vc_f", "zgemv_n", "zgemv_c");
 }
 
+// Columns so far apart that the matrix must be large: the kernels ask ahead.
+TYPED_TEST(Gem2vTest, gives_the_same_bits_in_a_block_of_a_large_matrix)
+{
+    using T = TypeParam;
+    for (const i64 m : {1, 7, 23, 64, 130})
+        for (const i64 n : {1, 4, 7}) {
+            Operands<T> close(m, n, m), apart(m, n, 1100);
+            close.call(drivers<T>[0]), apart.call(drivers<T>[0]);
+            ASSERT_EQ(close.y1.bits(), apart.y1.bits()) << problem(drivers<T>[0], apart);
+            ASSERT_EQ(close.y2.bits(), apart.y2.bits()) << problem(drivers<T>[0], apart);
+        }
+}
+
 TEST(Gem2vKernel, zgem2vc_f_adds_both_products)
 {
     for (i64 m = 1; m <= 20; ++m)

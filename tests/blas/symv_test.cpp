@@ -216,6 +216,24 @@ TYPED_TEST(SymvTest, is_within_the_bound_across_blocks_and_windows)
     }
 }
 
+// Packed or not, strips take the same rows in the same order; full ones of large matrices ask ahead while they do.
+TYPED_TEST(SymvTest, gives_the_bits_of_packed_storage_in_large_matrices)
+{
+    using T = TypeParam;
+    for (const char uplo : {'U', 'L'})
+        for (const i64 n : {100, 727}) {
+            Random one(7), other(7);
+            const Triangle<T> full(Kind::full, uplo, n, 0, 3, one), packed(Kind::packed, uplo, n, 0, 0, other);
+            std::vector<T> x(n), y(n);
+            one.fill(x), one.fill(y);
+            auto z = y;
+            const T alpha = scalar<T>(0.7, -1.3), beta = scalar<T>(-0.4, 0.9);
+            Call<T>{full}(alpha, x.data(), 1, beta, y.data(), 1);
+            Call<T>{packed}(alpha, x.data(), 1, beta, z.data(), 1);
+            ASSERT_EQ(std::memcmp(y.data(), z.data(), y.size() * sizeof(T)), 0) << problem(full, 1, 1);
+        }
+}
+
 TYPED_TEST(SymvTest, reads_nothing_outside_its_operands_at_any_alignment)
 {
     using T = TypeParam;
