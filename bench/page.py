@@ -12,6 +12,7 @@ LINES = {  # library: colour, width
     "eigen": ("#9b3fb5", 1.4), "fftw": ("#c2264b", 1.4), "reference": ("#999999", 1.0),
 }
 TYPES = "sdcz"
+MATRIX_AND_VECTOR = r".(ge|gb|sy|he|sp|hp|sb|hb|tr|tp|tb)(mv|sv|2v[uc]|r[uc]?|r2)"
 PACKAGES = ("libopenblas0-serial", "libblis4-serial", "libeigen3-dev", "libfftw3-double3", "libblas3", "libc6")
 
 STYLE = """
@@ -134,10 +135,20 @@ def gemm_skinny(cases):
     return panels
 
 
+def matrices_and_vectors(cases):
+    """A curve over n for each routine with the first of its letters, of bands for the wider one."""
+    groups = {}
+    for case in cases:
+        if re.fullmatch(MATRIX_AND_VECTOR, case.kernel) and re.fullmatch(r"(N|U|UN|unit)( k=50)?", case.variant):
+            groups.setdefault((case.kernel, case.variant), []).append(case)
+    return [Panel(f"{kernel} {variant.removesuffix('unit')}", group, share, "share of the limit", log=True, ceiling=1.2)
+            for (kernel, variant), group in groups.items()]
+
+
 def vectors(cases):
     groups = {}
     for case in cases:
-        if case.variant == "unit":
+        if case.variant == "unit" and not re.fullmatch(MATRIX_AND_VECTOR, case.kernel):
             groups.setdefault(case.kernel, []).append(case)
     return [Panel(f"{kernel}, unit stride", group, share, "share of the limit", log=True, ceiling=1.2)
             for kernel, group in groups.items()]
@@ -150,6 +161,7 @@ def figures(cases, pass_):
             ("Matrix product, small squares", gemm_small(chosen), 2),
             ("Matrix product, large squares", gemm_large(chosen), 4),
             ("Matrix product with one dimension of 8", gemm_skinny(chosen), 2),
+            ("Matrix and vector, from the first cache to memory", matrices_and_vectors(chosen), 4),
             ("Vector routines, from the first cache to memory", vectors(chosen), 4)):
         picture = grid(panels, columns, ends_at_limit=held)
         if picture:
