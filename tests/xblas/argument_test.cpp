@@ -1,11 +1,10 @@
 // Bad arguments: what each family reports for them and in which order it looks, what it takes for nothing to do, and
 // what each precision is.
 #include "tests/xblas/problem.h"
+#include "tests/xblas/signature.h"
 
 #include <algorithm>
-#include <functional>
 #include <map>
-#include <sstream>
 
 namespace orv::test::extended {
 namespace {
@@ -36,35 +35,6 @@ struct Arguments {
                                      {"alpha", 2},
                                      {"beta", 3}};
 };
-
-// Signatures: arrays are a b c x y w r ap tp t, with head and tail as two more; everything else is in Arguments.
-const std::map<std::string, std::string> signatures{
-    {"dot", "conj n alpha x incx beta y incy r"},
-    {"sum", "n x incx r"},
-    {"axpby", "n alpha x incx beta y incy"},
-    {"waxpby", "n alpha x incx beta y incy w incw"},
-    {"gemv", "order trans m n alpha a lda x incx beta y incy"},
-    {"gemv2", "order trans m n alpha a lda x x incx beta y incy"},
-    {"gbmv", "order trans m n kl ku alpha a lda x incx beta y incy"},
-    {"gbmv2", "order trans m n kl ku alpha a lda x x incx beta y incy"},
-    {"symv", "order uplo n alpha a lda x incx beta y incy"},
-    {"hemv", "order uplo n alpha a lda x incx beta y incy"},
-    {"symv2", "order uplo n alpha a lda x x incx beta y incy"},
-    {"hemv2", "order uplo n alpha a lda x x incx beta y incy"},
-    {"sbmv", "order uplo n k alpha a lda x incx beta y incy"},
-    {"hbmv", "order uplo n k alpha a lda x incx beta y incy"},
-    {"spmv", "order uplo n alpha a x incx beta y incy"},
-    {"hpmv", "order uplo n alpha a x incx beta y incy"},
-    {"ge_sum_mv", "order m n alpha a lda x incx beta b ldb y incy"},
-    {"trmv", "order uplo trans diag n alpha a ldt y incx"},
-    {"tpmv", "order uplo trans diag n alpha a y incx"},
-    {"trsv", "order uplo trans diag n alpha a ldt y incx"},
-    {"tbsv", "order uplo trans diag n k alpha a ldt y incx"},
-    {"gemm", "order transa transb m n k alpha a lda b ldb beta y ldc"},
-    {"symm", "order side uplo m n alpha a lda b ldb beta y ldc"},
-    {"hemm", "order side uplo m n alpha a lda b ldb beta y ldc"},
-};
-const std::string arrays = " a b c x y w r ";
 
 // One check: a bad value of an argument, and what is reported.
 struct Check {
@@ -184,8 +154,8 @@ public:
     explicit Caller(const Member& m) : m_(m), alpha_(m.type, 1), beta_(m.type, 1), y_(m.type, 64)
     {
         Random random(41);
-        for (char name : {'a', 'b', 'x'}) {
-            const char type = name == 'a' || (name == 'b' && m.op == "ge_sum_mv") ? m.first
+        for (const std::string name : {"a", "b", "x"}) {
+            const char type = name == "a" || (name == "b" && m.op == "ge_sum_mv") ? m.first
                               : m.op == "dot" || m.op.ends_with("axpby")          ? m.first
                                                                                   : m.second;
             inputs_.emplace(name, Array(type, 64)).first->second.fill(random);
@@ -198,19 +168,14 @@ public:
         const auto given = [&](const std::string& name) { return arguments.value.at(name); };
         alpha_.set(0, static_cast<double>(given("alpha")), 0);
         beta_.set(0, static_cast<double>(given("beta")), 0);
-        Call call(m_);
-        std::istringstream words(signatures.at(m_.op));
-        for (std::string word; words >> word;) {
-            if (word == "order") call.order(given(word));
-            else if (word == "alpha") call.scalar(alpha_);
-            else if (word == "beta") call.scalar(beta_);
-            else if (word == "a" || word == "b" || word == "x") call.array(inputs_.at(word[0]));
-            else if (arrays.find(" " + word + " ") != std::string::npos) call.array(y_);
-            else call.integer(given(word));
-        }
         const std::string before = y_.bits();
         reports().clear();
-        call(given("prec"));
+        call_by_name(m_, given("prec"), given, [&](const std::string& name) -> const Array& {
+            if (name == "alpha") return alpha_;
+            if (name == "beta") return beta_;
+            const auto input = inputs_.find(name == "tail" ? "x" : name);
+            return input != inputs_.end() ? input->second : y_;
+        });
         wrote = y_.bits() != before;
         return reports();
     }
@@ -219,7 +184,7 @@ public:
 private:
     Member m_;
     Array alpha_, beta_, y_;
-    std::map<char, Array> inputs_;
+    std::map<std::string, Array> inputs_;
 };
 
 bool applies(const Member& m, const Check& c)

@@ -139,11 +139,15 @@ public:
         return list[static_cast<std::size_t>(run_) % std::size(list)];
     }
     void next() { ++run_; }
+    // A size from 1 to 40, all of which come in turn.
+    i64 size(i64 step = 1) const { return 1 + run_ * step % 40; }
     i64 run() const { return run_; }
 
 private:
     i64 run_ = 0;
 };
+
+template <class T> std::vector<T> with(std::vector<T> list, T other) { return list.push_back(other), list; }
 
 inline std::vector<i64> orders(const Member& m)
 {

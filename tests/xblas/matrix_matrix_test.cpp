@@ -35,7 +35,7 @@ TEST(ExtendedGemm, follows_its_order_of_operations)
             for (const i64 order : orders(m))
                 for (const i64 ta : {no_trans, trans, conj_trans})
                     for (const i64 tb : {no_trans, trans, conj_trans})
-                        for (const Shape& s : shapes) {
+                        for (const Shape& s : with(shapes, {3, 5, next.size()})) {
                             next.next();
                             const auto& [alpha, beta] = factors[static_cast<std::size_t>(next.run()) % factors.size()];
                             const auto dense = [&](char type, i64 rows, i64 columns, i64& ld) {
@@ -99,7 +99,7 @@ TEST(ExtendedSymm, follows_its_order_of_operations_hermitian_ones_with_a_real_di
                 for (const i64 order : orders(m))
                     for (const i64 side : {left, right})
                         for (const i64 uplo : {upper, lower})
-                            for (const Shape& s : shapes) {
+                            for (const Shape& s : with(shapes, {next.size(), 6, 0})) {
                                 next.next();
                                 const auto& [alpha, beta] =
                                     factors[static_cast<std::size_t>(next.run()) % factors.size()];

@@ -56,7 +56,7 @@ TEST(ExtendedGemv, follows_its_order_of_operations)
             for (const i64 prec : m.precisions())
                 for (const i64 order : orders(m))
                     for (const i64 how : {no_trans, trans, conj_trans})
-                        for (const auto& [rows, columns] : shapes) {
+                        for (const auto& [rows, columns] : with(shapes, {next.size(), next.size(3)})) {
                             next.next();
                             const i64 incx = next(increments), incy = increments[next.run() % 4];
                             const auto& [alpha, beta] = factors[static_cast<std::size_t>(next.run()) % factors.size()];
@@ -101,7 +101,8 @@ TEST(ExtendedGbmv, follows_its_order_of_operations)
             for (const i64 prec : m.precisions())
                 for (const i64 order : orders(m))
                     for (const i64 how : {no_trans, trans, conj_trans})
-                        for (const Shape& s : bands) {
+                        for (const Shape& s :
+                             with(bands, {next.size(), next.size(), next.size() / 3, next.size() / 2})) {
                             next.next();
                             const i64 incx = next(increments), incy = increments[next.run() % 4];
                             const auto& [alpha, beta] = factors[static_cast<std::size_t>(next.run()) % factors.size()];
@@ -143,7 +144,7 @@ void symmetric(const std::vector<const char*>& ops, std::uint64_t stream)
             for (const i64 prec : m.precisions())
                 for (const i64 order : orders(m))
                     for (const i64 uplo : {upper, lower})
-                        for (const auto& [n, k] : sizes) {
+                        for (const auto& [n, k] : with(sizes, {next.size(), next.size() / 3})) {
                             next.next();
                             const i64 incx = next(increments), incy = increments[next.run() % 4];
                             const auto& [alpha, beta] = factors[static_cast<std::size_t>(next.run()) % factors.size()];
@@ -196,7 +197,7 @@ TEST(ExtendedGeSumMv, follows_its_order_of_operations_and_never_reads_y)
         const auto factors = scalars(m.type, random);
         for (const i64 prec : m.precisions())
             for (const i64 order : orders(m))
-                for (const auto& [rows, columns] : shapes)
+                for (const auto& [rows, columns] : with(shapes, {next.size(), next.size(3)}))
                     for (const auto& [alpha, beta] : factors) {
                         next.next();
                         if (rows == 0) continue;

@@ -10,7 +10,7 @@ namespace orv::test::extended {
 namespace {
 
 constexpr i64 increments[] = {1, -1, 2, -3, 1};
-constexpr i64 sizes[] = {1, 2, 3, 6, 9, 14, 40};
+const std::vector<i64> sizes{1, 2, 3, 6, 9, 14, 40};
 
 struct Options {
     i64 order, uplo, how, diag;
@@ -84,7 +84,7 @@ TEST(ExtendedTrmv, follows_its_order_of_operations)
         const auto factors = scalars(m.type, random);
         for (const i64 prec : m.precisions())
             for (const Options& o : all_options(m, {no_trans, trans, conj_trans}))
-                for (const i64 n : sizes) {
+                for (const i64 n : with(sizes, next.size())) {
                     next.next();
                     const i64 incx = next(increments), ld = n + next.run() % 3;
                     const Array& alpha = factors[static_cast<std::size_t>(next.run()) % factors.size()].first;
@@ -122,7 +122,7 @@ TEST(ExtendedTpmv, follows_its_order_of_operations)
         const auto factors = scalars(m.type, random);
         for (const i64 prec : m.precisions())
             for (const Options& o : all_options(m, {no_trans, trans, conj_trans}))
-                for (const i64 n : sizes) {
+                for (const i64 n : with(sizes, next.size())) {
                     next.next();
                     const i64 incx = next(increments);
                     const Array& alpha = factors[static_cast<std::size_t>(next.run()) % factors.size()].first;
@@ -230,7 +230,7 @@ TEST(ExtendedTrsv, follows_its_order_of_operations)
         const auto factors = scalars(m.type, random);
         for (const i64 prec : m.precisions())
             for (const Options& o : all_options(m, {no_trans, trans, conj_trans}))
-                for (const i64 n : sizes) {
+                for (const i64 n : with(sizes, next.size())) {
                     next.next();
                     const i64 incx = next(increments), ld = n + next.run() % 3;
                     const Array& alpha = factors[static_cast<std::size_t>(next.run()) % factors.size()].first;
@@ -278,7 +278,7 @@ TEST(ExtendedTbsv, follows_its_order_of_operations)
         const auto factors = scalars(m.type, random);
         for (const i64 prec : m.precisions())
             for (const Options& o : all_options(m, {no_trans, trans, conj_trans, conj}))
-                for (const auto& [n, k] : bands) {
+                for (const auto& [n, k] : with(bands, {next.size(), next.size() / 3})) {
                     next.next();
                     const i64 incx = next(increments), ld = k + 1 + next.run() % 3;
                     const Array& alpha = factors[static_cast<std::size_t>(next.run()) % factors.size()].first;
