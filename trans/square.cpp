@@ -36,9 +36,11 @@ template <class T> void exchange_row(T* a, T* b, u64 ld, u64 count)
     constexpr u64 unit = tile_unit<T>;
     u64 k = 0;
     if (a == b && count > 0) turn_tile(a, ld, Move<T, false>{}), k = 1;
+    const bool crowded = is_crowded<T>(ld);
     for (; k < count; ++k) {
         ask_tiles(a + (k + 1) * unit, b + (k + 1) * unit * ld, ld);
-        exchange_tiles(a + k * unit, b + k * unit * ld, ld, Move<T, false>{});
+        if (crowded) exchange_crowded_tiles(a + k * unit, b + k * unit * ld, ld, Move<T, false>{});
+        else exchange_tiles(a + k * unit, b + k * unit * ld, ld, Move<T, false>{});
     }
 }
 

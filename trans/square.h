@@ -53,6 +53,48 @@ template <class T, class Op> ORV_INLINE void exchange_tiles(T* p, T* q, u64 ld, 
         for (int j = 0; j < unit; j += cols) exchange_blocks<lanes, cols>(p + i * ld + j, q + j * ld + i, ld, op);
 }
 
+// The tile at p to a square on the stack, transposed.
+template <class T, class Op> ORV_INLINE void take_tile(const T* p, u64 ld, T* square, const Op& op)
+{
+    constexpr int lanes = vec<T>::lanes, unit = tile_unit<T>;
+#pragma GCC unroll 1
+    for (int i = 0; i < unit; i += lanes)
+#pragma GCC unroll 4
+        for (int j = 0; j < unit; j += lanes) {
+            vec<T> v[lanes];
+            for (int k = 0; k < lanes; ++k) v[k] = op(loadu(p + (i + k) * ld + j));
+            if constexpr (lanes > 1) transpose(v);
+            for (int k = 0; k < lanes; ++k) store(square + (j + k) * unit + i, v[k]);
+        }
+}
+template <class T> ORV_INLINE void put_tile(T* p, u64 ld, const T* square)
+{
+    constexpr int lanes = vec<T>::lanes, unit = tile_unit<T>;
+#pragma GCC unroll 2
+    for (int i = 0; i < unit; ++i)
+#pragma GCC unroll 4
+        for (int j = 0; j < unit; j += lanes) storeu(p + i * ld + j, load(square + i * unit + j));
+}
+
+// Whether rows are whole pages apart.
+template <class T> bool is_crowded(u64 ld)
+{
+    constexpr u64 page = 4096;
+    return ld * sizeof(T) % page == 0;
+}
+
+// The same where they are: the lines of a tile meet in one set of the first-level cache, so each is read once, from end
+// to end, and written once.
+template <class T, class Op> ORV_INLINE void exchange_crowded_tiles(T* p, T* q, u64 ld, const Op& op)
+{
+    constexpr int unit = tile_unit<T>;
+    alignas(cache_line) T down[unit * unit], across[unit * unit];
+    take_tile(p, ld, down, op);
+    take_tile(q, ld, across, op);
+    put_tile(q, ld, down);
+    put_tile(p, ld, across);
+}
+
 // Asks for the lines of a tile at p and of its mirror image at q.
 template <class T> ORV_INLINE void ask_tiles(const T* p, const T* q, u64 ld)
 {
@@ -89,12 +131,14 @@ template <class T, class Op> void turn_square(u64 n, T* a, u64 ld, const Op& op)
         // is met by the whole group. The next partners are asked for.
         constexpr u64 group = 4 * unit;
         for (u64 i = 0; i < tiled; i += unit) turn_tile(a + i * ld + i, ld, op);
+        const bool crowded = is_crowded<T>(ld);
         for (u64 first = 0; first < tiled; first += group) {
             const u64 end = tiled - first < group ? tiled : first + group;
             for (u64 j = first + unit; j < tiled; j += unit)
                 for (u64 i = first; i < end && i < j; i += unit) {
                     ask_tiles(a + i * ld + j + unit, a + (j + unit) * ld + i, ld);
-                    exchange(i, j);
+                    if (crowded) exchange_crowded_tiles(a + i * ld + j, a + j * ld + i, ld, op);
+                    else exchange(i, j);
                 }
         }
     }

@@ -181,6 +181,26 @@ TYPED_TEST(SquareTest, gives_each_row_of_tiles_the_same_number_of_tiles)
         }
 }
 
+// Lines of a tile then meet in one set of the cache; the other distances are its neighbours.
+TYPED_TEST(SquareTest, turns_squares_with_rows_whole_pages_apart)
+{
+    using T = TypeParam;
+    constexpr u64 page = 4096 / sizeof(T);
+    const u64 whole = static_cast<u64>(std::sqrt(262144.0 / sizeof(T))) / unit<T> * unit<T> + 2 * unit<T>;
+    for (const u64 n : {whole, whole + 5})
+        for (const u64 ld : {page, 2 * page, 2 * page + unit<T>}) {
+            if (ld < n) continue;
+            const Storage<T> ab(extent(n, n, ld)), shared(extent(whole, whole, ld));
+            const std::vector<T> after = expected('T', n, one<T>, ab, ld, By::moving_by_one),
+                                 after_shares = expected('T', whole, one<T>, shared, ld, By::moving_by_one);
+            EXPECT_EQ(kernel<Sqtrans<T>>(symbol<T>("sqtrans"))(ab.data(), n, ld), 0);
+            ASSERT_HOLDS(ab, after) << problem("sqtrans", 'R', 'T', n, n, ld, ld, one<T>);
+            for (const u64 member : {0, 1, 2})
+                kernel<Team<T>>(symbol<T>("imatcopy_square_t_team"))(whole, shared.data(), ld, member, 3);
+            ASSERT_HOLDS(shared, after_shares) << ld;
+        }
+}
+
 TYPED_TEST(SquareTest, exchanges_a_row_of_tiles_with_a_column)
 {
     using T = TypeParam;
