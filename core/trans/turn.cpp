@@ -1,16 +1,15 @@
-// A matrix without gaps is turned by tiles:
+// A matrix without gaps is turned in two passes. If it is tall, m >= n:
 //
-//        n' columns                  1. What is left over of whole tiles, columns on the right and rows at the bottom,
-//      ┌────┬────┬──┐                   is turned into work memory.
-//   m' │ 0  │ 1  │  │                2. A row of tiles after the other is gathered, tile by tile, each turned, so that
-//      ├────┼────┤  │                   a tile is one piece of memory.
-//      │ 2  │ 3  │  │                3. Tiles move to where they belong, as pieces, along the cycles of a small matrix
-//      ├────┴────┴──┤                   of tiles.
-//      └────────────┘                4. A row of tiles after the other, from the last, is spread to rows of the
-//                                       result, and what was left over takes its place among them.
+//        n columns               1. Panels of h rows are turned one after the other through work memory: n pieces of h
+//      ┌────────────┐               elements each, which stand together in a row of the result.
+//   h  │     0      │            2. Pieces move to where they belong along the cycles of the transposition of a smaller
+//      ├────────────┤               matrix, one of pieces.
+//   h  │     1      │
+//      ├────────────┤            If it is wide, the same backwards: pieces of h columns of a row move first, and then
+//      panels └────────────┘            of m rows of them are turned.
 //
-// Each element is moved three times, always in pieces of a tile or of its rows. Work memory is a row of tiles; kernels
-// do all that is more than a move.
+// Rows left over by panels of a tall matrix wait in work memory until the rows of the result are spread to let them in;
+// columns left over of a wide one are taken out before.
 #include "core/trans/turn.h"
 
 #include "core/trans/kernels.h"
@@ -21,7 +20,7 @@
 namespace orv::core::trans {
 namespace {
 
-// What a row of tiles may take, if tiles can be made that flat: half of a second-level cache.
+// What a panel takes: half of a second-level cache.
 constexpr i64 budget = 1 << 20;
 
 // Work memory for one call; given back at its end.
@@ -45,12 +44,15 @@ template <class T> void move(T* to, const T* from, i64 n)
     std::memcpy(to, from, static_cast<std::size_t>(n) * sizeof(T));
 }
 
-// Rows of a tile, if the other side of the matrix is so long: a few cache lines, or what the budget has room for.
-template <class T> i64 tile_side(i64 side, i64 other)
+// Elements of the longer side in a panel: what the budget has room for, but a cache line at least; somewhat fewer if
+// nothing is left over then.
+template <class T> i64 panel_side(i64 longer, i64 shorter)
 {
-    constexpr i64 most = 64, line = 64 / sizeof(T);
-    const i64 fits = budget / static_cast<i64>(sizeof(T)) / other, wanted = min(min(fits, most), side);
-    return wanted >= line ? wanted / line * line : max(wanted, 1);
+    constexpr i64 line = 64 / sizeof(T);
+    const i64 most = min(longer, max(line, budget / static_cast<i64>(sizeof(T)) / shorter));
+    for (i64 side = most; side > most / 2; --side)
+        if (longer % side == 0) return side;
+    return most;
 }
 
 // to := alpha*op(from), m by n elements before.
@@ -64,61 +66,68 @@ template <class T> struct Turning {
     }
 };
 
+// Asks for a piece that is moved next.
+template <class T> void ask(const T* piece, i64 size)
+{
+    constexpr i64 line = 64 / sizeof(T), most = 32 * line;
+    for (i64 i = 0; i < min(size, most); i += line) __builtin_prefetch(piece + i);
+}
+
 // The pieces of a rows by columns matrix of pieces change to the order of its transpose. Bit k of `moved` tells that
 // piece k stands where it belongs.
 template <class T> void turn_pieces(i64 rows, i64 columns, i64 size, T* pieces, T* spare, unsigned char* moved)
 {
     const i64 count = rows * columns;
     std::memset(moved, 0, static_cast<std::size_t>(count + 7) / 8);
+    const auto source = [&](i64 k) { return k % rows * columns + k / rows; };
+    const auto settle = [&](i64 k, const T* from) {
+        move(pieces + k * size, from, size);
+        moved[k / 8] |= static_cast<unsigned char>(1 << k % 8);
+    };
     for (i64 first = 0; first < count; ++first) {
         if (moved[first / 8] >> first % 8 & 1) continue;
-        const auto source = [&](i64 k) { return k % rows * columns + k / rows; };
-        i64 k = first;
-        if (source(k) == k) continue;
+        i64 k = first, from = source(k);
+        if (from == k) continue;
         move(spare, pieces + k * size, size);
-        for (i64 from = source(k); from != first; k = from, from = source(k)) {
-            move(pieces + k * size, pieces + from * size, size);
-            moved[k / 8] |= static_cast<unsigned char>(1 << k % 8);
+        while (from != first) {
+            const i64 next = source(from);
+            ask(pieces + next * size, size);
+            settle(k, pieces + from * size);
+            k = from, from = next;
         }
-        move(pieces + k * size, spare, size);
-        moved[k / 8] |= static_cast<unsigned char>(1 << k % 8);
+        settle(k, spare);
     }
 }
 
-template <class T> bool turn_by_tiles(i64 m, i64 n, T* ab, const Turning<T>& turning)
+template <class T> bool turn_by_panels(i64 m, i64 n, T* ab, const Turning<T>& turning)
 {
-    const i64 height = tile_side<T>(m, n), width = tile_side<T>(n, m), size = height * width;
-    const i64 rows = m / height, columns = n / width; // of tiles
-    const i64 whole_m = rows * height, whole_n = columns * width, left_m = m - whole_m, left_n = n - whole_n;
-
-    const i64 line = max(height * whole_n, width * whole_m), bits = (rows * columns + 7) / 8;
-    const Work<T> work(line + left_m * n + left_n * whole_m + size + bits / static_cast<i64>(sizeof(T)) + 1);
+    const i64 longer = max(m, n), shorter = min(m, n), side = panel_side<T>(longer, shorter);
+    const i64 panels = longer / side, whole = panels * side, left = longer - whole, bits = (panels * shorter + 7) / 8;
+    const Work<T> work((side + left) * shorter + side + bits / static_cast<i64>(sizeof(T)) + 1);
     if (work.data() == nullptr) return false;
-    T *const panel = work.data(), *const bottom = panel + line, *const right = bottom + left_m * n;
-    T *const spare = right + left_n * whole_m, *const moved = spare + size;
+    T *const panel = work.data(), *const rest = panel + side * shorter, *const spare = rest + left * shorter;
+    auto* const moved = reinterpret_cast<unsigned char*>(spare + side);
 
-    turning(left_m, n, ab + whole_m * n, n, bottom, left_m);
-    turning(whole_m, left_n, ab + whole_n, n, right, whole_m);
-    for (i64 i = 0; i < rows; ++i) {
-        for (i64 j = 0; j < columns; ++j)
-            turning(height, width, ab + i * height * n + j * width, n, panel + j * size, height);
-        move(ab + i * height * whole_n, panel, height * whole_n);
-    }
-
-    turn_pieces(rows, columns, size, ab, spare, reinterpret_cast<unsigned char*>(moved));
-
-    for (i64 j = columns; j-- > 0;) {
-        move(panel, ab + j * width * whole_m, width * whole_m);
-        for (i64 r = 0; r < width; ++r) {
-            T* const row = ab + (j * width + r) * m;
-            for (i64 i = 0; i < rows; ++i) move(row + i * height, panel + i * size + r * height, height);
-            move(row + whole_m, bottom + (j * width + r) * left_m, left_m);
+    const i64 size = side * shorter; // of a panel
+    const auto turn_panel = [&](i64 rows, i64 columns, T* at) {
+        turning(rows, columns, at, columns, panel, rows);
+        move(at, panel, size);
+    };
+    if (m >= n) {
+        turning(left, n, ab + whole * n, n, rest, left);
+        for (i64 i = 0; i < panels; ++i) turn_panel(side, n, ab + i * size);
+        turn_pieces(panels, n, side, ab, spare, moved);
+        for (i64 j = left == 0 ? 0 : n; j-- > 0;) {
+            std::memmove(ab + j * m, ab + j * whole, static_cast<std::size_t>(whole) * sizeof(T));
+            move(ab + j * m + whole, rest + j * left, left);
         }
-    }
-    for (i64 r = 0; r < left_n; ++r) {
-        T* const row = ab + (whole_n + r) * m;
-        move(row, right + r * whole_m, whole_m);
-        move(row + whole_m, bottom + (whole_n + r) * left_m, left_m);
+    } else {
+        turning(m, left, ab + whole, n, rest, m);
+        for (i64 i = 1; i < (left == 0 ? 0 : m); ++i)
+            std::memmove(ab + i * whole, ab + i * n, static_cast<std::size_t>(whole) * sizeof(T));
+        turn_pieces(m, panels, side, ab, spare, moved);
+        for (i64 j = 0; j < panels; ++j) turn_panel(m, side, ab + j * size);
+        move(ab + whole * m, rest, left * m);
     }
     return true;
 }
@@ -141,7 +150,7 @@ template <class T> bool turn(char op, i64 m, i64 n, T alpha, T* ab, i64 lda, i64
     const Turning<T> turning{kernels<T>.omatcopy2_seq.get(), op, alpha};
     if (turning.kernel == nullptr) return false;
     const bool gaps = lda != n || ldb != m, small = m * n * static_cast<i64>(sizeof(T)) <= budget;
-    return gaps || small ? turn_by_copy(m, n, ab, lda, ldb, turning) : turn_by_tiles(m, n, ab, turning);
+    return gaps || small ? turn_by_copy(m, n, ab, lda, ldb, turning) : turn_by_panels(m, n, ab, turning);
 }
 
 template bool turn(char, i64, i64, float, float*, i64, i64);

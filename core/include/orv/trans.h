@@ -70,9 +70,10 @@ ORV_API orv_status orv_zomatadd(char ordering, char transa, char transb, int64_t
 
    A square whose leading dimension stays is turned where it stands, and so is any matrix that is not transposed. To
    transpose any other matrix takes work memory (orv/memory.h): if it has no gaps (lda and ldb are the lengths of the
-   rows, or columns, before and after), about 3 MiB or three of its longest rows or columns, whatever its size; if it
-   has gaps, as much as the matrix. When that memory cannot be had, elements follow their cycles one by one, which needs
-   no memory and takes far longer, at worst a time that grows with the square of the number of elements. */
+   rows, or columns, before and after), about 2 MiB, or 128 bytes for each element of its shorter side if that is more,
+   and at most a five-hundredth of the matrix; if it has gaps, as much as the matrix. When that memory cannot be had,
+   elements follow their cycles one by one, which needs no memory and takes far longer, at worst a time that grows with
+   the square of the number of elements. */
 ORV_API orv_status orv_simatcopy(char ordering, char trans, int64_t rows, int64_t cols, float alpha, float* ab,
                                  int64_t lda, int64_t ldb);
 ORV_API orv_status orv_dimatcopy(char ordering, char trans, int64_t rows, int64_t cols, double alpha, double* ab,
