@@ -116,32 +116,34 @@ constexpr int extra = 214, no_trans = 111;
 
 } // namespace
 
+#define EXPORT extern "C" __attribute__((visibility("default")))
+
 // Column-major, upper triangles, op(A) = A or its transpose, op(B) = B.
 #define ROUTINES(t, T)                                                                                                 \
-    extern "C" void blas_##t##dot_x_(const int*, const i64* n, const T* alpha, const T* x, const i64* incx,            \
-                                     const T* beta, const T* y, const i64* incy, T* r, const int* prec)                \
+    EXPORT void blas_##t##dot_x_(const int*, const i64* n, const T* alpha, const T* x, const i64* incx, const T* beta, \
+                                 const T* y, const i64* incy, T* r, const int* prec)                                   \
     {                                                                                                                  \
         if (*prec == extra) *r = closed<Extra>(sum_of<Extra>(*n, x, *incx, y, *incy), *alpha, *beta, *r);              \
         else *r = closed<Plain<T>>(sum_of<Plain<T>>(*n, x, *incx, y, *incy), *alpha, *beta, *r);                       \
     }                                                                                                                  \
-    extern "C" void blas_##t##gemv_x_(const int* trans, const i64* m, const i64* n, const T* alpha, const T* a,        \
-                                      const i64* lda, const T* x, const i64*, const T* beta, T* y, const i64*,         \
-                                      const int* prec)                                                                 \
+    EXPORT void blas_##t##gemv_x_(const int* trans, const i64* m, const i64* n, const T* alpha, const T* a,            \
+                                  const i64* lda, const T* x, const i64*, const T* beta, T* y, const i64*,             \
+                                  const int* prec)                                                                     \
     {                                                                                                                  \
         const bool by_rows = *trans != no_trans;                                                                       \
         const i64 rows = by_rows ? *n : *m, columns = by_rows ? *m : *n;                                               \
         if (*prec == extra) gemv<Extra>(by_rows, rows, columns, *alpha, a, *lda, x, *beta, y);                         \
         else gemv<Plain<T>>(by_rows, rows, columns, *alpha, a, *lda, x, *beta, y);                                     \
     }                                                                                                                  \
-    extern "C" void blas_##t##symv_x_(const int*, const i64* n, const T* alpha, const T* a, const i64* lda,            \
-                                      const T* x, const i64*, const T* beta, T* y, const i64*, const int* prec)        \
+    EXPORT void blas_##t##symv_x_(const int*, const i64* n, const T* alpha, const T* a, const i64* lda, const T* x,    \
+                                  const i64*, const T* beta, T* y, const i64*, const int* prec)                        \
     {                                                                                                                  \
         if (*prec == extra) symv<Extra>(*n, *alpha, a, *lda, x, *beta, y);                                             \
         else symv<Plain<T>>(*n, *alpha, a, *lda, x, *beta, y);                                                         \
     }                                                                                                                  \
-    extern "C" void blas_##t##gemm_x_(const int*, const int*, const i64* m, const i64* n, const i64* k,                \
-                                      const T* alpha, const T* a, const i64* lda, const T* b, const i64* ldb,          \
-                                      const T* beta, T* c, const i64* ldc, const int* prec)                            \
+    EXPORT void blas_##t##gemm_x_(const int*, const int*, const i64* m, const i64* n, const i64* k, const T* alpha,    \
+                                  const T* a, const i64* lda, const T* b, const i64* ldb, const T* beta, T* c,         \
+                                  const i64* ldc, const int* prec)                                                     \
     {                                                                                                                  \
         if (*prec == extra) gemm<Extra>(*m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);                         \
         else gemm<Plain<T>>(*m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);                                     \
