@@ -59,26 +59,32 @@ template <> struct wide<cpx<float>> {
         return complex_sum<form>(s.re, s.im, c.re, c.im);
     }
 };
-template <> struct wide<cpx<double>> { // loads that duplicate a part of x save the shuffles
-    using T = cpx<double>;
+
+// The same sums in other lanes: loads that duplicate a part of x save the shuffles. Singles need x on a boundary.
+template <class T> struct by_parts {
     vec<T> re = zeros<T>(); // re*re, re*im
     vec<T> im = zeros<T>(); // im*re, im*im
 
     ORV_INLINE void add(const T* x, const T* y)
     {
-        const __m128d pair = loadu(y).r;
-        re.r += _mm_loaddup_pd(&x->re) * pair;
-        im.r += _mm_loaddup_pd(&x->im) * pair;
+        const vec<T> pair = loadu(y);
+        re += lane_product(load_re_twice(x), pair);
+        im += lane_product(load_im_twice(x), pair);
     }
-    ORV_INLINE wide operator+(wide b) const { return {re + b.re, im + b.im}; }
-    ORV_INLINE wide folded() const { return *this; }
+    ORV_INLINE void add_first(const T* x, const T* y)
+    {
+        const vec<T> first = load_first<1>(x), pair = load_first<1>(y);
+        re += lane_product(real_parts(first), pair);
+        im += lane_product(imaginary_parts(first), pair);
+    }
+    ORV_INLINE by_parts operator+(by_parts b) const { return {re + b.re, im + b.im}; }
+    ORV_INLINE by_parts folded() const { return {fold_lanes(re), fold_lanes(im)}; }
     template <Form form> ORV_INLINE T value() const
     {
         const T r = first_lane(re), i = first_lane(im);
         return complex_sum<form>(r.re, i.im, r.im, i.re);
     }
 };
-
 // Sums over single elements, for other strides: to gather reals costs more than to multiply them one by one.
 template <class T> struct single {
     T sum = 0;
@@ -100,17 +106,17 @@ template <> struct single<cpx<float>> {
     ORV_INLINE single operator+(single b) const { return {sum + b.sum}; }
     template <Form form> ORV_INLINE T value() const { return complex_sum<form>(sum[0], sum[1], sum[2], sum[3]); }
 };
-template <> struct single<cpx<double>> : wide<cpx<double>> {
+template <> struct single<cpx<double>> : by_parts<cpx<double>> {
     ORV_INLINE single operator+(single b) const { return {{re + b.re, im + b.im}}; }
 };
 
 // Above this size the vectors come from beyond the first-level cache, and asking for the lines ahead pays.
 constexpr i64 near_bytes = 16384;
 
-template <class T, bool far> ORV_INLINE wide<T> unit_stride(i64 n, const T* x, const T* y)
+template <class Sum, bool far, class T> ORV_INLINE Sum unit_stride(i64 n, const T* x, const T* y)
 {
     constexpr i64 lanes = vec<T>::lanes, rotation = 4 * lanes;
-    wide<T> a, b, c, d;
+    Sum a, b, c, d;
     const auto rotate = [&] {
         if constexpr (far) prefetch_ahead(x), prefetch_ahead(y);
         a.add(x, y);
@@ -124,7 +130,7 @@ template <class T, bool far> ORV_INLINE wide<T> unit_stride(i64 n, const T* x, c
     if constexpr (!std::is_same_v<T, double>)
         for (; n >= rotation; n -= rotation) rotate();
     for (; n >= lanes; n -= lanes, x += lanes, y += lanes) a.add(x, y);
-    wide<T> total = ((b + a) + (c + d)).folded();
+    Sum total = ((b + a) + (c + d)).folded();
     if constexpr (lanes > 1)
         for (; n > 0; --n) total.add_first(x++, y++);
     return total;
@@ -146,6 +152,12 @@ template <class T> ORV_INLINE single<T> any_stride(i64 n, const T* x, i64 incx, 
     return total;
 }
 
+template <class Sum, Form form, class T> ORV_INLINE T dot_at_unit_stride(i64 n, const T* x, const T* y)
+{
+    if (n * static_cast<i64>(sizeof(T)) > near_bytes) return unit_stride<Sum, true>(n, x, y).template value<form>();
+    return unit_stride<Sum, false>(n, x, y).template value<form>();
+}
+
 // A function of its own, so that unit stride need not save the registers that this wants.
 template <class T, Form form> [[gnu::noinline]] T dot_at_strides(i64 n, const T* x, i64 incx, const T* y, i64 incy)
 {
@@ -157,8 +169,10 @@ template <class T, Form form> ORV_INLINE T dot(i64 n, const T* x, i64 incx, cons
 {
     if (n <= 0) return zero<T>;
     if (incx != 1 || incy != 1) return dot_at_strides<T, form>(n, x, incx, y, incy);
-    if (n * static_cast<i64>(sizeof(T)) > near_bytes) return unit_stride<T, true>(n, x, y).template value<form>();
-    return unit_stride<T, false>(n, x, y).template value<form>();
+    if constexpr (is_complex<T>)
+        if (sizeof(T) == vector_bytes || is_aligned(x, vector_bytes))
+            return dot_at_unit_stride<by_parts<T>, form>(n, x, y);
+    if constexpr (!std::is_same_v<T, cpx<double>>) return dot_at_unit_stride<wide<T>, form>(n, x, y);
 }
 
 // start + x . y with products and sums in double, one after the other.
