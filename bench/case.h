@@ -16,8 +16,9 @@ enum class Use { read, written, updated };
 enum class Result { none, single_real, double_real, single_complex, double_complex, index };
 
 // What the axis of a plot ends at: multiplies and adds from registers; the operands moved and nothing computed; of a
-// matrix as much moved as the work says; one division and one dependent addition for each number, in order; or unknown.
-enum class Limit { none, arithmetic, movement, matrix, ordered_norm };
+// matrix as much moved as the work says; one division and one dependent addition for each number, in order; one
+// dependent addition for each pair of numbers, in order; a conversion, a product and a sum for two numbers; or unknown.
+enum class Limit { none, arithmetic, movement, matrix, ordered_norm, ordered_dot, widened_norm };
 
 struct Operand {
     i64 reals; // numbers of the case's precision, complex ones being two

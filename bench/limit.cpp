@@ -141,6 +141,36 @@ void ordered_norm(const Case& c, const Arena& arena)
     opaque(sum);
 }
 
+// sum += x*y for each pair of singles in turn, in double: one addition waits for the one before, at any stride.
+void ordered_dot(const Case& c, const Arena& arena)
+{
+    const auto* x = reinterpret_cast<const float*>(arena.address(c.operands.front()));
+    const auto* y = reinterpret_cast<const float*>(arena.address(c.operands.back()));
+    const auto pairs = static_cast<i64>(c.work) / static_cast<i64>(2 * sizeof(float));
+    double sum = 0;
+    for (i64 i = 0; i < pairs; ++i) sum += static_cast<double>(x[i]) * static_cast<double>(y[i]);
+    opaque(sum);
+}
+
+// sum += v^2 for two singles at a time, in double: the conversion, the product and the sum share three ports.
+void widened_norm(const Case& c, const Arena& arena)
+{
+    constexpr int chains = 8;
+    const auto* x = reinterpret_cast<const float*>(arena.address(c.operands[0]));
+    const auto numbers = static_cast<i64>(c.work) / static_cast<i64>(sizeof(float));
+    __m128d sum[chains] = {};
+    for (i64 i = 0; i + 2 * chains <= numbers; i += 2 * chains) {
+        _mm_prefetch(reinterpret_cast<const char*>(x + i) + 2048, _MM_HINT_T0);
+#pragma GCC unroll 8
+        for (int k = 0; k < chains; ++k) {
+            const __m128i bits = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(x + i + 2 * k));
+            const __m128d v = _mm_cvtps_pd(_mm_castsi128_ps(bits));
+            sum[k] = _mm_add_pd(sum[k], _mm_mul_pd(v, v));
+        }
+    }
+    for (auto& s : sum) opaque(s);
+}
+
 } // namespace
 
 Repeat bind_limit(const Case& c, const Arena& arena)
@@ -165,6 +195,14 @@ Repeat bind_limit(const Case& c, const Arena& arena)
     case Limit::ordered_norm:
         return [&](long calls) {
             for (long i = 0; i < calls; ++i) ordered_norm(c, arena);
+        };
+    case Limit::ordered_dot:
+        return [&](long calls) {
+            for (long i = 0; i < calls; ++i) ordered_dot(c, arena);
+        };
+    case Limit::widened_norm:
+        return [&](long calls) {
+            for (long i = 0; i < calls; ++i) widened_norm(c, arena);
         };
     }
     return {};

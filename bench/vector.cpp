@@ -88,6 +88,8 @@ Case make(const Routine& r, int type, i64 n, Strides inc, i64 shift = 0)
     c.unit = "GB/s";
     c.result = result_of(r, c.type);
     if (scaled_norm) c.limit = Limit::ordered_norm;
+    else if (c.kernel == "dsdot" || c.kernel == "sdsdot") c.limit = Limit::ordered_dot;
+    else if (r.kind == Kind::norm && c.kernel.ends_with("nrm2") && inc.x == 1) c.limit = Limit::widened_norm;
     else if (inc.x == 1 && inc.y == 1) c.limit = Limit::movement;
     if (r.kind == Kind::sum || r.kind == Kind::norm) c.roundings = c.magnitude = static_cast<double>(2 * n);
     return c;
