@@ -10,11 +10,12 @@ namespace {
 
 using AxpbyLadder = Ladder<Blocks<16, 8, 4, 2, 1>, Blocks<16, 8, 4, 2, 1>>;
 
-template <class T> void axpby(i64 n, T alpha, const T* x, i64 incx, T beta, T* y, i64 incy)
+template <class T> ORV_INLINE void axpby(i64 n, T alpha, const T* x, i64 incx, T beta, T* y, i64 incy)
 {
-    const Multiplier<T, T> a(alpha), b(beta);
-    walk<AxpbyLadder>(n, x, incx, y, incy,
-                      Update{[=](auto from) { return a * from; }, [=](auto term, auto to) { return term + b * to; }});
+    walk<AxpbyLadder>(n, x, incx, y, incy, [=] {
+        const Multiplier<T, T> a(alpha), b(beta);
+        return Update{[=](auto from) { return a * from; }, [=](auto term, auto to) { return term + b * to; }};
+    });
 }
 
 } // namespace

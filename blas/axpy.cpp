@@ -13,11 +13,12 @@ namespace {
 
 using AxpyLadder = Ladder<Blocks<32, 16, 8, 4, 1>, Blocks<16, 8, 4, 2, 1>>;
 
-template <class T> void axpy(i64 n, T alpha, const T* x, i64 incx, T* y, i64 incy)
+template <class T> ORV_INLINE void axpy(i64 n, T alpha, const T* x, i64 incx, T* y, i64 incy)
 {
-    const Multiplier<T, T> a(alpha);
-    walk<AxpyLadder>(n, x, incx, y, incy,
-                     Update{[=](auto from) { return a * from; }, [](auto term, auto to) { return to + term; }});
+    walk<AxpyLadder>(n, x, incx, y, incy, [=] {
+        const Multiplier<T, T> a(alpha);
+        return Update{[=](auto from) { return a * from; }, [](auto term, auto to) { return to + term; }};
+    });
 }
 
 } // namespace

@@ -16,11 +16,11 @@ using CopyLadder = Ladder<Blocks<16, 8, 4, 2, 1>, Blocks<16, 8, 4, 2, 1>, Offset
 // words, and slowly where they straddle boundaries of their own.
 constexpr i64 string_bytes = 2048, string_bytes_end = 1 << 20, word_bytes = 8;
 
-template <class T> void copy(i64 n, const T* x, i64 incx, T* y, i64 incy)
+template <class T> ORV_INLINE void copy(i64 n, const T* x, i64 incx, T* y, i64 incy)
 {
     constexpr i64 size = sizeof(T);
-    const bool whole_words = is_aligned(x, word_bytes) && is_aligned(y, word_bytes);
-    if (incx * incy == 1 && n >= string_bytes / size && n < string_bytes_end / size && whole_words) {
+    if (n >= string_bytes / size && incx * incy == 1 && n < string_bytes_end / size && is_aligned(x, word_bytes) &&
+        is_aligned(y, word_bytes)) [[unlikely]] {
         i64 words = n * size / word_bytes;
         const T* last = x + n - 1;
         T* to_last = y + n - 1;
@@ -28,7 +28,9 @@ template <class T> void copy(i64 n, const T* x, i64 incx, T* y, i64 incy)
         if constexpr (size < word_bytes) *to_last = *last; // half a word, if their number is odd
         return;
     }
-    walk<CopyLadder>(n, x, incx, y, incy, Update{[](auto from) { return from; }, [](auto from, auto) { return from; }});
+    walk<CopyLadder>(n, x, incx, y, incy, [] {
+        return Update{[](auto from) { return from; }, [](auto from, auto) { return from; }};
+    });
 }
 
 } // namespace

@@ -145,16 +145,18 @@ template <Want want, bool unit, class T> ORV_INLINE i64 search(i64 n, const T* x
 
     auto record = one(0);
     i64 found = 0;
-    const auto look = [&]<int count, bool far>(std::integral_constant<int, count>, std::bool_constant<far>, i64 i) {
+    i64 i = 0;
+    const auto look = [&]<int count, bool far>(std::integral_constant<int, count>, std::bool_constant<far>) {
         constexpr i64 bytes = count * lanes * sizeof(T);
         if constexpr (far)
             for (i64 at = 0; at < bytes; at += cache_line) prefetch_ahead(reinterpret_cast<const char*>(x + i) + at);
         if (record.raised_by(greatest<want, unit, count>(x + i * inc, inc))) found = i;
+        i += count * lanes;
     };
-    i64 i = 0;
+    i64 left = n;
     if (unit && n > near_bytes / i64(sizeof(T)))
-        i = Look::Longest::template run<R>(i, n, [&](auto count, i64 at) { look(count, std::true_type(), at); });
-    i = Look::template run<R>(i, n, [&](auto count, i64 at) { look(count, std::false_type(), at); });
+        left = Look::Longest::template run<R>(left, [&](auto count) { look(count, std::true_type()); });
+    Look::template run<R>(left, [&](auto count) { look(count, std::false_type()); });
     for (; i < n; ++i)
         if (record.raised_by(one(i))) found = i;
     if (record.saw_nan()) return search_by_lanes<want, unit>(n, x, inc);

@@ -26,20 +26,19 @@ template <class V> struct Both {
 // y := into(of(x), y). In two steps, so that `of` takes registers of x as they lie in memory, once each, and what it
 // makes of them is spliced.
 template <class Of, class Into> struct Update {
-    Of of;
-    Into into;
+    [[no_unique_address]] Of of;
+    [[no_unique_address]] Into into;
 
     template <class V, class W> ORV_INLINE auto operator()(V x, W y) const { return into(of(x), y); }
 };
 
 // A scalar that multiplies elements and registers of T alike; a real one may multiply complex numbers.
 template <class A, class T> class Multiplier {
-    A one;
     factor<A> many;
 
 public:
-    explicit Multiplier(A a) : one(a), many(a) {}
-    ORV_INLINE T operator*(T x) const { return one * x; }
+    explicit Multiplier(A a) : many(a) {}
+    ORV_INLINE T operator*(T x) const { return many.scalar() * x; }
     template <class Register> ORV_INLINE vec<T> operator*(Register x) const
     {
         if constexpr (is_complex<A> == is_complex<T>) return many * x;
@@ -47,34 +46,40 @@ public:
     }
 };
 
+// Hides from the compiler where a value comes from, lest it derive further counters and addresses: they would spare a
+// long vector an instruction a block, and cost a short one a dozen before the first.
+ORV_INLINE void forget(i64& value) { asm("" : "+r"(value)); }
+
 // Lengths of the blocks of a path, in registers, each as often as it fits. The first is what the hot loop runs; the
 // others spare short vectors and tails a loop test for each register.
 template <int longest, int... shorter> struct Blocks {
     using Longest = Blocks<longest>;
 
-    // Calls body(length, i), the length in registers, from element i <= n on while a block fits before n; returns the
-    // first element left over. i is 0, or where the longest blocks ended.
-    template <class T, class Body> ORV_INLINE static i64 run(i64 i, i64 n, Body body)
+    // Calls body(length), the length in registers, while a block fits into n >= 0 elements; returns how many are left.
+    template <class T, class Body> ORV_INLINE static i64 run(i64 n, Body body)
     {
-        for (constexpr i64 elements = longest * vec<T>::lanes; n - i >= elements; i += elements)
-            body(std::integral_constant<int, longest>(), i);
-        if constexpr (sizeof...(shorter) > 0) i = descend<T, longest, shorter...>(i, n, body);
-        return i;
+        constexpr i64 elements = longest * vec<T>::lanes;
+        for (n -= elements; n >= 0; n -= elements) forget(n), body(std::integral_constant<int, longest>());
+        forget(n), n += elements;
+        if constexpr (sizeof...(shorter) > 0) n = descend<T, longest, shorter...>(n, body);
+        return n;
     }
 
 private:
-    // A block half as long as the one before fits once or not at all: a bit of n tells, for whole blocks ended at i.
-    template <class T, int before, int length, int... rest, class Body>
-    ORV_INLINE static i64 descend(i64 i, i64 n, Body body)
+    // Less than a block of length `before` is left. One half as long fits once or not at all: a bit of n tells, and is
+    // met where it is needed, for a jump back costs more than one ahead.
+    template <class T, int before, int length, int... rest, class Body> ORV_INLINE static i64 descend(i64 n, Body body)
     {
         constexpr i64 elements = length * vec<T>::lanes;
         constexpr std::integral_constant<int, length> block;
         if constexpr (before == 2 * length) {
-            if ((n & elements) != 0) body(block, i), i += elements;
+            if ((n & elements) != 0) [[likely]]
+                body(block);
+            n &= elements - 1;
         } else
-            for (; n - i >= elements; i += elements) body(block, i);
-        if constexpr (sizeof...(rest) > 0) i = descend<T, length, rest...>(i, n, body);
-        return i;
+            for (; n >= elements; n -= elements) forget(n), body(block);
+        if constexpr (sizeof...(rest) > 0) n = descend<T, length, rest...>(n, body);
+        return n;
     }
 };
 
@@ -100,9 +105,9 @@ template <class X, class T, class Op> ORV_INLINE void apply_one(X* x, T* y, Op o
     if constexpr (std::is_const_v<X>) *y = result;
     else *x = result.x, *y = result.y;
 }
-template <class X, class T, class Op> ORV_INLINE void apply_singly(i64 i, i64 n, X* x, T* y, Op op)
+template <class X, class T, class Op> ORV_INLINE void apply_singly(i64 n, X* x, T* y, Op op)
 {
-    for (; i < n; ++i) apply_one(x + i, y + i, op);
+    for (; n > 0; --n) apply_one(x++, y++, op);
 }
 
 // Two stores to one cache line leave together if they follow one another, so the registers of a block go in pairs.
@@ -128,10 +133,11 @@ constexpr i64 near_bytes = 16384;
 template <class Blocks, bool aligned, class X, class T, class Op> ORV_INLINE void unit_stride(i64 n, X* x, T* y, Op op)
 {
     constexpr int lanes = vec<T>::lanes, line = 64 / sizeof(T);
-    const auto block = [&]<int length, bool far>(std::integral_constant<int, length>, std::bool_constant<far>, i64 at) {
-        in_pairs<T, length>([&]<int count>(i64 offset, std::integral_constant<int, count>) {
-            X* const from = x + at + offset;
-            T* const to = y + at + offset;
+    const auto block = [&]<int length, bool far>(std::integral_constant<int, length>,
+                                                 std::bool_constant<far>) ORV_INLINE_LAMBDA {
+        in_pairs<T, length>([&]<int count>(i64 offset, std::integral_constant<int, count>) ORV_INLINE_LAMBDA {
+            X* const from = x + offset;
+            T* const to = y + offset;
             if (far && offset % line == 0) {
                 if (from != to) prefetch_ahead(from); // a vector that meets itself is asked for once
                 prefetch_ahead(to);
@@ -152,12 +158,13 @@ template <class Blocks, bool aligned, class X, class T, class Op> ORV_INLINE voi
             if constexpr (!std::is_const_v<X>) put<aligned>(from, x_result);
             put<aligned>(to, y_result);
         });
+        x += length * lanes, y += length * lanes;
     };
-    i64 i = 0;
-    if (n > near_bytes / i64(sizeof(T)))
-        i = Blocks::Longest::template run<T>(i, n, [&](auto length, i64 at) { block(length, std::true_type(), at); });
-    i = Blocks::template run<T>(i, n, [&](auto length, i64 at) { block(length, std::false_type(), at); });
-    apply_singly(i, n, x, y, op);
+    if (n > near_bytes / i64(sizeof(T))) [[unlikely]]
+        n = Blocks::Longest::template run<T>(n,
+                                             [&](auto length) ORV_INLINE_LAMBDA { block(length, std::true_type()); });
+    n = Blocks::template run<T>(n, [&](auto length) ORV_INLINE_LAMBDA { block(length, std::false_type()); });
+    apply_singly(n, x, y, op);
 }
 
 // y stands on a boundary, x `off` elements behind one. Registers of x are loaded one ahead of use.
@@ -165,22 +172,23 @@ template <class Blocks, int off, class X, class T, class Op> ORV_INLINE void spl
 {
     constexpr int lanes = vec<T>::lanes;
     constexpr int ahead = lanes - off; // how far the last register that a block loads reaches past the block
-    if (n < lanes + ahead) return apply_singly(0, n, x, y, op);
-    i64 i = 0;
+    if (n < lanes + ahead) return apply_singly(n, x, y, op);
+    n -= ahead;
     if constexpr (std::is_const_v<X>) {
         vec<T> low = op.of(load_last<ahead>(x)); // of the register that x stands in, nothing before x
-        i = Blocks::template run<T>(i, n - ahead, [&](auto length, i64 at) {
-            in_pairs<T, length>([&]<int count>(i64 offset, std::integral_constant<int, count>) {
+        n = Blocks::template run<T>(n, [&]<int length>(std::integral_constant<int, length>) ORV_INLINE_LAMBDA {
+            in_pairs<T, length>([&]<int count>(i64 offset, std::integral_constant<int, count>) ORV_INLINE_LAMBDA {
                 vec<T> y_result[count];
 #pragma GCC unroll 2
                 for (int r = 0; r < count; ++r) {
-                    const i64 here = at + offset + r * lanes;
+                    const i64 here = offset + r * lanes;
                     const vec<T> high = op.of(load_placed(x + here + ahead));
                     y_result[r] = op.into(splice<off>(low, high), load(y + here));
                     low = high;
                 }
-                put<true>(y + at + offset, y_result);
+                put<true>(y + offset, y_result);
             });
+            x += length * lanes, y += length * lanes;
         });
     } else {
         // What x becomes is spliced to aligned stores too, one register late: the first and the last straddle.
@@ -188,24 +196,25 @@ template <class Blocks, int off, class X, class T, class Op> ORV_INLINE void spl
         vec<T> low = load(x + ahead), late = first.x;
         storeu(x, first.x), store(y, first.y);
         x += lanes, y += lanes, n -= lanes;
-        i = Blocks::template run<T>(i, n - ahead, [&](auto length, i64 at) {
-            in_pairs<T, length>([&]<int count>(i64 offset, std::integral_constant<int, count>) {
+        n = Blocks::template run<T>(n, [&]<int length>(std::integral_constant<int, length>) ORV_INLINE_LAMBDA {
+            in_pairs<T, length>([&]<int count>(i64 offset, std::integral_constant<int, count>) ORV_INLINE_LAMBDA {
                 vec<T> x_result[count], y_result[count];
 #pragma GCC unroll 2
                 for (int r = 0; r < count; ++r) {
-                    const i64 here = at + offset + r * lanes;
+                    const i64 here = offset + r * lanes;
                     const vec<T> high = load(x + here + ahead);
                     const Both<vec<T>> result = op(splice<off>(low, high), load(y + here));
                     x_result[r] = splice<ahead>(late, result.x), y_result[r] = result.y;
                     low = high, late = result.x;
                 }
-                put<true>(x + at + offset - off, x_result);
-                put<true>(y + at + offset, y_result);
+                put<true>(x + offset - off, x_result);
+                put<true>(y + offset, y_result);
             });
+            x += length * lanes, y += length * lanes;
         });
-        storeu(x + i - lanes, late);
+        storeu(x - lanes, late);
     }
-    apply_singly(i, n, x, y, op);
+    apply_singly(n + ahead, x, y, op);
 }
 
 // Elements at a stride that are worth collecting in a register. Real ones are so where both vectors are written and no
@@ -213,31 +222,58 @@ template <class Blocks, int off, class X, class T, class Op> ORV_INLINE void spl
 template <class X, class T>
 constexpr int collected = is_complex<T> || (sizeof(T) == 8 && !std::is_const_v<X>) ? vec<T>::lanes : 0;
 
-template <class X, class T, class Op> ORV_INLINE void any_stride(i64 n, X* x, i64 incx, T* y, i64 incy, Op op)
+// What is left of a vector at a stride. X is T or const T.
+template <class X> class Strided {
+    using T = std::remove_const_t<X>;
+    X* here;
+    i64 step; // in bytes
+
+public:
+    ORV_INLINE Strided(X* x, i64 n, i64 inc) : here(first(x, n, inc)), step(inc * i64(sizeof(T))) { forget(step); }
+
+    ORV_INLINE X* at(int e) const { return reinterpret_cast<X*>(reinterpret_cast<std::intptr_t>(here) + e * step); }
+    ORV_INLINE void advance(int e) { here = at(e); }
+
+    // Element e alone, or for lanes > 0 a register of elements from e on.
+    template <int lanes> ORV_INLINE auto get(int e) const
+    {
+        if constexpr (lanes == 0) return T(*at(e));
+        else if constexpr (lanes == 1) return loadu(at(e));
+        else if constexpr (is_complex<T>)
+            return vec<T>{_mm_loadh_pi(load_first<1>(at(e)).r, reinterpret_cast<const __m64*>(at(e + 1)))};
+        else return vec<T>{_mm_loadh_pd(_mm_load_sd(at(e)), at(e + 1))};
+    }
+    template <int lanes, class V> ORV_INLINE void put(int e, V v) const
+    {
+        if constexpr (lanes == 0) *at(e) = v;
+        else if constexpr (lanes == 1) storeu(at(e), v);
+        else if constexpr (is_complex<T>)
+            store_first<1>(at(e), v), _mm_storeh_pi(reinterpret_cast<__m64*>(at(e + 1)), v.r);
+        else _mm_storel_pd(at(e), v.r), _mm_storeh_pd(at(e + 1), v.r);
+    }
+};
+
+template <class X, class T, class Op> ORV_INLINE void any_stride(i64 n, Strided<X> x, Strided<T> y, Op op)
 {
-    x = first(x, n, incx);
-    y = first(y, n, incy);
-    const auto one_by_one = [&]<int length>(std::integral_constant<int, length>) {
+    const auto block = [&]<int length>(std::integral_constant<int, length>) ORV_INLINE_LAMBDA {
+        constexpr int lanes = collected<X, T> <= length ? collected<X, T> : 0, width = max(lanes, 1);
+        const auto result = [&](int e)
+                                ORV_INLINE_LAMBDA { return op(x.template get<lanes>(e), y.template get<lanes>(e)); };
+        if constexpr (std::is_const_v<X>) {
 #pragma GCC unroll 4
-        for (int e = 0; e < length; ++e) apply_one(x + e * incx, y + e * incy, op);
-    };
-    const auto block = [&]<int length>(std::integral_constant<int, length> size) {
-        constexpr int lanes = collected<X, T>;
-        if constexpr (lanes == 0) one_by_one(size);
-        else if constexpr (length < lanes) one_by_one(size);
-        else {
+            for (int e = 0; e < length; e += width) y.template put<lanes>(e, result(e));
+        } else { // all of x, then all of y: stores to one cache line leave together if they follow one another
+            decltype(result(0)) both[length];
 #pragma GCC unroll 4
-            for (int e = 0; e < length; e += lanes) {
-                const auto result = op(gather(x + e * incx, incx), gather(y + e * incy, incy));
-                if constexpr (std::is_const_v<X>) scatter(y + e * incy, incy, result);
-                else scatter(x + e * incx, incx, result.x), scatter(y + e * incy, incy, result.y);
-            }
+            for (int e = 0; e < length; e += width) both[e] = result(e);
+#pragma GCC unroll 4
+            for (int e = 0; e < length; e += width) x.template put<lanes>(e, both[e].x);
+#pragma GCC unroll 4
+            for (int e = 0; e < length; e += width) y.template put<lanes>(e, both[e].y);
         }
-        x += length * incx, y += length * incy;
+        x.advance(length), y.advance(length);
     };
-    for (; n >= 4; n -= 4) block(std::integral_constant<int, 4>());
-    if (n >= 2) block(std::integral_constant<int, 2>());
-    if (n % 2 != 0) block(std::integral_constant<int, 1>());
+    Blocks<4, 2, 1>::run<cpx<double>>(n, block); // elements count singly, as those that fill a register do
 }
 
 // A written vector keeps its place: what one element leaves there is what the next one finds.
@@ -248,35 +284,52 @@ template <class X, class T, class Op> ORV_INLINE void zero_stride(i64 n, X* x, i
     for (; n > 0; --n, x += incx, y += incy) apply_one(x, y, op);
 }
 
-// y := op(x, y), or (x, y) := op(x, y), over n elements.
-//
-// Strides of -1 and -1 meet the same pairs as 1 and 1, so the test is on their product.
-template <class Shape, class X, class T, class Op> ORV_INLINE void walk(i64 n, X* x, i64 incx, T* y, i64 incy, Op op)
+// Functions of their own, so that the common path need not save the registers that these want.
+template <class X, class T, class Make>
+[[gnu::noinline]] void walk_at_strides(i64 n, X* x, i64 incx, T* y, i64 incy, Make make)
 {
-    if (n <= 0) return;
-    using Aligned = typename Shape::Aligned;
+    if (incy == 0 || (incx == 0 && !std::is_const_v<X>)) zero_stride(n, x, incx, y, incy, make());
+    else any_stride(n, Strided<X>(x, n, incx), Strided<T>(y, n, incy), make());
+}
+
+template <class Shape, class X, class T, class Make>
+[[gnu::noinline]] void walk_misaligned(i64 n, X* x, T* y, Make make)
+{
     using Misaligned = typename Shape::Misaligned;
     constexpr int lanes = vec<T>::lanes;
     constexpr std::uintptr_t unit = sizeof(T) < 8 ? sizeof(T) : 8;
-    if (incx * incy != 1 || !is_aligned(x, unit) || !is_aligned(y, unit)) [[unlikely]] {
-        if (incy == 0 || (incx == 0 && !std::is_const_v<X>)) zero_stride(n, x, incx, y, incy, op);
-        else any_stride(n, x, incx, y, incy, op);
-        return;
-    }
-    if (!is_aligned(y, vector_bytes)) [[unlikely]] {
+    if (!is_aligned(x, unit) || !is_aligned(y, unit)) return walk_at_strides(n, x, 1, y, 1, make);
+    const auto op = make();
+    if (!is_aligned(y, vector_bytes)) {
         const i64 peel = min(to_boundary(y), n);
-        apply_singly(0, peel, x, y, op);
+        apply_singly(peel, x, y, op);
         x += peel, y += peel, n -= peel;
     }
-    if (is_aligned(x, vector_bytes) && (lanes > 1 || is_aligned(y, vector_bytes)))
-        return unit_stride<Aligned, true>(n, x, y, op);
     const i64 off = lanes - to_boundary(x);
-    if constexpr (lanes == 1 || Shape::offset == Offset::straddling) unit_stride<Misaligned, false>(n, x, y, op);
+    if (is_aligned(x, vector_bytes) && is_aligned(y, vector_bytes))
+        unit_stride<typename Shape::Aligned, true>(n, x, y, op);
+    else if constexpr (lanes == 1 || Shape::offset == Offset::straddling) unit_stride<Misaligned, false>(n, x, y, op);
     else if (off == 1) spliced<Misaligned, 1>(n, x, y, op);
     else if constexpr (lanes == 4) {
         if (off == 2) spliced<Misaligned, 2>(n, x, y, op);
         else spliced<Misaligned, 3>(n, x, y, op);
     }
+}
+
+// y := op(x, y), or (x, y) := op(x, y), over n elements, with the op that make() returns: what it is made from passes
+// to the path taken in registers.
+//
+// Strides of -1 and -1 meet the same pairs as 1 and 1, so the test is on their product.
+template <class Shape, class X, class T, class Make>
+ORV_INLINE void walk(i64 n, X* x, i64 incx, T* y, i64 incy, Make make)
+{
+    if (n <= 0) [[unlikely]]
+        return;
+    if (incx * incy != 1) [[unlikely]]
+        return walk_at_strides(n, x, incx, y, incy, make);
+    if (is_aligned(x, vector_bytes) && is_aligned(y, vector_bytes)) [[likely]]
+        return unit_stride<typename Shape::Aligned, true>(n, x, y, make());
+    walk_misaligned<Shape>(n, x, y, make);
 }
 
 } // namespace orv::blas

@@ -113,15 +113,15 @@ double sum_of_squares(i64 n, const float* x)
     const auto one = [&](i64 i) { a[0] += squares({_mm_cvtps_pd(load_first<1>(x + i).r)}); };
     const i64 head = min(to_boundary(x), n);
     for (i64 i = 0; i < head; ++i) one(i);
-    x += head, n -= head;
-    const i64 whole = Blocks<16, 8, 4, 2, 1>::run<double>(0, n, [&](auto pairs, i64 at) {
+    x += head;
+    n = Blocks<16, 8, 4, 2, 1>::run<double>(n - head, [&](auto pairs) {
 #pragma GCC unroll 16
-        for (int p = 0; p < decltype(pairs)::value; ++p) {
-            if (p % 8 == 0) prefetch_ahead(x + at + 2 * p);
-            a[p % 8] += squares(load_widened(x + at + 2 * p));
+        for (int p = 0; p < decltype(pairs)::value; ++p, x += 2) {
+            if (p % 8 == 0) prefetch_ahead(x);
+            a[p % 8] += squares(load_widened(x));
         }
     });
-    if (whole < n) one(whole);
+    if (n > 0) one(0);
     return first_lane(fold_lanes(((a[0] + a[1]) + (a[2] + a[3])) + ((a[4] + a[5]) + (a[6] + a[7]))));
 }
 

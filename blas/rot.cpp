@@ -15,13 +15,13 @@ namespace {
 using RealLadder = Ladder<Blocks<8, 4, 2, 1>, Blocks<8, 4, 2, 1>, Offset::straddling>;
 using ComplexLadder = Ladder<Blocks<4, 2, 1>, Blocks<2, 1>, Offset::straddling>;
 
-template <class T, class S> void rot(i64 n, T* x, i64 incx, T* y, i64 incy, real_t<T> c, S s)
+template <class T, class S> ORV_INLINE void rot(i64 n, T* x, i64 incx, T* y, i64 incy, real_t<T> c, S s)
 {
-    const Multiplier<real_t<T>, T> cosine(c);
-    const Multiplier<S, T> sine(s), conjugate(conj(s));
     using Shape = std::conditional_t<is_complex<S>, ComplexLadder, RealLadder>;
-    walk<Shape>(n, x, incx, y, incy, [=](auto a, auto b) {
-        return Both{cosine * a + sine * b, cosine * b - conjugate * a};
+    walk<Shape>(n, x, incx, y, incy, [=] {
+        const Multiplier<real_t<T>, T> cosine(c);
+        const Multiplier<S, T> sine(s), conjugate(conj(s));
+        return [=](auto a, auto b) { return Both{cosine * a + sine * b, cosine * b - conjugate * a}; };
     });
 }
 

@@ -17,13 +17,10 @@ template <class T> void rotm(i64 n, T* x, i64 incx, T* y, i64 incy, const T* par
     const T flag = param[0];
     if (n < 1 || flag + T(2) == T(0)) return;
     const Multiplier<T, T> h11(param[1]), h21(param[2]), h12(param[3]), h22(param[4]);
-    if (flag < T(0))
-        walk<RotmLadder>(n, x, incx, y, incy, [=](auto a, auto b) {
-            return Both{h11 * a + h12 * b, h21 * a + h22 * b};
-        });
-    else if (flag == T(0))
-        walk<RotmLadder>(n, x, incx, y, incy, [=](auto a, auto b) { return Both{a + h12 * b, h21 * a + b}; });
-    else walk<RotmLadder>(n, x, incx, y, incy, [=](auto a, auto b) { return Both{h11 * a + b, h22 * b - a}; });
+    const auto walk = [=](auto op) { blas::walk<RotmLadder>(n, x, incx, y, incy, [=] { return op; }); };
+    if (flag < T(0)) walk([=](auto a, auto b) { return Both{h11 * a + h12 * b, h21 * a + h22 * b}; });
+    else if (flag == T(0)) walk([=](auto a, auto b) { return Both{a + h12 * b, h21 * a + b}; });
+    else walk([=](auto a, auto b) { return Both{h11 * a + b, h22 * b - a}; });
 }
 
 } // namespace

@@ -14,13 +14,14 @@ namespace {
 using ScalLadder = Ladder<Blocks<16, 8, 4, 2, 1>, Blocks<16, 8, 4, 2, 1>>;
 
 // A is T, or its real type.
-template <class T, class A> void scal(i64 n, A alpha, T* x, i64 incx)
+template <class T, class A> ORV_INLINE void scal(i64 n, A alpha, T* x, i64 incx)
 {
     if (alpha == one<A>) return;
-    const Multiplier<A, T> a(alpha);
     const T* same = x; // the walk through one vector is that through it and itself
-    walk<ScalLadder>(n, same, incx, x, incx,
-                     Update{[](auto from) { return from; }, [=](auto, auto to) { return a * to; }});
+    walk<ScalLadder>(n, same, incx, x, incx, [=] {
+        const Multiplier<A, T> a(alpha);
+        return Update{[](auto from) { return from; }, [=](auto, auto to) { return a * to; }};
+    });
 }
 
 } // namespace

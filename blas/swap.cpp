@@ -12,9 +12,9 @@ namespace {
 
 using SwapLadder = Ladder<Blocks<16, 8, 4, 2, 1>, Blocks<8, 4, 2, 1>>;
 
-template <class T> void swap(i64 n, T* x, i64 incx, T* y, i64 incy)
+template <class T> ORV_INLINE void swap(i64 n, T* x, i64 incx, T* y, i64 incy)
 {
-    walk<SwapLadder>(n, x, incx, y, incy, [](auto a, auto b) { return Both{b, a}; });
+    walk<SwapLadder>(n, x, incx, y, incy, [] { return [](auto a, auto b) { return Both{b, a}; }; });
 }
 
 } // namespace

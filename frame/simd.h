@@ -318,11 +318,13 @@ ORV_INLINE vec<cpx<double>> fold_lanes(vec<cpx<double>> a) { return a; }
 template <class T> struct factor {
     vec<T> value;
     explicit factor(T a) : value(splat(a)) {}
+    ORV_INLINE T scalar() const { return value.r[0]; }
     ORV_INLINE vec<T> operator*(vec<T> x) const { return value * x; }
 };
 template <class R> struct factor<cpx<R>> {
     vec<cpx<R>> re, im;
     explicit factor(cpx<R> a) : re(splat(cpx<R>{a.re, a.re})), im(splat(cpx<R>{-a.im, a.im})) {}
+    ORV_INLINE cpx<R> scalar() const { return {re.r[0], im.r[1]}; }
     ORV_INLINE vec<cpx<R>> operator*(vec<cpx<R>> x) const
     {
         return lane_product(x, re) + lane_product(swap_neighbours(x), im);
