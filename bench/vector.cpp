@@ -31,6 +31,7 @@ constexpr Routine routines[] = {
     {{"snrm2",  "dnrm2",  "scnrm2", "dznrm2"}, "n x", Kind::norm},
     {{"sasum",  "dasum",  "scasum", "dzasum"}, "n x", Kind::norm},
     {{"isamax", "idamax", "icamax", "izamax"}, "n x", Kind::position},
+    {{"isamin", "idamin", "icamin", "izamin"}, "n x", Kind::position},
     {{"srot",   "drot",   "csrot",  "zdrot"},  "n x* y* cos sin", Kind::elementwise, true},
     {{nullptr,  nullptr,  "crot",   "zrot"},   "n x* y* cos csin"},
     {{"srotm",  "drotm",  nullptr,  nullptr},  "n x* y* param"},
