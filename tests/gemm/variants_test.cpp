@@ -3,18 +3,10 @@
 // Operands of small whole numbers make every sum exact, whatever its order: the results are compared bit for bit.
 #include "tests/gemm/product.h"
 #include "tests/support/probe.h"
+#include "tests/support/whole.h"
 
 namespace orv::test {
 namespace {
-
-template <class T> T whole(Random& random)
-{
-    const auto number = [&] { return std::round(8 * random.value<double>()); };
-    if constexpr (is_complex<T>) {
-        const auto re = real_t<T>(number());
-        return {re, real_t<T>(number())};
-    } else return T(number());
-}
 
 // C := alpha*op(A)*op(B) + beta*C of whole numbers; TA is the type of A, T of everything else.
 template <class TA, class T> struct Whole {
