@@ -172,4 +172,48 @@ constexpr auto tpmv = [](char uplo, char trans, char diag, i64 n, auto, auto, i6
     return 0;
 };
 
+// Products of matrices with a symmetric or Hermitian one, and updates of such.
+
+constexpr auto symm = [](char side, char uplo, i64 m, i64 n, auto, auto, i64 lda, auto, i64 ldb, auto, auto, i64 ldc) {
+    if (!one_of(side, "LR")) return 1;
+    if (!one_of(uplo, "UL")) return 2;
+    if (m < 0) return 3;
+    if (n < 0) return 4;
+    if (lda < max(1, fold(side) == 'L' ? m : n)) return 7;
+    if (ldb < max(1, m)) return 9;
+    if (ldc < max(1, m)) return 12;
+    return 0;
+};
+
+// The transposed product has two letters for reals, T for a symmetric and C for a Hermitian result: that one has a real
+// factor of C.
+template <class Element, class Factor> constexpr bool update_letter(char trans)
+{
+    if constexpr (!is_complex<Element>) return one_of(trans, "NTC");
+    else return one_of(trans, is_complex<Factor> ? "NT" : "NC");
+}
+
+constexpr auto syrk = []<class F, class T>(char uplo, char trans, i64 n, i64 k, F, const T*, i64 lda, F, T*, i64 ldc) {
+    if (!one_of(uplo, "UL")) return 1;
+    if (!update_letter<T, F>(trans)) return 2;
+    if (n < 0) return 3;
+    if (k < 0) return 4;
+    if (lda < max(1, fold(trans) == 'N' ? n : k)) return 7;
+    if (ldc < max(1, n)) return 10;
+    return 0;
+};
+
+constexpr auto syr2k = []<class F, class T>(char uplo, char trans, i64 n, i64 k, T, const T*, i64 lda, const T*,
+                                            i64 ldb, F, T*, i64 ldc) {
+    if (!one_of(uplo, "UL")) return 1;
+    if (!update_letter<T, F>(trans)) return 2;
+    if (n < 0) return 3;
+    if (k < 0) return 4;
+    const i64 rows = max(1, fold(trans) == 'N' ? n : k);
+    if (lda < rows) return 7;
+    if (ldb < rows) return 9;
+    if (ldc < max(1, n)) return 12;
+    return 0;
+};
+
 } // namespace orv::arguments

@@ -21,7 +21,7 @@ struct Option {
     const char* letters;
 };
 constexpr Option transposition{"TransA", 111, "NTC"}, transposition_of_b{"TransB", 111, "NTC"};
-constexpr Option triangle{"Uplo", 121, "UL"}, diagonal{"Diag", 131, "NU"};
+constexpr Option triangle{"Uplo", 121, "UL"}, diagonal{"Diag", 131, "NU"}, side_of{"Side", 141, "LR"};
 
 constexpr char other_triangle(char uplo) { return uplo == 'U' ? 'L' : 'U'; }
 
@@ -392,6 +392,50 @@ void triangular(const Request<Int>& r, Check check, int uplo, int trans, int dia
     if (conjugated) x.conjugate(n);
     done(F(half, flipped, unit, n, rest...));
     if (conjugated) x.conjugate(n);
+}
+
+template <auto& F, class Int, class Check, class T>
+void symm(const Request<Int>& r, Check check, int side, int uplo, i64 m, i64 n, T alpha, const T* a, i64 lda,
+          const T* b, i64 ldb, T beta, T* c, i64 ldc)
+{
+    const char from = r.letter(2, side_of, side);
+    if (from == '\0') return;
+    const char stored = r.letter(3, triangle, uplo);
+    if (stored == '\0') return;
+    if (r.by_rows())
+        r.template submit<F>(check, {{3, 4}}, from == 'L' ? 'R' : 'L', other_triangle(stored), n, m, alpha, a, lda, b,
+                             ldb, beta, c, ldc);
+    else r.template submit<F>(check, {}, from, stored, m, n, alpha, a, lda, b, ldb, beta, c, ldc);
+}
+
+// The letters of an update whose second factor is the first one turned by `turned`; 0 after a report.
+template <class Int> struct UpdateLetters {
+    char half, op;
+
+    UpdateLetters(const Request<Int>& r, int uplo, int trans, char turned) : half(r.letter(2, triangle, uplo)), op(0)
+    {
+        if (half != '\0') op = r.letter(3, transposition, trans);
+        if (op != '\0' && r.by_rows()) half = other_triangle(half), op = op == 'N' ? turned : 'N';
+    }
+    bool good() const { return op != '\0'; }
+};
+template <class T, class F> constexpr char turned = is_complex<T> && !is_complex<F> ? 'C' : 'T';
+
+template <auto& F, class Int, class Check, class S, class T>
+void syrk(const Request<Int>& r, Check check, int uplo, int trans, i64 n, i64 k, S alpha, const T* a, i64 lda, S beta,
+          T* c, i64 ldc)
+{
+    const UpdateLetters<Int> l(r, uplo, trans, turned<T, S>);
+    if (l.good()) r.template submit<F>(check, {}, l.half, l.op, n, k, alpha, a, lda, beta, c, ldc);
+}
+
+template <auto& F, class Int, class Check, class S, class T>
+void syr2k(const Request<Int>& r, Check check, int uplo, int trans, i64 n, i64 k, T alpha, const T* a, i64 lda,
+           const T* b, i64 ldb, S beta, T* c, i64 ldc)
+{
+    const UpdateLetters<Int> l(r, uplo, trans, turned<T, S>);
+    const T factor = r.by_rows() && turned<T, S> == 'C' ? conj(alpha) : alpha;
+    if (l.good()) r.template submit<F>(check, {}, l.half, l.op, n, k, factor, a, lda, b, ldb, beta, c, ldc);
 }
 
 // A routine's arguments as its family takes them: as the core does, but for enumerators.

@@ -24,6 +24,7 @@ typedef enum CBLAS_TRANSPOSE {
 } CBLAS_TRANSPOSE;
 typedef enum CBLAS_UPLO { CblasUpper = 121, CblasLower = 122 } CBLAS_UPLO;
 typedef enum CBLAS_DIAG { CblasNonUnit = 131, CblasUnit = 132 } CBLAS_DIAG;
+typedef enum CBLAS_SIDE { CblasLeft = 141, CblasRight = 142 } CBLAS_SIDE;
 #define CBLAS_ORDER CBLAS_LAYOUT
 
 /* ---- Vectors */
@@ -245,6 +246,51 @@ void cblas_cgemm(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE transa, CBLAS_TRANSPOSE tr
                  const void* alpha, const void* a, int lda, const void* b, int ldb, const void* beta, void* c, int ldc);
 void cblas_zgemm(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE transa, CBLAS_TRANSPOSE transb, int m, int n, int k,
                  const void* alpha, const void* a, int lda, const void* b, int ldb, const void* beta, void* c, int ldc);
+
+void cblas_ssymm(CBLAS_LAYOUT layout, CBLAS_SIDE side, CBLAS_UPLO uplo, int m, int n, float alpha, const float* a,
+                 int lda, const float* b, int ldb, float beta, float* c, int ldc);
+void cblas_dsymm(CBLAS_LAYOUT layout, CBLAS_SIDE side, CBLAS_UPLO uplo, int m, int n, double alpha, const double* a,
+                 int lda, const double* b, int ldb, double beta, double* c, int ldc);
+void cblas_csymm(CBLAS_LAYOUT layout, CBLAS_SIDE side, CBLAS_UPLO uplo, int m, int n, const void* alpha, const void* a,
+                 int lda, const void* b, int ldb, const void* beta, void* c, int ldc);
+void cblas_zsymm(CBLAS_LAYOUT layout, CBLAS_SIDE side, CBLAS_UPLO uplo, int m, int n, const void* alpha, const void* a,
+                 int lda, const void* b, int ldb, const void* beta, void* c, int ldc);
+void cblas_chemm(CBLAS_LAYOUT layout, CBLAS_SIDE side, CBLAS_UPLO uplo, int m, int n, const void* alpha, const void* a,
+                 int lda, const void* b, int ldb, const void* beta, void* c, int ldc);
+void cblas_zhemm(CBLAS_LAYOUT layout, CBLAS_SIDE side, CBLAS_UPLO uplo, int m, int n, const void* alpha, const void* a,
+                 int lda, const void* b, int ldb, const void* beta, void* c, int ldc);
+void cblas_ssyrk(CBLAS_LAYOUT layout, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, int n, int k, float alpha, const float* a,
+                 int lda, float beta, float* c, int ldc);
+void cblas_dsyrk(CBLAS_LAYOUT layout, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, int n, int k, double alpha,
+                 const double* a, int lda, double beta, double* c, int ldc);
+void cblas_csyrk(CBLAS_LAYOUT layout, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, int n, int k, const void* alpha,
+                 const void* a, int lda, const void* beta, void* c, int ldc);
+void cblas_zsyrk(CBLAS_LAYOUT layout, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, int n, int k, const void* alpha,
+                 const void* a, int lda, const void* beta, void* c, int ldc);
+void cblas_cherk(CBLAS_LAYOUT layout, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, int n, int k, float alpha, const void* a,
+                 int lda, float beta, void* c, int ldc);
+void cblas_zherk(CBLAS_LAYOUT layout, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, int n, int k, double alpha, const void* a,
+                 int lda, double beta, void* c, int ldc);
+void cblas_ssyr2k(CBLAS_LAYOUT layout, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, int n, int k, float alpha,
+                  const float* a, int lda, const float* b, int ldb, float beta, float* c, int ldc);
+void cblas_dsyr2k(CBLAS_LAYOUT layout, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, int n, int k, double alpha,
+                  const double* a, int lda, const double* b, int ldb, double beta, double* c, int ldc);
+void cblas_csyr2k(CBLAS_LAYOUT layout, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, int n, int k, const void* alpha,
+                  const void* a, int lda, const void* b, int ldb, const void* beta, void* c, int ldc);
+void cblas_zsyr2k(CBLAS_LAYOUT layout, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, int n, int k, const void* alpha,
+                  const void* a, int lda, const void* b, int ldb, const void* beta, void* c, int ldc);
+void cblas_cher2k(CBLAS_LAYOUT layout, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, int n, int k, const void* alpha,
+                  const void* a, int lda, const void* b, int ldb, float beta, void* c, int ldc);
+void cblas_zher2k(CBLAS_LAYOUT layout, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, int n, int k, const void* alpha,
+                  const void* a, int lda, const void* b, int ldb, double beta, void* c, int ldc);
+
+/* Beyond the standard. */
+void cblas_cgemm3m(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE transa, CBLAS_TRANSPOSE transb, int m, int n, int k,
+                   const void* alpha, const void* a, int lda, const void* b, int ldb, const void* beta, void* c,
+                   int ldc);
+void cblas_zgemm3m(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE transa, CBLAS_TRANSPOSE transb, int m, int n, int k,
+                   const void* alpha, const void* a, int lda, const void* b, int ldb, const void* beta, void* c,
+                   int ldc);
 
 /* ---- Copies and sums of matrices (told in <orv/trans.h>), beyond the standard; CblasConjNoTrans is for these alone */
 

@@ -30,6 +30,7 @@
 #ifndef ORV_BLAS_H
 #define ORV_BLAS_H
 
+#include <orv/matrix_matrix.h>
 #include <orv/matrix_vector.h>
 #include <orv/status.h>
 #include <orv/types.h>
