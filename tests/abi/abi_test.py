@@ -142,12 +142,14 @@ class StandIn(unittest.TestCase):
         self.assertEqual(soname(twin), ["liborv_blas.so.0"])
         self.assertEqual(symbols(twin), symbols(self.library))
 
-    # Published extensions that the reference library lacks: a*x + b*y, smallest entries, sparse vectors, matrix copies.
+    # Published extensions that the reference library lacks: a*x + b*y, smallest entries, sparse vectors, matrix copies,
+    # complex products by three real ones.
     extensions = {f"{prefix}{name}{suffix}" for t in "sdcz" for name in (f"{t}axpby", f"i{t}amin")
                   for prefix, suffix in (("cblas_", ""), ("", "_"))}
     extensions |= {f"{name}_" for t in "sdcz" for name in (f"{t}axpyi", f"{t}gthr", f"{t}gthrz", f"{t}sctr")}
     extensions |= {f"{prefix}{t}{name}{suffix}" for t in "sdcz" for name in ("omatcopy", "imatcopy", "geadd")
                    for prefix, suffix in (("cblas_", ""), ("", "_"))}
+    extensions |= {f"{prefix}{t}gemm3m{suffix}" for t in "cz" for prefix, suffix in (("cblas_", ""), ("", "_"))}
     extensions |= {f"{name}_" for name in "sdoti ddoti cdotui cdotci zdotui zdotci sroti droti".split()}
 
     def test_exports_standard_names_only(self):

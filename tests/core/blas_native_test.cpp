@@ -39,4 +39,27 @@ TEST(BlasNative, without_kernels_numbers_are_nan_and_statuses_tell)
     EXPECT_EQ(outcome.text, "cdotc nan nan\nzdotc nan nan\nzaxpy status 1\nidamax -1\ndoti nan\n");
 }
 
+TEST(BlasNative, symmetric_matrices_answer_with_the_number_of_the_bad_argument)
+{
+    double x[16] = {}, y[16] = {};
+    EXPECT_EQ(orv_dsymm('X', 'U', 2, 2, 1, x, 2, x, 2, 0, y, 2), -1);
+    EXPECT_EQ(orv_dsymm('L', 'X', 2, 2, 1, x, 2, x, 2, 0, y, 2), -2);
+    EXPECT_EQ(orv_dsymm('L', 'U', -1, 2, 1, x, 2, x, 2, 0, y, 2), -3);
+    EXPECT_EQ(orv_dsymm('L', 'U', 2, -1, 1, x, 2, x, 2, 0, y, 2), -4);
+    EXPECT_EQ(orv_dsymm('R', 'U', 1, 2, 1, x, 1, x, 2, 0, y, 2), -7);
+    EXPECT_EQ(orv_dsymm('L', 'U', 2, 2, 1, x, 2, x, 1, 0, y, 2), -9);
+    EXPECT_EQ(orv_dsymm('L', 'U', 2, 2, 1, x, 2, x, 2, 0, y, 1), -12);
+    EXPECT_EQ(orv_dsyrk('U', 'X', 2, 3, 1, x, 2, 0, y, 2), -2);
+    EXPECT_EQ(orv_dsyrk('U', 'T', 2, 3, 1, x, 2, 0, y, 2), -7);
+    EXPECT_EQ(orv_dsyrk('U', 'N', 2, 3, 1, x, 2, 0, y, 1), -10);
+    EXPECT_EQ(orv_dsyr2k('U', 'N', 2, -1, 1, x, 2, x, 2, 0, y, 2), -4);
+    EXPECT_EQ(orv_dsyr2k('U', 'N', 2, 3, 1, x, 2, x, 1, 0, y, 2), -9);
+    const orv_complex_double f = {}, z[16] = {};
+    orv_complex_double c[16] = {};
+    EXPECT_EQ(orv_zsyrk('U', 'C', 2, 3, f, z, 3, f, c, 2), -2) << "C is for Hermitian updates";
+    EXPECT_EQ(orv_zherk('U', 'T', 2, 3, 1, z, 3, 1, c, 2), -2) << "T is for symmetric updates";
+    EXPECT_EQ(orv_zher2k('L', 'T', 2, 3, f, z, 3, z, 3, 1, c, 2), -2);
+    EXPECT_EQ(orv_zgemm3m('N', 'N', 2, 2, 2, f, z, 1, z, 2, f, c, 2), -8);
+}
+
 } // namespace
