@@ -72,6 +72,7 @@ private:
 
 // The tables of cases; a new family adds its function here and to all_cases().
 std::vector<Case> gemm_cases();
+std::vector<Case> matrix_matrix_cases();
 std::vector<Case> vector_cases();
 std::vector<Case> extended_cases();
 std::vector<Case> matrix_vector_cases();
