@@ -2,8 +2,8 @@
 // (syr2k), or transposes and conjugates (her2k, with a real beta: the diagonal of C becomes real). beta comes first, in
 // a pass of its own: 0 stores zeros. An alpha or a k of 0 then leaves A and B unread.
 //
-// Blocks along the diagonal are computed as squares of which one half is kept; the rectangle beside each is two general
-// products.
+// A block on the diagonal is one product in a square, added to C with its mirror image; the rectangle beside each is
+// two general products.
 #include "blas/level3/square.h"
 
 namespace orv::level3 {
@@ -21,30 +21,39 @@ template <class T, Kind kind> struct Update2 {
     i64 ldc;
 
     const T* row(const T* x, i64 ld, i64 i) const { return plain ? x + i : x + i * ld; }
-    // C(i:i+rows, j:j+columns) of the whole square, to an array.
-    void products(i64 i, i64 j, i64 rows, i64 columns, T by, T* to, i64 ldto) const
+    // The first of both products as far as it goes to C(i:i+rows, j:j+columns); the second is that with A and B
+    // exchanged, or the mirror image of what the first brings to C(j:j+columns, i:i+rows).
+    void first(i64 i, i64 j, i64 rows, i64 columns, T by, T* to, i64 ldto) const
     {
         constexpr char turned = mirrored<T, kind>;
-        const char left = plain ? 'N' : turned, right = plain ? turned : 'N';
-        multiply(left, right, rows, columns, k, alpha, row(a, lda, i), lda, row(b, ldb, j), ldb, by, to, ldto);
-        multiply(left, right, rows, columns, k, mirror<T, kind>(alpha), row(b, ldb, i), ldb, row(a, lda, j), lda,
-                 one<T>, to, ldto);
+        multiply(plain ? 'N' : turned, plain ? turned : 'N', rows, columns, k, alpha, row(a, lda, i), lda,
+                 row(b, ldb, j), ldb, by, to, ldto);
     }
+    void both(i64 i, i64 j, i64 rows, i64 columns) const
+    {
+        T* const to = c + i + j * ldc;
+        first(i, j, rows, columns, one<T>, to, ldc);
+        exchanged().first(i, j, rows, columns, one<T>, to, ldc);
+    }
+
+private:
+    Update2 exchanged() const { return {upper, plain, n, k, mirror<T, kind>(alpha), b, ldb, a, lda, c, ldc}; }
 };
 
 template <class T, Kind kind> void walk(const Update2<T, kind>& x, const Square<T>& square)
 {
     for (i64 i = 0; i < x.n; i += square.side) {
         const i64 size = min(x.n - i, square.side), next = i + size, rest = x.n - next;
-        x.products(i, i, size, size, zero<T>, square.at, size);
+        x.first(i, i, size, size, zero<T>, square.at, size);
         for (i64 j = 0; j < size; ++j) {
             T* const c = x.c + i + (i + j) * x.ldc;
             const Rows rows = stored(x.upper, size, j);
-            for (i64 r = rows.from; r < rows.to; ++r) c[r] += square.at[r + j * size];
+            for (i64 r = rows.from; r < rows.to; ++r)
+                c[r] += square.at[r + j * size] + mirror<T, kind>(square.at[j + r * size]);
             c[j] = on_diagonal<T, kind>(c[j]);
         }
-        if (x.upper) x.products(i, next, size, rest, one<T>, x.c + i + next * x.ldc, x.ldc);
-        else x.products(next, i, rest, size, one<T>, x.c + next + i * x.ldc, x.ldc);
+        if (x.upper) x.both(i, next, size, rest);
+        else x.both(next, i, rest, size);
     }
 }
 

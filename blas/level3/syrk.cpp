@@ -66,6 +66,10 @@ template <class T, Kind kind> bool adds_nothing(const Update<T, kind>& x)
     return x.alpha == zero<Factor<T, kind>> || x.k <= 0;
 }
 
+// Half of a square is thrown away, so small ones pay, though the work memory has room for more; singles take theirs on
+// the stack.
+constexpr i64 side = 16;
+
 template <class T, Kind kind> void walk(const Update<T, kind>& x, const Square<T>& square)
 {
     for (i64 i = 0; i < x.n; i += square.side) {
@@ -80,14 +84,13 @@ template <class T, Kind kind> void walk(const Update<T, kind>& x, const Square<T
 template <class T, Kind kind> void without_memory(const Update<T, kind>& x)
 {
     if (adds_nothing(x)) return scale(x);
-    with_local_square<T>([&](const Square<T>& square) { walk(x, square); });
+    with_local_square<T>([&](const Square<T>& square) { walk(x, Square<T>{square.at, side}); });
 }
 
-// Larger squares than these compute too much that is thrown away; singles take theirs from nowhere.
 template <class T>
-inline constexpr Request request{48, is_complex<T> ? 0x4000 * i64(sizeof(T)) : 0x4800, 128, "DSYRK_PST"};
-template <> inline constexpr Request request<cpx<float>>{48, 0x20000, 128, "CSYRK_PST"};
-template <> inline constexpr Request request<cpx<double>>{48, 0x40000, 128, "ZSYRK"};
+inline constexpr Request request{side, is_complex<T> ? 0x4000 * i64(sizeof(T)) : 0x4800, 128, "DSYRK_PST"};
+template <> inline constexpr Request request<cpx<float>>{side, 0x20000, 128, "CSYRK_PST"};
+template <> inline constexpr Request request<cpx<double>>{side, 0x40000, 128, "ZSYRK"};
 
 template <class T, Kind kind> void small(const Update<T, kind>& x)
 {
