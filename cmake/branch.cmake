@@ -7,6 +7,9 @@ add_library(orv_mc3 MODULE ${sources})
 # register and shuffle them for every product.
 file(GLOB extended ${PROJECT_SOURCE_DIR}/xblas/*.cpp)
 set_source_files_properties(${extended} PROPERTIES COMPILE_OPTIONS -fno-tree-slp-vectorize)
+# Where elements do not meet, vectors of them are the compiler's work, for all types.
+set_source_files_properties(${PROJECT_SOURCE_DIR}/xblas/axpby.cpp PROPERTIES COMPILE_OPTIONS
+                            "-fno-tree-slp-vectorize;-ftree-loop-vectorize;-fvect-cost-model=dynamic")
 
 target_compile_options(orv_mc3 PRIVATE
   -msse4.2 -mno-avx          # the branch's instruction set

@@ -26,8 +26,13 @@ void combine(i64 n, T alpha, const A* x, i64 incx, T beta, const B* y, i64 incy,
     x = first(x, n, incx);
     y = first(y, n, incy);
     w = first(w, n, incw);
-    for (i64 i = 0; i < n; ++i, x += incx, y += incy, w += incw)
-        *w = stored<T>(combined(factor<N>(y), b, factor<N>(x), a));
+    const auto next = [=](const A* xi, const B* yi, T* wi)
+                          ORV_INLINE_LAMBDA { *wi = stored<T>(combined(factor<N>(yi), b, factor<N>(xi), a)); };
+    // Neighbours in memory: the compiler takes several elements at once, each in the same operations.
+    if (incx == 1 && incy == 1 && incw == 1)
+        for (i64 i = 0; i < n; ++i) next(x + i, y + i, w + i);
+    else
+        for (i64 i = 0; i < n; ++i, x += incx, y += incy, w += incw) next(x, y, w);
 }
 
 template <class T, class A>

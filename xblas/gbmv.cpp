@@ -28,6 +28,7 @@ bool refuses(Routine routine, Order order, Trans trans, i64 m, i64 n, i64 kl, i6
 
 // Row i of op(A) has the columns i - below .. i + above that exist.
 struct BandRows {
+    static constexpr int parts = 1;
     i64 rows, columns, below, above;
     i64 diagonal, diagonal_step, step; // of A: where (0, 0) stands, from (i, i) to the next, along a row
     Use use;
@@ -41,6 +42,7 @@ struct BandRows {
         rows = n, columns = m, below = ku, above = kl;
         step = lda - step;
     }
+    i64 width() const { return min(columns, below + above + 1); }
     i64 first_column(i64 i) const { return max(0, i - below); }
     template <class F> ORV_INLINE void walks(i64 i, F walk) const
     {

@@ -43,9 +43,14 @@ void multiply(Order order, i64 m, i64 n, T alpha, const A* a, i64 lda, const B* 
     if (alpha == zero<T> && beta == zero<T>) return clear(m, y, incy);
     if (alpha == zero<T>) return alone(b, ldb, beta);
     if (beta == zero<T>) return alone(a, lda, alpha);
-    for (i64 i = 0; i < m; ++i, y += incy)
-        *y = combined<P>(row_sum<P>(rows(lda), i, a, Several<B>{x, incx}), alpha,
-                         row_sum<P>(rows(ldb), i, b, Several<B>{x, incx}), beta);
+    i64 i = 0;
+    const Several<B> v{x, incx};
+    for (const i64 fours = rows_in_fours(m, rows(lda)); i < fours; i += 4) {
+        const auto of_a = row_sums<P>(rows(lda), i, a, v), of_b = row_sums<P>(rows(ldb), i, b, v);
+        for (int l = 0; l < 4; ++l, y += incy) *y = combined<P>(of_a.row[l], alpha, of_b.row[l], beta);
+    }
+    for (; i < m; ++i, y += incy)
+        *y = combined<P>(row_sum<P>(rows(lda), i, a, v), alpha, row_sum<P>(rows(ldb), i, b, v), beta);
 }
 
 template <class T, class A, class B>

@@ -9,11 +9,6 @@
 
 namespace orv::xblas {
 
-// count elements: the first at `at`, the next a step further, and the step grows by bend each time.
-struct Walk {
-    i64 at, step, bend, count;
-};
-constexpr Walk without_first(Walk w) { return {w.at + w.step, w.step + w.bend, w.bend, w.count - 1}; }
 constexpr Walk backwards(Walk w)
 {
     const i64 last_step = w.step + (w.count - 2) * w.bend;
@@ -46,6 +41,7 @@ struct Half {
         if (rows_run_before(order, uplo)) return {n, k, k, lda, 1, lda - 1};
         return {n, k, 0, lda, lda - 1, 1};
     }
+    i64 width() const { return min(n, 2 * k + 1); }
     Walk before(i64 i) const
     {
         const i64 count = min(i, k);
@@ -59,6 +55,7 @@ struct PackedHalf {
     i64 n;
     bool run_before;
 
+    i64 width() const { return n; }
     Walk before(i64 i) const
     {
         if (run_before) return {i * (i + 1) / 2, 1, 0, i};
@@ -74,7 +71,9 @@ struct PackedHalf {
 // ---- Rows of whole matrices -------------------------------------------------------------------------------------
 
 template <class Storage> struct SymmetricRows {
+    static constexpr int parts = 2; // walks a row
     Storage half;
+    i64 width() const { return half.width(); } // elements of the longest row
     i64 first_column(i64 i) const { return i - half.before(i).count; }
     template <class F> ORV_INLINE void walks(i64 i, F walk) const
     {
@@ -85,8 +84,10 @@ template <class Storage> struct SymmetricRows {
 
 // One side of the diagonal is the conjugate of what is stored; of the diagonal only the real part is read.
 template <class Storage> struct HermitianRows {
+    static constexpr int parts = 3;
     Storage half;
     bool conjugate_before;
+    i64 width() const { return half.width(); }
     i64 first_column(i64 i) const { return i - half.before(i).count; }
     template <class F> ORV_INLINE void walks(i64 i, F walk) const
     {
@@ -99,8 +100,10 @@ template <class Storage> struct HermitianRows {
 
 // Every element is stored.
 struct DenseRows {
+    static constexpr int parts = 1;
     i64 columns, step, row_step;
     Use use;
+    i64 width() const { return columns; }
     static i64 first_column(i64) { return 0; }
     template <class F> ORV_INLINE void walks(i64 i, F walk) const { walk({i * row_step, step, 0, columns}, use); }
 };
@@ -144,11 +147,55 @@ ORV_INLINE auto row_sum(const Rows& rows, i64 i, const A* a, Several<B> v)
     return sum;
 }
 
+// The sums of rows i, i + 1, i + 2, i + 3.
+template <class Sum> struct Sums {
+    Sum row[4];
+};
+template <class P, class Rows, class A, class B>
+ORV_INLINE auto row_sums(const Rows& rows, i64 i, const A* a, Several<B> x)
+{
+    Sums<sum_of<typename P::One, A, B>> sums{};
+    FourRows part[Rows::parts];
+    Use uses[Rows::parts];
+    for (int l = 0; l < 4; ++l) {
+        i64 column = rows.first_column(i + l);
+        int p = 0;
+        rows.walks(i + l, [&](Walk walk, Use use) ORV_INLINE_LAMBDA {
+            part[p].walk[l] = walk, part[p].column[l] = column;
+            uses[p++] = use;
+            column += walk.count;
+        });
+    }
+    for (int p = 0; p < Rows::parts; ++p) {
+        if (is_complex<A> && uses[p] == Use::real_part)
+            for (int l = 0; l < 4; ++l)
+                add_real_part<P>(a + part[p].walk[l].at, Several<B>{x.at + part[p].column[l] * x.step, x.step},
+                                 sums.row[l]);
+        else add_rows<P>(part[p], a, sign(uses[p] == Use::conjugated), x.at, x.step, sums.row);
+    }
+    return sums;
+}
+
+// How many of n rows are taken in fours: all that fill one if rows are long. Each row is one chain of additions that
+// waits for the last, and four chains run at once. Of short rows the processor overlaps as many by itself, and what
+// begins and ends a group is saved: for full matrices the ways meet between 50 and 60 elements.
+template <class Rows> constexpr i64 rows_in_fours(i64 n, const Rows& rows)
+{
+    constexpr i64 long_row = 64;
+    return rows.width() < long_row ? 0 : n / 4 * 4;
+}
+
 // y := alpha*A*x + beta*y in the form of close, for n rows; or the same with a head and a tail of x.
 template <class P, class Rows, class T, class A, class... B>
 void multiply(i64 n, const Rows& rows, const A* a, i64 incx, const Closing<P, T>& close, T* y, i64 incy, const B*... x)
 {
-    for (i64 i = 0; i < n; ++i, y += incy) close(row_sum<P>(rows, i, a, Several<B>{x, incx})..., y);
+    i64 i = 0;
+    const auto close_four = [&](const auto&... sums) {
+        for (int l = 0; l < 4; ++l, y += incy) close(sums.row[l]..., y);
+    };
+    for (const i64 fours = rows_in_fours(n, rows); i < fours; i += 4)
+        close_four(row_sums<P>(rows, i, a, Several<B>{x, incx})...);
+    for (; i < n; ++i, y += incy) close(row_sum<P>(rows, i, a, Several<B>{x, incx})..., y);
 }
 
 // C := alpha*A*B + beta*C in the form of close. b: column 0 of B, as Several with apart the step from column to column.

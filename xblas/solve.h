@@ -8,6 +8,7 @@
 
 #include "frame/serv.h"
 #include "xblas/closing.h"
+#include "xblas/pairs.h"
 
 namespace orv::xblas {
 
@@ -141,13 +142,6 @@ public:
 
 // ---- One unknown ----------------------------------------------------------------------------------------------------
 
-template <class S, class N> ORV_INLINE S as_sum(N a)
-{
-    if constexpr (is_complex<S>) return {as_sum<real_t<S>>(a.re), as_sum<real_t<S>>(a.im)};
-    else if constexpr (requires { a.l; }) return S{{a.h, a.l}};
-    else if constexpr (requires { a.value; }) return S{{a.value, 0}};
-    else return a;
-}
 template <class N> ORV_INLINE N negated(N a) { return -a; }
 template <class N> ORV_INLINE cpx<N> negated(cpx<N> a) { return {-a.re, -a.im}; }
 
@@ -168,8 +162,10 @@ template <class P, class A, class T> ORV_INLINE auto start(T alpha, const T* x)
 template <class P, class Sum, class A, class T>
 ORV_INLINE Sum subtracted(Sum value, const Solved<P, T>& solved, i64 j, i64 count, const A* t, i64 step, double sign)
 {
-    for (const i64 end = j + count; j < end; ++j, t += step)
+    in_pairs(count, [&]() ORV_INLINE_LAMBDA {
         value = plus(value, negated(product(solved[j], factor<typename P::One>(t, sign))));
+        ++j, t += step;
+    });
     return value;
 }
 

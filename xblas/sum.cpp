@@ -4,6 +4,7 @@
 // Bad: n < 0, incx = 0.
 #include "xblas/closing.h"
 #include "xblas/members.h"
+#include "xblas/pairs.h"
 
 namespace orv::xblas {
 namespace {
@@ -11,17 +12,21 @@ namespace {
 template <class Sum, class R> void add_elements(i64 n, const R* x, i64 incx, R* r)
 {
     Sum sum{};
-    for (i64 i = 0; i < n; ++i, x += incx) sum = sum + static_cast<double>(*x);
+    in_pairs(n, [&]() ORV_INLINE_LAMBDA {
+        sum = sum + static_cast<double>(*x);
+        x += incx;
+    });
     if constexpr (std::is_same_v<Sum, double>) *r = static_cast<R>(sum);
     else *r = static_cast<R>(sum.h);
 }
 template <class Sum, class R> void add_elements(i64 n, const cpx<R>* x, i64 incx, cpx<R>* r)
 {
     Sum re{}, im{};
-    for (i64 i = 0; i < n; ++i, x += incx) {
+    in_pairs(n, [&]() ORV_INLINE_LAMBDA {
         re = re + static_cast<double>(x->re);
         im = im + static_cast<double>(x->im);
-    }
+        x += incx;
+    });
     if constexpr (std::is_same_v<Sum, double>) *r = {static_cast<R>(re), static_cast<R>(im)};
     else *r = {static_cast<R>(re.h), static_cast<R>(im.h)};
 }

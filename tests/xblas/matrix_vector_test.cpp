@@ -43,8 +43,8 @@ void run(const Member& m, i64 prec, i64 rows, i64 columns, Element_of element, c
     ASSERT_TRUE(same(y.data, expected.data));
 }
 
-const std::vector<std::pair<i64, i64>> shapes{{1, 1}, {2, 5}, {5, 2},   {4, 4}, {9, 3},
-                                              {0, 3}, {7, 8}, {41, 13}, {3, 40}};
+const std::vector<std::pair<i64, i64>> shapes{{1, 1}, {2, 5}, {5, 2},   {4, 4},  {9, 3},
+                                              {0, 3}, {7, 8}, {41, 13}, {3, 40}, {9, 65}};
 
 TEST(ExtendedGemv, follows_its_order_of_operations)
 {
@@ -95,14 +95,16 @@ TEST(ExtendedGbmv, follows_its_order_of_operations)
     };
     const std::vector<Shape> bands{{1, 1, 0, 0}, {6, 6, 2, 1},  {5, 9, 1, 3},  {9, 5, 3, 1},
                                    {7, 7, 6, 6}, {12, 4, 0, 2}, {4, 12, 3, 0}, {40, 37, 5, 9}};
+    const std::vector<Shape> long_rows{{71, 70, 32, 30}, {66, 75, 31, 32}}; // of 63 and 64 elements
     for (const char* op : {"gbmv", "gbmv2"})
         for (const Member& m : members(op)) {
             const auto factors = scalars(m.type, random);
             for (const i64 prec : m.precisions())
                 for (const i64 order : orders(m))
                     for (const i64 how : {no_trans, trans, conj_trans})
-                        for (const Shape& s :
-                             with(bands, {next.size(), next.size(), next.size() / 3, next.size() / 2})) {
+                        for (const Shape& s : with(bands, next.run() % 5 < 4 ? Shape{next.size(), next.size(),
+                                                                                     next.size() / 3, next.size() / 2}
+                                                                             : next(long_rows))) {
                             next.next();
                             const i64 incx = next(increments), incy = increments[next.run() % 4];
                             const auto& [alpha, beta] = factors[static_cast<std::size_t>(next.run()) % factors.size()];
@@ -138,13 +140,16 @@ void symmetric(const std::vector<const char*>& ops, std::uint64_t stream)
     Random random(stream);
     Rotation next;
     const std::vector<std::pair<i64, i64>> sizes{{1, 0}, {2, 1}, {5, 2}, {6, 6}, {7, 6}, {11, 0}, {9, 3}, {40, 7}};
+    const std::vector<std::pair<i64, i64>> long_rows{{66, 31}, {71, 32}}; // in bands of 63 and 65 elements
     for (const char* op : ops)
         for (const Member& m : members(op)) {
             const auto factors = scalars(m.type, random);
             for (const i64 prec : m.precisions())
                 for (const i64 order : orders(m))
                     for (const i64 uplo : {upper, lower})
-                        for (const auto& [n, k] : with(sizes, {next.size(), next.size() / 3})) {
+                        for (const auto& [n, k] :
+                             with(sizes,
+                                  next.run() % 5 < 4 ? std::pair{next.size(), next.size() / 3} : next(long_rows))) {
                             next.next();
                             const i64 incx = next(increments), incy = increments[next.run() % 4];
                             const auto& [alpha, beta] = factors[static_cast<std::size_t>(next.run()) % factors.size()];
