@@ -185,6 +185,20 @@ constexpr auto symm = [](char side, char uplo, i64 m, i64 n, auto, auto, i64 lda
     return 0;
 };
 
+// Products with a triangular matrix, and solves.
+constexpr auto trmm = [](char side, char uplo, char trans, char diag, i64 m, i64 n, auto, auto, i64 lda, auto,
+                         i64 ldb) {
+    if (!one_of(side, "LR")) return 1;
+    if (!one_of(uplo, "UL")) return 2;
+    if (!one_of(trans, "NTC")) return 3;
+    if (!one_of(diag, "UN")) return 4;
+    if (m < 0) return 5;
+    if (n < 0) return 6;
+    if (lda < max(1, fold(side) == 'L' ? m : n)) return 9;
+    if (ldb < max(1, m)) return 11;
+    return 0;
+};
+
 // The transposed product has two letters for reals, T for a symmetric and C for a Hermitian result: that one has a real
 // factor of C.
 template <class Element, class Factor> constexpr bool update_letter(char trans)

@@ -408,6 +408,24 @@ void symm(const Request<Int>& r, Check check, int side, int uplo, i64 m, i64 n, 
     else r.template submit<F>(check, {}, from, stored, m, n, alpha, a, lda, b, ldb, beta, c, ldc);
 }
 
+template <auto& F, class Int, class Check, class T>
+void trmm(const Request<Int>& r, Check check, int side, int uplo, int trans, int diag, i64 m, i64 n, T alpha,
+          const T* a, i64 lda, T* b, i64 ldb)
+{
+    const char from = r.letter(2, side_of, side);
+    if (from == '\0') return;
+    const char stored = r.letter(3, triangle, uplo);
+    if (stored == '\0') return;
+    const char op = r.letter(4, transposition, trans);
+    if (op == '\0') return;
+    const char unit = r.letter(5, diagonal, diag);
+    if (unit == '\0') return;
+    if (r.by_rows())
+        r.template submit<F>(check, {{5, 6}}, from == 'L' ? 'R' : 'L', other_triangle(stored), op, unit, n, m, alpha, a,
+                             lda, b, ldb);
+    else r.template submit<F>(check, {}, from, stored, op, unit, m, n, alpha, a, lda, b, ldb);
+}
+
 // The letters of an update whose second factor is the first one turned by `turned`; 0 after a report.
 template <class Int> struct UpdateLetters {
     char half, op;

@@ -24,7 +24,7 @@ void print_cblas(i64 position, const char* routine, const char* format, va_list 
     std::vfprintf(stderr, format, arguments);
 }
 
-constinit std::atomic<bool> explained{false};
+constinit std::atomic<bool> explained{false}, told{false};
 
 } // namespace
 
@@ -35,6 +35,11 @@ bool orv::compat::explain()
     if (orv_branch_status() == ORV_OK) return true;
     if (!explained.exchange(true)) std::fprintf(stderr, "orv: %s\n", orv_last_error());
     return false;
+}
+
+void orv::compat::tell(orv_status status)
+{
+    if (explain() && status > 0 && !told.exchange(true)) std::fprintf(stderr, "orv: %s\n", orv_last_error());
 }
 
 void xerbla_(const char* routine, const i32* position, std::size_t length)

@@ -58,10 +58,12 @@ inline void expect_kernels()
         known_to_run.store(explain(), std::memory_order_relaxed);
 }
 
+// Says once on standard error why a call was not carried out.
+[[gnu::cold]] void tell(orv_status status);
 inline void done(orv_status status)
 {
     if (status != ORV_OK) [[unlikely]]
-        explain();
+        tell(status);
 }
 
 } // namespace orv::compat

@@ -283,6 +283,22 @@ void cblas_cher2k(CBLAS_LAYOUT layout, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, i
                   const void* a, int lda, const void* b, int ldb, float beta, void* c, int ldc);
 void cblas_zher2k(CBLAS_LAYOUT layout, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, int n, int k, const void* alpha,
                   const void* a, int lda, const void* b, int ldb, double beta, void* c, int ldc);
+void cblas_strmm(CBLAS_LAYOUT layout, CBLAS_SIDE side, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, CBLAS_DIAG diag, int m,
+                 int n, float alpha, const float* a, int lda, float* b, int ldb);
+void cblas_dtrmm(CBLAS_LAYOUT layout, CBLAS_SIDE side, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, CBLAS_DIAG diag, int m,
+                 int n, double alpha, const double* a, int lda, double* b, int ldb);
+void cblas_ctrmm(CBLAS_LAYOUT layout, CBLAS_SIDE side, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, CBLAS_DIAG diag, int m,
+                 int n, const void* alpha, const void* a, int lda, void* b, int ldb);
+void cblas_ztrmm(CBLAS_LAYOUT layout, CBLAS_SIDE side, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, CBLAS_DIAG diag, int m,
+                 int n, const void* alpha, const void* a, int lda, void* b, int ldb);
+void cblas_strsm(CBLAS_LAYOUT layout, CBLAS_SIDE side, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, CBLAS_DIAG diag, int m,
+                 int n, float alpha, const float* a, int lda, float* b, int ldb);
+void cblas_dtrsm(CBLAS_LAYOUT layout, CBLAS_SIDE side, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, CBLAS_DIAG diag, int m,
+                 int n, double alpha, const double* a, int lda, double* b, int ldb);
+void cblas_ctrsm(CBLAS_LAYOUT layout, CBLAS_SIDE side, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, CBLAS_DIAG diag, int m,
+                 int n, const void* alpha, const void* a, int lda, void* b, int ldb);
+void cblas_ztrsm(CBLAS_LAYOUT layout, CBLAS_SIDE side, CBLAS_UPLO uplo, CBLAS_TRANSPOSE trans, CBLAS_DIAG diag, int m,
+                 int n, const void* alpha, const void* a, int lda, void* b, int ldb);
 
 /* Beyond the standard. */
 void cblas_cgemm3m(CBLAS_LAYOUT layout, CBLAS_TRANSPOSE transa, CBLAS_TRANSPOSE transb, int m, int n, int k,

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <string_view>
 
 using namespace orv;
 using namespace orv::core;
@@ -15,8 +16,19 @@ namespace {
 constinit std::atomic<int> user_reproducible{-1}; // -1: as the environment says
 } // namespace
 
-// Nothing is recorded: the kernel goes on by a route without the buffer, and its result is right.
-ORV_EXPORT int orv_serv_check_ptr(const void* block, const char*, int) { return block == nullptr; }
+// Most kernels go on by a route without the buffer, and their result is right; for those that don't, the name is kept.
+namespace {
+thread_local constinit std::string_view missing;
+}
+namespace orv::core {
+void forget_missing_block() { missing = {}; }
+bool missed_block(std::string_view routine) { return missing == routine; }
+} // namespace orv::core
+ORV_EXPORT int orv_serv_check_ptr(const void* block, const char* routine, int name_length)
+{
+    if (block == nullptr) missing = {routine, static_cast<std::size_t>(name_length)};
+    return block == nullptr;
+}
 
 ORV_EXPORT int orv_serv_lsame(const char* a, const char* b, int, int)
 {

@@ -3,6 +3,8 @@
 
 #include "orv/status.h"
 
+#include <string_view>
+
 namespace orv::core {
 
 // Records a failure of this thread with its sentence (printf-like) and returns the status.
@@ -13,5 +15,10 @@ orv_status last_status();
 
 // Reports argument number `argument` (from 1) of a routine to the user's handler or the record; returns -argument.
 orv_status bad_argument(const char* routine, int argument);
+
+// Whether the latest block of memory that a kernel of this thread asked for in vain, since it was forgotten, was for the
+// routine of this name.
+void forget_missing_block();
+bool missed_block(std::string_view routine);
 
 } // namespace orv::core

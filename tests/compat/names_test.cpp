@@ -35,7 +35,7 @@ std::set<std::string> routines()
     for (const char* rest : {"gemv", "gbmv", "trmv", "trsv", "tbmv", "tbsv", "tpmv", "tpsv"}) family("sdcz", rest);
     for (const char* rest : {"ger", "symv", "sbmv", "spmv", "syr", "spr", "syr2", "spr2"}) family("sd", rest);
     for (const char* rest : {"geru", "gerc", "hemv", "hbmv", "hpmv", "her", "hpr", "her2", "hpr2"}) family("cz", rest);
-    for (const char* rest : {"symm", "syrk", "syr2k"}) family("sdcz", rest);
+    for (const char* rest : {"symm", "syrk", "syr2k", "trmm", "trsm"}) family("sdcz", rest);
     for (const char* rest : {"hemm", "herk", "her2k", "gemm3m"}) family("cz", rest);
     for (const char* name : {"csscal", "zdscal", "csrot", "zdrot", "scnrm2", "dznrm2", "scasum", "dzasum", "scabs1",
                              "dcabs1", "sdsdot", "dsdot"})

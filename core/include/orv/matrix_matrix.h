@@ -8,8 +8,8 @@
    Letters   in either case
    Scalars   beta = 0 sets C without reading it, so NaN in C is lost; alpha = 0 leaves C := beta*C and does not read A
              and B. Nothing is done if C has no elements.
-   Memory    a block on the diagonal is computed in up to 512 KiB of work memory, or, if there is none, in a smaller
-             one on the stack, with results that may differ in the last bits.
+   Memory    blocks are computed in work memory, or, if there is none, in a smaller one on the stack, with results that
+             may differ in the last bits. trmm and trsm then leave B as it was and answer ORV_NO_MEMORY.
    Threads   each routine runs in the thread that calls it.
 
    Source: Dongarra, Du Croz, Hammarling, Duff, ACM TOMS 16 (1990) 1-17; gemm3m: Higham, SIAM J. Matrix Anal. Appl. 13
@@ -83,6 +83,32 @@ ORV_API orv_status orv_cher2k(char uplo, char trans, int64_t n, int64_t k, orv_c
 ORV_API orv_status orv_zher2k(char uplo, char trans, int64_t n, int64_t k, orv_complex_double alpha,
                               const orv_complex_double* a, int64_t lda, const orv_complex_double* b, int64_t ldb,
                               double beta, orv_complex_double* c, int64_t ldc);
+
+/* B := alpha*op(A)*B (side 'L') or alpha*B*op(A) (side 'R'), A triangular of order m or n, B m by n. The letter diag:
+   'U' takes the diagonal of A as ones and does not read it, 'N' reads it. alpha = 0 sets B to zeros. Bad: 1, 2, 3, 4
+   another letter; 5, 6 a negative m, n; 9, 11 lda, ldb below max(1, rows). */
+ORV_API orv_status orv_strmm(char side, char uplo, char trans, char diag, int64_t m, int64_t n, float alpha,
+                             const float* a, int64_t lda, float* b, int64_t ldb);
+ORV_API orv_status orv_dtrmm(char side, char uplo, char trans, char diag, int64_t m, int64_t n, double alpha,
+                             const double* a, int64_t lda, double* b, int64_t ldb);
+ORV_API orv_status orv_ctrmm(char side, char uplo, char trans, char diag, int64_t m, int64_t n, orv_complex_float alpha,
+                             const orv_complex_float* a, int64_t lda, orv_complex_float* b, int64_t ldb);
+ORV_API orv_status orv_ztrmm(char side, char uplo, char trans, char diag, int64_t m, int64_t n,
+                             orv_complex_double alpha, const orv_complex_double* a, int64_t lda, orv_complex_double* b,
+                             int64_t ldb);
+
+/* Solves op(A)*X = alpha*B (side 'L') or X*op(A) = alpha*B (side 'R') for X, which takes the place of B. A singular A
+   divides by zero and goes on: infinities and NaN in B tell. Elements of blocks are multiplied by the reciprocal of the
+   diagonal, so a result may differ from a division in its last bit. */
+ORV_API orv_status orv_strsm(char side, char uplo, char trans, char diag, int64_t m, int64_t n, float alpha,
+                             const float* a, int64_t lda, float* b, int64_t ldb);
+ORV_API orv_status orv_dtrsm(char side, char uplo, char trans, char diag, int64_t m, int64_t n, double alpha,
+                             const double* a, int64_t lda, double* b, int64_t ldb);
+ORV_API orv_status orv_ctrsm(char side, char uplo, char trans, char diag, int64_t m, int64_t n, orv_complex_float alpha,
+                             const orv_complex_float* a, int64_t lda, orv_complex_float* b, int64_t ldb);
+ORV_API orv_status orv_ztrsm(char side, char uplo, char trans, char diag, int64_t m, int64_t n,
+                             orv_complex_double alpha, const orv_complex_double* a, int64_t lda, orv_complex_double* b,
+                             int64_t ldb);
 
 /* gemm by three real products in place of four: a quarter fewer multiplications, and an error that is small beside the
    norms of A and B, not beside each element of C. Arguments as of gemm. */
