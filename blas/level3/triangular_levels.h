@@ -1,0 +1,146 @@
+// The way of triangular solves and products from their arguments to the smallest blocks: work memory, levels, walks.
+#pragma once
+
+#include "blas/gemm/blocks.h"
+#include "blas/gemm/tables.h"
+#include "blas/level3/triangular.h"
+
+#include <iterator>
+
+namespace orv::gemm {
+
+template <class T> using GemmPar = int(ORV_GEMM_ARGUMENTS(T), i32 version, Desc<T>* desc);
+ORV_EXPORT GemmPar<float> BLAS(xsgemm_par);
+ORV_EXPORT GemmPar<double> BLAS(xdgemm_par);
+ORV_EXPORT GemmPar<cpx<float>> BLAS(xcgemm_par);
+ORV_EXPORT GemmPar<cpx<double>> BLAS(xzgemm_par);
+
+} // namespace orv::gemm
+
+namespace orv::level3 {
+
+template <class T> inline constexpr gemm::GemmPar<T>* product_in_blocks = nullptr;
+template <> inline constexpr gemm::GemmPar<float>* product_in_blocks<float> = gemm::BLAS(xsgemm_par);
+template <> inline constexpr gemm::GemmPar<double>* product_in_blocks<double> = gemm::BLAS(xdgemm_par);
+template <> inline constexpr gemm::GemmPar<cpx<float>>* product_in_blocks<cpx<float>> = gemm::BLAS(xcgemm_par);
+template <> inline constexpr gemm::GemmPar<cpx<double>>* product_in_blocks<cpx<double>> = gemm::BLAS(xzgemm_par);
+
+// What a solve and a product ask of the general product: its block sizes, and the name for want of memory. A solve
+// hands its rectangles to the product in blocks, which leaves X in place and copies it strip by strip; a product hands
+// them to the whole product, which chooses for itself.
+struct Plan {
+    i64 mb, nb, kb;
+    const char* routine;
+};
+template <Task task>
+inline constexpr Plan plan = task == Task::solve ? Plan{0x200, 1000, 0x100, "xtrsm"} : Plan{0x280, 1000, 0x80, "xtrmm"};
+inline constexpr int routine_length = 5;
+
+// Blocks of T and columns of X, level by level.
+struct Cut {
+    i64 block, col_block;
+};
+
+template <class T> void multiply(const gemm::Product<T>& p, Desc<T>* desc = nullptr)
+{
+    if (p.m <= 0 || p.n <= 0 || p.k <= 0) return;
+    if (desc == nullptr)
+        return multiply(p.transa, p.transb, p.m, p.n, p.k, p.alpha, p.a, p.lda, p.b, p.ldb, p.beta, p.c, p.ldc);
+    Desc<T> own = *desc; // its buffers hold the triangle; the product takes others
+    constexpr const Plan& sizes = plan<Task::solve>;
+    own.mb = sizes.mb, own.nb = sizes.nb, own.kb = sizes.kb;
+    product_in_blocks<T>(&p.transa, &p.transb, &p.m, &p.n, &p.k, &p.alpha, p.a, &p.lda, p.b, &p.ldb, &p.beta, p.c,
+                         &p.ldc, own.version, &own);
+}
+
+// One level: sweeps over columns of X, in each a walk over the blocks of T.
+template <Task task, class T> void walk_level(const Triangular<T>& x, const Levels<T>& levels)
+{
+    const Level<T>& level = levels.here();
+    const bool deeper = levels.at < levels.last && levels.level[levels.last].block < x.order, lower = x.lower();
+    const i64 pieces = (x.order + level.block - 1) / level.block;
+    for (i64 j = 0; j < x.others; j += level.col_block) {
+        const Triangular<T> sweep = x.sweep(j, min(x.others - j, level.col_block));
+        for (i64 s = 0; s < pieces; ++s) {
+            const i64 nth = task == Task::solve ? s : pieces - 1 - s;
+            const Piece p = piece_of(lower, x.order, nth * level.block, level.block);
+            const auto diagonal = [&] {
+                const Triangular<T> block = sweep.block(p.from, p.size);
+                if (deeper) walk_level<task>(block, levels.next());
+                else last_level<task>(block, level);
+            };
+            // What the block's rows get from those before it in the walk of a solve, or what those behind it get.
+            const auto product = [&] {
+                constexpr T f = factor_of_rectangles<task, T>;
+                multiply(level.order == 0 ? sweep.rectangle(p.from, p.size, p.done_from, p.done, f)
+                                          : sweep.rectangle(p.left_from, p.left, p.from, p.size, f),
+                         levels.desc);
+            };
+            if ((task == Task::solve) == (level.order == 0)) product(), diagonal();
+            else diagonal(), product();
+        }
+    }
+}
+
+// B := alpha*B, but for an alpha of 1.
+template <class T> void scale(const Triangular<T>& x, T alpha)
+{
+    if (alpha != one<T>) gemm::mscale(x.rows(), x.columns(), alpha, x.b, x.ldb);
+}
+
+// Runs body(desc) with the work areas of a product in full blocks; false, and nothing done, if there is no memory.
+template <Task task, class T, class Body> bool with_work_areas(const Triangular<T>& x, const Body& body)
+{
+    constexpr const Plan& p = plan<task>;
+    Desc<T> desc;
+    gemm::zero_desc(&desc);
+    gemm::get_optimal_kernel(&desc);
+    desc.mb = p.mb, desc.nb = p.nb, desc.kb = p.kb;
+    const i64 m = x.rows(), n = x.columns();
+    void* block = nullptr;
+    desc.get_bufs_size(gemm::a_scratch_b, gemm::full_blocks, &m, &n, &x.order, &desc);
+    desc.get_bufs(gemm::a_scratch_b, &block, &desc);
+    if (orv_serv_check_ptr(block, p.routine, routine_length) != 0) return false;
+    body(&desc);
+    orv_serv_deallocate(block);
+    return true;
+}
+
+// The walk from level `first` on.
+template <Task task, class T, int count>
+void walk(const Triangular<T>& x, const Cut (&cuts)[count], i64 first, Desc<T>* desc)
+{
+    const bool gives = (x.form.op == Op::none) == x.right;
+    Level<T> levels[count];
+    for (int i = 0; i < count; ++i)
+        levels[i] = {cuts[i].block, cuts[i].col_block, gives, desc->a.buffer, desc->b.buffer, desc->scratch_buffer};
+    desc->version = gemm::b_unpacked;
+    walk_level<task>(x, Levels<T>{levels, first, count - 1, task == Task::solve ? desc : nullptr});
+}
+
+// The first level whose block fits a condition, level 0 if none does.
+template <int count, class Fits> i64 first_level(const Cut (&cuts)[count], const Fits& fits)
+{
+    for (int i = 0; i < count; ++i)
+        if (fits(cuts[i].block)) return i;
+    return 0;
+}
+
+// ?trsm_left and its siblings: one level; ?trsm_left_ker: the last. The sides take the same arguments.
+#define TRIANGULAR_LEVEL(name, T, task, side, is_right)                                                                \
+    ORV_EXPORT void BLAS(name##_##side)(TRIANGULAR_FLAGS, TRIANGULAR_OPERANDS(T), const Level<T>* levels,              \
+                                        const i64* level, const i64* last, Desc<T>* desc)                              \
+    {                                                                                                                  \
+        walk_level<Task::task>(                                                                                        \
+            Triangular<T>::of(is_right, form_of_flags<T>(upper, is_n, is_t, diag), *m, *n, a, *lda, b, *ldb),          \
+            {levels, *level, *last, desc});                                                                            \
+    }                                                                                                                  \
+    ORV_EXPORT void BLAS(name##_##side##_ker)(TRIANGULAR_FLAGS, TRIANGULAR_OPERANDS(T), const Level<T>* levels,        \
+                                              const i64* level)                                                        \
+    {                                                                                                                  \
+        last_level<Task::task>(                                                                                        \
+            Triangular<T>::of(is_right, form_of_flags<T>(upper, is_n, is_t, diag), *m, *n, a, *lda, b, *ldb),          \
+            levels[*level]);                                                                                           \
+    }
+
+} // namespace orv::level3

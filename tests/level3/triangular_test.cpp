@@ -1,0 +1,453 @@
+// trsm, trmm and their parts. A and X are small whole numbers, the diagonal of A powers of two (times powers of i):
+// then the product and the solve that undoes it are exact, whatever their order. What of A is not to be read holds NaN.
+#include "tests/support/guarded.h"
+#include "tests/support/kernels.h"
+#include "tests/support/probe.h"
+#include "tests/support/whole.h"
+
+#include <array>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <limits>
+#include <vector>
+
+namespace orv::test {
+namespace {
+
+template <class T> T number(double re, double im = 0)
+{
+    if constexpr (is_complex<T>) return {real_t<T>(re), real_t<T>(im)};
+    else return T(re);
+}
+template <class T> T nan_of() { return number<T>(std::numeric_limits<double>::quiet_NaN()); }
+template <class T> bool same_bits(const T& a, const T& b) { return std::memcmp(&a, &b, sizeof(T)) == 0; }
+
+template <class T> T power_of_two(Random& random)
+{
+    const double size = std::ldexp(random.integer(0, 1) ? 1 : -1, static_cast<int>(random.integer(-1, 2)));
+    return is_complex<T> && random.integer(0, 1) ? number<T>(0, size) : number<T>(size);
+}
+
+template <class T>
+using Driver = void(const char*, const char*, const char*, const char*, const i64*, const i64*, const T*, const T*,
+                    const i64*, T*, const i64*);
+template <class T>
+using Plain = void(const char*, const char*, const char*, const char*, const char*, const i64*, const i64*, const T*,
+                   const i64*, T*, const i64*);
+template <class T> using ByLetters = void(const char*, const i64*, const i64*, const T*, const i64*, T*, const i64*);
+template <class T>
+using PackedStorage = void(const char*, const char*, const char*, const char*, const i64*, const i64*, const T*,
+                           const T*, T*, const i64*);
+
+struct Options {
+    char side, uplo, trans, diag;
+    bool left() const { return fold(side) == 'L'; }
+    bool unit() const { return fold(diag) == 'U'; }
+    bool upper() const { return fold(uplo) == 'U'; }
+    bool plain() const { return fold(trans) == 'N'; }
+    std::string text() const { return {side, uplo, trans, diag}; }
+};
+
+template <class T> std::vector<Options> all_options()
+{
+    std::vector<Options> all;
+    for (const char side : {'L', 'r'})
+        for (const char uplo : {'U', 'l'})
+            for (const char trans : {'N', 't', 'C'})
+                for (const char diag : {'N', 'u'}) all.push_back({side, uplo, trans, diag});
+    return all;
+}
+
+// X, and P = op(A)*X or X*op(A); B, of the same shape, is whichever a routine starts from.
+template <class T> struct Problem {
+    Options o;
+    i64 m, n, lda, ldb;
+    T alpha;
+    Guarded<T> a, b;
+    std::vector<T> x, p;
+
+    Problem(Options options, i64 rows, i64 columns, T f)
+        : o(options), m(rows), n(columns), lda(max(order(), 1) + order() % 3), ldb(max(m, 1) + n % 3), alpha(f),
+          a(order() * lda), b(n * ldb), x(n * ldb), p(n * ldb)
+    {
+        Random random(static_cast<std::uint64_t>(m * 1000 + n));
+        for (T& e : a) e = nan_of<T>();
+        for (i64 j = 0; j < order(); ++j) {
+            for (i64 i = o.upper() ? 0 : j + 1; i < (o.upper() ? j : order()); ++i) a[i + j * lda] = whole<T>(random);
+            if (!o.unit()) a[j * (lda + 1)] = power_of_two<T>(random);
+        }
+        for (T& e : x) e = whole<T>(random);
+        for (i64 j = 0; j < n; ++j)
+            for (i64 i = 0; i < m; ++i) {
+                T& sum = p[i + j * ldb] = zero<T>;
+                if (o.left()) each(i, true, [&](i64 k, T t) { sum += t * x[k + j * ldb]; });
+                else each(j, false, [&](i64 k, T t) { sum += x[i + k * ldb] * t; });
+            }
+    }
+    i64 order() const { return o.left() ? m : n; }
+    // body(k, element) for the elements of row or column i of op(A).
+    template <class Body> void each(i64 i, bool row, const Body& body) const
+    {
+        const bool above = o.upper() == o.plain(); // op(A) is upper
+        const i64 from = above == row ? i : 0, to = above == row ? order() : i + 1;
+        for (i64 k = from; k < to; ++k) {
+            T e = row == o.plain() ? a[i + k * lda] : a[k + i * lda];
+            if (o.unit() && k == i) e = one<T>;
+            else if constexpr (is_complex<T>)
+                if (fold(o.trans) == 'C') e = conj(e);
+            body(k, e);
+        }
+    }
+    void start(const std::vector<T>& from) const
+    {
+        std::memcpy(static_cast<void*>(b.data()), from.data(), from.size() * sizeof(T));
+    }
+    void call(const std::string& name) const
+    {
+        kernel<Driver<T>>("orv_blas_mc3_" + name)(&o.side, &o.uplo, &o.trans, &o.diag, &m, &n, &alpha, a.data(), &lda,
+                                                  b.data(), &ldb);
+    }
+    void call_plain(const std::string& name) const
+    {
+        const char upper = o.upper(), is_n = o.plain(), is_t = fold(o.trans) == 'T';
+        kernel<Plain<T>>("orv_blas_mc3_" + name)(&o.side, &upper, &is_n, &is_t, &o.diag, &m, &n, a.data(), &lda,
+                                                 b.data(), &ldb);
+    }
+    void call_letters(const std::string& name) const
+    {
+        kernel<ByLetters<T>>("orv_blas_mc3_" + name)(&o.diag, &m, &n, a.data(), &lda, b.data(), &ldb);
+    }
+    // With the stored triangle of A column after column without gaps.
+    void call_packed(const std::string& name) const
+    {
+        Guarded<T> packed(order() * (order() + 1) / 2);
+        T* to = packed.data();
+        for (i64 j = 0; j < order(); ++j)
+            for (i64 i = o.upper() ? 0 : j; i < (o.upper() ? j + 1 : order()); ++i) *to++ = a[i + j * lda];
+        kernel<PackedStorage<T>>("orv_blas_mc3_" + name)(&o.side, &o.uplo, &o.trans, &o.diag, &m, &n, &alpha,
+                                                         packed.data(), b.data(), &ldb);
+    }
+    // B = f*expected, and padding as it was in both.
+    void expect(const std::vector<T>& expected, const std::vector<T>& before, T f, const std::string& name) const
+    {
+        for (i64 j = 0; j < n; ++j)
+            for (i64 i = 0; i < ldb; ++i) {
+                const i64 e = i + j * ldb;
+                if (i >= m) ASSERT_TRUE(same_bits(b[e], before[e])) << text(name, i, j) << " is padding";
+                else ASSERT_EQ(b[e], f == zero<T> ? zero<T> : f * expected[e]) << text(name, i, j);
+            }
+    }
+    void expect_untouched(const std::vector<T>& before) const
+    {
+        ASSERT_EQ(std::memcmp(b.data(), before.data(), before.size() * sizeof(T)), 0) << text("untouched", 0, 0);
+    }
+    std::string text(const std::string& name, i64 i, i64 j) const
+    {
+        return name + ' ' + o.text() + " m=" + std::to_string(m) + " n=" + std::to_string(n) + ": (" +
+               std::to_string(i) + ',' + std::to_string(j) + ')';
+    }
+};
+
+template <class T> class TriangularTest : public testing::Test {
+public:
+    static std::string trsm() { return std::string(1, letter<T>) + "trsm"; }
+    static std::string trmm() { return std::string(1, letter<T>) + "trmm"; }
+    static void both(const Options& o, i64 order, i64 others, T alpha)
+    {
+        const Problem<T> x(o, o.left() ? order : others, o.left() ? others : order, alpha);
+        x.start(x.p);
+        x.call("x" + trsm());
+        x.expect(x.x, x.p, alpha, trsm());
+        x.start(x.x);
+        x.call("x" + trmm());
+        x.expect(x.p, x.x, alpha, trmm());
+    }
+    static T alpha(int turn)
+    {
+        const T alphas[] = {number<T>(1), number<T>(2, -1), number<T>(-1)};
+        return turn % 11 == 10 ? zero<T> : alphas[turn % 3];
+    }
+};
+using Types = testing::Types<float, double, cpx<float>, cpx<double>>;
+TYPED_TEST_SUITE(TriangularTest, Types);
+using RealTypes = testing::Types<float, double>;
+
+TYPED_TEST(TriangularTest, is_exact_at_all_small_sizes)
+{
+    int turn = 0;
+    for (const Options& o : all_options<TypeParam>())
+        for (i64 order = 0; order <= 40; ++order)
+            for (const i64 others : {0, 1, 2, 3, 4, 5, 7, 8, 11, 12, 18})
+                this->both(o, order, others, this->alpha(turn++));
+}
+
+TYPED_TEST(TriangularTest, is_exact_on_both_sides_of_every_block)
+{
+    int turn = 0;
+    for (const Options& o : all_options<TypeParam>())
+        for (const i64 order : {63, 64, 65, 95, 96, 97, 127, 128, 129, 160, 255, 256, 257, 300, 512})
+            this->both(o, order, order < 200 ? 6 : 5, this->alpha(turn++));
+}
+
+TYPED_TEST(TriangularTest, is_exact_over_several_sweeps)
+{
+    int turn = 0;
+    for (const Options& o : all_options<TypeParam>())
+        for (const i64 others : {511, 513, 999, 1000, 1001, 2003}) this->both(o, 37, others, this->alpha(turn++));
+}
+
+TYPED_TEST(TriangularTest, clears_b_and_reads_nothing_when_alpha_is_zero)
+{
+    using T = TypeParam;
+    for (const std::string& name : {this->trsm(), this->trmm()})
+        for (const i64 m : {3, 40}) {
+            const Problem<T> x({'L', 'U', 'N', 'N'}, m, 5, zero<T>);
+            for (T& e : x.a) e = nan_of<T>();
+            for (T& e : x.b) e = nan_of<T>();
+            x.call("x" + name);
+            for (i64 j = 0; j < x.n; ++j)
+                for (i64 i = 0; i < m; ++i) ASSERT_EQ(x.b[i + j * x.ldb], zero<T>);
+        }
+}
+
+TYPED_TEST(TriangularTest, leaves_b_as_it_came_without_memory)
+{
+    using T = TypeParam;
+    for (const char side : {'L', 'R'})
+        for (const auto& [name, solves] : {std::pair{this->trsm(), true}, {this->trmm(), false}}) {
+            const Problem<T> x({side, 'U', 'T', 'N'}, 150, 140, number<T>(2));
+            const std::vector<T>&from = solves ? x.p : x.x, &to = solves ? x.x : x.p;
+            i64 failing = 0;
+            for (bool failed = true; failed; ++failing) {
+                x.start(from);
+                ProbeScope service;
+                service->fail_at = failing;
+                x.call("x" + name);
+                EXPECT_EQ(service->checked[0], "x" + name.substr(1));
+                EXPECT_EQ(service->live, 0);
+                failed = service->failed > 0;
+                if (failing == 0) x.expect_untouched(from);
+                else x.expect(to, from, x.alpha, name);
+            }
+            EXPECT_GT(failing, 2) << "the products inside ask, too";
+        }
+}
+
+TYPED_TEST(TriangularTest, asks_for_nothing_up_to_eight_rows_on_the_left)
+{
+    using T = TypeParam;
+    for (const i64 order : {1, 7, 8, 9})
+        for (const char side : {'L', 'R'}) {
+            const Problem<T> x({side, 'L', 'N', 'N'}, side == 'L' ? order : 30, side == 'L' ? 30 : order, number<T>(1));
+            x.start(x.x);
+            ProbeScope service;
+            x.call("x" + this->trmm());
+            EXPECT_EQ(service->allocations == 0, side == 'L' && order <= 8) << side << order;
+        }
+}
+
+// The reciprocal of a diagonal element as a solve stores it.
+template <class R> R reciprocal(R a) { return 1 / a; }
+template <class R> cpx<R> reciprocal(cpx<R> a)
+{
+    const R larger = std::max(std::fabs(a.re), std::fabs(a.im));
+    const cpx<R> u{a.re / larger, a.im / larger};
+    const R t = a.re * u.re + a.im * u.im;
+    return {u.re / t, -u.im / t};
+}
+
+// A diagonal matrix of numbers whose reciprocals round.
+template <class T> void make_diagonal(const Problem<T>& x)
+{
+    Random random(7);
+    for (T& e : x.a)
+        if (e == e) e = zero<T>;
+    for (i64 j = 0; j < x.order(); ++j) x.a[j * (x.lda + 1)] = random.value<T>();
+    random.fill(x.b);
+}
+
+TYPED_TEST(TriangularTest, multiplies_by_reciprocals_in_whole_fours_and_divides_beside_them)
+{
+    using T = TypeParam;
+    for (const char side : {'L', 'R'})
+        for (const char uplo : {'L', 'U'})
+            for (const i64 order : {4, 8, 11, 24}) {
+                const Problem<T> x({side, uplo, 'N', 'N'}, side == 'L' ? order : 14, side == 'L' ? 14 : order, one<T>);
+                make_diagonal(x);
+                const std::vector<T> before(x.b.begin(), x.b.end());
+                x.call("x" + this->trsm());
+                // The walk of a solve comes last to what is left of the fours: at the end, or at the start.
+                const bool down = (uplo == 'L') == (side == 'L');
+                int differing = 0;
+                for (i64 j = 0; j < x.n; ++j)
+                    for (i64 i = 0; i < x.m; ++i) {
+                        const i64 row = side == 'L' ? i : j, column = side == 'L' ? j : i;
+                        const bool in_fours =
+                            column < 12 && (down ? row < order / 4 * 4 : row >= order - order / 4 * 4);
+                        const T d = x.a[row * (x.lda + 1)], was = before[i + j * x.ldb], is = x.b[i + j * x.ldb];
+                        if (in_fours) {
+                            EXPECT_EQ(is, was * reciprocal(d)) << x.text("trsm", i, j);
+                        }
+                        if constexpr (!is_complex<T>) {
+                            differing += is != was / d;
+                            EXPECT_TRUE(in_fours || is == was / d) << x.text("trsm", i, j);
+                        }
+                    }
+                EXPECT_TRUE(is_complex<T> || differing > 0);
+            }
+}
+
+TYPED_TEST(TriangularTest, divides_in_a_block_with_a_subnormal_diagonal)
+{
+    using T = TypeParam;
+    using R = real_t<T>;
+    const R tiny = std::numeric_limits<R>::min() / 64;
+    for (const char side : {'L', 'R'}) {
+        const Problem<T> x({side, 'L', 'T', 'N'}, 64, 64, one<T>);
+        make_diagonal(x);
+        x.a[5 * (x.lda + 1)] = number<T>(tiny);
+        const i64 row = side == 'L' ? 1 : x.ldb, column = side == 'L' ? x.ldb : 1;
+        for (i64 j = 0; j < 64; ++j) x.b[5 * row + j * column] = number<T>(3 * tiny);
+        const std::vector<T> before(x.b.begin(), x.b.end());
+        x.call("x" + this->trsm());
+        int divided[2] = {};
+        for (i64 j = 0; j < 64; ++j) {
+            EXPECT_EQ(x.b[5 * row + j * column], number<T>(3)) << side << j;
+            if constexpr (!is_complex<T>)
+                for (i64 i = 0; i < 64; ++i) {
+                    const i64 at = i * row + j * column;
+                    divided[i / 32] += x.b[at] == before[at] / x.a[i * (x.lda + 1)];
+                }
+        }
+        if constexpr (!is_complex<T>) {
+            EXPECT_EQ(divided[0], 32 * 64) << "the block of the subnormal number";
+            EXPECT_LT(divided[1], 32 * 64) << "the other block";
+        }
+    }
+}
+
+TEST(Trsm, divides_by_a_zero_on_the_diagonal_to_infinity)
+{
+    const Problem<double> x({'L', 'L', 'N', 'N'}, 8, 4, 1.0);
+    make_diagonal(x);
+    x.a[7 * (x.lda + 1)] = 0;
+    for (double& e : x.b) e = 3;
+    x.call("xdtrsm");
+    for (i64 j = 0; j < 4; ++j) {
+        EXPECT_EQ(x.b[7 + j * x.ldb], std::numeric_limits<double>::infinity());
+        EXPECT_TRUE(std::isfinite(x.b[6 + j * x.ldb]));
+    }
+}
+
+TYPED_TEST(TriangularTest, has_its_parts_under_names_of_their_own)
+{
+    using T = TypeParam;
+    for (const Options& o : all_options<T>())
+        for (const i64 order : {1, 5, 8, 33})
+            for (const auto& [name, solves] : {std::pair{this->trsm(), true}, {this->trmm(), false}}) {
+                const Problem<T> x(o, o.left() ? order : 9, o.left() ? 9 : order, one<T>);
+                const std::vector<T>&from = solves ? x.p : x.x, &to = solves ? x.x : x.p;
+                x.start(from);
+                x.call_plain(name + "_pst");
+                x.expect(to, from, one<T>, name + "_pst");
+                if (!is_complex<T> && fold(o.trans) == 'C') continue;
+                if (letter<T> == 'd' && (solves || o.left())) continue;
+                const auto lower = [](char letter) { return static_cast<char>(letter | 0x20); };
+                const std::string letters{'_', lower(o.side), lower(o.uplo), lower(o.trans)};
+                x.start(from);
+                x.call_letters(name + letters);
+                x.expect(to, from, one<T>, name + letters);
+            }
+    const Problem<T> small({'l', 'u', 'n', 'n'}, 7, 5, number<T>(2));
+    small.start(small.x);
+    small.call(this->trmm() + "_sm_01_08");
+    small.expect(small.p, small.x, small.alpha, "sm");
+}
+
+TEST(Triangular, has_a_copied_triangle_that_its_blocks_work_on)
+{
+    using Copy = void(const char*, const char*, const char*, const char*, const char*, const i64*, const double*,
+                      const i64*, double*);
+    using Packed = void(const char*, const i64*, const i64*, const double*, double*, const i64*, double*);
+    alignas(16) double packed[32 * 32], strip[32 * 4];
+    for (const Options& o : all_options<double>())
+        for (const bool solves : {true, false}) {
+            if (!o.left() && !solves) continue;
+            const i64 order = 24;
+            const Problem<double> x(o, o.left() ? order : 8, o.left() ? 8 : order, 1.0);
+            const std::vector<double>&from = solves ? x.p : x.x, &to = solves ? x.x : x.p;
+            const std::string name = solves ? "dtrsm" : "dtrmm";
+            const char upper = o.upper(), is_n = o.plain(), is_t = fold(o.trans) == 'T';
+            x.start(from);
+            kernel<Copy>("orv_blas_mc3_" + name + "_copya")(&o.side, &upper, &is_n, &is_t, &o.diag, &order, x.a.data(),
+                                                            &x.lda, packed);
+            const std::string triangle = std::string(o.left() ? "_l" : "_r") + (o.upper() == o.plain() ? 'u' : 'l');
+            kernel<Packed>("orv_blas_mc3_" + name + triangle)(&o.diag, &x.m, &x.n, packed, x.b.data(), &x.ldb, strip);
+            x.expect(to, from, 1.0, name + triangle);
+        }
+}
+
+template <class T> class PackedTriangularTest : public TriangularTest<T> {
+public:
+    static std::string ptrmm() { return std::string(1, letter<T>) + "ptrmm"; }
+};
+TYPED_TEST_SUITE(PackedTriangularTest, RealTypes);
+
+TYPED_TEST(PackedTriangularTest, is_exact_on_both_sides_of_its_blocks)
+{
+    using T = TypeParam;
+    int turn = 0;
+    for (const Options& o : all_options<T>())
+        for (const i64 order : {0, 1, 2, 5, 8, 9, 40, 127, 128, 129, 255, 256, 257, 300, 520})
+            for (const i64 others : {0, 1, 6}) {
+                const T alpha = this->alpha(turn++);
+                const Problem<T> x(o, o.left() ? order : others, o.left() ? others : order, alpha);
+                x.start(x.x);
+                x.call_packed("x" + this->ptrmm());
+                x.expect(x.p, x.x, alpha, this->ptrmm());
+            }
+}
+
+TYPED_TEST(PackedTriangularTest, computes_without_memory_all_the_same)
+{
+    using T = TypeParam;
+    for (const Options& o : all_options<T>()) {
+        const Problem<T> x(o, o.left() ? 270 : 20, o.left() ? 20 : 270, T(2));
+        x.start(x.x);
+        x.call_packed(this->ptrmm() + "_pst");
+        x.expect(x.p, x.x, T(2), "pst");
+        for (i64 failing = 0; failing < 4; ++failing) {
+            x.start(x.x);
+            ProbeScope service;
+            service->fail_at = failing;
+            x.call_packed("x" + this->ptrmm());
+            EXPECT_EQ(service->live, 0);
+            EXPECT_EQ(service->failed, 1);
+            x.expect(x.p, x.x, T(2), this->ptrmm());
+        }
+    }
+}
+
+TYPED_TEST(PackedTriangularTest, copies_a_rectangle_of_packed_columns)
+{
+    using T = TypeParam;
+    using Copy = void(const char*, const i64*, const i64*, const i64*, const i64*, const i64*, const T*, T*);
+    const auto copy = kernel<Copy>("orv_blas_mc3_" + this->ptrmm() + "_copya");
+    const i64 order = 9, rows = 3, columns = 2;
+    std::vector<T> packed(order * (order + 1) / 2);
+    for (std::size_t i = 0; i < packed.size(); ++i) packed[i] = T(i);
+    T full[6];
+    for (const char uplo : {'u', 'L'}) {
+        const i64 i = uplo == 'u' ? 1 : 6, j = uplo == 'u' ? 6 : 1;
+        copy(&uplo, &order, &i, &j, &rows, &columns, packed.data(), full);
+        for (i64 c = 0; c < columns; ++c)
+            for (i64 r = 0; r < rows; ++r) {
+                const i64 at = uplo == 'u' ? (j + c) * (j + c + 1) / 2 + i + r
+                                           : (j + c) * order - (j + c) * (j + c + 1) / 2 + i + r;
+                EXPECT_EQ(full[r + c * rows], T(at));
+            }
+    }
+}
+
+} // namespace
+} // namespace orv::test
