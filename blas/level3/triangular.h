@@ -113,13 +113,21 @@ template <class T> struct Levels {
 // X := T^-1*X or T*X without work memory, dividing by the diagonal; any sizes (trsm_plain.cpp).
 template <Task task, class T> void plain(const Triangular<T>& x);
 
-// The same in blocks of 4 rows and columns, the triangle packed at `packed` (trsm_block.cpp). A diagonal is not divided
-// by, but multiplied by its reciprocals; see there what that excepts.
-template <Task task, class T> void last_level(const Triangular<T>& x, const Level<T>& level);
+// The same in blocks of 4 rows and columns, the triangle packed at `packed`, some columns of X copied to `strip`
+// (trsm_block.cpp). A diagonal is not divided by, but multiplied by its reciprocals; see there what that excepts.
+template <Task task, class T> void last_level(const Triangular<T>& x, T* packed, T* strip);
 
 // The triangle of an order that is a multiple of 4, as those blocks want it, and the blocks by themselves.
 template <Task task, class T> void pack(const Triangular<T>& x, T* packed);
 template <Task task, class T> void packed_triangle(const Triangular<T>& x, const T* packed, T* strip);
+
+// Elements that the two take: all squares of four on and before the diagonal, each real in eight bytes; two registers
+// for each row.
+template <class T> constexpr i64 packed_elements(i64 order)
+{
+    return order / 4 * (order / 4 + 1) / 2 * 16 * (8 / i64(sizeof(real_t<T>)));
+}
+template <class T> constexpr i64 strip_elements(i64 order) { return order * 2 * vec<T>::lanes; }
 
 // Arguments as they arrive. Parts get three flags of one byte in place of uplo and transa.
 #define TRIANGULAR_ARGUMENTS(T)                                                                                        \

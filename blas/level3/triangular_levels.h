@@ -2,10 +2,9 @@
 #pragma once
 
 #include "blas/gemm/blocks.h"
-#include "blas/gemm/tables.h"
 #include "blas/level3/triangular.h"
 
-#include <iterator>
+#include <utility>
 
 namespace orv::gemm {
 
@@ -67,7 +66,7 @@ template <Task task, class T> void walk_level(const Triangular<T>& x, const Leve
             const auto diagonal = [&] {
                 const Triangular<T> block = sweep.block(p.from, p.size);
                 if (deeper) walk_level<task>(block, levels.next());
-                else last_level<task>(block, level);
+                else last_level<task>(block, level.a_work, level.strip);
             };
             // What the block's rows get from those before it in the walk of a solve, or what those behind it get.
             const auto product = [&] {
@@ -88,34 +87,55 @@ template <class T> void scale(const Triangular<T>& x, T alpha)
     if (alpha != one<T>) gemm::mscale(x.rows(), x.columns(), alpha, x.b, x.ldb);
 }
 
-// Runs body(desc) with the work areas of a product in full blocks; false, and nothing done, if there is no memory.
-template <Task task, class T, class Body> bool with_work_areas(const Triangular<T>& x, const Body& body)
+// The work block: areas of a product in full blocks, whatever the size of the operands.
+template <Task task, class T> struct WorkBlock {
+    using Bytes = gemm::AreaBytes;
+    static constexpr const gemm::Sizes& s = gemm::sizes<T>;
+    static constexpr Bytes bytes{round_up(plan<task>.mb, s.m_unit), round_up(plan<task>.nb, s.n_unit),
+                                 round_up(plan<task>.kb, s.k_unit), sizeof(T), s.n_unit* s.scratch_factor};
+    static constexpr i64 all = gemm::room(bytes.a, Bytes::page_shift) + gemm::room(bytes.scratch, Bytes::line_shift) +
+                               gemm::room(bytes.b, Bytes::page_shift);
+
+    T *a, *scratch, *b;
+
+    explicit WorkBlock(void* block)
+    {
+        auto front = reinterpret_cast<std::uintptr_t>(block);
+        const auto take = [&](i64 size, i64 shift) {
+            front = (front + (1 << shift) - 1) >> shift << shift;
+            return reinterpret_cast<T*>(std::exchange(front, front + size));
+        };
+        a = take(bytes.a, Bytes::page_shift);
+        scratch = take(bytes.scratch, Bytes::line_shift);
+        b = take(bytes.b, Bytes::page_shift);
+    }
+};
+
+// Runs body(work); false, and nothing done, if there is no memory.
+template <Task task, class T, class Body> bool with_work_block(const Body& body)
 {
-    constexpr const Plan& p = plan<task>;
-    Desc<T> desc;
-    gemm::zero_desc(&desc);
-    gemm::get_optimal_kernel(&desc);
-    desc.mb = p.mb, desc.nb = p.nb, desc.kb = p.kb;
-    const i64 m = x.rows(), n = x.columns();
-    void* block = nullptr;
-    desc.get_bufs_size(gemm::a_scratch_b, gemm::full_blocks, &m, &n, &x.order, &desc);
-    desc.get_bufs(gemm::a_scratch_b, &block, &desc);
-    if (orv_serv_check_ptr(block, p.routine, routine_length) != 0) return false;
-    body(&desc);
+    void* const block = orv_serv_allocate(WorkBlock<task, T>::all, 128);
+    if (orv_serv_check_ptr(block, plan<task>.routine, routine_length) != 0) return false;
+    body(WorkBlock<task, T>(block));
     orv_serv_deallocate(block);
     return true;
 }
 
-// The walk from level `first` on.
+// The walk from level `first` on. One block needs no levels, and no descriptor.
 template <Task task, class T, int count>
-void walk(const Triangular<T>& x, const Cut (&cuts)[count], i64 first, Desc<T>* desc)
+void walk(const Triangular<T>& x, const Cut (&cuts)[count], i64 first, const WorkBlock<task, T>& work)
 {
     const bool gives = (x.form.op == Op::none) == x.right;
     Level<T> levels[count];
-    for (int i = 0; i < count; ++i)
-        levels[i] = {cuts[i].block, cuts[i].col_block, gives, desc->a.buffer, desc->b.buffer, desc->scratch_buffer};
-    desc->version = gemm::b_unpacked;
-    walk_level<task>(x, Levels<T>{levels, first, count - 1, task == Task::solve ? desc : nullptr});
+    for (int i = 0; i < count; ++i) levels[i] = {cuts[i].block, cuts[i].col_block, gives, work.a, work.b, work.scratch};
+    if (x.order <= cuts[count - 1].block) return walk_level<task>(x, Levels<T>{levels, first, first, nullptr});
+    if constexpr (task == Task::solve) {
+        Desc<T> desc;
+        gemm::zero_desc(&desc);
+        gemm::get_optimal_kernel(&desc);
+        desc.version = gemm::b_unpacked;
+        walk_level<task>(x, Levels<T>{levels, first, count - 1, &desc});
+    } else walk_level<task>(x, Levels<T>{levels, first, count - 1, nullptr});
 }
 
 // The first level whose block fits a condition, level 0 if none does.
@@ -140,7 +160,7 @@ template <int count, class Fits> i64 first_level(const Cut (&cuts)[count], const
     {                                                                                                                  \
         last_level<Task::task>(                                                                                        \
             Triangular<T>::of(is_right, form_of_flags<T>(upper, is_n, is_t, diag), *m, *n, a, *lda, b, *ldb),          \
-            levels[*level]);                                                                                           \
+            levels[*level].a_work, levels[*level].strip);                                                              \
     }
 
 } // namespace orv::level3

@@ -16,23 +16,26 @@ constexpr Cut right_cuts[] = {{0x100, 1000}, {0x40, 1000}, {0x10, 1000}};
 // So small that packing would cost more than it saves.
 constexpr i64 small_order = 8;
 
+// On the left in registers, by way of the stack; on the right column by column.
 template <class T> void multiply_small(const Triangular<T>& x, T alpha)
 {
     scale(x, alpha);
-    plain<Task::multiply>(x);
+    if (x.right || x.order > small_order) return plain<Task::multiply>(x);
+    alignas(vector_bytes) T triangle[packed_elements<T>(small_order)], strip[strip_elements<T>(small_order)];
+    last_level<Task::multiply>(x, triangle, strip);
 }
 
 // False, and nothing done, if there is no memory.
 template <class T> bool multiply_triangle(const Triangular<T>& x, T alpha)
 {
     if (!x.right && x.order <= small_order) return multiply_small(x, alpha), true;
-    return with_work_areas<Task::multiply>(x, [&](Desc<T>* desc) {
+    return with_work_block<Task::multiply, T>([&](const auto& work) {
         if (x.order <= small_order) return multiply_small(x, alpha);
         scale(x, alpha);
         const auto& cuts = x.right ? right_cuts : left_cuts;
         // An order of just the last block of side L is for the last level, too.
         const i64 order = !x.right && x.order == left_cuts[2].block ? x.order + 1 : x.order;
-        walk<Task::multiply>(x, cuts, first_level(cuts, [=](i64 block) { return block < order; }), desc);
+        walk<Task::multiply>(x, cuts, first_level(cuts, [=](i64 block) { return block < order; }), work);
     });
 }
 

@@ -22,10 +22,10 @@ template <class T> void solve(const Triangular<T>& x, T alpha)
 {
     if (x.order <= 0 || x.others <= 0) return;
     if (alpha == zero<T>) return scale(x, alpha);
-    with_work_areas<Task::solve>(x, [&](Desc<T>* desc) {
+    with_work_block<Task::solve, T>([&](const auto& work) {
         scale(x, alpha);
         const auto fits = [&](i64 block) { return x.right ? block < x.order : block <= x.order; };
-        const auto by = [&](const auto& cuts) { walk<Task::solve>(x, cuts, first_level(cuts, fits), desc); };
+        const auto by = [&](const auto& cuts) { walk<Task::solve>(x, cuts, first_level(cuts, fits), work); };
         if (!x.right) by(left_cuts);
         else if (x.order < large) by(right_cuts);
         else by(large_right_cuts);

@@ -147,6 +147,26 @@ template <Task task, int registers, class T> void columns(const Triangular<T>& x
     if (!x.right) turn<Way::from_strip, registers>(x.order, b, x.ldb, strip);
 }
 
+// read(t) is the element of op(A) for an element of A.
+template <Task task, class T, class Read>
+ORV_INLINE void pack_elements(const Triangular<T>& x, real<T>* to, const Read& read)
+{
+    // The walk goes from the first row to the last, or from the last to the first.
+    const bool lower = x.lower();
+    const i64 sign = lower ? 1 : -1, row = sign * x.t_row(), column = sign * x.t_column();
+    const T* rows = lower ? x.a : x.a + (x.order - 1) * (x.lda + 1);
+    const auto put_beside = [&](i64 r, T t) { put(to + r * element_reals<T>, task == Task::solve ? -t : t); };
+    for (i64 i = 0; i < x.order; i += unit, rows += unit * row) {
+        const T* t = rows;
+        for (i64 k = 0; k < i; ++k, t += column, to += unit * element_reals<T>)
+            for (i64 r = 0; r < unit; ++r) put_beside(r, read(t[r * row]));
+        for (i64 k = 0; k < unit; ++k, t += column, to += unit * element_reals<T>) {
+            if (!x.form.unit) put(to + k * element_reals<T>, on_diagonal<task>(read(t[k * row])));
+            for (i64 r = k + 1; r < unit; ++r) put_beside(r, read(t[r * row]));
+        }
+    }
+}
+
 template <class R> bool is_subnormal(R x)
 {
     constexpr R least = sizeof(R) == 4 ? __FLT_MIN__ : __DBL_MIN__;
@@ -165,18 +185,9 @@ template <class T> bool has_subnormal_diagonal(const Triangular<T>& x)
 
 template <Task task, class T> void pack(const Triangular<T>& x, T* packed)
 {
-    // The walk goes from the first row to the last, or from the last to the first.
-    const i64 sign = x.lower() ? 1 : -1, row = sign * x.t_row(), column = sign * x.t_column();
-    const T* const start = x.lower() ? x.a : x.a + (x.order - 1) * (x.lda + 1);
-    const bool conjugated = x.form.op == Op::conjugate;
     auto* to = reinterpret_cast<real<T>*>(packed);
-    for (i64 i = 0; i < x.order; i += unit)
-        for (i64 k = 0; k < i + unit; ++k)
-            for (i64 r = i; r < i + unit; ++r, to += element_reals<T>) {
-                if (k > r || (k == r && x.form.unit)) continue;
-                const T t = conjugated ? conj(start[r * row + k * column]) : start[r * row + k * column];
-                put(to, k == r ? on_diagonal<task>(t) : task == Task::solve ? -t : t);
-            }
+    if (x.form.op == Op::conjugate) pack_elements<task>(x, to, [](T t) ORV_INLINE_LAMBDA { return conj(t); });
+    else pack_elements<task>(x, to, [](T t) ORV_INLINE_LAMBDA { return t; });
 }
 
 template <Task task, class T> void packed_triangle(const Triangular<T>& x, const T* packed, T* strip)
@@ -191,7 +202,7 @@ template <Task task, class T> void packed_triangle(const Triangular<T>& x, const
 
 // Whole fours of rows and columns in registers; what is left of rows, last in the walk of a solve, and what is left of
 // columns on the plain path. A subnormal number on the diagonal has no reciprocal: then the plain path takes all.
-template <Task task, class T> void last_level(const Triangular<T>& x, const Level<T>& level)
+template <Task task, class T> void last_level(const Triangular<T>& x, T* triangle, T* strip)
 {
     if (task == Task::solve && !x.form.unit && has_subnormal_diagonal(x)) return plain<task>(x);
     const i64 most = x.order / unit * unit, columns = x.others / unit * unit;
@@ -202,8 +213,8 @@ template <Task task, class T> void last_level(const Triangular<T>& x, const Leve
     const auto packed = [&] {
         if (most == 0) return;
         const Triangular<T> y = whole.block(core.from, most);
-        pack<task>(y, level.a_work);
-        packed_triangle<task>(y, level.a_work, level.strip);
+        pack<task>(y, triangle);
+        packed_triangle<task>(y, triangle, strip);
     };
     if (core.left == 0) return packed();
     const auto product = [&] {
@@ -216,7 +227,7 @@ template <Task task, class T> void last_level(const Triangular<T>& x, const Leve
 }
 
 #define BLOCK(name, T, task)                                                                                           \
-    template void last_level<Task::task>(const Triangular<T>&, const Level<T>&);                                       \
+    template void last_level<Task::task>(const Triangular<T>&, T*, T*);                                                \
     ORV_EXPORT void BLAS(name##_copya)(const char* side, TRIANGULAR_FLAGS, const i64* order, const T* a,               \
                                        const i64* lda, T* packed)                                                      \
     {                                                                                                                  \
