@@ -120,17 +120,22 @@ template <Task task, int registers, class T>
 
 // Some columns of B, m rows, to rows of a strip, or back.
 enum class Way { to_strip, from_strip };
-template <Way way, int registers, class T> void turn(i64 m, T* b, i64 ldb, T* strip)
+template <Way way, int registers, class T> [[gnu::noinline]] void turn(i64 m, T* b, i64 ldb, T* strip)
 {
-    constexpr i64 lanes = vec<T>::lanes, width = registers * lanes;
-    for (i64 i = 0; i < m; i += lanes)
-        for (i64 j = 0; j < width; j += lanes) {
-            const auto in_b = [=](i64 l) { return b + i + (j + l) * ldb; };
-            const auto in_strip = [=](i64 l) { return strip + (i + l) * width + j; };
+    constexpr int lanes = vec<T>::lanes, width = registers * lanes;
+    T* columns[width];
+    for (int j = 0; j < width; ++j) columns[j] = b + j * ldb;
+    for (i64 i = 0; i < m; i += lanes, strip += lanes * width)
+#pragma GCC unroll 2
+        for (int j = 0; j < width; j += lanes) {
             vec<T> square[lanes];
-            for (i64 l = 0; l < lanes; ++l) square[l] = loadu(way == Way::to_strip ? in_b(l) : in_strip(l));
+#pragma GCC unroll 4
+            for (int l = 0; l < lanes; ++l)
+                square[l] = loadu(way == Way::to_strip ? columns[j + l] + i : strip + l * width + j);
             transpose(square);
-            for (i64 l = 0; l < lanes; ++l) storeu(way == Way::to_strip ? in_strip(l) : in_b(l), square[l]);
+#pragma GCC unroll 4
+            for (int l = 0; l < lanes; ++l)
+                storeu(way == Way::to_strip ? strip + l * width + j : columns[j + l] + i, square[l]);
         }
 }
 
