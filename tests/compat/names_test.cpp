@@ -102,7 +102,9 @@ TEST(Names, the_stand_in_has_the_name_of_the_reference_and_finds_the_core_beside
     EXPECT_NE(text.find("Library soname: [libblas.so.3]"), std::string::npos) << text;
     EXPECT_NE(text.find("[$ORIGIN"), std::string::npos) << text;
     EXPECT_NE(text.find("Shared library: [liborv.so"), std::string::npos) << text;
-    if (!orv::test::sanitized()) EXPECT_EQ(text.find("libstdc++"), std::string::npos) << text;
+    if (!orv::test::sanitized()) {
+        EXPECT_EQ(text.find("libstdc++"), std::string::npos) << text;
+    }
 }
 
 } // namespace

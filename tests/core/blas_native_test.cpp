@@ -1,5 +1,6 @@
 // The public header as C++ programs use it, with std::complex, and as C programs do.
 #include "tests/core/process.h"
+#include "tests/support/probe.h"
 
 #include <complex>
 #include <gtest/gtest.h>
@@ -60,6 +61,27 @@ TEST(BlasNative, symmetric_matrices_answer_with_the_number_of_the_bad_argument)
     EXPECT_EQ(orv_zherk('U', 'T', 2, 3, 1, z, 3, 1, c, 2), -2) << "T is for symmetric updates";
     EXPECT_EQ(orv_zher2k('L', 'T', 2, 3, f, z, 3, z, 3, 1, c, 2), -2);
     EXPECT_EQ(orv_zgemm3m('N', 'N', 2, 2, 2, f, z, 1, z, 2, f, c, 2), -8);
+}
+
+TEST(BlasNative, triangular_matrices_without_memory_tell_and_leave_the_matrix)
+{
+    constexpr int n = 40;
+    const std::vector<double> a(n * n, 1.0), before(n * n, 3.0);
+    for (const auto routine : {orv_dtrsm, orv_dtrmm}) {
+        std::vector<double> b = before;
+        ProbeScope service;
+        service->fail_all = true;
+        EXPECT_EQ(routine('L', 'U', 'N', 'U', n, n, 2, a.data(), n, b.data(), n), ORV_NO_MEMORY);
+        EXPECT_EQ(b, before);
+        EXPECT_NE(std::string(orv_last_error()).find("no memory"), std::string::npos);
+        service->fail_all = false;
+        EXPECT_EQ(routine('L', 'U', 'N', 'U', n, n, 2, a.data(), n, b.data(), n), ORV_OK);
+        EXPECT_EQ(b[n - 1], 6.0);
+    }
+    double t[4] = {1, 1, 1, 1}, x[4] = {};
+    EXPECT_EQ(orv_dtrsm('L', 'U', 'N', 'X', 2, 2, 1, t, 2, x, 2), -4);
+    EXPECT_EQ(orv_dtrmm('R', 'U', 'N', 'N', 1, 2, 1, t, 1, x, 2), -9);
+    EXPECT_EQ(orv_dtrmm('R', 'U', 'N', 'N', 2, 2, 1, t, 2, x, 1), -11);
 }
 
 } // namespace

@@ -326,6 +326,64 @@ TYPED_TEST(TriangularTest, divides_in_a_block_with_a_subnormal_diagonal)
     }
 }
 
+TYPED_TEST(TriangularTest, keeps_an_infinity_to_the_rows_that_depend_on_it)
+{
+    using T = TypeParam;
+    for (const Options& o : all_options<T>())
+        for (const i64 order : {7, 14, 70})
+            for (const auto& [name, solves] : {std::pair{this->trsm(), true}, {this->trmm(), false}}) {
+                const Problem<T> x(o, o.left() ? order : 9, o.left() ? 9 : order, number<T>(-1));
+                const std::vector<T>&from = solves ? x.p : x.x, &to = solves ? x.x : x.p;
+                const i64 row = o.left() ? 1 : x.ldb, column = o.left() ? x.ldb : 1, infinite = order / 2;
+                x.start(from);
+                for (i64 j = 0; j < 9; ++j)
+                    x.b[infinite * row + j * column] = number<T>(std::numeric_limits<double>::infinity());
+                x.call("x" + name);
+                const bool lower = (o.upper() == o.plain()) != o.left(); // as it multiplies X from the left
+                for (i64 i = lower ? 0 : infinite + 1; i < (lower ? infinite : order); ++i)
+                    for (i64 j = 0; j < 9; ++j)
+                        ASSERT_EQ(x.b[i * row + j * column], -to[i * row + j * column]) << x.text(name, i, j);
+            }
+}
+
+// The record of a level, and one level with products that choose for themselves.
+template <class T> struct Level {
+    i64 block, col_block, order;
+    T *a_work, *b_work, *strip;
+};
+template <class T>
+using OneLevel = void(const char*, const char*, const char*, const char*, const i64*, const i64*, const T*, const i64*,
+                      T*, const i64*, const Level<T>*, const i64*, const i64*, void*);
+
+TYPED_TEST(TriangularTest, has_levels_that_work_by_their_records)
+{
+    using T = TypeParam;
+    alignas(16) static T triangle[2 * 16 * 16], strip[16 * 8];
+    for (const Options& o : all_options<T>())
+        for (const i64 order : {16, 37, 150})
+            for (const i64 gives : {0, 1})
+                for (const auto& [name, solves] : {std::pair{this->trsm(), true}, {this->trmm(), false}}) {
+                    const Problem<T> x(o, o.left() ? order : 21, o.left() ? 21 : order, one<T>);
+                    const std::vector<T>&from = solves ? x.p : x.x, &to = solves ? x.x : x.p;
+                    const char upper = o.upper(), is_n = o.plain(), is_t = fold(o.trans) == 'T';
+                    const Level<T> levels[] = {{48, 10, gives, triangle, nullptr, strip},
+                                               {16, 1000, 1 - gives, triangle, nullptr, strip}};
+                    const i64 first = 0, last = 1;
+                    const std::string symbol = name + (o.left() ? "_left" : "_right");
+                    x.start(from);
+                    kernel<OneLevel<T>>("orv_blas_mc3_" + symbol)(&upper, &is_n, &is_t, &o.diag, &x.m, &x.n, x.a.data(),
+                                                                  &x.lda, x.b.data(), &x.ldb, levels, &first, &last,
+                                                                  nullptr);
+                    x.expect(to, from, one<T>, symbol);
+                    if (order > 16) continue;
+                    x.start(from);
+                    kernel<OneLevel<T>>("orv_blas_mc3_" + symbol + "_ker")(&upper, &is_n, &is_t, &o.diag, &x.m, &x.n,
+                                                                           x.a.data(), &x.lda, x.b.data(), &x.ldb,
+                                                                           levels, &last, nullptr, nullptr);
+                    x.expect(to, from, one<T>, symbol + "_ker");
+                }
+}
+
 TEST(Trsm, divides_by_a_zero_on_the_diagonal_to_infinity)
 {
     const Problem<double> x({'L', 'L', 'N', 'N'}, 8, 4, 1.0);
