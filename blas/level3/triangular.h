@@ -110,11 +110,11 @@ template <class T> struct Levels {
     Levels next() const { return {level, at + 1, last, desc}; }
 };
 
-// X := T^-1*X or T*X without work memory, dividing by the diagonal; any sizes (trsm_plain.cpp).
+// X := T^-1*X or T*X without work memory, dividing by the diagonal; any sizes (triangular_plain.cpp).
 template <Task task, class T> void plain(const Triangular<T>& x);
 
 // The same in blocks of 4 rows and columns, the triangle packed at `packed`, some columns of X copied to `strip`
-// (trsm_block.cpp). A diagonal is not divided by, but multiplied by its reciprocals; see there what that excepts.
+// (triangular_block.cpp). A diagonal is not divided by, but multiplied by its reciprocals; see there what that excepts.
 template <Task task, class T> void last_level(const Triangular<T>& x, T* packed, T* strip);
 
 // The triangle of an order that is a multiple of 4, as those blocks want it, and the blocks by themselves.

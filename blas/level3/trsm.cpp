@@ -5,7 +5,7 @@
 //   diag    U: ones on the diagonal, which is not read; else it is, and a zero on it gives infinities or NaN
 //
 // An alpha of 0 clears B and reads nothing. Without work memory B stays as it came. Elements of the diagonal are not
-// divided by, but multiplied by their reciprocals; trsm_block.cpp says where not.
+// divided by, but multiplied by their reciprocals; triangular_block.cpp says where not.
 #include "blas/level3/triangular_levels.h"
 
 namespace orv::level3 {

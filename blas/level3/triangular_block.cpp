@@ -44,9 +44,9 @@ template <class T> ORV_INLINE vec<T> spread(const real<T>* p)
 }
 
 // A register of X, and i times it.
-template <class T> struct Factor2 {
+template <class T> struct Multiplicand {
     vec<T> x, turned;
-    ORV_INLINE explicit Factor2(vec<T> v) : x(v), turned(is_complex<T> ? swap_neighbours(conj(v)) : v) {}
+    ORV_INLINE explicit Multiplicand(vec<T> v) : x(v), turned(is_complex<T> ? swap_neighbours(conj(v)) : v) {}
     ORV_INLINE vec<T> times(const real<T>* t) const
     {
         const vec<T> p = lane_product(spread<T>(t), x);
@@ -82,20 +82,21 @@ template <Task task, int registers, class T>
 #pragma GCC unroll 2
                 for (int q = 0; q < registers; ++q) {
                     vec<T>& sum = sums[r * registers + q];
-                    if (!has_ones) sum = Factor2<T>(sum).times(square + r * column + r * element_reals<T>);
+                    if (!has_ones) sum = Multiplicand<T>(sum).times(square + r * column + r * element_reals<T>);
 #pragma GCC unroll 4
                     for (int k = 0; k < r; ++k)
-                        Factor2<T>(sums[k * registers + q]).add_to(sum, square + k * column + r * element_reals<T>);
+                        Multiplicand<T>(sums[k * registers + q])
+                            .add_to(sum, square + k * column + r * element_reals<T>);
                 }
         }
         const T* other = x;
         for (; t != square; t += column, other += step) {
             if constexpr (registers == 2) {
-                const Factor2<T> f[] = {Factor2<T>(loadu(other)), Factor2<T>(loadu(other + lanes))};
+                const Multiplicand<T> f[] = {Multiplicand<T>(loadu(other)), Multiplicand<T>(loadu(other + lanes))};
 #pragma GCC unroll 8
                 for (int i = 0; i < count; ++i) f[i % 2].add_to(sums[i], t + i / 2 * element_reals<T>);
             } else {
-                const Factor2<T> f(loadu(other));
+                const Multiplicand<T> f(loadu(other));
 #pragma GCC unroll 8
                 for (int i = 0; i < count; ++i) f.add_to(sums[i], t + i * element_reals<T>);
             }
@@ -106,8 +107,8 @@ template <Task task, int registers, class T>
 #pragma GCC unroll 2
                 for (int q = 0; q < registers; ++q) {
                     vec<T>& solved = sums[k * registers + q];
-                    if (!has_ones) solved = Factor2<T>(solved).times(square + k * column + k * element_reals<T>);
-                    const Factor2<T> f(solved);
+                    if (!has_ones) solved = Multiplicand<T>(solved).times(square + k * column + k * element_reals<T>);
+                    const Multiplicand<T> f(solved);
 #pragma GCC unroll 4
                     for (int r = k + 1; r < unit; ++r)
                         f.add_to(sums[r * registers + q], square + k * column + r * element_reals<T>);
