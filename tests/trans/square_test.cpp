@@ -91,7 +91,9 @@ TYPED_TEST(SquareTest, asks_for_a_team_above_64_and_for_a_factor_of_one_only)
     EXPECT_EQ(asks(65, scalar<T>(1, -0.0)), 1);
     EXPECT_EQ(asks(65, scalar<T>(2, 0)), 0);
     EXPECT_EQ(asks(65, scalar<T>(NAN, 0)), 0);
-    if constexpr (is_complex<T>) EXPECT_EQ(asks(65, scalar<T>(1, 1)), 0);
+    if constexpr (is_complex<T>) {
+        EXPECT_EQ(asks(65, scalar<T>(1, 1)), 0);
+    }
 }
 
 TYPED_TEST(SquareTest, leaves_the_work_to_a_team_that_says_it_did_it)
