@@ -21,6 +21,7 @@ namespace {
 // B := A, m rows of n elements. Members get rows each, or pieces if all rows are one.
 template <class T> void copy(u64 m, u64 n, const T* a, u64 lda, T* b, u64 ldb)
 {
+    if (m == 0 || n == 0) return; // there may be no matrices
     if (lda == n && ldb == n) n *= m, m = 1;
     core::parallel(core::trans::threads_worth<T>(m, n), [=](int index, int count) {
         const u64 begin = core::trans::edge(m == 1 ? n : m, count, index),

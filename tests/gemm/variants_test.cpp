@@ -60,7 +60,6 @@ template <class TA, class T> struct Whole {
             }
     }
     void expect_exact() const { expect_exact(beta); }
-    bool same_as(const Whole& other) const { return std::memcmp(c.data(), other.c.data(), c.size() * sizeof(T)) == 0; }
 };
 
 // ---- Twelve rows ----------------------------------------------------------------------------------------------------

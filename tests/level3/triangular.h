@@ -7,6 +7,7 @@
 #include "tests/support/kernels.h"
 #include "tests/support/whole.h"
 
+#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
@@ -98,10 +99,7 @@ template <class T> struct Problem {
             body(k, e);
         }
     }
-    void start(const std::vector<T>& from) const
-    {
-        std::memcpy(static_cast<void*>(b.data()), from.data(), from.size() * sizeof(T));
-    }
+    void start(const std::vector<T>& from) const { std::copy(from.begin(), from.end(), b.begin()); }
     void call(const std::string& name) const
     {
         kernel<Driver<T>>("orv_blas_mc3_" + name)(&o.side, &o.uplo, &o.trans, &o.diag, &m, &n, &alpha, a.data(), &lda,
@@ -139,7 +137,7 @@ template <class T> struct Problem {
     }
     void expect_untouched(const std::vector<T>& before) const
     {
-        ASSERT_EQ(std::memcmp(b.data(), before.data(), before.size() * sizeof(T)), 0) << text("untouched", 0, 0);
+        ASSERT_TRUE(std::equal(before.begin(), before.end(), b.begin(), same_bits<T>)) << text("untouched", 0, 0);
     }
     std::string text(const std::string& name, i64 i, i64 j) const
     {
