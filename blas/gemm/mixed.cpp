@@ -4,23 +4,12 @@
 //
 // beta is applied first, 0 by storing zeros; an alpha of 0 then leaves A and B unread. Operands with a side of 3 or
 // less, and want of memory, go the plain way.
-#include "blas/gemm/driver.h"
+#include "blas/gemm/by_symbol.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
-
-// The real product, by way of its symbol.
-#define REAL_PRODUCT(name, T)                                                                                          \
-    ORV_EXPORT int BLAS(name)(ORV_GEMM_ARGUMENTS(T), orv::i32 version, orv::gemm::Desc<T> * desc);
 
 namespace orv::gemm {
 
-REAL_PRODUCT(xsgemm_par, float)
-REAL_PRODUCT(xdgemm_par, double)
-
 namespace {
-
-template <class R> constexpr auto* real_product = BLAS(xdgemm_par);
-template <> constexpr auto* real_product<float> = BLAS(xsgemm_par);
 
 constexpr i64 least_side = 4, most_rows = 500, most_columns = 5000, depth_block = 128;
 
@@ -61,14 +50,16 @@ template <class R> void add(i64 m, i64 n, cpx<R> alpha, const R* planes, i64 pla
 template <class R> void plain(const Mixed<R>& x)
 {
     if (x.k <= 0 || x.alpha == zero<cpx<R>>) return;
+    const bool na = is_plain(x.transa), nb = is_plain(x.transb);
+    const i64 a_row = na ? 1 : x.lda, a_step = na ? x.lda : 1, b_step = nb ? 1 : x.ldb, b_column = nb ? x.ldb : 1;
+    const R sign = is_conjugated(x.transb) ? -1 : 1;
     for (i64 j = 0; j < x.n; ++j)
         for (i64 i = 0; i < x.m; ++i) {
+            const R* a = x.a + i * a_row;
+            const cpx<R>* b = x.b + j * b_column;
             cpx<R> sum = zero<cpx<R>>;
-            for (i64 p = 0; p < x.k; ++p) {
-                const cpx<R> e = *corner(x.b, x.ldb, x.transb, p, j);
-                sum += *corner(x.a, x.lda, x.transa, i, p) * (is_conjugated(x.transb) ? conj(e) : e);
-            }
-            x.c[i + j * x.ldc] += x.alpha * sum;
+            for (i64 p = 0; p < x.k; ++p, a += a_step, b += b_step) sum += *a * *b;
+            x.c[i + j * x.ldc] += x.alpha * cpx<R>{sum.re, sign * sum.im};
         }
 }
 
@@ -100,8 +91,8 @@ template <class R> void in_planes(const Mixed<R>& x, i64 mb, i64 nb, R* b_planes
                 const i64 depth = min(x.k - p, depth_block);
                 const R beta = p > 0;
                 split(x.transb, depth, columns, corner(x.b, x.ldb, x.transb, p, j), x.ldb, b_planes, depth * columns);
-                real_product<R>(&x.transa, &n, &rows, &both, &depth, &one<R>, corner(x.a, x.lda, x.transa, i, p),
-                                &x.lda, b_planes, &depth, &beta, c_planes, &rows, by_kernel, &desc);
+                product_in_blocks<R>(&x.transa, &n, &rows, &both, &depth, &one<R>, corner(x.a, x.lda, x.transa, i, p),
+                                     &x.lda, b_planes, &depth, &beta, c_planes, &rows, by_kernel, &desc);
             }
             add(rows, columns, x.alpha, c_planes, rows * columns, x.c + i + j * x.ldc, x.ldc);
         }

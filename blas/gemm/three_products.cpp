@@ -6,29 +6,12 @@
 //
 // Sources: N. J. Higham, Stability of a Method for Multiplying Complex Matrices with Three Real Matrix Multiplications,
 // SIAM J. Matrix Anal. Appl. 13 (1992) 681-687.
-#include "blas/gemm/driver.h"
+#include "blas/gemm/by_symbol.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 
 namespace orv::gemm {
 
-ORV_EXPORT Gemm<float> BLAS(xsgemm);
-ORV_EXPORT Gemm<double> BLAS(xdgemm);
-ORV_EXPORT Gemm<cpx<float>> BLAS(xcgemm);
-ORV_EXPORT Gemm<cpx<double>> BLAS(xzgemm);
-
 namespace {
-
-// By way of their symbols, like any caller.
-template <class R> struct Products;
-template <> struct Products<float> {
-    static constexpr Gemm<float>* real = BLAS(xsgemm);
-    static constexpr Gemm<cpx<float>>* whole = BLAS(xcgemm);
-};
-template <> struct Products<double> {
-    static constexpr Gemm<double>* real = BLAS(xdgemm);
-    static constexpr Gemm<cpx<double>>* whole = BLAS(xzgemm);
-};
 
 constexpr char name[] = "xgemm3m";
 constexpr i64 depth_block = 128, block = 1000; // rows of A, columns of B
@@ -109,9 +92,9 @@ template <class R> void multiply(const Product<cpx<R>>& x, const Planes<R>& plan
                 const i64 columns = min(x.n - j, block);
                 split(x.transb, depth, columns, corner(x.b, x.ldb, x.transb, p, j), x.ldb, planes.b, plane);
                 for (int part = 0; part < 3; ++part)
-                    Products<R>::real(&n, &n, &rows, &columns, &depth, &one<R>, planes.a + part * plane, &rows,
-                                      planes.b + part * plane, &depth, &beta, planes.c + part * c_plane + j * rows,
-                                      &rows);
+                    whole_product<R>(&n, &n, &rows, &columns, &depth, &one<R>, planes.a + part * plane, &rows,
+                                     planes.b + part * plane, &depth, &beta, planes.c + part * c_plane + j * rows,
+                                     &rows);
             }
         }
         combine(rows, x.n, x.alpha, planes.c, c_plane, x.beta, x.c + i, x.ldc);
@@ -130,7 +113,7 @@ template <class R> bool by_three_products(const Product<cpx<R>>& x)
 template <class R> void product(ORV_GEMM_ARGUMENTS(cpx<R>))
 {
     if (*m <= 0 || *n <= 0) return;
-    if (!by_three_products(product_of(ORV_GEMM_PASS))) Products<R>::whole(ORV_GEMM_PASS);
+    if (!by_three_products(product_of(ORV_GEMM_PASS))) whole_product<cpx<R>>(ORV_GEMM_PASS);
 }
 
 } // namespace

@@ -3,8 +3,7 @@
 //
 // A piece of A is copied to a square of full columns: a block of the diagonal for a product with a triangle, what is
 // beside it for general products. Blocks and products come in the order of trmm, so that nothing is read after it was
-// overwritten. Without memory for the square the plain path
-// takes a small one of its own.
+// overwritten. Without memory for the square the plain path takes a small one of its own.
 #include "blas/level3/trmm.h"
 #include "blas/storage.h"
 #include "frame/serv.h"

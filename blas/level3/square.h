@@ -2,7 +2,9 @@
 // what is off the diagonal is the general product's. A block on the diagonal is computed, or completed, in a square.
 #pragma once
 
+#include "blas/beta.h"
 #include "blas/level3/product.h"
+#include "blas/storage.h"
 #include "frame/serv.h"
 #include "frame/simd.h"
 
@@ -37,30 +39,28 @@ template <class T> struct Square {
     T* at;
     i64 side;
 };
-template <class T> inline constexpr i64 local_side = 32;
 
-// Rows of column j that belong to a triangle of order n, from the first to behind the last.
-struct Rows {
-    i64 from, to;
-};
+// Rows of column j that belong to a triangle of order n.
+using blas::Rows;
 constexpr Rows stored(bool upper, i64 n, i64 j) { return upper ? Rows{0, j + 1} : Rows{j, n}; }
 
-// One triangle of C := beta*C; 0 stores zeros.
+// One triangle of C := beta*C; 0 stores zeros. A real beta takes complex numbers as reals.
 template <class T, Kind kind> void scale_triangle(bool upper, i64 n, Factor<T, kind> beta, T* c, i64 ldc)
 {
     using F = Factor<T, kind>;
+    constexpr i64 parts = sizeof(T) / sizeof(F);
     if (beta == one<F>) return;
     for (i64 j = 0; j < n; ++j, c += ldc) {
         const Rows rows = stored(upper, n, j);
-        for (i64 i = rows.from; i < rows.to; ++i) c[i] = beta == zero<F> ? zero<T> : beta * c[i];
+        blas::apply_beta(parts * (rows.to - rows.from), beta, reinterpret_cast<F*>(c + rows.from), 1);
         c[j] = on_diagonal<T, kind>(c[j]);
     }
 }
 
-template <class T, class Body> [[gnu::noinline]] void with_local_square(const Body& body)
+template <class T, i64 side, class Body> [[gnu::noinline]] void with_local_square(const Body& body)
 {
-    alignas(vector_bytes) T local[local_side<T> * local_side<T>];
-    body(Square<T>{local, local_side<T>});
+    alignas(vector_bytes) T local[side * side];
+    body(Square<T>{local, side});
 }
 
 // What a routine asks of the service layer for its square.

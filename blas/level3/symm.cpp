@@ -81,7 +81,7 @@ template <class T, Kind kind> void recursive(const Product<T, kind>& x, const Sq
 
 template <class T, Kind kind> void without_memory(const Product<T, kind>& x)
 {
-    if (x.m > 0 && x.n > 0) with_local_square<T>([&](const Square<T>& square) { recursive(x, square); });
+    if (x.m > 0 && x.n > 0) with_local_square<T, 32>([&](const Square<T>& square) { recursive(x, square); });
 }
 
 template <class T, Kind kind> void multiply_symmetric(const Product<T, kind>& x, const Request& request)

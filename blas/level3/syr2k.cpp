@@ -59,7 +59,7 @@ template <class T, Kind kind> void walk(const Update2<T, kind>& x, const Square<
 
 template <class T, Kind kind> void without_memory(const Update2<T, kind>& x)
 {
-    with_local_square<T>([&](const Square<T>& square) { walk(x, square); });
+    with_local_square<T, 32>([&](const Square<T>& square) { walk(x, square); });
 }
 template <class T, Kind kind> bool adds(const Update2<T, kind>& x) { return x.n > 0 && x.k > 0 && x.alpha != zero<T>; }
 

@@ -84,11 +84,10 @@ template <class T, Kind kind> void walk(const Update<T, kind>& x, const Square<T
 template <class T, Kind kind> void without_memory(const Update<T, kind>& x)
 {
     if (adds_nothing(x)) return scale(x);
-    with_local_square<T>([&](const Square<T>& square) { walk(x, Square<T>{square.at, side}); });
+    with_local_square<T, side>([&](const Square<T>& square) { walk(x, square); });
 }
 
-template <class T>
-inline constexpr Request request{side, is_complex<T> ? 0x4000 * i64(sizeof(T)) : 0x4800, 128, "DSYRK_PST"};
+template <class T> inline constexpr Request request{side, 0x4800, 128, "DSYRK_PST"};
 template <> inline constexpr Request request<cpx<float>>{side, 0x20000, 128, "CSYRK_PST"};
 template <> inline constexpr Request request<cpx<double>>{side, 0x40000, 128, "ZSYRK"};
 
@@ -99,8 +98,8 @@ template <class T, Kind kind> void small(const Update<T, kind>& x)
     else if (!with_square<T>(request<T>, [&](const Square<T>& square) { walk(x, square); })) without_memory(x);
 }
 
-// In how many groups a triangle is cut: p + 1 where n exceeds the first p limits. They are measured, by type and by
-// whether the rows of A are strided.
+// In how many groups a triangle is cut: p + 1 where n exceeds the first p limits. They differ by type and by whether
+// the rows of A are strided, and are part of the contract: where a triangle is cut shows in the rounding.
 template <int size> constexpr i64 groups(i64 n, const i64 (&limits)[size])
 {
     i64 p = 1;
@@ -171,12 +170,7 @@ template <class T, Kind kind> void update(const Update<T, kind>& x)
     else first_level(x);
 }
 
-bool is_upper(char uplo) { return fold(uplo) == 'U'; }
-bool is_plain(const char* trans)
-{
-    constexpr char n = 'N';
-    return orv_serv_lsame(trans, &n, 1, 1) != 0;
-}
+bool is_letter(const char* given, char letter) { return orv_serv_lsame(given, &letter, 1, 1) != 0; }
 
 } // namespace
 
@@ -185,11 +179,11 @@ bool is_plain(const char* trans)
                                  const Factor<T, Kind::kind>* alpha, const T* a, const i64* lda,                       \
                                  const Factor<T, Kind::kind>* beta, T* c, const i64* ldc)                              \
     {                                                                                                                  \
-        body(Update<T, Kind::kind>{upper, is_plain(trans), *n, *k, *alpha, a, *lda, *beta, c, *ldc});                  \
+        body(Update<T, Kind::kind>{upper, is_letter(trans, 'N'), *n, *k, *alpha, a, *lda, *beta, c, *ldc});            \
     }
 #define FAMILY(stem, T, kind)                                                                                          \
-    SYRK(x##stem, T, kind, is_upper(*uplo), update)                                                                    \
-    SYRK(stem##_pst, T, kind, is_upper(*uplo), small)                                                                  \
+    SYRK(x##stem, T, kind, is_letter(uplo, 'U'), update)                                                               \
+    SYRK(stem##_pst, T, kind, is_letter(uplo, 'U'), small)                                                             \
     SYRK(stem##_l_1, T, kind, (static_cast<void>(uplo), false), first_level)                                           \
     SYRK(stem##_u_1, T, kind, (static_cast<void>(uplo), true), first_level)                                            \
     SYRK(stem##_l_2, T, kind, (static_cast<void>(uplo), false), second_level)                                          \
@@ -202,14 +196,14 @@ FAMILY(zsyrk, cpx<double>, symmetric)
 FAMILY(cherk, cpx<float>, hermitian)
 FAMILY(zherk, cpx<double>, hermitian)
 
-SYRK(dsyrk_nobufs, double, symmetric, is_upper(*uplo), without_memory)
-SYRK(csyrk_nobufs, cpx<float>, symmetric, is_upper(*uplo), without_memory)
-SYRK(zsyrk_nobufs, cpx<double>, symmetric, is_upper(*uplo), without_memory)
-SYRK(cherk_nobufs, cpx<float>, hermitian, is_upper(*uplo), without_memory)
-SYRK(zherk_nobufs, cpx<double>, hermitian, is_upper(*uplo), without_memory)
-SYRK(ssyrk_4k, float, symmetric, is_upper(*uplo), smallest)
-SYRK(dsyrk_4k, double, symmetric, is_upper(*uplo), smallest)
-SYRK(dsyrk_n4, double, symmetric, is_upper(*uplo), smallest)
+SYRK(dsyrk_nobufs, double, symmetric, is_letter(uplo, 'U'), without_memory)
+SYRK(csyrk_nobufs, cpx<float>, symmetric, is_letter(uplo, 'U'), without_memory)
+SYRK(zsyrk_nobufs, cpx<double>, symmetric, is_letter(uplo, 'U'), without_memory)
+SYRK(cherk_nobufs, cpx<float>, hermitian, is_letter(uplo, 'U'), without_memory)
+SYRK(zherk_nobufs, cpx<double>, hermitian, is_letter(uplo, 'U'), without_memory)
+SYRK(ssyrk_4k, float, symmetric, is_letter(uplo, 'U'), smallest)
+SYRK(dsyrk_4k, double, symmetric, is_letter(uplo, 'U'), smallest)
+SYRK(dsyrk_n4, double, symmetric, is_letter(uplo, 'U'), smallest)
 
 // The work memory of dsyrk_pst, for callers of its parts.
 ORV_EXPORT void BLAS(dsyrk_getbufs)(void** block)

@@ -6,23 +6,7 @@
 
 #include <utility>
 
-namespace orv::gemm {
-
-template <class T> using GemmPar = int(ORV_GEMM_ARGUMENTS(T), i32 version, Desc<T>* desc);
-ORV_EXPORT GemmPar<float> BLAS(xsgemm_par);
-ORV_EXPORT GemmPar<double> BLAS(xdgemm_par);
-ORV_EXPORT GemmPar<cpx<float>> BLAS(xcgemm_par);
-ORV_EXPORT GemmPar<cpx<double>> BLAS(xzgemm_par);
-
-} // namespace orv::gemm
-
 namespace orv::level3 {
-
-template <class T> inline constexpr gemm::GemmPar<T>* product_in_blocks = nullptr;
-template <> inline constexpr gemm::GemmPar<float>* product_in_blocks<float> = gemm::BLAS(xsgemm_par);
-template <> inline constexpr gemm::GemmPar<double>* product_in_blocks<double> = gemm::BLAS(xdgemm_par);
-template <> inline constexpr gemm::GemmPar<cpx<float>>* product_in_blocks<cpx<float>> = gemm::BLAS(xcgemm_par);
-template <> inline constexpr gemm::GemmPar<cpx<double>>* product_in_blocks<cpx<double>> = gemm::BLAS(xzgemm_par);
 
 // What a solve and a product ask of the general product: its block sizes, and the name for want of memory. A solve
 // hands its rectangles to the product in blocks, which leaves X in place and copies it strip by strip; a product hands
@@ -48,8 +32,8 @@ template <class T> void multiply(const gemm::Product<T>& p, Desc<T>* desc = null
     Desc<T> own = *desc; // its buffers hold the triangle; the product takes others
     constexpr const Plan& sizes = plan<Task::solve>;
     own.mb = sizes.mb, own.nb = sizes.nb, own.kb = sizes.kb;
-    product_in_blocks<T>(&p.transa, &p.transb, &p.m, &p.n, &p.k, &p.alpha, p.a, &p.lda, p.b, &p.ldb, &p.beta, p.c,
-                         &p.ldc, own.version, &own);
+    gemm::product_in_blocks<T>(&p.transa, &p.transb, &p.m, &p.n, &p.k, &p.alpha, p.a, &p.lda, p.b, &p.ldb, &p.beta, p.c,
+                               &p.ldc, own.version, &own);
 }
 
 // One level: sweeps over columns of X, in each a walk over the blocks of T.

@@ -216,6 +216,36 @@ TYPED_TEST(ComplexVariants, compute_exactly_with_whole_numbers)
                 }
 }
 
+TYPED_TEST(ComplexVariants, by_three_products_combine_them_in_a_fixed_order)
+{
+    using R = TypeParam;
+    using T = cpx<R>;
+    for (const T beta : {T{R(0.3), R(-1.7)}, zero<T>}) {
+        const Operands<T> x(Problem<T>{'N', 'N', 23, 17, 100, {R(1.1), R(-0.7)}, beta});
+        const auto parts = [](const Guarded<T>& from, int part) {
+            std::vector<R> plane;
+            for (const T& e : from) plane.push_back(part == 0 ? e.re : part == 1 ? e.im : e.re + e.im);
+            return plane;
+        };
+        std::vector<R> p[3];
+        for (int part = 0; part < 3; ++part) {
+            const std::vector<R> a = parts(x.a, part), b = parts(x.b, part);
+            p[part].resize(x.c.size());
+            gemm<R>()("N", "N", &x.p.m, &x.p.n, &x.p.k, &one<R>, a.data(), &x.p.lda, b.data(), &x.p.ldb, &zero<R>,
+                      p[part].data(), &x.p.ldc);
+        }
+        x.call(gemm<T>("x", "gemm3m"));
+        expect_bits(x, [&](i64 i, i64 j) {
+            const auto at = static_cast<std::size_t>(i + j * x.p.ldc);
+            const R re = p[0][at] - p[1][at], im = (p[2][at] - p[0][at]) - p[1][at];
+            const T f = x.p.alpha, g = beta, c = x.was(i, j);
+            T sum{f.re * re - f.im * im, re * f.im + im * f.re};
+            if (beta != zero<T>) sum = {(sum.re + g.re * c.re) - g.im * c.im, (sum.im + c.re * g.im) + c.im * g.re};
+            return sum;
+        });
+    }
+}
+
 TYPED_TEST(ComplexVariants, cross_the_edges_of_their_blocks)
 {
     using F = ComplexVariants<TypeParam>;
