@@ -1,6 +1,7 @@
 # liborv_mc3.so: every kernel, built for SSE4.2 and nothing wider.
 file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/frame/*.cpp ${PROJECT_SOURCE_DIR}/blas/*.cpp
      ${PROJECT_SOURCE_DIR}/blas/gemm/*.cpp ${PROJECT_SOURCE_DIR}/blas/level3/*.cpp
+     ${PROJECT_SOURCE_DIR}/lapack_ps/*.cpp
      ${PROJECT_SOURCE_DIR}/trans/*.cpp ${PROJECT_SOURCE_DIR}/xblas/*.cpp)
 add_library(orv_mc3 MODULE ${sources})
 # The parts of a complex sum are two chains of additions that run side by side; the compiler would put both in one

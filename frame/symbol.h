@@ -7,6 +7,7 @@
 // One line a module, so that a kernel file writes BLAS(xdaxpy) and the reader greps for it.
 // The names of transposition carry a second orv_ behind the tag.
 #define BLAS(name) ORV_KERNEL(blas, name)
+#define LAPACK_PS(name) ORV_KERNEL(lapack_ps, name)
 #define TRANS(name) ORV_KERNEL(trans, orv_##name)
 
 // Tables that a caller may look up carry the branch tag but no module.
