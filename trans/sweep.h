@@ -62,16 +62,17 @@ ORV_INLINE void strip(u64 rows, const S& source, const D& target, Distance dista
     constexpr bool edge = cols < 8; // a few columns behind all others
     u64 i = 0;
     [[maybe_unused]] const auto run = [&]<int length>() ORV_INLINE_LAMBDA {
-        if constexpr (!edge && length >= 8)
+        if constexpr (!edge && (length >= 8 || lanes == 1))
             if (distance != Distance::near) ask_ahead<length, cols>(source.at(i, 0), target.at(0, i), distance);
         tile<length, cols>(source.at(i, 0), target.at(0, i));
         i += length;
     };
     if constexpr (cols >= lanes) {
-        if constexpr (!edge)
+        if constexpr (!edge && lanes > 1)
             while (rows - i > 12) run.template operator()<12>();
-        while (rows - i >= 8) run.template operator()<8>();
-        if (rows - i >= 4) run.template operator()<4>();
+        if constexpr (lanes > 1)
+            while (rows - i >= 8) run.template operator()<8>();
+        while (rows - i >= 4) run.template operator()<4>();
         if constexpr (lanes == 2)
             if (rows - i >= 2) run.template operator()<2>();
     }
