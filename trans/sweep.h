@@ -54,21 +54,22 @@ ORV_INLINE void ask_ahead(const S& source, const D& target, Distance distance)
 }
 
 // So many rows of the source, cols wide: to cols rows of the target, in runs of twelve elements, of eight, and shorter
-// ones for the rest.
+// ones for the rest; runs of four where a register holds one element, since the addresses of more rows would not stay
+// in registers. Strips of eight columns are of far matrices, and ask ahead.
 template <int cols, class S, class D>
 ORV_INLINE void strip(u64 rows, const S& source, const D& target, Distance distance)
 {
     constexpr int lanes = S::lanes;
-    constexpr bool edge = cols < 8; // a few columns behind all others
+    constexpr bool far = cols == 8;
     u64 i = 0;
     [[maybe_unused]] const auto run = [&]<int length>() ORV_INLINE_LAMBDA {
-        if constexpr (!edge && (length >= 8 || lanes == 1))
-            if (distance != Distance::near) ask_ahead<length, cols>(source.at(i, 0), target.at(0, i), distance);
+        if constexpr (far && (length >= 8 || lanes == 1))
+            ask_ahead<length, cols>(source.at(i, 0), target.at(0, i), distance);
         tile<length, cols>(source.at(i, 0), target.at(0, i));
         i += length;
     };
     if constexpr (cols >= lanes) {
-        if constexpr (!edge && lanes > 1)
+        if constexpr (far && lanes > 1)
             while (rows - i > 12) run.template operator()<12>();
         if constexpr (lanes > 1)
             while (rows - i >= 8) run.template operator()<8>();
@@ -80,13 +81,15 @@ ORV_INLINE void strip(u64 rows, const S& source, const D& target, Distance dista
         for (int j = 0; j < cols; ++j) target.template put<1>(j, i, source.template get<1>(i, j));
 }
 
-// All of rows by cols elements, eight columns of the source at a time.
+// All of rows by cols elements. Eight columns of the source at a time use up its lines where they come from afar; four
+// write fewer rows of the target at a time, which is faster where both are near.
 template <class S, class D> void sweep(u64 rows, u64 cols, const S& source, const D& target, Distance distance)
 {
     constexpr int lanes = S::lanes;
     u64 j = 0;
-    for (; cols - j >= 8; j += 8) strip<8>(rows, source.at(0, j), target.at(j, 0), distance);
-    if (cols - j >= 4) strip<4>(rows, source.at(0, j), target.at(j, 0), Distance::near), j += 4;
+    if (distance != Distance::near)
+        for (; cols - j >= 8; j += 8) strip<8>(rows, source.at(0, j), target.at(j, 0), distance);
+    for (; cols - j >= 4; j += 4) strip<4>(rows, source.at(0, j), target.at(j, 0), Distance::near);
     if constexpr (lanes <= 2)
         if (cols - j >= 2) strip<2>(rows, source.at(0, j), target.at(j, 0), Distance::near), j += 2;
     for (; j < cols; ++j) strip<1>(rows, source.at(0, j), target.at(j, 0), Distance::near);
