@@ -111,7 +111,7 @@ template <class T> u64 rows_together(u64 lda, u64 ldb)
 template <class S, class D> void sweep_bands(u64 rows, u64 cols, const S& source, u64 lda, const D& target, u64 ldb)
 {
     using T = typename S::element;
-    constexpr u64 least = 32; // bands are never lower
+    constexpr u64 least = 64; // a few pages too many cost less than a second, low band
     const Distance d = distance<T>(rows, cols, lda, ldb);
     if (rows <= least || cols == 1) return sweep(rows, cols, source, target, d);
     const u64 height = rows_together<T>(lda, ldb);
