@@ -12,7 +12,9 @@ import unittest
 
 programs, libraries, reference_blas = (pathlib.Path(word).resolve() for word in sys.argv[1:4])
 reference_folder = pathlib.Path(sys.argv[3]).parent
-DATA = pathlib.Path(__file__).resolve().parents[2] / "examples/digits/digits.csv"
+EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
+DATA = EXAMPLES / "digits/digits.csv"
+POWER = EXAMPLES / "factor/power.mtx"
 
 
 def run(program, *arguments, **variables):
@@ -124,6 +126,141 @@ class Refine(unittest.TestCase):
             self.assertLess(rows[-1][2], 2.3e-16)  # the last bit of 1
             self.assertIn("= 0 in double, 1 in extra precision", done.stdout)
             self.assertEqual(page.read_text().count("<polyline"), 2)
+
+
+class Factor(unittest.TestCase):
+    """LAPACK factors matrices from files."""
+
+    def setUp(self):
+        if not (programs / "factor").exists():
+            self.skipTest("liblapack3 was not there when the examples were built")
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def matrix(self, text):
+        path = self.folder / "m.mtx"
+        path.write_text(text)
+        return path
+
+    def methods(self, done):
+        """Seconds, speed, residual, error, libraries with their shares of the time: by method."""
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        rows = re.findall(r"^(LU|Cholesky) +([\d.]+) +([\d.]+) +(\S+) +(\S+) +(.*)$", done.stdout, re.M)
+        return {name: (*map(float, numbers), dict(re.findall(r"(\S+) (\d+)%", rest))) for name, *numbers, rest in rows}
+
+    def test_solves_on_both_libraries_and_shows_where_the_time_went(self):
+        saved, page = self.folder / "reference.txt", self.folder / "page.html"
+        theirs = run("factor", POWER, LD_LIBRARY_PATH=reference_folder)
+        saved.write_text(theirs.stdout)
+        ours = run("factor", POWER, page, saved)
+        self.assertRegex(ours.stdout, rf"BLAS +{libraries}/libblas.so.3\n")
+        self.assertRegex(theirs.stdout, rf"BLAS +{reference_blas}\n")
+        for output in (ours.stdout, theirs.stdout):
+            self.assertRegex(output, r"LAPACK +\S+/lapack/liblapack.so.3")
+            self.assertIn("1723 by 1723, 6511 elements not 0, symmetric", output)
+        for done, library in ((ours, "liborv_mc3.so"), (theirs, "libblas.so.3")):
+            found = self.methods(done)
+            self.assertEqual(list(found), ["LU", "Cholesky"])
+            for _, _, residual, error, share in found.values():
+                # Backward stable in practice: a residual of a modest multiple of the last bit, an error of that times
+                # the condition, 2e5.
+                self.assertLess(residual, 10 * 2**-52)
+                self.assertLess(error, 2e5 * 10 * 2**-52)
+                self.assertGreater(int(share[library]), 50)
+        text = page.read_text()
+        self.assertTrue(text.startswith("<!doctype html>") and text.rstrip().endswith("</html>"))
+        self.assertEqual(len(re.findall(r"<tr><td>(?:LU|Cholesky)<td>(?:this one|the other)", text)), 4)
+        self.assertIn(str(reference_blas), text)
+        self.assertNotRegex(text, r"\bnan\b|\binf\b")
+
+    def test_reads_every_form(self):
+        banner = "%%MatrixMarket matrix "
+        for head, body, kind in (
+                ("coordinate real general", "2 2 3\n1 1 2\n1 2 1e0\n2 2 -4\n", "3 elements not 0, not symmetric"),
+                ("coordinate integer symmetric", "2 2 3\n1 1 2\n2 1 1\n2 2 2\n", "4 elements not 0, symmetric"),
+                ("coordinate pattern general", "2 2 3\n1 1\n2 1\n2 2\n", "3 elements not 0, not symmetric"),
+                ("coordinate real skew-symmetric", "2 2 1\n2 1 3\n", "2 elements not 0, not symmetric"),
+                ("array real general", "2 2\n1\n0\n5\n2\n", "3 elements not 0, not symmetric"),
+                ("array integer symmetric", "2 2\n3\n1\n3\n", "4 elements not 0, symmetric"),
+                ("array real skew-symmetric", "2 2\n7\n", "2 elements not 0, not symmetric"),
+                ("COORDINATE Real General", "% a comment\n\n2 2 2\n\n2 2 1\n1 1 1\n\n", "2 elements not 0, symmetric")):
+            with self.subTest(head=head):
+                done = run("factor", self.matrix(f"{banner}{head}\n{body}"))
+                self.assertIn(f"2 by 2, {kind}\n", done.stdout)
+                found = self.methods(done)
+                self.assertEqual("Cholesky" in found, kind.endswith(" symmetric") and "not symmetric" not in kind)
+                self.assertLess(found["LU"][3], 1e-15)
+
+    def test_refuses_bad_files_with_file_and_line(self):
+        real = "%%MatrixMarket matrix coordinate real general\n"
+        symmetric = real.replace("general", "symmetric")
+        array = "%%MatrixMarket matrix array real general\n"
+        for text, line, why in (
+                ("", 1, "this is no Matrix Market file"),
+                ("1 2 3\n", 1, "this is no Matrix Market file"),
+                ("%%MatrixMarket matrix coordinate\n", 1, "expected: %%MatrixMarket matrix FORM FIELD SYMMETRY"),
+                ("%%MatrixMarket vector coordinate real general\n", 1, "expected: %%MatrixMarket matrix"),
+                (real.replace("coordinate", "dense"), 1, "the form dense is not coordinate or array"),
+                (real.replace("real", "complex"), 1, "complex matrices are not for this program"),
+                (real.replace("real", "quaternion"), 1, "the field quaternion is not real, integer or pattern"),
+                (array.replace("real", "pattern"), 1, "an array cannot be a pattern"),
+                (real.replace("general", "hermitian"), 1, "the symmetry hermitian is not general, symmetric or skew"),
+                (real, 2, "the file ends before the line of sizes"),
+                (real + "% only comments\n", 3, "the file ends before the line of sizes"),
+                (real + "2 2\n", 2, "no whole number for the number of entries"),
+                (real + "2 x 1\n", 2, "no whole number for the number of columns"),
+                (real + "0 0 0\n", 2, "the number of rows is not from 1 to"),
+                (real + "2 3 1\n1 1 1\n", 2, "the matrix has 2 rows and 3 columns: only a square one can be solved"),
+                (real + "500000000 500000000 1\n", 2, "500000000 rows are too many: full matrices of them need"),
+                (real + "99999999999999999999 1 1\n", 2, "the number of rows is not from 1 to"),
+                (real + "2 2 1\n1 1 1 1\n", 3, "more on the line than belongs there: 1"),
+                (real + "2 2 1\n3 1 1\n", 3, "the row is not from 1 to 2"),
+                (real + "2 2 1\n1 0 1\n", 3, "the column is not from 1 to 2"),
+                (real + "2 2 1\n1 1\n", 3, "no number for the value"),
+                (real + "2 2 1\n1 1 nan\n", 3, "the value is not a finite number"),
+                (real + "2 2 1\n1 1 1e999\n", 3, "the value is not a finite number"),
+                (real + "2 2 1\n1 1 2,5\n", 3, "no number for the value"),
+                (real + "2 2 2\n1 1 1\n", 4, "the file ends after 1 of 2 entries"),
+                (real + "2 2 1\n1 1 1\n2 2 1\n", 4, "more lines than the sizes tell"),
+                (real + "2 2 2\n1 1 1\n% late\n", 4, "no whole number for the row"),
+                (real + "2 2 2\n1 1 1\n1 1 1\n", 4, "row 1 of column 1 for the second time"),
+                (symmetric + "2 2 2\n2 1 1\n1 2 1\n", 4, "row 1 of column 2 for the second time"),
+                (symmetric.replace("symmetric", "skew-symmetric") + "2 2 1\n1 1 1\n", 3, "zeros on its diagonal"),
+                (array + "2 2\n1\n2\n3\n", 6, "the file ends before row 2 of column 2"),
+                (array + "2 2 4\n1\n", 2, "more on the line than belongs there")):
+            with self.subTest(line=line, why=why):
+                path = self.matrix(text)
+                done = run("factor", path)
+                self.assertEqual(done.returncode, 1)
+                self.assertIn(f"factor: {path}:{line}: ", done.stderr)
+                self.assertIn(why, done.stderr)
+
+    def test_says_that_a_matrix_is_singular(self):
+        path = self.matrix("%%MatrixMarket matrix coordinate real symmetric\n3 3 3\n1 1 1\n2 1 1\n2 2 1\n")
+        done = run("factor", path)
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.stderr, f"factor: {path}: the matrix is singular: pivot 2 of 3 is 0, so A*x = b has no "
+                                      "solution or many\n")
+
+    def test_says_that_a_matrix_is_all_but_singular_or_not_positive_definite(self):
+        # The second row is the first one divided by three and rounded.
+        done = run("factor", self.matrix("%%MatrixMarket matrix array real symmetric\n2 2\n1\n"
+                                         "0.33333333333333331\n0.11111111111111116\n"))
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertIn("singular as far as double can tell, no digit of x can be trusted", done.stdout)
+        done = run("factor", self.matrix("%%MatrixMarket matrix coordinate real symmetric\n2 2 2\n1 1 1\n2 2 -1\n"))
+        self.assertIn("Cholesky  does not apply: the matrix is not positive definite (leading 2 by 2)\n", done.stdout)
+        done = run("factor", self.matrix("%%MatrixMarket matrix coordinate real general\n2 2 3\n1 1 1\n1 2 1\n2 2 1\n"))
+        self.assertIn("Cholesky  does not apply: the matrix is not symmetric\n", done.stdout)
+
+    def test_says_what_cannot_be_opened(self):
+        for arguments, why in ((["/nowhere.mtx"], "/nowhere.mtx: No such file"),
+                               ([POWER, self.folder / "page.html", "/nowhere.txt"], "/nowhere.txt: No such file"),
+                               ([POWER, "/nowhere/page.html"], "/nowhere/page.html: No such file")):
+            done = run("factor", *arguments)
+            self.assertEqual(done.returncode, 1)
+            self.assertIn(why, done.stderr)
 
 
 if __name__ == "__main__":
