@@ -32,8 +32,8 @@ if not pathlib.Path(lapack, "liblapack.so.3").exists():
     skip("liblapack3 is not installed")
 
 with tempfile.TemporaryDirectory() as place:
-    done = subprocess.run([PYTHON, "-B", "-m", "pytest", "-q", "--disable-warnings", "-p", "no:cacheprovider", "--pyargs", *TESTS], cwd=place,
-                          text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+    done = subprocess.run([PYTHON, "-B", "-m", "pytest", "-q", "--disable-warnings", "-p", "no:cacheprovider",
+                           "--pyargs", *TESTS], cwd=place, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                           env={**os.environ, "LD_LIBRARY_PATH": f"{stand_in}:{lapack}", "LD_DEBUG": "bindings",
                                "LD_DEBUG_OUTPUT": f"{place}/log"})
     log = "".join(path.read_text() for path in pathlib.Path(place).glob("log.*"))
