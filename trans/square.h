@@ -128,8 +128,8 @@ template <class T, class Op> void turn_square(u64 n, T* a, u64 ld, const Op& op)
         }
     } else {
         // Rows of tiles in groups: their lines stay in the caches while those of their partners pass, each row of which
-        // is met by the whole group. The next partners are asked for. 32 rows and those of a partner are fewer pages than
-        // a first-level page table holds.
+        // is met by the whole group. The next partners are asked for. 32 rows and those of a partner are fewer pages
+        // than a first-level page table holds.
         constexpr u64 group = 32;
         static_assert(group % unit == 0);
         for (u64 i = 0; i < tiled; i += unit) turn_tile(a + i * ld + i, ld, op);
