@@ -21,8 +21,8 @@ int orv_serv_check_ptr(const void* block, const char* routine, int name_length);
 // Nonzero if the two letters agree but for case.
 int orv_serv_lsame(const char* a, const char* b, int a_length, int b_length);
 
-// Reports a bad argument by its number, which arrives negated.
-void orv_serv_xerbla(const char* routine, const orv::i64* negated_position, int name_length);
+// Reports a bad argument by its number, as it is or negated.
+void orv_serv_xerbla(const char* routine, const orv::i64* position, int name_length);
 
 // The reproducibility state; the selector is always 1. 1: free choice, anything else: fixed-order twins.
 int orv_serv_cbwr_get(int selector);

@@ -6,6 +6,7 @@
 #include "orv/numerics.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -36,11 +37,11 @@ ORV_EXPORT int orv_serv_lsame(const char* a, const char* b, int, int)
     return upper(*a) == upper(*b);
 }
 
-ORV_EXPORT void orv_serv_xerbla(const char* routine, const i64* negated_position, int name_length)
+ORV_EXPORT void orv_serv_xerbla(const char* routine, const i64* position, int name_length)
 {
     char name[64] = {}; // names arrive without a closing zero
     std::memcpy(name, routine, min(max(name_length, 0), sizeof name - 1));
-    bad_argument(name, static_cast<int>(-*negated_position));
+    bad_argument(name, static_cast<int>(std::abs(*position)));
 }
 
 ORV_EXPORT int orv_serv_cbwr_get(int)
