@@ -3,8 +3,8 @@
 //   orv_lapack_?lacpy   B := A, or its upper (uplo U) or lower (L) trapezoid, the rest of B untouched
 //   orv_lapack_?lascl   A := (to/from)*A, where neither to/from nor a step on the way needs to be a number that can be
 //                       represented: only results that are too large overflow, and only those that are too small
-//                       underflow. What A holds is told by type: G all, L lower, U upper, H upper Hessenberg; B and Q the
-//                       lower and upper half of a symmetric band, Z a band as the factorisation of one stores it.
+//                       underflow. What A holds is told by type: G all, L lower, U upper, H upper Hessenberg; B and Q
+//                       the lower and upper half of a symmetric band, Z a band as the factorisation of one stores it.
 //
 // Arguments by pointer; of letters the first character counts, in either case, and no lengths are passed. lascl tells
 // of a bad argument by its negated number in info and to orv_serv_xerbla; a factor that is NaN, or from = 0, is bad.
@@ -39,13 +39,20 @@ template <class T> void lacpy(char uplo, i64 m, i64 n, const T* a, i64 lda, T* b
 Rows stored_rows(char type, i64 kl, i64 ku, i64 m, i64 n, i64 j)
 {
     switch (type) {
-    case 'L': return {j, m};
-    case 'U': return {0, min(j + 1, m)};
-    case 'H': return {0, min(j + 2, m)};
-    case 'B': return {0, min(kl + 1, n - j)};
-    case 'Q': return {max(ku - j, 0), ku + 1};
-    case 'Z': return {max(kl + ku - j, kl), min(2 * kl + ku + 1, kl + ku + m - j)};
-    default: return {0, m};
+    case 'L':
+        return {j, m};
+    case 'U':
+        return {0, min(j + 1, m)};
+    case 'H':
+        return {0, min(j + 2, m)};
+    case 'B':
+        return {0, min(kl + 1, n - j)};
+    case 'Q':
+        return {max(ku - j, 0), ku + 1};
+    case 'Z':
+        return {max(kl + ku - j, kl), min(2 * kl + ku + 1, kl + ku + m - j)};
+    default:
+        return {0, m};
     }
 }
 
@@ -88,8 +95,7 @@ private:
     bool left_ = true;
 };
 
-template <class R>
-i64 lascl(const char* name, char letter, i64 kl, i64 ku, R from, R to, i64 m, i64 n, R* a, i64 lda)
+template <class R> i64 lascl(const char* name, char letter, i64 kl, i64 ku, R from, R to, i64 m, i64 n, R* a, i64 lda)
 {
     const char type = fold(letter);
     if (const int bad = bad_scaling(type, kl, ku, from, to, m, n, lda)) {

@@ -23,12 +23,13 @@ template <class R> int to_unity(R size)
     return size > 0 && std::isfinite(size) ? std::clamp(-std::ilogb(size), -limit, limit) : 0;
 }
 
-// Root number i (1 or 2) of two poles. delta receives d - sigma, work d + sigma: neither is formed from sigma, which may
-// agree with a pole to all its digits, but from tau, sigma's distance to the pole that lies nearer.
+// Root number i (1 or 2) of two poles. delta receives d - sigma, work d + sigma: neither is formed from sigma, which
+// may agree with a pole to all its digits, but from tau, sigma's distance to the pole that lies nearer.
 template <class R> void lasd5(i64 i, const R* d, const R* z, R* delta, R rho, R* sigma, R* work)
 {
     // By powers of two, squares stay in range, and results are the same but for that.
-    const int exponent = to_unity(std::max(std::fabs(d[1]), std::sqrt(rho) * std::max(std::fabs(z[0]), std::fabs(z[1]))));
+    const int exponent =
+        to_unity(std::max(std::fabs(d[1]), std::sqrt(rho) * std::max(std::fabs(z[0]), std::fabs(z[1]))));
     const auto scaled = [=](R x) { return std::scalbn(x, exponent); };
     const R d1 = scaled(d[0]), d2 = scaled(d[1]);
     const R weight = scaled(scaled(rho)), first = weight * z[0] * z[0], second = weight * z[1] * z[1];
@@ -118,8 +119,8 @@ private:
         return std::fabs(at_0_) <= std::fabs(value.f) ? 0 : tau;
     }
 
-    // Third powers of reciprocal distances appear: where they would overflow, all distances and weights are multiplied by
-    // a power of two, which leaves the function's values what they are. Returns its exponent.
+    // Third powers of reciprocal distances appear: where they would overflow, all distances and weights are multiplied
+    // by a power of two, which leaves the function's values what they are. Returns its exponent.
     int bring_into_range(R& tau)
     {
         constexpr int third = std::numeric_limits<R>::max_exponent / 3;

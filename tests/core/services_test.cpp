@@ -52,10 +52,11 @@ TEST(Services, record_a_bad_argument_in_silence)
 TEST(Services, hand_a_bad_argument_to_the_users_handler)
 {
     EXPECT_EQ(orv_set_argument_handler(report), nullptr);
-    const i64 position = -2;
-    orv_serv_xerbla("SLASD3", &position, 6);
-    EXPECT_EQ(reported_routine, "SLASD3");
-    EXPECT_EQ(reported_argument, 2);
+    for (const i64 position : {-2, 3}) { // negated or not
+        orv_serv_xerbla("SLASD3", &position, 6);
+        EXPECT_EQ(reported_routine, "SLASD3");
+        EXPECT_EQ(reported_argument, std::abs(position));
+    }
     EXPECT_EQ(orv_set_argument_handler(nullptr), report);
 }
 
