@@ -76,7 +76,10 @@ template <class T, Kind kind> void recursive(const Product<T, kind>& x, const Sq
     scale(x.m, x.n, x.beta, x.c, x.ldc);
     if (x.alpha == zero<T>) return;
     const i64 all = x.left ? x.n : x.m, most = x.left && x.upper ? 1000 : 5000;
-    for (i64 from = 0; from < all; from += most) strip(x, from, min(all - from, most), square);
+    for (i64 from = 0, count; from < all; from += count) {
+        count = sweep_of(all - from, most);
+        strip(x, from, count, square);
+    }
 }
 
 template <class T, Kind kind> void without_memory(const Product<T, kind>& x)

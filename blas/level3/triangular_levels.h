@@ -42,8 +42,9 @@ template <Task task, class T> void walk_level(const Triangular<T>& x, const Leve
     const Level<T>& level = levels.here();
     const bool deeper = levels.at < levels.last && levels.level[levels.last].block < x.order, lower = x.lower();
     const i64 pieces = (x.order + level.block - 1) / level.block;
-    for (i64 j = 0; j < x.others; j += level.col_block) {
-        const Triangular<T> sweep = x.sweep(j, min(x.others - j, level.col_block));
+    for (i64 j = 0, count; j < x.others; j += count) {
+        count = sweep_of(x.others - j, level.col_block);
+        const Triangular<T> sweep = x.sweep(j, count);
         for (i64 s = 0; s < pieces; ++s) {
             const i64 nth = task == Task::solve ? s : pieces - 1 - s;
             const Piece p = piece_of(lower, x.order, nth * level.block, level.block);

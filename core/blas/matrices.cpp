@@ -1,90 +1,57 @@
-// Matrix products: arguments checked, large ones shared among threads.
-#include "core/blas/routine.h"
-#include "core/team/team.h"
+// Products of general matrices, also by three real ones in place of a complex one, and of a real matrix with a complex
+// one: arguments checked, large ones shared among threads.
+#include "core/blas/cut_products.h"
+#include "core/blas/shared.h"
 #include "frame/arguments.h"
+#include "orv/numerics.h"
 
 using namespace orv;
 using namespace orv::core;
 
 namespace {
 
-// A cut of m by n elements into one part a thread: rows by columns, the parts as square as may be, which reads the
-// least.
-struct Grid {
-    int rows = 1, columns = 1;
-
-    Grid(i64 m, i64 n, int parts)
+// By rows and columns of C. A has elements of type E.
+template <class T, class E> struct GemmCut {
+    template <class... P>
+    static int threads(const char*, const char*, const i64* m, const i64* n, const i64* k, const T* alpha, P...)
     {
-        double best = 0;
-        for (int r = 1; r <= parts; ++r) {
-            const double edges = static_cast<double>(m) / r + static_cast<double>(n) * r / parts;
-            if (parts % r != 0 || (best != 0 && edges >= best)) continue;
-            best = edges, rows = r, columns = parts / r;
-        }
+        if (*alpha == zero<T>) return 1;
+        const double products = std::is_same_v<T, E> ? volume(*m, *n, *k) : 0.5 * volume(*m, *n, *k);
+        return threads_for_products<T>(products, max(*m / least_side, 1) * max(*n / least_side, 1));
+    }
+    template <class K>
+    static void run(int index, int count, K* kernel, const char* transa, const char* transb, const i64* m, const i64* n,
+                    const i64* k, const T* alpha, const E* a, const i64* lda, const T* b, const i64* ldb, const T* beta,
+                    T* c, const i64* ldc)
+    {
+        const Grid grid(*m, *n, count);
+        const Range rows = even_part(*m, grid.rows, index % grid.rows, tile);
+        const Range columns = even_part(*n, grid.columns, index / grid.rows, tile);
+        const E* const a_part = fold(*transa) == 'N' ? a + rows.begin : a + rows.begin * *lda;
+        const T* const b_part = fold(*transb) == 'N' ? b + columns.begin * *ldb : b + columns.begin;
+        kernel(transa, transb, &rows.size, &columns.size, k, alpha, a_part, lda, b_part, ldb, beta,
+               c + rows.begin + columns.begin * *ldc, ldc);
     }
 };
 
-// Every edge of a part but the last is a multiple of the granules of all kernels: no part ends in leftovers that the
-// whole has not, and each element of C goes through the same operations whoever computes it.
-constexpr i64 granule = 16;
-constexpr i64 edge(i64 size, int parts, int index)
-{
-    return index == parts ? size : size / granule * index / parts * granule;
-}
-
-template <auto& F> class Gemm {
-    using T = value_argument<F, 5>;
-
-    // Multiplications worth a thread, 0.2 ms of one core: waking a team that has gone to sleep can cost as much.
-    static constexpr i64 grain = 16'000'000 / static_cast<i64>(sizeof(real_t<T>)) / (is_complex<T> ? 4 : 1);
-    // A part has at least this many rows and columns, or the whole is not cut that way: panels stay whole.
-    static constexpr i64 least = 32;
-
-public:
-    constexpr explicit Gemm(const char* symbol) : kernel_(symbol) {}
-
-    [[gnu::always_inline]] orv_status operator()(const char* transa, const char* transb, const i64* m, const i64* n,
-                                                 const i64* k, const T* alpha, const T* a, const i64* lda, const T* b,
-                                                 const i64* ldb, const T* beta, T* c, const i64* ldc)
+// The kernel multiplies blocks of A and B that are so many steps deep. Where the last of them is shallow, leftovers of
+// few rows and columns are added up in another order, and a cut makes other leftovers.
+template <class T> struct Gemm3mCut : GemmCut<T, T> {
+    template <class... P>
+    static int threads(const char* transa, const char* transb, const i64* m, const i64* n, const i64* k, P... others)
     {
-        if (const int bad = arguments::gemm(*transa, *transb, *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc))
-            return -bad;
-        auto* const kernel = kernel_.get();
-        if (kernel == nullptr) [[unlikely]]
-            return last_status();
-
-        const int threads = threads_worth(*m, *n, *k);
-        if (threads == 1) kernel(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
-        else share(threads, kernel, transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
-        return ORV_OK;
+        constexpr i64 depth = 128, shallow = 10;
+        const bool ends_shallow = (*k - 1) % depth < shallow;
+        const int threads = GemmCut<T, T>::threads(transa, transb, m, n, k, others...);
+        return threads > 1 && ends_shallow && orv_get_reproducible() ? 1 : threads;
     }
-
-private:
-    [[gnu::noinline]] static void share(int threads, kernel_form<F>* kernel, const char* transa, const char* transb,
-                                        const i64* m, const i64* n, const i64* k, const T* alpha, const T* a,
-                                        const i64* lda, const T* b, const i64* ldb, const T* beta, T* c, const i64* ldc)
-    {
-        parallel(threads, [&](int index, int count) {
-            const Grid grid(*m, *n, count);
-            const int row = index % grid.rows, column = index / grid.rows;
-            const i64 i = edge(*m, grid.rows, row), rows = edge(*m, grid.rows, row + 1) - i;
-            const i64 j = edge(*n, grid.columns, column), columns = edge(*n, grid.columns, column + 1) - j;
-            const T* const a_part = fold(*transa) == 'N' ? a + i : a + i * *lda;
-            const T* const b_part = fold(*transb) == 'N' ? b + j * *ldb : b + j;
-            kernel(transa, transb, &rows, &columns, k, alpha, a_part, lda, b_part, ldb, beta, c + i + j * *ldc, ldc);
-        });
-    }
-
-    static int threads_worth(i64 m, i64 n, i64 k)
-    {
-        const double work = static_cast<double>(m) * static_cast<double>(n) * static_cast<double>(k);
-        if (work < 2.0 * grain) return 1;
-        const i64 most = max(m / least, 1) * max(n / least, 1);
-        return static_cast<int>(min(most, threads_for(static_cast<i64>(work < 1e18 ? work : 1e18), grain)));
-    }
-
-    Kernel<kernel_form<F>> kernel_;
 };
+
+template <auto& F> using C = value_argument<F, 5>;
+template <auto& F>
+using Gemm =
+    Shared<F, arguments::gemm, GemmCut<C<F>, std::remove_const_t<std::remove_pointer_t<value_argument<F, 6>>>>>;
+template <auto& F> using Gemm3m = Shared<F, arguments::gemm, Gemm3mCut<C<F>>>;
 
 } // namespace
 
@@ -92,3 +59,9 @@ ORV_BLAS(13, sgemm, Gemm, xsgemm)
 ORV_BLAS(13, dgemm, Gemm, xdgemm)
 ORV_BLAS(13, cgemm, Gemm, xcgemm)
 ORV_BLAS(13, zgemm, Gemm, xzgemm)
+
+ORV_BLAS(13, cgemm3m, Gemm3m, xcgemm3m)
+ORV_BLAS(13, zgemm3m, Gemm3m, xzgemm3m)
+
+ORV_BLAS(13, scgemm, Gemm, xscgemm)
+ORV_BLAS(13, dzgemm, Gemm, xdzgemm)

@@ -4,8 +4,7 @@
 // The work is reading the matrix once, so what a thread is worth is told in bytes of it. Members get rows or columns of
 // the result such that each element goes through the same operations whoever computes it.
 #include "core/blas/cut.h"
-#include "core/blas/routine.h"
-#include "core/team/team.h"
+#include "core/blas/shared.h"
 #include "frame/arguments.h"
 
 using namespace orv;
@@ -21,33 +20,6 @@ template <class T> int threads_worth(double elements, i64 n)
     const i64 bytes = static_cast<i64>(elements < most ? elements : most) * i64(sizeof(T));
     return static_cast<int>(max(1, min(n / granule, threads_for(bytes, grain))));
 }
-
-// A routine above its kernel, which Cut may have run by several threads: Cut::threads(arguments...) says how many pay,
-// Cut::run(index, count, kernel, arguments...) is the part of one.
-template <auto& F, auto check, class Cut> class Shared {
-public:
-    constexpr explicit Shared(const char* symbol) : kernel_(symbol) {}
-
-    template <class... P> [[gnu::always_inline]] orv_status operator()(P... arguments)
-    {
-        if (const int bad = on_values<F>(check, arguments...)) return -bad;
-        auto* const kernel = kernel_.get();
-        if (kernel == nullptr) [[unlikely]]
-            return last_status();
-        const int threads = Cut::threads(arguments...);
-        if (threads == 1) kernel(arguments...);
-        else share(threads, kernel, arguments...);
-        return ORV_OK;
-    }
-
-private:
-    template <class... P> [[gnu::noinline]] static void share(int threads, kernel_form<F>* kernel, P... arguments)
-    {
-        parallel(threads, [&](int index, int count) { Cut::run(index, count, kernel, arguments...); });
-    }
-
-    Kernel<kernel_form<F>> kernel_;
-};
 
 // By parts of y.
 template <class T> struct GemvCut {

@@ -1,6 +1,6 @@
-// Products with symmetric and Hermitian matrices and updates of such, and the general product by three real ones:
-// arguments checked.
-#include "core/blas/routine.h"
+// Products with symmetric and Hermitian matrices: arguments checked, large ones shared among threads.
+#include "core/blas/cut_products.h"
+#include "core/blas/shared.h"
 #include "frame/arguments.h"
 
 using namespace orv;
@@ -8,10 +8,30 @@ using namespace orv::core;
 
 namespace {
 
-template <auto& F> using Symm = Checked<F, arguments::symm>;
-template <auto& F> using Syrk = Checked<F, arguments::syrk>;
-template <auto& F> using Syr2k = Checked<F, arguments::syr2k>;
-template <auto& F> using Gemm3m = Checked<F, arguments::gemm>;
+// By columns of B and C, or by rows of them where A comes from the right: each needs all of A.
+template <class T> struct SymmCut {
+    template <class... P>
+    static int threads(const char* side, const char*, const i64* m, const i64* n, const T* alpha, P...)
+    {
+        if (*alpha == zero<T>) return 1;
+        const bool left = fold(*side) == 'L';
+        return threads_for_products<T>(volume(*m, *n, left ? *m : *n), (left ? *n : *m) / least_side);
+    }
+    template <class K>
+    static void run(int index, int count, K* kernel, const char* side, const char* uplo, const i64* m, const i64* n,
+                    const T* alpha, const T* a, const i64* lda, const T* b, const i64* ldb, const T* beta, T* c,
+                    const i64* ldc)
+    {
+        if (fold(*side) == 'L') {
+            const Range r = even_part(*n, count, index, tile);
+            kernel(side, uplo, m, &r.size, alpha, a, lda, b + r.begin * *ldb, ldb, beta, c + r.begin * *ldc, ldc);
+        } else {
+            const Range r = even_part(*m, count, index, tile);
+            kernel(side, uplo, &r.size, n, alpha, a, lda, b + r.begin, ldb, beta, c + r.begin, ldc);
+        }
+    }
+};
+template <auto& F> using Symm = Shared<F, arguments::symm, SymmCut<value_argument<F, 4>>>;
 
 } // namespace
 
@@ -22,22 +42,3 @@ ORV_BLAS(12, zsymm, Symm, xzsymm)
 
 ORV_BLAS(12, chemm, Symm, xchemm)
 ORV_BLAS(12, zhemm, Symm, xzhemm)
-
-ORV_BLAS(10, ssyrk, Syrk, xssyrk)
-ORV_BLAS(10, dsyrk, Syrk, xdsyrk)
-ORV_BLAS(10, csyrk, Syrk, xcsyrk)
-ORV_BLAS(10, zsyrk, Syrk, xzsyrk)
-
-ORV_BLAS(10, cherk, Syrk, xcherk)
-ORV_BLAS(10, zherk, Syrk, xzherk)
-
-ORV_BLAS(12, ssyr2k, Syr2k, xssyr2k)
-ORV_BLAS(12, dsyr2k, Syr2k, xdsyr2k)
-ORV_BLAS(12, csyr2k, Syr2k, xcsyr2k)
-ORV_BLAS(12, zsyr2k, Syr2k, xzsyr2k)
-
-ORV_BLAS(12, cher2k, Syr2k, xcher2k)
-ORV_BLAS(12, zher2k, Syr2k, xzher2k)
-
-ORV_BLAS(13, cgemm3m, Gemm3m, xcgemm3m)
-ORV_BLAS(13, zgemm3m, Gemm3m, xzgemm3m)

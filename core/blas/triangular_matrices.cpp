@@ -1,5 +1,8 @@
-// Products with triangular matrices and solves: arguments checked. Their kernels give up without memory, and tell of it
-// only by the block that they asked for in vain.
+// Products with triangular matrices and solves: arguments checked, large ones shared among threads.
+//
+// The kernels give up without memory, and tell of it only by the block that they asked for in vain. Alone, that leaves
+// B as it was; a member of a team computes its part by the kernel that needs none, as the others may have theirs.
+#include "core/blas/cut_products.h"
 #include "core/blas/routine.h"
 #include "frame/arguments.h"
 
@@ -8,19 +11,32 @@ using namespace orv::core;
 
 namespace {
 
+// B := alpha*B, and the solve or product without memory, which takes uplo and transa as three flags.
+template <class T> using Scale = void(const i64* m, const i64* n, const T* alpha, T* b, const i64* ldb);
+template <class T>
+using Plain = void(const char* side, const char* is_upper, const char* is_n, const char* is_t, const char* diag,
+                   const i64* m, const i64* n, const T* a, const i64* lda, T* b, const i64* ldb);
+
+template <class T> constexpr const char* scale_symbol = ORV_TEXT(BLAS(sgemm_mscale));
+template <> constexpr const char* scale_symbol<double> = ORV_TEXT(BLAS(dgemm_mscale));
+template <> constexpr const char* scale_symbol<cpx<float>> = ORV_TEXT(BLAS(cgemm_mscale));
+template <> constexpr const char* scale_symbol<cpx<double>> = ORV_TEXT(BLAS(zgemm_mscale));
+template <auto& F> constexpr const char* plain_symbol = nullptr;
+
 template <auto& F> class Triangular {
+    using T = value_argument<F, 6>;
+
 public:
     constexpr explicit Triangular(const char* symbol) : kernel_(symbol) {}
 
-    template <class... P> orv_status operator()(P... arguments)
+    template <class... P> [[gnu::always_inline]] orv_status operator()(P... arguments)
     {
         if (const int bad = on_values<F>(arguments::trmm, arguments...)) return -bad;
         auto* const kernel = kernel_.get();
         if (kernel == nullptr) [[unlikely]]
             return last_status();
-        forget_missing_block();
-        kernel(arguments...);
-        if (missed_block("xtrsm") || missed_block("xtrmm")) [[unlikely]]
+        if (const int threads = threads_worth(arguments...); threads > 1) share(threads, kernel, arguments...);
+        else if (!has_memory_for(kernel, arguments...)) [[unlikely]]
             return fail(ORV_NO_MEMORY,
                         "no memory is left for a product with a triangular matrix or a solve: the matrix "
                         "is as it was");
@@ -28,17 +44,61 @@ public:
     }
 
 private:
+    template <class... P> static bool has_memory_for(kernel_form<F>* kernel, P... arguments)
+    {
+        forget_missing_block();
+        kernel(arguments...);
+        return !missed_block("xtrsm") && !missed_block("xtrmm");
+    }
+
+    template <class... P>
+    static int threads_worth(const char* side, const char*, const char*, const char*, const i64* m, const i64* n,
+                             const T* alpha, P...)
+    {
+        const bool left = fold(*side) == 'L';
+        const double multiplications = 0.5 * volume(*m, *n, left ? *m : *n);
+        if (!is_worth_sharing<T>(multiplications) || *alpha == zero<T> || plain.get() == nullptr ||
+            scale.get() == nullptr)
+            return 1;
+        return threads_for_products<T>(multiplications, (left ? *n : *m) / least_side);
+    }
+
+    // By columns of B, or by rows of it where A comes from the right: each needs all of A.
+    [[gnu::noinline]] static void share(int threads, kernel_form<F>* kernel, const char* side, const char* uplo,
+                                        const char* trans, const char* diag, const i64* m, const i64* n, const T* alpha,
+                                        const T* a, const i64* lda, T* b, const i64* ldb)
+    {
+        const bool left = fold(*side) == 'L';
+        parallel(threads, [&](int index, int count) {
+            const Range r = even_part(left ? *n : *m, count, index, tile);
+            const i64 *const rows = left ? m : &r.size, *const columns = left ? &r.size : n;
+            T* const part = b + r.begin * (left ? *ldb : 1);
+            if (has_memory_for(kernel, side, uplo, trans, diag, rows, columns, alpha, a, lda, part, ldb)) return;
+            const char is_upper = fold(*uplo) == 'U', is_n = fold(*trans) == 'N', is_t = fold(*trans) == 'T';
+            scale.get()(rows, columns, alpha, part, ldb);
+            plain.get()(side, &is_upper, &is_n, &is_t, diag, rows, columns, a, lda, part, ldb);
+        });
+    }
+
     Kernel<kernel_form<F>> kernel_;
+    static inline constinit Kernel<Plain<T>> plain{plain_symbol<F>};
+    static inline constinit Kernel<Scale<T>> scale{scale_symbol<T>};
 };
 
 } // namespace
 
-ORV_BLAS(11, strmm, Triangular, xstrmm)
-ORV_BLAS(11, dtrmm, Triangular, xdtrmm)
-ORV_BLAS(11, ctrmm, Triangular, xctrmm)
-ORV_BLAS(11, ztrmm, Triangular, xztrmm)
+#define TRIANGULAR(name)                                                                                               \
+    namespace {                                                                                                        \
+    template <> constexpr const char* plain_symbol<orv_##name> = ORV_TEXT(BLAS(name##_pst));                           \
+    }                                                                                                                  \
+    ORV_BLAS(11, name, Triangular, x##name)
 
-ORV_BLAS(11, strsm, Triangular, xstrsm)
-ORV_BLAS(11, dtrsm, Triangular, xdtrsm)
-ORV_BLAS(11, ctrsm, Triangular, xctrsm)
-ORV_BLAS(11, ztrsm, Triangular, xztrsm)
+TRIANGULAR(strmm)
+TRIANGULAR(dtrmm)
+TRIANGULAR(ctrmm)
+TRIANGULAR(ztrmm)
+
+TRIANGULAR(strsm)
+TRIANGULAR(dtrsm)
+TRIANGULAR(ctrsm)
+TRIANGULAR(ztrsm)

@@ -1,52 +1,18 @@
 // Matrices on several threads: the same bits, and no team for little work.
+#include "tests/core/teams.h"
 #include "tests/support/bounds.h"
-#include "tests/support/kernels.h"
 #include "tests/support/probe.h"
-#include "tests/support/random.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <dlfcn.h>
-#include <gtest/gtest.h>
 #include <limits>
-#include <vector>
-
-#define ORV_COMPLEX_FLOAT orv::cpx<float>
-#define ORV_COMPLEX_DOUBLE orv::cpx<double>
-#include <orv/orv.h>
 
 using namespace orv;
 using namespace orv::test;
 
 namespace {
-int teams; // parallel regions that were opened
-}
 
-// In place of the OpenMP run-time's entry, which it passes on to.
-extern "C" __attribute__((visibility("default"))) void GOMP_parallel(void (*body)(void*), void* data, unsigned threads,
-                                                                     unsigned flags)
-{
-    ++teams;
-    static const auto next = reinterpret_cast<decltype(&GOMP_parallel)>(dlsym(RTLD_NEXT, "GOMP_parallel"));
-    next(body, data, threads, flags);
-}
-
-namespace {
-
-template <class T> using Gemm = orv_status(char, char, i64, i64, i64, T, const T*, i64, const T*, i64, T, T*, i64);
-template <class T> constexpr Gemm<T>* gemm = nullptr;
-template <> constexpr Gemm<float>* gemm<float> = orv_sgemm;
-template <> constexpr Gemm<double>* gemm<double> = orv_dgemm;
-template <> constexpr Gemm<cpx<float>>* gemm<cpx<float>> = orv_cgemm;
-template <> constexpr Gemm<cpx<double>>* gemm<cpx<double>> = orv_zgemm;
-
-template <class T> std::vector<T> random_elements(i64 count, std::uint64_t stream)
-{
-    std::vector<T> elements(static_cast<std::size_t>(count));
-    Random(stream).fill(elements);
-    return elements;
-}
+FOR_TYPE(gemm, orv_sgemm, orv_dgemm, orv_cgemm, orv_zgemm)
 
 struct Shape {
     i64 m, n, k;
@@ -130,32 +96,6 @@ TEST(BlasThreads, small_products_wake_no_team)
 // A part that no granule fits in would be no part.
 TEST(BlasThreads, a_small_result_of_great_depth_stays_whole) { gemm_of<double>({{31, 31, 5000, false}}); }
 
-// What a call leaves in `result`, on `least` threads and on more.
-template <class T, class Call>
-void expect_same_bits(const std::string& text, const std::vector<T>& start, bool shared, Call call, int least = 1)
-{
-    SCOPED_TRACE(text + " " + letter<T>);
-    const auto run = [&](int threads) {
-        EXPECT_EQ(orv_set_thread_num_threads(threads), ORV_OK);
-        auto result = start;
-        teams = 0;
-        EXPECT_EQ(call(result.data()), ORV_OK);
-        EXPECT_EQ(teams, shared && threads > 1 ? 1 : 0) << threads << " threads";
-        return result;
-    };
-    const auto first = run(least);
-    EXPECT_NE(std::memcmp(first.data(), start.data(), start.size() * sizeof(T)), 0) << "nothing was computed";
-    for (const int more : {1, 2})
-        EXPECT_EQ(std::memcmp(run(least + more).data(), first.data(), first.size() * sizeof(T)), 0)
-            << least + more << " threads";
-    orv_set_thread_num_threads(0);
-}
-
-#define FOR_TYPE(name, s, d, c, z)                                                                                     \
-    template <class T> constexpr auto* name = s;                                                                       \
-    template <> constexpr auto* name<double> = d;                                                                      \
-    template <> constexpr auto* name<cpx<float>> = c;                                                                  \
-    template <> constexpr auto* name<cpx<double>> = z;
 FOR_TYPE(gemv, orv_sgemv, orv_dgemv, orv_cgemv, orv_zgemv)
 FOR_TYPE(ger, orv_sger, orv_dger, orv_cgerc, orv_zgerc)
 FOR_TYPE(symv, orv_ssymv, orv_dsymv, orv_chemv, orv_zhemv)

@@ -375,7 +375,9 @@ TYPED_TEST(SymmetricProductTest, is_exact_at_small_sizes_and_on_both_sides_of_it
                                    {513, 2},
                                    {2, 514},
                                    {6, 1001},
+                                   {6, 1012},
                                    {5003, 3},
+                                   {5011, 3},
                                    {3, 5002}})
             for (const char side : {'L', 'r'})
                 for (const char uplo : {'U', 'l'}) {

@@ -4,6 +4,7 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <mutex>
 
 #define PROBE_EXPORT extern "C" __attribute__((visibility("default"), used))
 
@@ -34,6 +35,8 @@ void each_allocation_fails(const std::function<void()>& call, const std::functio
 
 namespace {
 
+std::mutex in_use; // members of a team call operations at once
+
 // The core's own operation behind the probe.
 template <class F> F* next(const char* name) { return reinterpret_cast<F*>(dlsym(RTLD_NEXT, name)); }
 
@@ -41,6 +44,7 @@ void* allocate(const char* operation, i64 bytes, i64 alignment)
 {
     Probe& p = probe();
     if (!p.active) return next<void*(i64, i64)>(operation)(bytes, alignment);
+    const std::lock_guard lock(in_use);
     const bool fail = p.fail_all || p.allocations == p.fail_at;
     ++p.allocations;
     p.asked_bytes.push_back(bytes), p.asked_alignments.push_back(alignment);
@@ -51,7 +55,10 @@ void* allocate(const char* operation, i64 bytes, i64 alignment)
 
 void release(const char* operation, void* block)
 {
-    if (probe().active && block != nullptr) --probe().live, std::erase(probe().living, block);
+    if (probe().active && block != nullptr) {
+        const std::lock_guard lock(in_use);
+        --probe().live, std::erase(probe().living, block);
+    }
     next<void(void*)>(operation)(block);
 }
 
@@ -74,7 +81,10 @@ PROBE_EXPORT void orv_serv_free(void* block) { test::release("orv_serv_free", bl
 
 PROBE_EXPORT int orv_serv_check_ptr(const void* block, const char* routine, int name_length)
 {
-    if (probe().active) probe().checked.emplace_back(routine, name_length);
+    if (probe().active) {
+        const std::lock_guard lock(test::in_use);
+        probe().checked.emplace_back(routine, name_length);
+    }
     return test::next<int(const void*, const char*, int)>("orv_serv_check_ptr")(block, routine, name_length);
 }
 

@@ -28,7 +28,7 @@ struct Probe {
     std::optional<std::vector<i32>> cache; // entries from 0 on
 };
 
-// The probe of this process; tests that use it run kernels from one thread.
+// The probe of this process. Kernels may meet it from several threads; a test looks at it when they are done.
 Probe& probe();
 
 // Fresh at the start and at the end of a scope.
