@@ -2,6 +2,7 @@
 #include "bench/library.h"
 
 #include <dlfcn.h>
+#include <numeric>
 #include <utility>
 
 namespace orv::bench {
@@ -63,35 +64,82 @@ void* kernel_symbol(void* core, const std::string& routine)
     using Lookup = void*(const char*);
     auto* lookup = reinterpret_cast<Lookup*>(dlsym(core, "orv_branch_symbol"));
     if (lookup == nullptr) return nullptr;
-    void* kernel = lookup(("orv_blas_mc3_x" + routine).c_str());
-    if (kernel == nullptr) kernel = lookup(("orv_blas_mc3_" + routine).c_str());
-    return kernel ? kernel : lookup(("orv_xblas_mc3_" + routine).c_str());
+    for (const char* prefix : {"orv_blas_mc3_x", "orv_blas_mc3_", "orv_xblas_mc3_", "orv_lapack_ps_mc3_"})
+        if (void* kernel = lookup((prefix + routine).c_str())) return kernel;
+    return nullptr;
+}
+
+struct BoundStep {
+    Loop* loop = nullptr;
+    void* routine = nullptr;
+    Pointers p{};
+};
+
+// The routine is null if the library has none of that name.
+BoundStep bind_step(const Case& c, const Step& step, void* handle, bool direct, const Arena& arena)
+{
+    BoundStep bound;
+    bound.routine = direct ? kernel_symbol(handle, step.routine) : dlsym(handle, (step.routine + "_").c_str());
+
+    std::size_t n = 0, letters = 0;
+    Result result = c.result;
+    if (direct && (result == Result::single_complex || result == Result::double_complex)) {
+        bound.p[n++] = arena.result(); // kernels write a complex result through a pointer in front
+        result = Result::none;
+    }
+    for (const int index : step.arguments) {
+        const Argument& a = c.arguments[index];
+        bound.p[n++] = a.kind == Argument::Kind::operand ? arena.address(c.operands[a.operand])
+                                                         : const_cast<std::byte*>(a.value.data());
+        letters += a.kind == Argument::Kind::letter;
+    }
+    // Fortran passes the lengths of character arguments by value behind all others.
+    for (; !direct && letters > 0; --letters) bound.p[n++] = reinterpret_cast<void*>(1);
+    bound.loop = loop_over(result, n);
+    return bound;
+}
+
+struct Renewal {
+    void* to;
+    const void* from;
+    std::size_t bytes;
+};
+
+std::vector<Renewal> renewals(const Case& c, const Arena& arena)
+{
+    std::vector<Renewal> all;
+    for (const Operand& o : c.operands)
+        if (o.origin >= 0)
+            all.push_back(
+                {arena.address(o), arena.address(c.operands[o.origin]), static_cast<std::size_t>(c.bytes(o))});
+    return all;
 }
 
 } // namespace
 
 Repeat bind(const Case& c, void* handle, bool direct, const Arena& arena)
 {
-    void* routine = direct ? kernel_symbol(handle, c.kernel) : dlsym(handle, (c.kernel + "_").c_str());
-    if (routine == nullptr) return {};
-
-    Pointers p{};
-    std::size_t n = 0, letters = 0;
-    Result result = c.result;
-    if (direct && (result == Result::single_complex || result == Result::double_complex)) {
-        p[n++] = arena.result(); // kernels write a complex result through a pointer in front
-        result = Result::none;
+    std::vector<Step> steps = direct ? c.kernel_steps : c.standard_steps;
+    if (steps.empty()) {
+        steps.push_back({c.kernel, std::vector<int>(c.arguments.size())});
+        std::iota(steps[0].arguments.begin(), steps[0].arguments.end(), 0);
     }
-    for (const Argument& a : c.arguments) {
-        p[n++] = a.kind == Argument::Kind::operand ? arena.address(c.operands[a.operand])
-                                                   : const_cast<std::byte*>(a.value.data());
-        letters += a.kind == Argument::Kind::letter;
+    std::vector<BoundStep> bound;
+    for (const Step& step : steps) {
+        bound.push_back(bind_step(c, step, handle, direct, arena));
+        if (bound.back().routine == nullptr) return {};
     }
-    // Fortran passes the lengths of character arguments by value behind all others.
-    for (; !direct && letters > 0; --letters) p[n++] = reinterpret_cast<void*>(1);
 
-    Loop* loop = loop_over(result, n);
-    return [=, out = arena.result()](long calls) { loop(routine, p, calls, out); };
+    void* const out = arena.result();
+    const std::vector<Renewal> copies = renewals(c, arena);
+    if (bound.size() == 1 && copies.empty())
+        return [only = bound[0], out](long calls) { only.loop(only.routine, only.p, calls, out); };
+    return [=](long calls) {
+        for (; calls > 0; --calls) {
+            for (const Renewal& r : copies) std::memcpy(r.to, r.from, r.bytes);
+            for (const BoundStep& step : bound) step.loop(step.routine, step.p, 1, out);
+        }
+    };
 }
 
 } // namespace orv::bench

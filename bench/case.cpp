@@ -26,6 +26,18 @@ Case& Case::numbers(std::initializer_list<double> list)
     return *this;
 }
 
+Case& Case::renewed(i64 elements, Use use, double scale, std::vector<i64> ones)
+{
+    operand(elements, Use::read);
+    arguments.pop_back();
+    const int origin = static_cast<int>(operands.size()) - 1;
+    operands.back().scale = scale;
+    operands.back().ones = std::move(ones);
+    operand(elements, use);
+    operands.back().origin = origin;
+    return *this;
+}
+
 // Operands follow each other, each on its own pages and half a page further in than the one before: addresses that
 // nearly agree modulo 4096 would make loads of one wait for stores to the other.
 Case& Case::operand(i64 elements, Use use)
@@ -52,8 +64,8 @@ Case& Case::packed(i64 n, Use use) { return operand(n * (n + 1) / 2, use); }
 std::vector<Case> all_cases()
 {
     std::vector<Case> all;
-    for (auto* family :
-         {gemm_cases, matrix_matrix_cases, vector_cases, matrix_vector_cases, extended_cases, transpose_cases}) {
+    for (auto* family : {gemm_cases, matrix_matrix_cases, vector_cases, matrix_vector_cases, extended_cases,
+                         transpose_cases, factor_cases}) {
         for (Case& c : family()) all.push_back(std::move(c));
     }
     return all;

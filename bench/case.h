@@ -12,7 +12,8 @@
 
 namespace orv::bench {
 
-enum class Use { read, written, updated };
+// spent: left behind in a state of its own, which is not compared.
+enum class Use { read, written, updated, spent };
 enum class Result { none, single_real, double_real, single_complex, double_complex, index };
 
 // What the axis of a plot ends at: multiplies and adds from registers; the operands moved and nothing computed; of a
@@ -26,6 +27,8 @@ struct Operand {
     i64 offset = 0;          // bytes from the start of the shared memory
     double scale = 1;        // numbers lie between -scale and scale
     std::vector<i64> ones{}; // but these elements are 1
+    int origin = -1;         // the operand that it is copied from before each call, if any
+    bool compared() const { return use == Use::written || use == Use::updated; }
 };
 
 // Everything passes by pointer: to an operand, or to a value kept here. Integers are stored in 64 bits, of which a
@@ -34,6 +37,12 @@ struct Argument {
     enum class Kind { operand, letter, value } kind;
     int operand = 0;
     alignas(16) std::array<std::byte, 40> value{};
+};
+
+// A call of one routine with some of a case's arguments.
+struct Step {
+    std::string routine;
+    std::vector<int> arguments;
 };
 
 struct Case {
@@ -46,6 +55,8 @@ struct Case {
     std::vector<Operand> operands{};
     std::vector<Argument> arguments{};
     Result result = Result::none;
+    // Where one call is not all, or kernels have names of their own. Empty: `kernel` with all arguments.
+    std::vector<Step> standard_steps{}, kernel_steps{};
     double work = 0; // of one call, in units
     std::string unit{};
     Limit limit = Limit::none;
@@ -65,6 +76,9 @@ struct Case {
     Case& matrix(i64 rows, i64 columns, Use use);
     Case& operand(i64 elements, Use use); // with no stride behind it
     Case& packed(i64 n, Use use);         // a triangle
+    // An operand that is a fresh copy of another before each call, the time of which counts for all libraries: for
+    // routines that cannot be repeated on what they leave. Numbers lie between -scale and scale but for the ones.
+    Case& renewed(i64 elements, Use use, double scale, std::vector<i64> ones);
 
 private:
     Case& put(Argument::Kind kind, const void* value, std::size_t bytes);
@@ -77,6 +91,7 @@ std::vector<Case> vector_cases();
 std::vector<Case> extended_cases();
 std::vector<Case> matrix_vector_cases();
 std::vector<Case> transpose_cases();
+std::vector<Case> factor_cases();
 std::vector<Case> all_cases();
 
 } // namespace orv::bench

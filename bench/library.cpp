@@ -27,6 +27,8 @@ void* open(const Library& l)
         const std::size_t equals = setting.find('=');
         setenv(setting.substr(0, equals).c_str(), setting.substr(equals + 1).c_str(), 1);
     }
+    if (!l.below.empty() && dlopen(l.below.c_str(), RTLD_NOW | RTLD_GLOBAL) == nullptr)
+        throw std::runtime_error(dlerror());
     void* handle = dlopen(l.file.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) throw std::runtime_error(dlerror());
     return handle;
@@ -81,6 +83,14 @@ std::vector<Library> libraries(const Places& p)
         {"eigen", p.eigen + "/libbench_eigen_sse.so", held, false, {}},
         {"fftw", p.eigen + "/libbench_fftw.so", held, false, {}},
         {"reference", debian + "blas/libblas.so.3", held, false, {}},
+        {"lapack", // the reference LAPACK, on the same BLAS
+         debian + "lapack/liblapack.so.3",
+         held,
+         false,
+         {"ORV_NUM_THREADS=1"},
+         nullptr,
+         "",
+         p.orv + "/libblas.so.3"},
         {"loops", p.eigen + "/libbench_loops.so", held, false, {}},
         {"quad", p.eigen + "/libbench_quad.so", held, false, {}},
         {"qd", p.eigen + "/libbench_qd.so", held, false, {}},

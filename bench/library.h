@@ -21,6 +21,7 @@ struct Library {
     std::vector<std::string> environment;        // NAME=VALUE, set before the library is opened
     std::string (*core)(void* handle) = nullptr; // which processor does it compute for,
     std::string expected_core{};                 // and which must it be
+    std::string below{};                         // a library that this one calls, opened before it
 };
 
 struct Places {

@@ -79,7 +79,7 @@ public:
         for (const Operand& o : c.operands) {
             if (c.single()) fill<float>(o);
             else fill<double>(o);
-            if (o.use != Use::read) pristine.emplace_back(arena.address(o), arena.address(o) + c.bytes(o));
+            if (o.compared()) pristine.emplace_back(arena.address(o), arena.address(o) + c.bytes(o));
         }
     }
 
@@ -87,7 +87,7 @@ public:
     {
         std::size_t next = 0;
         for (const Operand& o : c.operands) {
-            if (o.use == Use::read) continue;
+            if (!o.compared()) continue;
             std::memcpy(arena.address(o), pristine[next].data(), pristine[next].size());
             ++next;
         }
@@ -99,7 +99,7 @@ public:
     {
         std::vector<std::byte> all(arena.result(), arena.result() + Arena::result_bytes);
         for (const Operand& o : c.operands) {
-            if (o.use != Use::read) all.insert(all.end(), arena.address(o), arena.address(o) + c.bytes(o));
+            if (o.compared()) all.insert(all.end(), arena.address(o), arena.address(o) + c.bytes(o));
         }
         return all;
     }

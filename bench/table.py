@@ -9,6 +9,8 @@ import re
 TARGETS = [
     (r"dgemm", r"NN|TN|NT|TT", 1.03, 0.90),
     (r"[scz]gemm", r"NN|TN|NT|TT", 1.03, 0.87),
+    (r".potrf", r".*", 1.0, None),
+    (r".gtsv|.dttrb", r".*", 1.2, None),
     (r".omatcopy", r"T alpha=1.*", 1.2, 0.70),
     (r".[oi]matcopy", r"T.*m=1000", 1.0, None),
     (r".[oi]matcopy", r"T.*", 1.2, None),
