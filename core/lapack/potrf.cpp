@@ -1,0 +1,117 @@
+// Cholesky factorisation by halves: the leading half, by it the part beside the diagonal, with that the trailing half
+// brought up to date, and then factored in its turn. Halves small enough are one call of a kernel; all else is trsm and
+// syrk, so that large matrices take their time there.
+#include "core/branch/kernel.h"
+#include "core/serv/status.h"
+#include "frame/lapack_arguments.h"
+
+#define ORV_COMPLEX_FLOAT orv::cpx<float>
+#define ORV_COMPLEX_DOUBLE orv::cpx<double>
+#include "orv/blas.h"
+#include "orv/lapack.h"
+
+using namespace orv;
+using namespace orv::core;
+
+namespace {
+
+template <class T> using SmallKernel = void(const char* uplo, const i64* n, T* a, const i64* lda, i64* info);
+
+// What the steps are for each type: X*L^H = B (side R) or U^H*X = B (side L), and C := C - A*A^H or C - A^H*A.
+template <class T> struct Steps;
+#define STEPS(t, T, syrk)                                                                                              \
+    template <> struct Steps<T> {                                                                                      \
+        static inline constinit Kernel<SmallKernel<T>> lower{"orv_lapack_ps_mc3_" #t "potrf_l_small"},                 \
+            upper{"orv_lapack_ps_mc3_" #t "potrf_u_small"};                                                            \
+        static orv_status solve(bool is_upper, i64 m, i64 n, const T* a, i64 lda, T* b, i64 ldb)                       \
+        {                                                                                                              \
+            return orv_##t##trsm(is_upper ? 'L' : 'R', is_upper ? 'U' : 'L', 'C', 'N', m, n, one<T>, a, lda, b, ldb);  \
+        }                                                                                                              \
+        static void update(bool is_upper, i64 n, i64 k, const T* a, i64 lda, T* c, i64 ldc)                            \
+        {                                                                                                              \
+            orv_##t##syrk(is_upper ? 'U' : 'L', is_upper ? 'C' : 'N', n, k, -1, a, lda, 1, c, ldc);                    \
+        }                                                                                                              \
+    };
+STEPS(s, float, syrk)
+STEPS(d, double, syrk)
+STEPS(c, cpx<float>, herk)
+STEPS(z, cpx<double>, herk)
+
+// Orders up to this are one call of a kernel.
+constexpr i64 small = 32;
+
+template <class T> class Cholesky {
+public:
+    Cholesky(char uplo, SmallKernel<T>* kernel, i64 lda) : upper_(fold(uplo) == 'U'), kernel_(kernel), lda_(lda) {}
+
+    // Factors the n by n block at a; the number of the first pivot that is not positive, or 0.
+    i64 factor(i64 n, T* a) const
+    {
+        if (n <= small) {
+            i64 info = 0;
+            kernel_(upper_ ? "U" : "L", &n, a, &lda_, &info);
+            return info;
+        }
+        const i64 k = half(n), rest = n - k;
+        T *const beside = upper_ ? a + k * lda_ : a + k, *const behind = a + k + k * lda_;
+        if (const i64 pivot = factor(k, a)) return pivot;
+        solve(k, rest, a, beside);
+        Steps<T>::update(upper_, rest, k, beside, lda_, behind, lda_);
+        const i64 pivot = factor(rest, behind);
+        return pivot == 0 ? 0 : k + pivot;
+    }
+
+private:
+    // Halves end where the panels of matrix products do.
+    static i64 half(i64 n) { return n / 2 < 16 ? n / 2 : n / 2 / 16 * 16; }
+
+    void solve(i64 k, i64 others, const T* a, T* b) const
+    {
+        if (Steps<T>::solve(upper_, upper_ ? k : others, upper_ ? others : k, a, lda_, b, lda_) != ORV_OK) [[unlikely]]
+            solve_without_memory(k, others, a, b);
+    }
+
+    // Element by element. Both triangles look the same from here: `down` goes along a column of the upper one and along
+    // a row of the lower one.
+    void solve_without_memory(i64 k, i64 others, const T* a, T* b) const
+    {
+        const i64 down = upper_ ? 1 : lda_, across = upper_ ? lda_ : 1;
+        for (i64 j = 0; j < others; ++j)
+            for (i64 i = 0; i < k; ++i) {
+                T sum = b[i * down + j * across];
+                for (i64 l = 0; l < i; ++l) sum -= conj(a[l * down + i * across]) * b[l * down + j * across];
+                b[i * down + j * across] = reciprocal(a[i * (down + across)]) * sum;
+            }
+    }
+    static real_t<T> reciprocal(T pivot)
+    {
+        if constexpr (is_complex<T>) return 1 / pivot.re;
+        else return 1 / pivot;
+    }
+
+    bool upper_;
+    SmallKernel<T>* kernel_;
+    i64 lda_;
+};
+
+template <class T> orv_status potrf(const char* routine, char uplo, i64 n, T* a, i64 lda, i64* info)
+{
+    if (const int bad = arguments::potrf(uplo, n, a, lda, info)) return bad_argument(routine, bad);
+    auto* const kernel = (fold(uplo) == 'U' ? Steps<T>::upper : Steps<T>::lower).get();
+    if (kernel == nullptr) return last_status();
+    *info = Cholesky<T>(uplo, kernel, lda).factor(n, a);
+    return ORV_OK;
+}
+
+} // namespace
+
+#define POTRF(name, T)                                                                                                 \
+    orv_status orv_##name(char uplo, i64 n, T* a, i64 lda, i64* info)                                                  \
+    {                                                                                                                  \
+        return potrf("orv_" #name, uplo, n, a, lda, info);                                                             \
+    }
+
+POTRF(spotrf, float)
+POTRF(dpotrf, double)
+POTRF(cpotrf, cpx<float>)
+POTRF(zpotrf, cpx<double>)
