@@ -17,12 +17,19 @@ namespace {
 
 template <class T> using SmallKernel = void(const char* uplo, const i64* n, T* a, const i64* lda, i64* info);
 
+// A kernel for one triangle, and the largest order it is called for: up to there it computes in registers all the way.
+template <class T> struct Small {
+    Kernel<SmallKernel<T>> kernel;
+    i64 largest;
+};
+
 // What the steps are for each type: X*L^H = B (side R) or U^H*X = B (side L), and C := C - A*A^H or C - A^H*A.
 template <class T> struct Steps;
-#define STEPS(t, T, syrk)                                                                                              \
+#define STEPS(t, T, syrk, largest_lower, largest_upper)                                                                \
     template <> struct Steps<T> {                                                                                      \
-        static inline constinit Kernel<SmallKernel<T>> lower{"orv_lapack_ps_mc3_" #t "potrf_l_small"},                 \
-            upper{"orv_lapack_ps_mc3_" #t "potrf_u_small"};                                                            \
+        static inline constinit Small<T> lower{Kernel<SmallKernel<T>>("orv_lapack_ps_mc3_" #t "potrf_l_small"),        \
+                                               largest_lower},                                                         \
+            upper{Kernel<SmallKernel<T>>("orv_lapack_ps_mc3_" #t "potrf_u_small"), largest_upper};                     \
         static orv_status solve(bool is_upper, i64 m, i64 n, const T* a, i64 lda, T* b, i64 ldb)                       \
         {                                                                                                              \
             return orv_##t##trsm(is_upper ? 'L' : 'R', is_upper ? 'U' : 'L', 'C', 'N', m, n, one<T>, a, lda, b, ldb);  \
@@ -32,22 +39,24 @@ template <class T> struct Steps;
             orv_##t##syrk(is_upper ? 'U' : 'L', is_upper ? 'C' : 'N', n, k, -1, a, lda, 1, c, ldc);                    \
         }                                                                                                              \
     };
-STEPS(s, float, syrk)
-STEPS(d, double, syrk)
-STEPS(c, cpx<float>, herk)
-STEPS(z, cpx<double>, herk)
-
-// Orders up to this are one call of a kernel.
-constexpr i64 small = 32;
+STEPS(s, float, syrk, 49, 49)
+STEPS(d, double, syrk, 39, 49)
+STEPS(c, cpx<float>, herk, 19, 49)
+STEPS(z, cpx<double>, herk, 39, 39)
 
 template <class T> class Cholesky {
 public:
-    Cholesky(char uplo, SmallKernel<T>* kernel, i64 lda) : upper_(fold(uplo) == 'U'), kernel_(kernel), lda_(lda) {}
+    Cholesky(char uplo, i64 lda)
+        : upper_(fold(uplo) == 'U'), small_(upper_ ? Steps<T>::upper : Steps<T>::lower), kernel_(small_.kernel.get()),
+          lda_(lda)
+    {
+    }
+    bool can_run() const { return kernel_ != nullptr; }
 
     // Factors the n by n block at a; the number of the first pivot that is not positive, or 0.
     i64 factor(i64 n, T* a) const
     {
-        if (n <= small) {
+        if (n <= small_.largest) {
             i64 info = 0;
             kernel_(upper_ ? "U" : "L", &n, a, &lda_, &info);
             return info;
@@ -62,8 +71,8 @@ public:
     }
 
 private:
-    // Halves end where the panels of matrix products do.
-    static i64 half(i64 n) { return n / 2 < 16 ? n / 2 : n / 2 / 16 * 16; }
+    // Halves are whole cache lines where there is a choice.
+    static i64 half(i64 n) { return n / 2 < 8 ? n / 2 : n / 2 / 8 * 8; }
 
     void solve(i64 k, i64 others, const T* a, T* b) const
     {
@@ -90,6 +99,7 @@ private:
     }
 
     bool upper_;
+    Small<T>& small_;
     SmallKernel<T>* kernel_;
     i64 lda_;
 };
@@ -97,9 +107,9 @@ private:
 template <class T> orv_status potrf(const char* routine, char uplo, i64 n, T* a, i64 lda, i64* info)
 {
     if (const int bad = arguments::potrf(uplo, n, a, lda, info)) return bad_argument(routine, bad);
-    auto* const kernel = (fold(uplo) == 'U' ? Steps<T>::upper : Steps<T>::lower).get();
-    if (kernel == nullptr) return last_status();
-    *info = Cholesky<T>(uplo, kernel, lda).factor(n, a);
+    const Cholesky<T> cholesky(uplo, lda);
+    if (!cholesky.can_run()) return last_status();
+    *info = cholesky.factor(n, a);
     return ORV_OK;
 }
 
