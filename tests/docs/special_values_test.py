@@ -4,120 +4,20 @@
 usage: special_values_test.py LIBORV PAGE"""
 import ctypes
 import math
-import re
 import sys
 
+from calls import TYPES, SCALARS, Call, symbols, table_rows
+
 library = ctypes.CDLL(sys.argv[1])
-TYPES = {"s": ctypes.c_float, "d": ctypes.c_double, "c": ctypes.c_float, "z": ctypes.c_double}
-# Arguments by pointer, in the order of the call: a letter in quotes; m, n, k and other integers; scalars; arrays as
-# NAME:elements or NAME:rows,columns. P is a packed triangle, B a band: with k diagonals above the main one.
-SCALARS = {"alpha", "beta", "c", "s"}
-SIGNATURES = {
-    "axpy axpyi": "n alpha x:n incx y:n incy",
-    "axpby": "n alpha x:n incx beta y:n incy",
-    "scal csscal zdscal": "n alpha x:n incx",
-    "copy swap": "n x:n incx y:n incy",
-    "rot csrot zdrot": "n x:n incx y:n incy c s",
-    "gemv": "'N' m n alpha A:m,n lda x:n incx beta y:m incy",
-    "gbmv": "'N' n n zero k alpha A:B,n lda x:n incx beta y:n incy",
-    "symv hemv": "'U' n alpha A:n,n lda x:n incx beta y:n incy",
-    "sbmv hbmv": "'U' n k alpha A:B,n lda x:n incx beta y:n incy",
-    "spmv hpmv": "'U' n alpha A:P x:n incx beta y:n incy",
-    "ger geru gerc": "m n alpha x:m incx y:n incy A:m,n lda",
-    "syr her": "'U' n alpha x:n incx A:n,n lda",
-    "spr hpr": "'U' n alpha x:n incx A:P",
-    "syr2 her2": "'U' n alpha x:n incx y:n incy A:n,n lda",
-    "spr2 hpr2": "'U' n alpha x:n incx y:n incy A:P",
-    "trmv trsv": "'U' 'N' 'N' n A:n,n lda x:n incx",
-    "tbmv tbsv": "'U' 'N' 'N' n k A:B,n lda x:n incx",
-    "tpmv tpsv": "'U' 'N' 'N' n A:P x:n incx",
-    "gemm gemm3m": "'N' 'N' m n k alpha A:m,k lda B:k,n ldb beta C:m,n ldc",
-    "symm hemm": "'L' 'U' m n alpha A:m,m lda B:m,n ldb beta C:m,n ldc",
-    "syrk herk": "'U' 'N' n k alpha A:n,k lda beta C:n,n ldc",
-    "syr2k her2k": "'U' 'N' n k alpha A:n,k lda B:n,k ldb beta C:n,n ldc",
-    "trmm trsm": "'L' 'U' 'N' 'N' m n alpha A:m,m lda B:m,n ldb",
-    "omatcopy": "'C' 'N' m n alpha A:m,n lda B:m,n ldb",
-    "omatadd": "'C' 'N' 'N' m n alpha A:m,n lda beta B:m,n ldb C:m,n ldc",
-    "imatcopy": "'C' 'N' m n alpha A:m,n lda lda",
-}
-SIGNATURE = {name: text for names, text in SIGNATURES.items() for name in names.split()}
-REAL_SCALARS = {"her": "alpha", "hpr": "alpha", "herk": "alpha beta", "her2k": "beta", "rot": "c", "csrot": "c s",
-                "zdrot": "c s", "csscal": "alpha", "zdscal": "alpha"}
 SIZES = (3, 37, 130)
 
 
-# Routines whose name tells one type; all others stand for one routine a type.
-OF_ONE_TYPE = {"csscal": "c", "zdscal": "z", "csrot": "c", "zdrot": "z", "scasum": "c", "dzasum": "z", "snrm2": "s",
-               "dnrm2": "d", "scnrm2": "c", "dznrm2": "z", "dsdot": "s"}
-
-
-def symbols(routine):
-    """The type and the library's function of each form of a routine: axpy -> saxpy, daxpy, caxpy, zaxpy."""
-    if routine in OF_ONE_TYPE:
-        return [(OF_ONE_TYPE[routine], getattr(library, "orv_blas_" + routine))]
-    prefix = "orv_" if "mat" in routine else "orv_blas_"  # by value, by pointer
-    names = [(t, prefix + ("i" + t + routine[1:] if routine.startswith("ia") else t + routine)) for t in TYPES]
-    return [(t, getattr(library, name)) for t, name in names if hasattr(library, name)]
-
-
-class Call:
-    """One call on operands whose values are small and whose sums cannot overflow, and on what it leaves behind."""
+class Marked(Call):
+    """A call with special values at places that the page names."""
 
     def __init__(self, routine, letter, function, size, unit):
-        self.function, self.real, self.width = function, TYPES[letter], 2 if letter in "cz" else 1
-        self.n, self.m, self.k = size, size + 1, size + 2
+        super().__init__(routine, letter, function, size + 1, size, size + 2, unit)
         self.i, self.j = (1, 3) if size == 3 else (size // 5, size - size // 3)
-        self.real_scalars = REAL_SCALARS.get(routine, "").split()
-        self.words = SIGNATURE[routine].split()
-        if unit:
-            self.words[self.words.index("m" if "m" in self.words else "n") - 1] = "'U'"
-        if routine == "axpyi":
-            self.words = "n alpha x:n places y:n".split()
-        self.scalars = {word: (1.5, 0.0) for word in self.words if word in SCALARS}
-        self.arrays, self.shape = {}, {}
-        for word in self.words:
-            if ":" in word:
-                self.result, self.shape[word[0]] = word[0], word[2:]
-                self.arrays[word[0]] = self.values(word[0])
-        self.leading = {name: max(1, self.rows(name)) for name in self.shape}
-
-    def rows(self, name):
-        return {"n": self.n, "m": self.m, "k": self.k, "B": self.k + 1, "P": 0}[self.shape[name][0]]
-
-    def columns(self, name):
-        return {"n": self.n, "m": self.m, "k": self.k, "P": 0}[self.shape[name][-1]]
-
-    def length(self, name):
-        shape = self.shape[name]
-        if shape == "P":
-            return self.n * (self.n + 1) // 2
-        return self.rows(name) * (self.columns(name) if "," in shape else 1)
-
-    def position(self, name, i, j=None):
-        """Of element (i,j), counted from 1, in its array."""
-        if j is None:
-            return i - 1
-        if self.shape[name] == "P":
-            return i - 1 + j * (j - 1) // 2
-        if self.shape[name][0] == "B":
-            return self.k + i - j + (j - 1) * (self.k + 1)
-        return i - 1 + (j - 1) * self.rows(name)
-
-    def values(self, name):
-        """Small numbers, with 2 on the diagonal of what may be a system."""
-        key = self.shape[name], self.real, self.width, self.n, name == "A"
-        if key not in Call.made:
-            Call.made[key] = self.make(name)
-        return type(Call.made[key]).from_buffer_copy(Call.made[key])
-
-    made = {}
-
-    def make(self, name):
-        parts = [(1 + p % 3) / 64 if p % self.width == 0 else 0.0 for p in range(self.length(name) * self.width)]
-        if name == "A" and self.shape[name] in ("P", "B,n", "n,n", "m,m"):
-            for d in range(1, (self.m if self.shape[name] == "m,m" else self.n) + 1):
-                parts[self.position(name, d, d) * self.width] = 2.0
-        return (self.real * len(parts))(*parts)
 
     def fill(self, name, places, value, part=0):
         array = self.arrays[name]
@@ -145,37 +45,6 @@ class Call:
             self.fill(name, self.triangle(name, False), value)
         else:
             self.arrays[name][::self.width] = [value] * self.length(name)
-
-    def run(self):
-        """The bytes of the result."""
-        arguments = []
-        for word in self.words:
-            if word[0] == "'":
-                arguments.append(ctypes.c_char(word[1].encode()))
-            elif ":" in word:
-                arguments.append(self.arrays[word[0]])
-            elif word in SCALARS:
-                count = 1 if word in self.real_scalars else self.width
-                arguments.append((self.real * count)(*self.scalars[word][:count]))
-            elif word == "places":
-                arguments.append((ctypes.c_int64 * self.n)(*range(1, self.n + 1)))
-            elif word.startswith("ld"):
-                arguments.append(ctypes.c_int64(self.leading[word[2].upper()]))
-            else:
-                arguments.append(ctypes.c_int64({"n": self.n, "m": self.m, "k": self.k, "zero": 0}.get(word, 1)))
-        self.function.restype = None
-        if self.function.__name__.startswith("orv_blas_"):
-            self.function(*map(ctypes.byref, arguments))
-        else:
-            self.function(*(self.value(a) for a in arguments))
-        return bytes(self.arrays[self.result])
-
-    def value(self, argument):
-        """A scalar as C passes it: a complex number is a structure."""
-        if not isinstance(argument, ctypes.Array) or len(argument) > 2:
-            return argument
-        pair = type("Pair", (ctypes.Structure,), {"_fields_": [("re", self.real), ("im", self.real)]})
-        return pair(*argument) if len(argument) == 2 else self.real(argument[0])
 
     def places(self, special):
         """Elements of the result of which a part is special."""
@@ -210,10 +79,10 @@ def split(cell):
 def check_factors(routine, unit, zero, operand, named, spreads):
     """One row, one routine, one operand: how often it was run, or what is wrong."""
     runs = 0
-    for letter, function in symbols(routine):
+    for letter, function in symbols(library, routine):
         for size in SIZES:
             def call_with(value):
-                call = Call(routine, letter, function, size, unit)
+                call = Marked(routine, letter, function, size, unit)
                 named_places = call.named(named)
                 for place in split(zero):
                     call.put(place, 0.0)
@@ -235,7 +104,7 @@ def check_factors(routine, unit, zero, operand, named, spreads):
 
 def check_vector(routine, vector, expected):
     runs = 0
-    for letter, function in symbols(routine):
+    for letter, function in symbols(library, routine):
         width = 2 if letter in "cz" else 1
         for repeat in (1, 40):  # zeros after it, so that loops over blocks see it too
             values = vector + [0.0] * (repeat - 1) if not routine.startswith("iamin") else vector + [9.0] * (repeat - 1)
@@ -276,10 +145,7 @@ def check_row(cells):
 
 
 rows, runs, problems = 0, 0, []
-for number, line in enumerate(open(sys.argv[2]), 1):
-    cells = [cell.strip() for cell in line.strip().strip("|").split("|")]
-    if not line.startswith("|") or cells[0] == "routines" or set(cells[0]) == {"-"}:
-        continue
+for number, cells in table_rows(sys.argv[2]):
     rows += 1
     for outcome in check_row(cells):
         if isinstance(outcome, str):
