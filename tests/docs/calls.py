@@ -1,6 +1,7 @@
 """Calls of liborv's routines by name, on operands made for them: what the tests of the executed pages share."""
 import ctypes
 import random
+import re
 
 TYPES = {"s": ctypes.c_float, "d": ctypes.c_double, "c": ctypes.c_float, "z": ctypes.c_double}
 # Arguments by pointer, in the order of the call: a letter in quotes; m, n, k and other integers; scalars; arrays as
@@ -15,7 +16,7 @@ SIGNATURES = {
     "gemv": "'N' m n alpha A:m,n lda x:n incx beta y:m incy",
     "gbmv": "'N' n n zero k alpha A:B,n lda x:n incx beta y:n incy",
     "symv hemv": "'U' n alpha A:n,n lda x:n incx beta y:n incy",
-    "sbmv hbmv": "'U' n k alpha A:B,n lda x:n incx beta y:n incy",
+    "sbmv dsbmv hbmv": "'U' n k alpha A:B,n lda x:n incx beta y:n incy",
     "spmv hpmv": "'U' n alpha A:P x:n incx beta y:n incy",
     "ger geru gerc": "m n alpha x:m incx y:n incy A:m,n lda",
     "syr her": "'U' n alpha x:n incx A:n,n lda",
@@ -34,12 +35,20 @@ SIGNATURES = {
     "omatadd": "'C' 'N' 'N' m n alpha A:m,n lda beta B:m,n ldb C:m,n ldc",
     "imatcopy": "'C' 'N' m n alpha A:m,n lda lda",
 }
+# Those that answer a number in place of writing an array.
+SUMS = {
+    "asum scasum dzasum nrm2 snrm2 dnrm2 scnrm2 dznrm2 iamax iamin": "n x:n incx",
+    "dot dotu dotc dsdot": "n x:n incx y:n incy",
+    "doti dotui dotci": "n x:n places y:n",
+}
+SIGNATURES |= SUMS
+SUMS = " ".join(SUMS).split()
 SIGNATURE = {name: text for names, text in SIGNATURES.items() for name in names.split()}
 REAL_SCALARS = {"her": "alpha", "hpr": "alpha", "herk": "alpha beta", "her2k": "beta", "rot": "c", "csrot": "c s",
                 "zdrot": "c s", "csscal": "alpha", "zdscal": "alpha"}
 # Routines whose name tells one type; all others stand for one routine a type.
 OF_ONE_TYPE = {"csscal": "c", "zdscal": "z", "csrot": "c", "zdrot": "z", "scasum": "c", "dzasum": "z", "snrm2": "s",
-               "dnrm2": "d", "scnrm2": "c", "dznrm2": "z", "dsdot": "s"}
+               "dnrm2": "d", "scnrm2": "c", "dznrm2": "z", "dsdot": "s", "dsbmv": "d"}
 
 
 def symbols(library, routine):
@@ -51,17 +60,37 @@ def symbols(library, routine):
     return [(t, getattr(library, name)) for t, name in names if hasattr(library, name)]
 
 
+def turned(routine):
+    """The signature with other letters: transposed, the lower triangle, from the right."""
+    text = SIGNATURE[routine]
+    hermitian = routine in ("herk", "her2k")
+    if "mat" in routine or routine in SUMS or "'" not in text:
+        return text
+    if routine in ("symm", "hemm", "trmm", "trsm"):
+        text = text.replace("'U'", "'l'").replace("'L'", "'R'").replace("'l'", "'L'").replace("A:m,m", "A:n,n")
+        return text.replace("'N'", "'T'", 1)
+    text = text.replace("'U'", "'L'")
+    if routine.startswith("gemm"):
+        return text.replace("'N' 'N'", "'T' 'T'").replace("A:m,k", "A:k,m").replace("B:k,n", "B:n,k")
+    if routine == "gemv":
+        return text.replace("'N'", "'T'").replace("x:n", "x:*").replace("y:m", "y:n").replace("x:*", "x:m")
+    return re.sub(r"'N'", "'C'" if hermitian else "'T'", text, count=1).replace(":n,k", ":k,n")
+
+
 class Call:
     """One call. Operands hold small numbers, with 2 on the diagonal of what may be a system, so no sum overflows.
 
     gap: elements between the columns of matrices; offsets: of the array of this name, elements from an address that is a
-    multiple of 64; mixed: numbers of all digits in place of simple ones."""
+    multiple of 64; mixed: numbers of all digits in place of simple ones; turn: with other letters."""
 
-    def __init__(self, routine, letter, function, m, n, k, unit=False, gap=0, offsets=None, mixed=False):
+    def __init__(self, routine, letter, function, m, n, k, unit=False, gap=0, offsets=None, mixed=False,
+                 turn=False):
         self.function, self.real, self.width = function, TYPES[letter], 2 if letter in "cz" else 1
         self.m, self.n, self.k, self.gap, self.offsets, self.mixed = m, n, k, gap, offsets or {}, mixed
         self.real_scalars = REAL_SCALARS.get(routine, "").split()
-        self.words = SIGNATURE[routine].split()
+        self.routine = routine
+        self.words = (turned(routine) if turn else SIGNATURE[routine]).split()
+        self.lower = "'L'" in self.words and routine not in ("symm", "hemm")
         if unit:
             self.words[self.words.index("m" if "m" in self.words else "n") - 1] = "'U'"
         if routine == "axpyi":
@@ -94,15 +123,19 @@ class Call:
         if j is None:
             return i - 1
         if self.shape[name] == "P":
-            return i - 1 + j * (j - 1) // 2
+            return i - 1 + ((j - 1) * (2 * self.n - j) if self.lower else j * (j - 1)) // 2
         if self.shape[name][0] == "B":
-            i += self.k - j + 1
+            i += 1 - j + (0 if self.lower else self.k)
         return i - 1 + (j - 1) * self.column_length(name)
+
+    @staticmethod
+    def signature(routine):
+        return SIGNATURE[routine].split()
 
     made = {}
 
     def values(self, name):
-        key = self.shape[name], self.real, self.width, self.m, self.n, self.k, self.gap, self.mixed, name
+        key = self.shape[name], self.real, self.width, self.m, self.n, self.k, self.gap, self.mixed, name, self.lower
         if key not in Call.made:
             Call.made[key] = self.make(name)
         return type(Call.made[key]).from_buffer_copy(Call.made[key])
@@ -160,9 +193,22 @@ class Call:
         arguments = self.arguments()
         by_pointer = self.function.__name__.startswith("orv_blas_")
         passed = [ctypes.byref(a) if by_pointer else self.value(a) for a in arguments]
+        if self.routine in SUMS:
+            return 0, self.sum(passed)
         self.function.restype = ctypes.c_int
         status = around(lambda: self.function(*passed))
         return status, bytes(self.arrays[self.result])
+
+    def sum(self, passed):
+        if self.routine in ("dotu", "dotc", "dotui", "dotci"):
+            pair = (self.real * 2)()
+            self.function.restype = None
+            self.function(ctypes.byref(pair), *passed)
+            return bytes(pair)
+        answer = (ctypes.c_int64 if self.routine.startswith("ia") else
+                  ctypes.c_double if self.routine == "dsdot" else self.real)
+        self.function.restype = answer
+        return bytes(answer(self.function(*passed)))
 
     def value(self, argument):
         """A scalar as C passes it: a complex number is a structure."""
