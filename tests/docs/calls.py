@@ -80,8 +80,8 @@ def turned(routine):
 class Call:
     """One call. Operands hold small numbers, with 2 on the diagonal of what may be a system, so no sum overflows.
 
-    gap: elements between the columns of matrices; offsets: of the array of this name, elements from an address that is a
-    multiple of 64; mixed: numbers of all digits in place of simple ones; turn: with other letters."""
+    gap: elements between the columns of matrices; offsets: of the array of this name, elements from an address that is
+    a multiple of 64; mixed: numbers of all digits in place of simple ones; turn: with other letters."""
 
     def __init__(self, routine, letter, function, m, n, k, unit=False, gap=0, offsets=None, mixed=False,
                  turn=False):
@@ -95,7 +95,7 @@ class Call:
             self.words[self.words.index("m" if "m" in self.words else "n") - 1] = "'U'"
         if routine == "axpyi":
             self.words = "n alpha x:n places y:n".split()
-        self.scalars = {word: (1.5, 0.0) for word in self.words if word in SCALARS}
+        self.scalars = {word: (1.5, 0.75 if mixed else 0.0) for word in self.words if word in SCALARS}
         self.arrays, self.shape, self.memory = {}, {}, {}
         for word in self.words:
             if ":" in word:
