@@ -1,7 +1,7 @@
 # What `cmake --install` lays down. Everything finds everything else by relative paths, so the folder can be moved.
 #
 #   bin/orv
-#   lib/          liborv.so and liborv_mc3.so, which must stay side by side, and liborv_blas.so
+#   lib/          liborv.so and liborv_mc3.so, which must stay side by side, liborv_blas.so and liborv_lapack.so
 #   lib/orv/      libblas.so.3: a folder of its own, so that no program meets the stand-in unasked
 #   include/orv/  public headers; compat/ holds those of well-known interfaces
 #
@@ -20,6 +20,8 @@ install(TARGETS orv EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR
 install(TARGETS orv_mc3 LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS orv_blas_twin EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orv/compat)
+set_target_properties(orv_lapack PROPERTIES INSTALL_RPATH "$ORIGIN")
+install(TARGETS orv_lapack LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS orv_blas LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/orv NAMELINK_SKIP)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/core/include/orv DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/compat/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orv/compat)

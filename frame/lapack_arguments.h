@@ -73,9 +73,7 @@ constexpr auto lasr = [](char side, char pivot, char direct, i64 m, i64 n, auto,
 
 constexpr auto lasd3 = [](i64 nl, i64 nr, i64 sqre, i64 k, auto, auto, i64 ldq, auto, auto, i64 ldu, auto, i64 ldu2,
                           auto, i64 ldvt, auto, i64 ldvt2, auto, auto, auto, auto) {
-    if (nl < 1) return 1;
-    if (nr < 1) return 2;
-    if (sqre != 0 && sqre != 1) return 3;
+    // The reference looks at the first three before all others, and reports them only if the others are good.
     const i64 n = nl + nr + 1, m = n + sqre;
     if (k < 1 || k > n) return 4;
     if (ldq < k) return 7;
@@ -83,6 +81,9 @@ constexpr auto lasd3 = [](i64 nl, i64 nr, i64 sqre, i64 k, auto, auto, i64 ldq, 
     if (ldu2 < n) return 12;
     if (ldvt < m) return 14;
     if (ldvt2 < m) return 16;
+    if (nl < 1) return 1;
+    if (nr < 1) return 2;
+    if (sqre != 0 && sqre != 1) return 3;
     return 0;
 };
 
