@@ -169,5 +169,22 @@ class StandIn(unittest.TestCase):
         self.assertFalse(too_young(self.library)[:10])
 
 
+class BeforeLapack(unittest.TestCase):
+    library = libraries / "liborv_lapack.so"
+    reference = reference_blas.parents[1] / "lapack/liblapack.so.3"
+
+    def test_exports_names_of_the_reference_only(self):
+        if not self.reference.exists():
+            self.skipTest("the reference LAPACK is not installed")
+        self.assertFalse(sorted(symbols(self.library)[0].keys() - symbols(self.reference)[0].keys()))
+
+    def test_needs_no_lapack_by_name(self):
+        """It goes before whichever there is."""
+        self.assertFalse([name for name in needed(self.library) if "lapack" in name or "blas" in name])
+
+    def test_holds_no_instruction_beyond_the_oldest_class(self):
+        self.assertFalse(too_young(self.library)[:10])
+
+
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1] + sys.argv[3:])
