@@ -44,16 +44,32 @@ template <class T, Kind kind> struct Update {
     }
 };
 
-// The triangle := square + beta*triangle.
+// c := f(c, x), f of registers.
+template <class F, class Both> ORV_INLINE void each(i64 n, const F* x, F* c, const Both& f)
+{
+    constexpr i64 lanes = vec<F>::lanes;
+    i64 i = 0;
+    for (; i + lanes <= n; i += lanes) storeu(c + i, f(loadu(c + i), loadu(x + i)));
+    for (; i < n; ++i) store_first<1>(c + i, f(load_first<1>(c + i), load_first<1>(x + i)));
+}
+
+// The triangle := square + beta*triangle. A real beta takes complex numbers as reals.
 template <class T, Kind kind> void add_triangle(const Update<T, kind>& x, const T* square)
 {
-    for (i64 j = 0; j < x.n; ++j) {
-        T* const c = x.c + j * x.ldc;
-        const Rows rows = stored(x.upper, x.n, j);
-        for (i64 i = rows.from; i < rows.to; ++i)
-            c[i] = x.beta == zero<Factor<T, kind>> ? square[i + j * x.n] : x.beta * c[i] + square[i + j * x.n];
-        c[j] = on_diagonal<T, kind>(c[j]);
-    }
+    using F = Factor<T, kind>;
+    constexpr i64 parts = sizeof(T) / sizeof(F);
+    const auto columns = [&](const auto& f) ORV_INLINE_LAMBDA {
+        for (i64 j = 0; j < x.n; ++j) {
+            T* const c = x.c + j * x.ldc;
+            const Rows rows = stored(x.upper, x.n, j);
+            each(parts * (rows.to - rows.from), reinterpret_cast<const F*>(square + rows.from + j * x.n),
+                 reinterpret_cast<F*>(c + rows.from), f);
+            c[j] = on_diagonal<T, kind>(c[j]);
+        }
+    };
+    if (x.beta == one<F>) return columns([](vec<F> c, vec<F> s) ORV_INLINE_LAMBDA { return c + s; });
+    if (x.beta == zero<F>) return columns([](vec<F>, vec<F> s) ORV_INLINE_LAMBDA { return s; });
+    columns([beta = factor<F>(x.beta)](vec<F> c, vec<F> s) ORV_INLINE_LAMBDA { return beta * c + s; });
 }
 
 template <class T, Kind kind> void scale(const Update<T, kind>& x)
@@ -67,14 +83,20 @@ template <class T, Kind kind> bool adds_nothing(const Update<T, kind>& x)
 }
 
 // Half of a square is thrown away, so small ones pay, though the work memory has room for more; singles take theirs on
-// the stack.
+// the stack. Triangles that are a few of them pay for still smaller ones.
 constexpr i64 side = 16;
+constexpr i64 tiny = 10; // rows, columns and depth of the general product's smallest case
+constexpr i64 side_of(i64 n) { return n <= 2 * side ? side / 2 : side; }
 
 template <class T, Kind kind> void walk(const Update<T, kind>& x, const Square<T>& square)
 {
-    for (i64 i = 0; i < x.n; i += square.side) {
-        const i64 size = min(x.n - i, square.side);
-        x.product(i, i, size, size, zero<T>, square.at, size);
+    const i64 most = min(square.side, side_of(x.n));
+    for (i64 i = 0; i < x.n; i += most) {
+        const i64 size = min(x.n - i, most);
+        // Few sums of few terms are added to zeros, which takes the product its shortest way.
+        const bool is_tiny = max(size, x.k) <= tiny;
+        if (is_tiny) blas::fill_zeros(size * size, square.at);
+        x.product(i, i, size, size, is_tiny ? one<T> : zero<T>, square.at, size);
         add_triangle(x.part(i, size), square.at);
         x.rectangle(i, size);
     }

@@ -212,17 +212,18 @@ template <Task task, class T> void last_level(const Triangular<T>& x, T* triangl
 {
     if (task == Task::solve && !x.form.unit && has_subnormal_diagonal(x)) return plain<task>(x);
     const i64 most = x.order / unit * unit, columns = x.others / unit * unit;
-    plain<task>(x.sweep(columns, x.others - columns));
+    if (columns < x.others) plain<task>(x.sweep(columns, x.others - columns));
     if (columns == 0) return;
     const Triangular<T> whole = x.sweep(0, columns);
-    const Piece core = piece_of(x.lower(), x.order, 0, most);
-    const auto packed = [&] {
-        if (most == 0) return;
-        const Triangular<T> y = whole.block(core.from, most);
+    const auto in_registers = [&](const Triangular<T>& y) {
         pack<task>(y, triangle);
         packed_triangle<task>(y, triangle, strip);
     };
-    if (core.left == 0) return packed();
+    if (most == x.order) return in_registers(whole);
+    const Piece core = piece_of(x.lower(), x.order, 0, most);
+    const auto packed = [&] {
+        if (most > 0) in_registers(whole.block(core.from, most));
+    };
     const auto product = [&] {
         if (most > 0)
             gemm::plain(whole.rectangle(core.left_from, core.left, core.from, most, factor_of_rectangles<task, T>));

@@ -36,15 +36,22 @@ template <class T> void multiply(const gemm::Product<T>& p, Desc<T>* desc = null
                                &p.ldc, own.version, &own);
 }
 
+// Calls body(sweep) for sweeps of `width` columns of X.
+template <class T, class Body> void each_sweep(const Triangular<T>& x, i64 width, const Body& body)
+{
+    for (i64 j = 0, count; j < x.others; j += count) {
+        count = sweep_of(x.others - j, width);
+        body(x.sweep(j, count));
+    }
+}
+
 // One level: sweeps over columns of X, in each a walk over the blocks of T.
 template <Task task, class T> void walk_level(const Triangular<T>& x, const Levels<T>& levels)
 {
     const Level<T>& level = levels.here();
     const bool deeper = levels.at < levels.last && levels.level[levels.last].block < x.order, lower = x.lower();
     const i64 pieces = (x.order + level.block - 1) / level.block;
-    for (i64 j = 0, count; j < x.others; j += count) {
-        count = sweep_of(x.others - j, level.col_block);
-        const Triangular<T> sweep = x.sweep(j, count);
+    each_sweep(x, level.col_block, [&](const Triangular<T>& sweep) {
         for (i64 s = 0; s < pieces; ++s) {
             const i64 nth = task == Task::solve ? s : pieces - 1 - s;
             const Piece p = piece_of(lower, x.order, nth * level.block, level.block);
@@ -63,7 +70,7 @@ template <Task task, class T> void walk_level(const Triangular<T>& x, const Leve
             if ((task == Task::solve) == (level.order == 0)) product(), diagonal();
             else diagonal(), product();
         }
-    }
+    });
 }
 
 // B := alpha*B, but for an alpha of 1.
@@ -106,14 +113,16 @@ template <Task task, class T, class Body> bool with_work_block(const Body& body)
     return true;
 }
 
-// The walk from level `first` on. One block needs no levels, and no descriptor.
+// The walk from level `first` on. One block needs no levels.
 template <Task task, class T, int count>
 void walk(const Triangular<T>& x, const Cut (&cuts)[count], i64 first, const WorkBlock<task, T>& work)
 {
+    if (x.order <= cuts[count - 1].block)
+        return each_sweep(x, cuts[first].col_block,
+                          [&](const Triangular<T>& sweep) { last_level<task>(sweep, work.a, work.scratch); });
     const bool gives = (x.form.op == Op::none) == x.right;
     Level<T> levels[count];
     for (int i = 0; i < count; ++i) levels[i] = {cuts[i].block, cuts[i].col_block, gives, work.a, work.b, work.scratch};
-    if (x.order <= cuts[count - 1].block) return walk_level<task>(x, Levels<T>{levels, first, first, nullptr});
     if constexpr (task == Task::solve) {
         Desc<T> desc;
         gemm::zero_desc(&desc);

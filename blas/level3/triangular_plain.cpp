@@ -55,19 +55,20 @@ template <Task task, class T> void right(const Triangular<T>& x)
 {
     constexpr i64 adjacent = 1;
     const bool lower = x.lower();
-    const auto element = [&](i64 i, i64 j) {
-        const T t = x.a[i * x.t_row() + j * x.t_column()];
-        return x.form.op == Op::conjugate ? conj(t) : t;
-    };
+    const i64 t_column = x.t_column();
+    const auto of_t = [conjugated = x.form.op == Op::conjugate](T t) { return conjugated ? conj(t) : t; };
     for (i64 s = 0; s < x.order; ++s) {
         const Piece p = piece_of(lower, x.order, task == Task::solve ? s : x.order - 1 - s, 1);
         T* const own = x.b + p.from * x.ldb;
-        if (task == Task::multiply && !x.form.unit) by_diagonal<task>(x.others, element(p.from, p.from), own);
-        for (i64 j = p.done_from; j < p.done_from + p.done; ++j) {
-            const T f = factor_of_rectangles<task, T> * element(p.from, j);
-            axpy<task, T>(&x.others, &f, x.b + j * x.ldb, &adjacent, own, &adjacent);
+        const T diagonal = x.form.unit ? one<T> : of_t(x.a[p.from * (x.lda + 1)]);
+        if (task == Task::multiply && !x.form.unit) by_diagonal<task>(x.others, diagonal, own);
+        const T* t = x.a + p.from * x.t_row() + p.done_from * t_column;
+        const T* other = x.b + p.done_from * x.ldb;
+        for (i64 j = 0; j < p.done; ++j, t += t_column, other += x.ldb) {
+            const T f = factor_of_rectangles<task, T> * of_t(*t);
+            axpy<task, T>(&x.others, &f, other, &adjacent, own, &adjacent);
         }
-        if (task == Task::solve && !x.form.unit) by_diagonal<task>(x.others, element(p.from, p.from), own);
+        if (task == Task::solve && !x.form.unit) by_diagonal<task>(x.others, diagonal, own);
     }
 }
 

@@ -23,7 +23,7 @@ thread_local constinit std::string_view missing;
 }
 namespace orv::core {
 void forget_missing_block() { missing = {}; }
-bool missed_block(std::string_view routine) { return missing == routine; }
+std::string_view missing_block() { return missing; }
 } // namespace orv::core
 ORV_EXPORT int orv_serv_check_ptr(const void* block, const char* routine, int name_length)
 {

@@ -16,9 +16,9 @@ orv_status last_status();
 // Reports argument number `argument` (from 1) of a routine to the user's handler or the record; returns -argument.
 orv_status bad_argument(const char* routine, int argument);
 
-// Whether the latest block of memory that a kernel of this thread asked for in vain, since it was forgotten, was for the
-// routine of this name.
+// The routine for which a kernel of this thread asked for a block of memory in vain, the latest since it was forgotten;
+// empty if every block was there.
 void forget_missing_block();
-bool missed_block(std::string_view routine);
+std::string_view missing_block();
 
 } // namespace orv::core
