@@ -98,34 +98,56 @@ template <class R> ORV_INLINE void keep_larger(R& value, R sum)
     if (value < sum || sum != sum) value = sum;
 }
 
-// The way through n neighbours: block(i, registers) of eight registers and then of one, and single(i).
-template <class R, class Block, class Single> ORV_INLINE void each(i64 n, Block block, Single single)
+// The way through n neighbours: block(i, registers) of several registers and then of one, and single(i).
+template <class R, int registers, class Block, class Single> ORV_INLINE void each(i64 n, Block block, Single single)
 {
     constexpr i64 lanes = vec<R>::lanes;
     i64 i = 0;
-    for (; i + 8 * lanes <= n; i += 8 * lanes) block(i, std::integral_constant<int, 8>());
-    for (; i + lanes <= n; i += lanes) block(i, std::integral_constant<int, 1>());
+    for (; i + registers * lanes <= n; i += registers * lanes) block(i, std::integral_constant<int, registers>());
+    if constexpr (registers > 1)
+        for (; i + lanes <= n; i += lanes) block(i, std::integral_constant<int, 1>());
     for (; i < n; ++i) single(i);
 }
 
-// Sum of n neighbours. Eight registers of sums, then (0+4, 1+5, 2+6, 3+7), (0+2, 1+3), 0+1, and singles last.
-template <class Measure, class T> real_t<T> sum(Measure, i64 n, const T* x)
+// The sums of `columns` columns of n elements, side by side, so that short ones need not wait for their own additions.
+template <int columns, class Measure, class T>
+ORV_INLINE void sum_columns(Measure, i64 n, const T* a, i64 lda, real_t<T> (&sums)[columns])
 {
     using R = real_t<T>;
-    vec<R> s[8] = {};
-    R rest = 0;
-    each<R>(
+    constexpr int chains = 8 / columns;
+    vec<R> s[columns][chains] = {};
+    each<R, chains>(
         n,
         [&]<int count>(i64 i, std::integral_constant<int, count>) ORV_INLINE_LAMBDA {
 #pragma GCC unroll 8
-            for (int r = 0; r < count; ++r) s[r] += Measure::many(x + i + r * vec<R>::lanes);
+            for (int r = 0; r < count; ++r)
+#pragma GCC unroll 4
+                for (int k = 0; k < columns; ++k) s[k][r] += Measure::many(a + k * lda + i + r * vec<R>::lanes);
         },
-        [&](i64 i) ORV_INLINE_LAMBDA { rest += Measure::one(x[i]); });
+        [&](i64 i) ORV_INLINE_LAMBDA {
 #pragma GCC unroll 4
-    for (int half = 4; half > 0; half /= 2)
+            for (int k = 0; k < columns; ++k) s[k][0].r[0] += Measure::one(a[k * lda + i]);
+        });
 #pragma GCC unroll 4
-        for (int r = 0; r < half; ++r) s[r] += s[r + half];
-    return first_lane(fold_lanes(s[0])) + rest;
+    for (int k = 0; k < columns; ++k) {
+#pragma GCC unroll 8
+        for (int r = 1; r < chains; ++r) s[k][0] += s[k][r];
+        sums[k] = first_lane(fold_lanes(s[k][0]));
+    }
+}
+
+template <class Measure, class T> real_t<T> largest_column(Measure measure, i64 m, i64 n, const T* a, i64 lda)
+{
+    real_t<T> value = 0;
+    const auto pass = [&]<int columns>(std::integral_constant<int, columns>, i64 j) ORV_INLINE_LAMBDA {
+        real_t<T> sums[columns];
+        sum_columns(measure, m, a + j * lda, lda, sums);
+        for (const real_t<T> sum : sums) keep_larger(value, sum);
+    };
+    i64 j = 0;
+    for (; j + 4 <= n; j += 4) pass(std::integral_constant<int, 4>(), j);
+    for (; j < n; ++j) pass(std::integral_constant<int, 1>(), j);
+    return value;
 }
 
 // The largest of everything that it is shown. A NaN is never larger. Complex elements are compared by their squares.
@@ -149,7 +171,7 @@ template <class Measure, class T> class Largest {
 public:
     void see(i64 n, const T* x)
     {
-        each<R>(
+        each<R, 8>(
             n,
             [&]<int count>(i64 i, std::integral_constant<int, count>) ORV_INLINE_LAMBDA {
 #pragma GCC unroll 8
@@ -193,12 +215,11 @@ template <class Measure, class T> void sum_rows(Measure, i64 m, i64 n, const T* 
 template <class Measure, class T> real_t<T> add_to_rows(Measure, i64 n, const T* x, real_t<T>* work)
 {
     using R = real_t<T>;
-    vec<R> s[8] = {};
-    R rest = 0;
-    each<R>(
+    vec<R> s[4] = {};
+    each<R, 4>(
         n,
         [&]<int count>(i64 i, std::integral_constant<int, count>) ORV_INLINE_LAMBDA {
-#pragma GCC unroll 8
+#pragma GCC unroll 4
             for (int r = 0; r < count; ++r) {
                 const vec<R> v = Measure::many(x + i + r * vec<R>::lanes);
                 R* const to = work + i + r * vec<R>::lanes;
@@ -207,10 +228,9 @@ template <class Measure, class T> real_t<T> add_to_rows(Measure, i64 n, const T*
         },
         [&](i64 i) ORV_INLINE_LAMBDA {
             const R v = Measure::one(x[i]);
-            work[i] += v, rest += v;
+            work[i] += v, s[1].r[0] += v;
         });
-    for (int r = 1; r < 8; ++r) s[0] += s[r];
-    return first_lane(fold_lanes(s[0])) + rest;
+    return first_lane(fold_lanes((s[0] + s[1]) + (s[2] + s[3])));
 }
 
 enum class Norm { largest, columns, rows, squares, none };
@@ -237,11 +257,7 @@ template <class T> real_t<T> lange(Norm norm, i64 m, i64 n, const T* a, i64 lda,
             return largest.result();
         });
     case Norm::columns:
-        return measured<T>([&](auto measure) {
-            R value = 0;
-            for (i64 j = 0; j < n; ++j) keep_larger(value, sum(measure, m, a + j * lda));
-            return value;
-        });
+        return measured<T>([&](auto measure) { return largest_column(measure, m, n, a, lda); });
     case Norm::rows:
         return measured<T>([&](auto measure) {
             sum_rows(measure, m, n, a, lda, work);
