@@ -15,6 +15,7 @@ struct Verb {
 
 constexpr Verb verbs[] = {
     {"info", "what orv runs on: processor, kernels, threads, memory, environment", info},
+    {"verify", "whether this machine computes what it should; `orv verify --help` tells more", verify},
     {"help", "this text", help},
 };
 

@@ -8,5 +8,6 @@ namespace orv::cli {
 using Words = std::span<const char* const>;
 
 int info(Words words);
+int verify(Words words);
 
 } // namespace orv::cli

@@ -1,0 +1,119 @@
+// Extended and mixed precision: all members of each family, from the lists of <orv/xblas.h>.
+#include "cli/verify/plans.h"
+
+#include <cstring>
+#include <memory>
+
+namespace orv::verify {
+namespace {
+
+Plan in_precision(Setting& s, std::vector<Equation> equations)
+{
+    Plan p{std::move(equations)};
+    p.work = s.work();
+    return p;
+}
+
+Plan dot(Setting& s)
+{
+    const i64 n = s.size("n");
+    const View x = s.vector("x", n, "incx"), y = s.vector("y", n, "incy"), r = s.element("r");
+    const Operand left = op(x, s.letter("conj") == 'c' ? 'c' : 't');
+    return in_precision(
+        s, {{after(r), {{s.scalar("alpha"), left, op(y)}, {s.scalar("beta"), op(r)}}, roundings_of_sum(n)}});
+}
+Plan sum(Setting& s)
+{
+    const View x = s.vector("x", s.size("n"), "incx");
+    Plan p = in_precision(s, {{after(s.element("r")), {{{1, 0}, ones(1, x.rows), op(x)}}, roundings_of_sum(x.rows)}});
+    if (p.work == 0) p.work = 'd';
+    return p;
+}
+Plan axpby(Setting& s)
+{
+    const i64 n = s.size("n");
+    const Number alpha = s.scalar("alpha"), beta = s.scalar("beta");
+    const View x = s.vector("x", n, "incx"), y = s.vector("y", n, "incy");
+    const View out = s.has("w") ? s.vector("w", n, "incw") : y;
+    return in_precision(s, {{after(out), {{alpha, op(x)}, {beta, op(y)}}, roundings_of_sum(1)}});
+}
+Plan ge_sum_mv(Setting& s)
+{
+    const i64 m = s.size("m"), n = s.size("n");
+    const Number alpha = s.scalar("alpha"), beta = s.scalar("beta");
+    const View a = s.matrix("a", "lda", m, n), b = s.matrix("b", "ldb", m, n), x = s.vector("x", n, "incx");
+    return in_precision(
+        s, {{after(s.vector("y", m, "incy")), {{alpha, op(a), op(x)}, {beta, op(b), op(x)}}, roundings_of_sum(2 * n)}});
+}
+
+// "z_d_z_x" of "zgemv_d_z_x": what is left of a member's name without the operation.
+const char* type_of(const char* member, const char* operation)
+{
+    static std::vector<std::unique_ptr<std::string>> names; // they live as long as the tables
+    return names
+        .emplace_back(std::make_unique<std::string>(member[0] + std::string(member + 1 + std::strlen(operation))))
+        ->c_str();
+}
+
+#define PRECISE(name, ...) routine<orv_xblas_##name>(type_of(#name, operation)),
+#define PRECISE_X(name, ...) routine<orv_xblas_##name>(type_of(#name, operation)),
+#define MEMBERS(list, op) [](const char* operation) -> std::vector<Routine> { return {list(PRECISE, op)}; }(#op)
+
+} // namespace
+
+Group extended()
+{
+    const std::vector<const char*> vectors{"n=0|1|2|3|4|5|9|33 prec=all", "n=7 incx=-1 incy=2"};
+    const std::vector<const char*> general{"m=1|5|8 n=1|4|9 prec=all", "m=31 n=17 incx=-1 incy=2"};
+    const std::vector<const char*> bands{"n=1|2 k=0 prec=all", "n=5|9 k=0|1|3 prec=all",
+                                         "n=33 k=5 lda=7 incx=-1 incy=2"};
+    const std::vector<const char*> general_bands{"m=1|5|8 n=1|4|9 kl=0 ku=0 prec=all",
+                                                 "m=5|8 n=4|9 kl=1|3 ku=2 prec=all",
+                                                 "m=31 n=17 kl=4 ku=7 lda=13 incx=-1 incy=2"};
+    const std::vector<const char*> halves{"n=1|2|3|5|9 prec=all", "n=33 incx=-1 incy=2"};
+    const std::vector<const char*> triangles{"n=1|2|3|5|9 prec=all", "n=33 incx=-1"};
+    const std::vector<const char*> band_triangles{"n=1|2 k=0 prec=all", "n=5|9 k=0|1|3 prec=all",
+                                                  "n=33 k=5 lda=7 incx=-1"};
+    const std::vector<const char*> sides{"m=1|3|5 n=1|4 prec=all"};
+    const std::vector<const char*> products{"m=1|3|5 n=1|4 k=1|2|9 prec=all"};
+#define TWO_INPUTS(op) MEMBERS(ORV_XBLAS_TWO_INPUTS, op)
+#define HERMITIAN(op) MEMBERS(ORV_XBLAS_HERMITIAN, op)
+#define ONE_INPUT(op) MEMBERS(ORV_XBLAS_ONE_INPUT, op)
+    const char *full = "order uplo n alpha a lda x incx beta y incy",
+               *full2 = "order uplo n alpha a lda x tail incx beta y incy",
+               *band = "order uplo n k alpha a lda x incx beta y incy",
+               *packed = "order uplo n alpha a x incx beta y incy",
+               *sided = "order side uplo m n alpha a lda b ldb beta c ldc",
+               *triangle = "order uplo trans diag n alpha a lda x incx";
+    return {
+        "xblas",
+        "extended and mixed precision",
+        {{"xblas_dot", "conj n alpha x incx beta y incy r", dot, vectors, TWO_INPUTS(dot)},
+         {"xblas_sum", "n x incx r", sum, {"n=0|1|2|3|4|5|9|33 prec=all", "n=7 incx=-1"}, MEMBERS(ORV_XBLAS_SUM, sum)},
+         {"xblas_axpby", "n alpha x incx beta y incy", axpby, vectors, ONE_INPUT(axpby)},
+         {"xblas_waxpby", "n alpha x incx beta y incy w incw", axpby, vectors, TWO_INPUTS(waxpby)},
+         {"xblas_gemv", "order trans m n alpha a lda x incx beta y incy", gemv, general, TWO_INPUTS(gemv)},
+         {"xblas_gemv2", "order trans m n alpha a lda x tail incx beta y incy", gemv, general, TWO_INPUTS(gemv2)},
+         {"xblas_gbmv", "order trans m n kl ku alpha a lda x incx beta y incy", gbmv, general_bands, TWO_INPUTS(gbmv)},
+         {"xblas_gbmv2", "order trans m n kl ku alpha a lda x tail incx beta y incy", gbmv, general_bands,
+          TWO_INPUTS(gbmv2)},
+         {"xblas_symv", full, symv, halves, TWO_INPUTS(symv)},
+         {"xblas_hemv", full, hemv, halves, HERMITIAN(hemv)},
+         {"xblas_symv2", full2, symv, halves, TWO_INPUTS(symv2)},
+         {"xblas_hemv2", full2, hemv, halves, HERMITIAN(hemv2)},
+         {"xblas_sbmv", band, symv, bands, TWO_INPUTS(sbmv)},
+         {"xblas_hbmv", band, hemv, bands, HERMITIAN(hbmv)},
+         {"xblas_spmv", packed, symv, halves, TWO_INPUTS(spmv)},
+         {"xblas_hpmv", packed, hemv, halves, HERMITIAN(hpmv)},
+         {"xblas_ge_sum_mv", "order m n alpha a lda x incx beta b ldb y incy", ge_sum_mv, general,
+          TWO_INPUTS(ge_sum_mv)},
+         {"xblas_trmv", triangle, trmv, triangles, ONE_INPUT(trmv)},
+         {"xblas_tpmv", "order uplo trans diag n alpha a x incx", trmv, triangles, ONE_INPUT(tpmv)},
+         {"xblas_trsv", triangle, trsv, triangles, ONE_INPUT(trsv)},
+         {"xblas_tbsv", "order uplo trans diag n k alpha a lda x incx", trsv, band_triangles, ONE_INPUT(tbsv)},
+         {"xblas_gemm", "order transa transb m n k alpha a lda b ldb beta c ldc", gemm, products, TWO_INPUTS(gemm)},
+         {"xblas_symm", sided, symm, sides, TWO_INPUTS(symm)},
+         {"xblas_hemm", sided, hemm, sides, HERMITIAN(hemm)}}};
+}
+
+} // namespace orv::verify

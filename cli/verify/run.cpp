@@ -1,0 +1,193 @@
+#include "cli/verify/run.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace orv::verify {
+namespace {
+
+std::string types_of(const Family& family)
+{
+    std::string all;
+    for (const Routine& r : family.routines) all += (all.empty() ? "" : " ") + std::string(r.type);
+    return all;
+}
+
+const Routine& routine_of(const Family& family, const std::string& type)
+{
+    for (const Routine& r : family.routines)
+        if (type == r.type) return r;
+    throw Mistake(std::string(family.name) + " wants a type behind its name, one of " + types_of(family) +
+                  (type.empty() ? "" : ", not \"" + type + '"'));
+}
+
+// The arguments of a call by address: arrays, and values that stand here.
+class Slots {
+public:
+    Slots(Setting& setting, const Problem& resolved, Arrays& arrays)
+    {
+        values_.resize(setting.arguments().size());
+        auto value = values_.begin();
+        for (const Argument& a : setting.arguments()) {
+            Array* const array = arrays.find(a.name);
+            if (array == nullptr) store(setting, resolved, a, *value);
+            addresses_.push_back(array ? array->data() : value->bytes);
+            ++value;
+        }
+    }
+    void* const* data() const { return addresses_.data(); }
+
+private:
+    struct Value {
+        alignas(16) std::byte bytes[16];
+        template <class T> void set(T value) { new (bytes) T(value); }
+    };
+
+    static void store(Setting& setting, const Problem& resolved, const Argument& a, Value& value)
+    {
+        if (a.kind == 'l') return value.set(setting.letter(a.name));
+        if (a.kind == 'o') return value.set(a.name == "prec" ? precision(*resolved.find("prec")) : option(setting, a));
+        if (a.kind == 'i') return value.set<i64>(std::stoll(*resolved.find(a.name)));
+        const Number number = setting.scalar(a.name);
+        const cpx<float> narrow{static_cast<float>(number.re), static_cast<float>(number.im)};
+        if (a.kind == 's') value.set(narrow.re);
+        else if (a.kind == 'c') value.set(narrow);
+        else if (a.kind == 'd') value.set(number.re);
+        else value.set(number);
+    }
+    static int precision(const std::string& name)
+    {
+        return name == "single"   ? ORV_PREC_SINGLE
+               : name == "double" ? ORV_PREC_DOUBLE
+               : name == "extra"  ? ORV_PREC_EXTRA
+                                  : ORV_PREC_INDIGENOUS;
+    }
+    static int option(const Setting& setting, const Argument& a)
+    {
+        const char letter = setting.letter(a.name);
+        if (a.name == "order") return letter == 'r' ? ORV_ROW_MAJOR : ORV_COLUMN_MAJOR;
+        if (a.name == "uplo") return letter == 'u' ? ORV_UPPER : ORV_LOWER;
+        if (a.name == "diag") return letter == 'u' ? ORV_UNIT_DIAG : ORV_NON_UNIT_DIAG;
+        if (a.name == "side") return letter == 'l' ? ORV_LEFT_SIDE : ORV_RIGHT_SIDE;
+        if (a.name == "conj") return letter == 'c' ? ORV_CONJ : ORV_NO_CONJ;
+        return letter == 'n' ? ORV_NO_TRANS : letter == 't' ? ORV_TRANS : ORV_CONJ_TRANS;
+    }
+
+    std::vector<Value> values_;
+    std::vector<void*> addresses_;
+};
+
+// All combinations of letters that the arguments take.
+std::vector<std::string> combinations(const std::vector<Argument>& arguments)
+{
+    std::vector<std::string> all{""};
+    for (const Argument& a : arguments) {
+        if (a.letters.empty()) continue;
+        std::vector<std::string> longer;
+        for (const std::string& word : all)
+            for (const char letter : a.letters) longer.push_back(word + letter);
+        all = std::move(longer);
+    }
+    return all;
+}
+
+// What a value of a sweep stands for, "1|4|9" or all; nothing: the sweep is not for this routine or machine.
+std::vector<std::string> alternatives(const std::string& name, const std::string& text)
+{
+    std::vector<std::string> all;
+    std::istringstream values(name == "prec" ? "single|double|indigenous|extra" : text);
+    for (std::string value; std::getline(values, value, '|');) {
+        if (value == "all") {
+            if (orv_get_num_threads() == 1) continue;
+            value = std::to_string(orv_get_num_threads());
+        }
+        all.push_back(value);
+    }
+    return all;
+}
+
+// The problems of one line of a sweep.
+void expand(const Family& family, const Routine& routine, const char* line, std::vector<Problem>& all)
+{
+    const Problem sweep = Problem::parse(line);
+    const std::string &type = sweep.family, &given = sweep.type; // a word further to the front than in a problem
+    if (!type.empty() && type != routine.type) return;
+    const auto arguments = arguments_of(family, routine);
+    std::vector<Problem> problems;
+    for (const std::string& letters : given.empty() ? combinations(arguments) : std::vector{given})
+        problems.emplace_back(family.name, routine.type, letters);
+    for (const auto& [name, values] : sweep.values) {
+        if (name == "prec" && arguments.back().name != name) continue;
+        std::vector<Problem> more;
+        for (const std::string& value : alternatives(name, values))
+            for (const Problem& problem : problems) more.push_back(Problem(problem).with(name, value));
+        problems = std::move(more);
+    }
+    all.insert(all.end(), problems.begin(), problems.end());
+}
+
+} // namespace
+
+const std::vector<Group>& groups()
+{
+    static const std::vector<Group> all{vectors(),         sparse_vectors(), matrix_vectors(),
+                                        matrix_products(), transpositions(), extended()};
+    return all;
+}
+
+const Family* find_family(const std::string& name)
+{
+    for (const Group& group : groups())
+        for (const Family& family : group.families)
+            if (name == family.name) return &family;
+    return nullptr;
+}
+
+const Group* find_group(const std::string& name)
+{
+    for (const Group& group : groups())
+        if (name == group.name) return &group;
+    return nullptr;
+}
+
+Outcome run(const Problem& problem)
+{
+    const Family* const family = find_family(problem.family);
+    if (family == nullptr)
+        throw Mistake("there is no family \"" + problem.family + "\"; `orv verify --list` names all there are");
+    Setting setting(*family, routine_of(*family, problem.type), problem);
+    const Plan plan = family->plan(setting);
+    const i64 shift = setting.extra("shift", 0, 0, 15), threads = setting.extra("threads", 1, 1, 1024);
+    const i64 seed = setting.extra("seed", 1, 0, std::numeric_limits<i64>::max());
+    Outcome outcome{setting.resolved(), {}};
+
+    Arrays arrays(setting, plan, seed, shift);
+    arrays.remember();
+    const Slots slots(setting, outcome.problem, arrays);
+    i64 position = 0;
+    Array* const result = arrays.find("result");
+    orv_set_num_threads(static_cast<int>(threads));
+    const Routine& routine = setting.routine();
+    const orv_status status = routine.call(routine, slots.data(), result ? result->data() : &position);
+    orv_set_num_threads(0);
+    if (status != -setting.refused())
+        outcome.fault = "answered " + std::to_string(status) + " (" + orv_status_text(status) + "), not " +
+                        std::to_string(-setting.refused());
+    else outcome.fault = arrays.touched(setting.refused() ? Plan{} : plan);
+    outcome.refused = setting.refusal();
+    if (setting.refused() != 0 || !outcome.fault.empty()) return outcome;
+    for (const Equation& e : plan.equations)
+        outcome.verdict.include(plan.extreme ? judge_extreme(plan.extreme, e.terms[0].left.view, position, arrays)
+                                             : judge(e, plan.work, arrays));
+    return outcome;
+}
+
+std::vector<Problem> problems(const Family& family)
+{
+    std::vector<Problem> all;
+    for (const Routine& routine : family.routines)
+        for (const char* line : family.sweeps) expand(family, routine, line, all);
+    return all;
+}
+
+} // namespace orv::verify
