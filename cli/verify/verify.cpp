@@ -41,7 +41,7 @@ void die(int signal)
 {
     const auto say = [](const char* text) { [[maybe_unused]] const auto n = write(2, text, std::strlen(text)); };
     say("\norv: verify was stopped by a ");
-    say(signal == SIGSEGV ? "bad memory access" : signal == SIGILL ? "bad instruction" : "bad operation");
+    say(signal == SIGILL ? "bad instruction" : signal == SIGFPE ? "bad operation" : "bad memory access");
     say(" in the problem\n  ");
     say(running);
     say("\n");
@@ -56,6 +56,7 @@ Outcome watched(const Problem& problem)
 
 std::string told(const Verdict& v)
 {
+    if (v.error != v.error) return v.place + " is NaN or infinite";
     char text[200];
     if (v.bound > 0)
         std::snprintf(text, sizeof text, "largest error %.2g at %s, %.2g of its bound %.2g", v.error, v.place.c_str(),
@@ -206,7 +207,7 @@ std::vector<const Family*> families_of(Words words)
 int run(Words words)
 {
     if (orv_branch_status() != ORV_OK) return std::fprintf(stderr, "orv: %s\n", orv_last_error()), 1;
-    for (const int signal : {SIGSEGV, SIGBUS, SIGILL, SIGFPE}) std::signal(signal, die);
+    for (const int signal : {SIGSEGV, SIGBUS, SIGABRT, SIGILL, SIGFPE}) std::signal(signal, die);
     if (const auto families = families_of(words); !families.empty()) return many(families);
     std::string line;
     for (const char* word : words) line += std::string(line.empty() ? "" : " ") + word;

@@ -1,5 +1,5 @@
 // The public header as C++ programs use it, with std::complex, and as C programs do.
-#include "tests/core/process.h"
+#include "tests/support/process.h"
 #include "tests/support/probe.h"
 
 #include <complex>

@@ -1,4 +1,4 @@
-#include "tests/core/process.h"
+#include "tests/support/process.h"
 #include "tests/support/sanitized.h"
 
 #include <dlfcn.h>

@@ -1,5 +1,5 @@
 #include "frame/serv.h"
-#include "tests/core/process.h"
+#include "tests/support/process.h"
 #include "tests/support/probe.h"
 #include "tests/support/sanitized.h"
 

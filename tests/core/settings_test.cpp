@@ -1,4 +1,4 @@
-#include "tests/core/process.h"
+#include "tests/support/process.h"
 
 #include <gtest/gtest.h>
 #include <orv/orv.h>

@@ -1,4 +1,4 @@
-#include "tests/core/process.h"
+#include "tests/support/process.h"
 
 #include <cstdio>
 #include <sys/wait.h>
