@@ -91,7 +91,7 @@ TEST(Verify, answers_what_makes_no_sense_with_what_was_expected)
         {"gemm d tn m=", "\"m=\" wants a name before its = and a value behind it"},
         {"gemm d tn m=1 m=1", "m= is given twice"},
         {"gemm d tn m=1 n", "\"n\" is no name=value: family, type and letters come first, then values"},
-        {"gemm dz tn lda=1", "gemm: lda= wants at least 5 here: nothing checks it"},
+        {"gemv dz t lda=1", "gemv: lda= wants at least 5 here: nothing checks it"},
         {"axpy d incy=0", "axpy: incy= wants a stride other than 0"},
         {"amin d incx=-2", "amax and amin want incx= above 0"},
         {"xblas_dot d_x n prec=quad", "xblas_dot: prec= wants single, double, indigenous or extra, not quad"},
