@@ -9,7 +9,8 @@
 //   info    0, or one more than the first k whose column was all zero; the factorisation goes on behind it
 //
 // A pivot a(k, k) that is NaN stays where it is. From the orders below on, the public routines scale columns and, where
-// there is one for the type, make the update of rank one; the result is the same. No memory is taken.
+// there is one for the type, make the update of rank one; the result is the same where the reciprocals of pivots are
+// finite. No memory is taken.
 //
 // Published source: Bunch and Kaufman, Some Stable Methods for Calculating Inertia and Solving Symmetric Linear
 // Systems, Math. Comp. 31, 1977; Anderson et al., LAPACK Users' Guide, 3rd ed., 1999 (sytf2).
@@ -105,9 +106,10 @@ template <class T, bool lower> struct Symmetric {
     void update_one(i64 k, T reciprocal) const
     {
         for (i64 j = k + forward; j >= 0 && j < n; j += forward) {
+            if (at(j, k) == 0) continue; // times an infinite reciprocal it would be NaN
             const T f = reciprocal * at(j, k);
             const Rows rows = from(j);
-            if (f != 0) subtract(rows.count, f, &at(rows.first, k), &at(rows.first, j)); // as the public routine does
+            subtract(rows.count, f, &at(rows.first, k), &at(rows.first, j));
         }
     }
 

@@ -243,6 +243,28 @@ TEST(Sytrf, survives_nan_anywhere)
                 }
 }
 
+template <class T> void expect_neighbours_of_zeros_kept()
+{
+    for (const bool lower : {true, false})
+        for (const i64 n : {2, 5, 45, 59}) {
+            const Square<T> a(n);
+            const Guarded<i64> ipiv(n);
+            for (i64 j = 0; j < n; ++j)
+                for (i64 i = j; i < n; ++i) at(a, lower, i, j) = i == j ? 4 : 0;
+            const i64 k = lower ? 0 : n - 1; // the first to be eliminated
+            a(k, k) = std::numeric_limits<T>::denorm_min();
+            EXPECT_EQ(factor(lower, a, ipiv), 0);
+            for (i64 i = 0; i < n; ++i)
+                EXPECT_EQ(a(i, i), i == k ? std::numeric_limits<T>::denorm_min() : 4) << lower << n << ' ' << i;
+        }
+}
+
+TEST(Sytrf, leaves_what_stands_beside_zeros_where_the_reciprocal_of_a_pivot_is_infinite)
+{
+    expect_neighbours_of_zeros_kept<float>();
+    expect_neighbours_of_zeros_kept<double>();
+}
+
 TEST(Sytrf, calls_the_public_routines_from_its_threshold_on)
 {
     const auto calls = []<class T>(bool lower, i64 n) {
