@@ -188,6 +188,22 @@ TEST(Dttrb, stops_at_the_first_pivot_met_that_is_zero_or_nan)
     });
 }
 
+TEST(Dttrb, stops_at_complex_pivots_that_are_zero_or_nan_in_both_parts_or_nan_in_one)
+{
+    using C = cpx<double>;
+    const std::pair<C, bool> pivots[] = {{{0, 2}, false},   {{2, 0}, false},           {{0, -0.0}, true},
+                                         {{-0.0, 0}, true}, {{1, not_a_number}, true}, {{not_a_number, 0}, true}};
+    for (const auto& [pivot, stops] : pivots)
+        for (i64 k = 0; k < 5; ++k) {
+            const System<C> system(5, 0);
+            system.fill(2.5);
+            if (k > 0) system.dl[k - 1] = {0, 0};
+            if (k < 4) system.du[k] = {0, 0};
+            system.d[k] = pivot;
+            EXPECT_EQ(dttrfb(system), stops ? k + 1 : 0) << pivot.re << ' ' << pivot.im << ' ' << k;
+        }
+}
+
 TEST(Dttrb, reports_the_last_diagonal_element_from_the_bottom_sweep)
 {
     const System<double> system(5, 0);

@@ -129,6 +129,23 @@ TEST(Cspr, adds_the_product_without_conjugation_and_skips_zeros)
             }
 }
 
+TEST(Cspr, leaves_a_column_whose_element_of_x_is_zero)
+{
+    const C x[3] = {{NAN, 0}, {0, -0.0f}, {1, 1}};
+    for (const char uplo : {'U', 'L'}) {
+        const Guarded<C> a(6);
+        std::fill(a.begin(), a.end(), C{2, 3});
+        spr(uplo, 3, {1, 0}, x, 1, a.data());
+        for (i64 e = 0; e < 6; ++e) { // the middle column is elements 1 and 2 of the upper, 3 and 4 of the lower one
+            const bool middle = uplo == 'U' ? e == 1 || e == 2 : e == 3 || e == 4;
+            if (middle) {
+                EXPECT_TRUE((a[e] == C{2, 3})) << uplo << e;
+            }
+        }
+        EXPECT_TRUE(a[0] != a[0]);
+    }
+}
+
 TEST(Cspr, leaves_the_matrix_for_an_alpha_of_zero)
 {
     const C x[2] = {{NAN, 1}, {1, NAN}};

@@ -1,5 +1,6 @@
 // The merging step of divide and conquer: its argument checks and small cases alone, everything else as a part of the
 // whole method, whose other steps are those of an independent library.
+#include "tests/lapack_ps/fronts.h"
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
 #include "tests/support/random.h"
@@ -264,6 +265,48 @@ TYPED_TEST(Lasd3Of, copies_the_vectors_where_there_is_one_root)
             EXPECT_EQ(vt[j * m], vt2[j * m]);
             EXPECT_TRUE(std::isnan(vt[1 + j * m])) << "another row";
         }
+    }
+}
+
+// The kinds of columns choose the products: upper, lower, both.
+TYPED_TEST(Lasd3Of, calls_the_public_routines_that_the_kinds_of_columns_ask_for)
+{
+    using R = TypeParam;
+    struct Way {
+        i64 k, kinds[3];
+        std::vector<std::string> left, right;
+    };
+    const std::string product = "gemm N N";
+    for (const Way& way : std::initializer_list<Way>{
+             {4, {1, 1, 1}, {product, product, "copy", product}, {product, product, product}},
+             {4, {2, 1, 0}, {product, "copy", product}, {product, product, product}},
+             {4, {0, 2, 1}, {product, "copy", product}, {product, product, product}},
+             {4, {0, 3, 0}, {"lacpy F", "copy", product}, {product, product, product}},
+             {5, {2, 2, 0}, {product, "copy", product}, {product, product}}, // no row behind those of the lower part
+             {2, {1, 0, 0}, {product}, {product}}}) {
+        const i64 nl = 2, nr = 2, sqre = 0, n = 5, k = way.k;
+        const Guarded<R> d(k), q(k * k), dsigma(k), u(n * k), u2(n * n), vt(n * n), vt2(n * n), z(k);
+        Random random;
+        random.fill(u2), random.fill(vt2), random.fill(z);
+        for (i64 i = 0; i < k; ++i) dsigma[i] = R(i);
+        const std::vector<i64> idxc{1, 2, 3, 4, 5}, ctot{way.kinds[0], way.kinds[1], way.kinds[2], n - k};
+        i64 info = 77;
+        FrontCalls fronts;
+        lasd3<R>()(&nl, &nr, &sqre, &k, d.data(), q.data(), &k, dsigma.data(), u.data(), &n, u2.data(), &n, vt.data(),
+                   &n, vt2.data(), &n, idxc.data(), ctot.data(), z.data(), &info);
+        EXPECT_EQ(info, 0);
+
+        std::vector<std::string> expected;
+        const auto add = [&](i64 times, const std::string& call) {
+            for (i64 i = 0; i < times; ++i) expected.push_back(letter<R> + call);
+        };
+        add(k, "lamc3"), add(1, "copy"), add(1, "nrm2"), add(1, "lascl G");
+        add(k, k == 2 ? "lasd5" : "lamch Epsilon"); // of the roots
+        for (const auto& vectors : {way.left, way.right}) {
+            add(k, "nrm2");
+            for (const std::string& call : vectors) add(1, call);
+        }
+        EXPECT_EQ(fronts.calls, expected) << k << ' ' << ctot[0] << ctot[1] << ctot[2];
     }
 }
 

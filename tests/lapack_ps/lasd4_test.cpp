@@ -1,5 +1,6 @@
 // Roots of secular equations, held to an enclosure in quadruple precision.
 #include "lapack_ps/front_ends.h"
+#include "tests/lapack_ps/fronts.h"
 #include "tests/support/bounds.h"
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
@@ -276,6 +277,21 @@ TYPED_TEST(Lasd4Of, leaves_two_poles_to_the_public_routine)
             EXPECT_EQ(root.delta[j], delta[j]);
             EXPECT_EQ(root.work[j], work[j]);
         }
+    }
+}
+
+TYPED_TEST(Lasd4Of, asks_for_the_precision_from_three_poles_on)
+{
+    using R = TypeParam;
+    const std::vector<std::string> asked[] = {{}, {"lasd5"}, {"lamch Epsilon"}};
+    for (const i64 n : {1, 2, 3}) {
+        Equation<R> e{std::vector<R>(n), std::vector<R>(n, R(0.5)), R(1)};
+        for (i64 j = 0; j < n; ++j) e.d[j] = R(j);
+        FrontCalls fronts;
+        const Root<R> root(e, n);
+        std::vector<std::string> expected;
+        for (const std::string& call : asked[n - 1]) expected.push_back(letter<R> + call);
+        EXPECT_EQ(fronts.calls, expected) << n;
     }
 }
 

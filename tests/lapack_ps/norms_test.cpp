@@ -1,4 +1,5 @@
 // Norms x?lange, x?lansy, x?lanhe.
+#include "tests/lapack_ps/fronts.h"
 #include "tests/support/bounds.h"
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
@@ -191,6 +192,26 @@ TEST(Norms, of_empty_matrices_are_zero_and_read_nothing)
     expect_zero_without_elements<double>();
     expect_zero_without_elements<cpx<float>>();
     expect_zero_without_elements<cpx<double>>();
+}
+
+TEST(Norms, sum_squares_by_the_public_routine_once_a_column_and_once_for_a_diagonal)
+{
+    const auto calls = []<class T>(Kind kind, char uplo) {
+        Matrix<T> a(kind, uplo, 5, 5, 1, 0);
+        a.fill(1);
+        FrontCalls fronts;
+        a.computed('F');
+        return fronts.calls;
+    };
+    using Calls = std::vector<std::string>;
+    EXPECT_EQ(calls.operator()<double>(Kind::general, ' '), Calls(5, "dlassq"));
+    EXPECT_EQ(calls.operator()<cpx<double>>(Kind::general, ' '), Calls(5, "zlassq"));
+    for (const char uplo : {'U', 'L'}) {
+        EXPECT_EQ(calls.operator()<float>(Kind::symmetric, uplo), Calls(5, "slassq"));
+        EXPECT_EQ(calls.operator()<cpx<float>>(Kind::symmetric, uplo), Calls(5, "classq"));
+        EXPECT_EQ(calls.operator()<cpx<float>>(Kind::hermitian, uplo),
+                  (Calls{"classq", "classq", "classq", "classq", "slassq"})); // the diagonal is real
+    }
 }
 
 TEST(Norms, of_one_element_are_its_magnitude)

@@ -186,6 +186,22 @@ TEST(Potrf, leaves_a_failed_column_updated_and_not_scaled_where_nothing_is_calle
     });
 }
 
+TEST(Potrf, takes_an_infinite_pivot_for_a_positive_one)
+{
+    each_triangle([]<class T>(bool lower) {
+        for (const i64 n : {1, 3, 6, 18})
+            for (i64 k = 0; k < n; ++k) {
+                SCOPED_TRACE(problem(letter<T>, lower, n) + " pivot " + std::to_string(k));
+                const Square<T> expected(n), computed(n);
+                fill_random(expected, lower);
+                at(expected, lower, k, k) = number<T>(INFINITY);
+                computed.copy(expected);
+                ASSERT_EQ(factor(lower, computed), model(expected, lower));
+                ASSERT_EQ(difference(expected.data, computed.data), "");
+            }
+    });
+}
+
 TEST(Potrf, calls_nothing_below_its_threshold)
 {
     each_triangle([]<class T>(bool lower) {

@@ -278,7 +278,7 @@ template <class T> void ptts2(i64 iuplo, const System<T>& s, const real_t<T>* d,
 TEST(Ptts2, solves_exactly_in_whole_numbers_with_and_without_memory)
 {
     each_type([]<class T>() {
-        for (const i64 iuplo : {0, 1})
+        for (const i64 iuplo : {0, 1, 2})
             for (const i64 sides : {0, 1, 2, 3, 4, 5, 8, 9, 13})
                 for (i64 n = 0; n <= 14; ++n)
                     for (const bool memory : {true, false}) {
