@@ -243,6 +243,34 @@ TEST(Sytrf, survives_nan_anywhere)
                 }
 }
 
+// Of order two, with the constant on one end of the diagonal and zero on the other, and one beside it.
+template <class T> void expect_constant(T constant)
+{
+    const auto pivots = [](bool lower, T eaten_first, T other) {
+        const Square<T> a(2);
+        const Guarded<i64> ipiv(2);
+        const i64 k = lower ? 0 : 1;
+        a(k, k) = eaten_first, a(1 - k, 1 - k) = other, at(a, lower, 1, 0) = 1;
+        factor(lower, a, ipiv);
+        return std::pair(ipiv[k], ipiv[1 - k]);
+    };
+    using Pivots = std::pair<i64, i64>;
+    const T less = std::nextafter(constant, T(0));
+    for (const bool lower : {true, false}) {
+        const i64 k = lower ? 1 : 2, other = 3 - k;
+        EXPECT_EQ(pivots(lower, constant, 0), Pivots(k, other)) << "stays";
+        EXPECT_EQ(pivots(lower, 0, constant), Pivots(other, other)) << "the other one comes first";
+        EXPECT_EQ(pivots(lower, less, 0), Pivots(-other, -other)) << "a block of two";
+        EXPECT_EQ(pivots(lower, 0, less), Pivots(-other, -other)) << "a block of two";
+    }
+}
+
+TEST(Sytrf, chooses_blocks_by_the_constant_to_its_last_bit)
+{
+    expect_constant<float>(0.6403881907463074F);
+    expect_constant<double>(0.6403882032022076);
+}
+
 template <class T> void expect_neighbours_of_zeros_kept()
 {
     for (const bool lower : {true, false})
