@@ -4,8 +4,8 @@ import random
 import re
 
 TYPES = {"s": ctypes.c_float, "d": ctypes.c_double, "c": ctypes.c_float, "z": ctypes.c_double}
-# Arguments by pointer, in the order of the call: a letter in quotes; m, n, k and other integers; scalars; arrays as
-# NAME:elements or NAME:rows,columns. P is a packed triangle, B a band: with k diagonals above the main one.
+# Arguments in the order of the call: a letter in quotes, an option as its number; m, n, k and other integers; scalars;
+# arrays as NAME:elements or NAME:rows,columns. P is a packed triangle, B a band with k diagonals above the main one.
 SCALARS = {"alpha", "beta", "c", "s"}
 SIGNATURES = {
     "axpy axpyi": "n alpha x:n incx y:n incy",
@@ -31,6 +31,14 @@ SIGNATURES = {
     "syrk herk": "'U' 'N' n k alpha A:n,k lda beta C:n,n ldc",
     "syr2k her2k": "'U' 'N' n k alpha A:n,k lda B:n,k ldb beta C:n,n ldc",
     "trmm trsm": "'L' 'U' 'N' 'N' m n alpha A:m,m lda B:m,n ldb",
+    "scgemm dzgemm": "'N' 'N' m n k alpha A:m,k lda B:k,n ldb beta C:m,n ldc",
+    "xblas_axpby": "n alpha x:n incx beta y:n incy 214",
+    "xblas_gemv": "102 111 m n alpha A:m,n lda x:n incx beta y:m incy 214",
+    "xblas_gbmv": "102 111 n n zero k alpha A:B,n lda x:n incx beta y:n incy 214",
+    "xblas_symv xblas_hemv": "102 121 n alpha A:n,n lda x:n incx beta y:n incy 214",
+    "xblas_trsv": "102 121 111 131 n alpha A:n,n lda x:n incx 214",
+    "xblas_gemm": "102 111 111 m n k alpha A:m,k lda B:k,n ldb beta C:m,n ldc 214",
+    "xblas_symm xblas_hemm": "102 141 121 m n alpha A:m,m lda B:m,n ldb beta C:m,n ldc 214",
     "omatcopy": "'C' 'N' m n alpha A:m,n lda B:m,n ldb",
     "omatadd": "'C' 'N' 'N' m n alpha A:m,n lda beta B:m,n ldb C:m,n ldc",
     "imatcopy": "'C' 'N' m n alpha A:m,n lda lda",
@@ -44,17 +52,24 @@ SUMS = {
 SIGNATURES |= SUMS
 SUMS = " ".join(SUMS).split()
 SIGNATURE = {name: text for names, text in SIGNATURES.items() for name in names.split()}
+# Arrays of real numbers in a call with complex ones.
+REAL_ARRAYS = {"scgemm": "A", "dzgemm": "A"}
+# Scalars that are real in a call with complex ones.
 REAL_SCALARS = {"her": "alpha", "hpr": "alpha", "herk": "alpha beta", "her2k": "beta", "rot": "c", "csrot": "c s",
                 "zdrot": "c s", "csscal": "alpha", "zdscal": "alpha"}
 # Routines whose name tells one type; all others stand for one routine a type.
 OF_ONE_TYPE = {"csscal": "c", "zdscal": "z", "csrot": "c", "zdrot": "z", "scasum": "c", "dzasum": "z", "snrm2": "s",
-               "dnrm2": "d", "scnrm2": "c", "dznrm2": "z", "dsdot": "s", "dsbmv": "d"}
+               "dnrm2": "d", "scnrm2": "c", "dznrm2": "z", "dsdot": "s", "dsbmv": "d",
+               "scgemm": "c", "dzgemm": "z"}
 
 
 def symbols(library, routine):
     """The type and the library's function of each form of a routine: axpy -> saxpy, daxpy, caxpy, zaxpy."""
     if routine in OF_ONE_TYPE:
         return [(OF_ONE_TYPE[routine], getattr(library, "orv_blas_" + routine))]
+    if routine.startswith("xblas_"):
+        names = [(t, f"orv_xblas_{t}{routine[6:]}_x") for t in TYPES]
+        return [(t, getattr(library, name)) for t, name in names if hasattr(library, name)]
     prefix = "orv_" if "mat" in routine else "orv_blas_"  # by value, by pointer
     names = [(t, prefix + ("i" + t + routine[1:] if routine.startswith("ia") else t + routine)) for t in TYPES]
     return [(t, getattr(library, name)) for t, name in names if hasattr(library, name)]
@@ -70,7 +85,7 @@ def turned(routine):
         text = text.replace("'U'", "'l'").replace("'L'", "'R'").replace("'l'", "'L'").replace("A:m,m", "A:n,n")
         return text.replace("'N'", "'T'", 1)
     text = text.replace("'U'", "'L'")
-    if routine.startswith("gemm"):
+    if "gemm" in routine:
         return text.replace("'N' 'N'", "'T' 'T'").replace("A:m,k", "A:k,m").replace("B:k,n", "B:n,k")
     if routine == "gemv":
         return text.replace("'N'", "'T'").replace("x:n", "x:*").replace("y:m", "y:n").replace("x:*", "x:m")
@@ -102,6 +117,10 @@ class Call:
                 self.result, self.shape[word[0]] = word[0], word[2:]
                 self.arrays[word[0]] = self.values(word[0])
         self.leading = {name: max(1, self.column_length(name)) for name in self.shape}
+
+    def parts(self, name):
+        """Numbers that make an element of the array: 2 of a complex one."""
+        return 1 if name in REAL_ARRAYS.get(self.routine, "") else self.width
 
     def rows(self, name):
         return {"n": self.n, "m": self.m, "k": self.k, "B": self.k + 1, "P": 0}[self.shape[name][0]]
@@ -135,26 +154,27 @@ class Call:
     made = {}
 
     def values(self, name):
-        key = self.shape[name], self.real, self.width, self.m, self.n, self.k, self.gap, self.mixed, name, self.lower
+        key = self.shape[name], self.real, self.parts(name), self.m, self.n, self.k, self.gap, self.mixed, name, self.lower
         if key not in Call.made:
             Call.made[key] = self.make(name)
         return type(Call.made[key]).from_buffer_copy(Call.made[key])
 
     def make(self, name):
         """Columns are stretches of one list of numbers, so gaps do not change what stands in them."""
-        rows = (self.rows(name) or self.length(name)) * self.width
+        width = self.parts(name)
+        rows = (self.rows(name) or self.length(name)) * width
         digits = random.Random(name)
         period = rows + 1009
         numbers = ([digits.uniform(-1, 1) for _ in range(period)] if self.mixed else
-                   [(1 + p % 3) / 64 if p % self.width == 0 else 0.0 for p in range(period)])
+                   [(1 + p % 3) / 64 if p % width == 0 else 0.0 for p in range(period)])
         parts = []
         for column in range(self.columns(name) if "," in self.shape[name] else 1):
-            start = column * 14 % 1009 // self.width * self.width
-            parts += numbers[start:start + rows] + [0.0] * (self.width * (self.column_length(name) - self.rows(name)))
+            start = column * 14 % 1009 // width * width
+            parts += numbers[start:start + rows] + [0.0] * (width * (self.column_length(name) - self.rows(name)))
         if name == "A" and self.shape[name] in ("P", "B,n", "n,n", "m,m"):
             order = self.m if self.shape[name] == "m,m" else self.n
             for d in range(1, order + 1):
-                parts[self.position(name, d, d) * self.width] = 2.0 if not self.mixed else float(order)
+                parts[self.position(name, d, d) * width] = 2.0 if not self.mixed else float(order)
         return (self.real * len(parts))(*parts)
 
     def place(self, name):
@@ -164,7 +184,7 @@ class Call:
             return array
         size = ctypes.sizeof(array)
         room = (ctypes.c_char * (size + 128))()
-        shift = -ctypes.addressof(room) % 64 + self.offsets[name] * self.width * ctypes.sizeof(self.real)
+        shift = -ctypes.addressof(room) % 64 + self.offsets[name] * self.parts(name) * ctypes.sizeof(self.real)
         copy = type(array).from_buffer(room, shift)
         ctypes.memmove(copy, array, size)
         self.arrays[name] = copy
@@ -175,6 +195,8 @@ class Call:
         for word in self.words:
             if word[0] == "'":
                 arguments.append(ctypes.c_char(word[1].encode()))
+            elif word.isdigit():
+                arguments.append(ctypes.c_int(int(word)))
             elif ":" in word:
                 arguments.append(self.place(word[0]))
             elif word in SCALARS:

@@ -20,9 +20,9 @@ class Marked(Call):
         self.i, self.j = (1, 3) if size == 3 else (size // 5, size - size // 3)
 
     def fill(self, name, places, value, part=0):
-        array = self.arrays[name]
+        array, width = self.arrays[name], self.parts(name)
         for place in places:
-            array[place * self.width + part] = value
+            array[place * width + part] = value
 
     def triangle(self, name, below):
         order = self.columns(name)
@@ -44,7 +44,7 @@ class Marked(Call):
         elif name == self.result and self.words[0] == "'U'" and self.shape[name] == "n,n":
             self.fill(name, self.triangle(name, False), value)
         else:
-            self.arrays[name][::self.width] = [value] * self.length(name)
+            self.arrays[name][::self.parts(name)] = [value] * self.length(name)
 
     def places(self, special):
         """Elements of the result of which a part is special."""
