@@ -95,7 +95,7 @@ std::vector<Case> factor_cases()
     std::vector<Case> cases;
     for (int type = 0; type < 4; ++type)
         for (const char uplo : {'L', 'U'})
-            for (const i64 n : {4, 8, 16, 24, 32, 39, 48, 59, 64, 100, 200})
+            for (const i64 n : {4, 8, 16, 24, 32, 39, 48, 59, 64, 100, 200, 500, 1000})
                 cases.push_back(potrf(types[type], uplo, n));
     for (int type = 0; type < 4; ++type)
         for (const i64 n : {100, 10000})

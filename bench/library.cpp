@@ -76,6 +76,14 @@ std::vector<Library> libraries(const Places& p)
     std::vector<Library> all{
         {"limit", "", everywhere | threaded, false, {}},
         {"orv", p.orv + "/libblas.so.3", everywhere, false, {"ORV_NUM_THREADS=1"}},
+        {"orv", // the routines of LAPACK, on the same BLAS
+         p.orv + "/liborv_lapack.so",
+         held,
+         false,
+         {"ORV_NUM_THREADS=1"},
+         nullptr,
+         "",
+         p.orv + "/libblas.so.3"},
         {"orv-kernel", p.orv + "/liborv.so", held, true, {"ORV_NUM_THREADS=1"}},
         {"against", p.against + "/libblas.so.3", held, false, {"ORV_NUM_THREADS=1"}},
         {"openblas", openblas, held, false, {"OPENBLAS_CORETYPE=Nehalem"}, openblas_core, "Nehalem"},

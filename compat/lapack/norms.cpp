@@ -1,7 +1,7 @@
 // Norms: ?lange, ?lansy, ?lanhe.
 //
-// A standard norm is NaN if an element is. The kernel's largest magnitude goes past NaN, so the sum of squares tells
-// whether there is one.
+// A standard norm is NaN if an element is. The kernel's largest magnitude goes past NaN, so sums tell whether there is
+// one.
 #include "compat/lapack/routine.h"
 
 using namespace orv;
@@ -9,13 +9,13 @@ using namespace orv::compat;
 
 namespace {
 
-// norm(letter), where letter is the wanted one, or F for what the largest magnitude does not tell.
-template <class Norm> auto with_nan(const char* letter, Norm norm)
+// norm(letter), where letter is the wanted one, or that of a sum for what the largest magnitude does not tell.
+template <class Norm> auto with_nan(const char* letter, const char* of_sum, Norm norm)
 {
     const auto value = norm(letter);
     if (fold(*letter) != 'M') return value;
-    const auto squares = norm("F");
-    return squares != squares ? squares : value;
+    const auto sum = norm(of_sum);
+    return sum != sum ? sum : value;
 }
 
 template <class T>
@@ -29,7 +29,7 @@ real_t<T> lange(Kernel<LangeKernel<T>>& kernel, Behind<Lange<T>>& behind, const 
     auto* const run = kernel.get();
     if (run == nullptr) return behind(norm, m, n, a, lda, work, one_letter);
     const i64 rows = *m, columns = *n, step = *lda;
-    return with_nan(norm, [&](const char* letter) { return run(letter, &rows, &columns, a, &step, work); });
+    return with_nan(norm, "O", [&](const char* letter) { return run(letter, &rows, &columns, a, &step, work); });
 }
 
 template <class T>
@@ -44,7 +44,7 @@ real_t<T> lansy(Kernel<LansyKernel<T>>& kernel, Behind<Lansy<T>>& behind, const 
     auto* const run = kernel.get();
     if (run == nullptr) return behind(norm, uplo, n, a, lda, work, one_letter, one_letter);
     const i64 order = *n, step = *lda;
-    return with_nan(norm, [&](const char* letter) { return run(letter, uplo, &order, a, &step, work); });
+    return with_nan(norm, "F", [&](const char* letter) { return run(letter, uplo, &order, a, &step, work); });
 }
 
 } // namespace
