@@ -154,7 +154,8 @@ class Call:
     made = {}
 
     def values(self, name):
-        key = self.shape[name], self.real, self.parts(name), self.m, self.n, self.k, self.gap, self.mixed, name, self.lower
+        key = (name, self.shape[name], self.real, self.parts(name), self.m, self.n, self.k, self.gap, self.mixed,
+               self.lower)
         if key not in Call.made:
             Call.made[key] = self.make(name)
         return type(Call.made[key]).from_buffer_copy(Call.made[key])
