@@ -15,7 +15,11 @@ using namespace orv::core;
 namespace {
 
 // Small beside the whole, so that parts come out even, and large enough for the general product to be at its best.
-constexpr i64 height_of(i64 n) { return max(n / 16 / tile * tile, 64); }
+constexpr i64 height_of(i64 n)
+{
+    constexpr i64 least = 64, best = 192;
+    return max(max(n / 16, min(n / 3, best)) / tile * tile, least);
+}
 
 // Rows or columns from `begin` on, and how many there are beside the triangle on their diagonal.
 struct Group {

@@ -17,13 +17,6 @@ namespace orv::test {
 
 extern int teams; // parallel regions that were opened
 
-template <class T> std::vector<T> random_elements(i64 count, std::uint64_t stream)
-{
-    std::vector<T> elements(static_cast<std::size_t>(count));
-    Random(stream).fill(elements);
-    return elements;
-}
-
 // A call's routine by type.
 #define FOR_TYPE(name, s, d, c, z)                                                                                     \
     template <class T> constexpr auto* name = s;                                                                       \

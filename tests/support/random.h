@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <random>
+#include <vector>
 
 namespace orv::test {
 
@@ -33,5 +34,12 @@ public:
 private:
     std::mt19937_64 engine_;
 };
+
+template <class T> std::vector<T> random_elements(i64 count, std::uint64_t stream)
+{
+    std::vector<T> elements(static_cast<std::size_t>(count));
+    Random(stream).fill(elements);
+    return elements;
+}
 
 } // namespace orv::test

@@ -114,7 +114,8 @@ ORV_API orv_status orv_ztrsm(char side, char uplo, char trans, char diag, int64_
                              int64_t ldb);
 
 /* gemm by three real products in place of four: a quarter fewer multiplications, and an error that is small beside the
-   norms of A and B, not beside each element of C. Arguments as of gemm. */
+   norms of A and B, not beside each element of C. Faster than gemm for matrices of order 80 (c) or 32 (z) and more, by
+   a tenth at 130 (c) or 50 (z), by a fifth from 260 on. Arguments as of gemm. */
 ORV_API orv_status orv_cgemm3m(char transa, char transb, int64_t m, int64_t n, int64_t k, orv_complex_float alpha,
                                const orv_complex_float* a, int64_t lda, const orv_complex_float* b, int64_t ldb,
                                orv_complex_float beta, orv_complex_float* c, int64_t ldc);
@@ -122,8 +123,8 @@ ORV_API orv_status orv_zgemm3m(char transa, char transb, int64_t m, int64_t n, i
                                const orv_complex_double* a, int64_t lda, const orv_complex_double* b, int64_t ldb,
                                orv_complex_double beta, orv_complex_double* c, int64_t ldc);
 
-/* gemm with a real A and complex B and C, about twice as fast as with a complex A; 'C' of A means 'T'. Arguments as of
-   gemm. */
+/* gemm with a real A and complex B and C; 'C' of A means 'T'. Beside a complex A 1.5 times as fast for matrices of
+   order 64 (sc) or 32 (dz), 1.9 times for those of order 500. Arguments as of gemm. */
 ORV_API orv_status orv_scgemm(char transa, char transb, int64_t m, int64_t n, int64_t k, orv_complex_float alpha,
                               const float* a, int64_t lda, const orv_complex_float* b, int64_t ldb,
                               orv_complex_float beta, orv_complex_float* c, int64_t ldc);
