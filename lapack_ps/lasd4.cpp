@@ -13,10 +13,13 @@
 //              three poles finds none: info is what that routine told.
 //
 // Published source: R.-C. Li, Solving secular equations stably and efficiently, LAPACK Working Note 89, 1994.
+#include "frame/simd.h"
 #include "frame/symbol.h"
 #include "lapack_ps/front_ends.h"
 
 #include <bit>
+#include <tuple>
+#include <utility>
 
 namespace orv::lapack_ps {
 namespace {
@@ -53,19 +56,25 @@ template <class R> R plus_root(R a, R b, R c)
     return c == 0 ? b / a : a >= 0 ? (a + discriminant) / (2 * c) : 2 * b / (a - discriminant);
 }
 
-// The poles on one side of the root: their terms, the derivative, and the sum of all partial sums, which bounds what
-// rounding does to the value.
-template <class R> struct Side {
-    R value = 0, slope = 0, partial_sums = 0;
+// Poles on one side of the root: the sum of their terms, its derivative, and the sum of all partial sums, which bounds
+// what rounding does to the value. Of one pole after another, or of as many chains as a register has lanes.
+template <class V> struct Side {
+    V value{}, slope{}, partial_sums{};
 
-    void add(R z, R distance)
+    ORV_INLINE void add(V z, V distance)
     {
-        const R quotient = z / distance;
+        const V quotient = z / distance;
         value += z * quotient;
         slope += quotient * quotient;
         partial_sums += value;
     }
 };
+
+template <class R> Side<R> together(const Side<vec<R>>& lanes)
+{
+    const auto sum = [](vec<R> a) { return first_lane(fold_lanes(a)); };
+    return {sum(lanes.value), sum(lanes.slope), sum(lanes.partial_sums)};
+}
 
 template <class R> class SecularEquation {
 public:
@@ -85,6 +94,8 @@ public:
     }
 
 private:
+    static constexpr i64 lanes = vec<R>::lanes;
+
     R pole(i64 j) const { return d_[j] * scale_; }
     R distance(i64 j) const { return delta_[j] * work_[j]; } // d[j]^2 - sigma^2
     R from_left_to_right() const { return (pole(left_ + 1) - pole(left_)) * (pole(left_ + 1) + pole(left_)); }
@@ -97,22 +108,36 @@ private:
     {
         const R from = pole(origin_);
         tau_ = tau, sigma_ = from + tau;
-        for (i64 j = 0; j < n_; ++j) {
-            delta_[j] = (pole(j) - from) - tau;
-            work_[j] = (pole(j) + from) + tau;
+        const auto move = [&](auto d, auto scale, auto from, auto tau) ORV_INLINE_LAMBDA {
+            return std::pair((d * scale - from) - tau, (d * scale + from) + tau);
+        };
+        i64 j = 0;
+        for (; j + lanes <= n_; j += lanes) {
+            const auto [difference, sum] = move(loadu(d_ + j), splat(scale_), splat(from), splat(tau));
+            storeu(delta_ + j, difference), storeu(work_ + j, sum);
         }
+        for (; j < n_; ++j) std::tie(delta_[j], work_[j]) = move(d_[j], scale_, from, tau);
     }
 
+    vec<R> distances(i64 j) const { return loadu(delta_ + j) * loadu(work_ + j); }
+
+    // From the ends towards the root.
     Side<R> below(i64 end) const
     {
-        Side<R> psi;
-        for (i64 j = 0; j < end; ++j) psi.add(z_[j], distance(j));
+        Side<vec<R>> wide;
+        i64 j = 0;
+        for (; j + lanes <= end; j += lanes) wide.add(loadu(z_ + j), distances(j));
+        Side<R> psi = together<R>(wide);
+        for (; j < end; ++j) psi.add(z_[j], distance(j));
         return psi;
     }
     Side<R> above(i64 begin) const
     {
-        Side<R> phi;
-        for (i64 j = n_ - 1; j > begin; --j) phi.add(z_[j], distance(j));
+        Side<vec<R>> wide;
+        i64 j = n_;
+        for (; j - lanes > begin; j -= lanes) wide.add(loadu(z_ + j - lanes), distances(j - lanes));
+        Side<R> phi = together<R>(wide);
+        for (; j - 1 > begin; --j) phi.add(z_[j - 1], distance(j - 1));
         return phi;
     }
 
