@@ -4,6 +4,7 @@
 #include "tests/support/bounds.h"
 #include "tests/support/kernels.h"
 #include "tests/support/random.h"
+#include "tests/support/sanitized.h"
 
 #include <cmath>
 #include <cstdio>
@@ -13,6 +14,7 @@
 #include <gtest/gtest.h>
 #include <ostream>
 #include <stdexcept>
+#include <unistd.h>
 #include <vector>
 
 namespace orv::test {
@@ -275,6 +277,13 @@ template <class T> void expect_secular_roots()
             });
 }
 
+class Lapack : public testing::Test {
+    void SetUp() override
+    {
+        if (access(REFERENCE_LAPACK, R_OK) != 0) GTEST_SKIP() << "the reference LAPACK is not installed";
+    }
+};
+
 template <class T> void expect_the_same_as_the_reference()
 {
     expect_factors<T>();
@@ -285,13 +294,13 @@ template <class T> void expect_the_same_as_the_reference()
     if constexpr (!is_complex<T>) expect_secular_roots<T>();
 }
 
-TEST(Lapack, computes_what_the_reference_does_in_single) { expect_the_same_as_the_reference<float>(); }
-TEST(Lapack, computes_what_the_reference_does_in_double)
+TEST_F(Lapack, computes_what_the_reference_does_in_single) { expect_the_same_as_the_reference<float>(); }
+TEST_F(Lapack, computes_what_the_reference_does_in_double)
 {
     expect_the_same_as_the_reference<double>();
     expect_reflectors<double>();
 }
-TEST(Lapack, computes_what_the_reference_does_in_complex_single)
+TEST_F(Lapack, computes_what_the_reference_does_in_complex_single)
 {
     expect_the_same_as_the_reference<cpx<float>>();
     expect_reflectors<cpx<float>>();
@@ -304,7 +313,7 @@ TEST(Lapack, computes_what_the_reference_does_in_complex_single)
             call<void>(library, "cspr_", &uplo, &n, &alpha, x.data(), &inc, a.data());
         });
 }
-TEST(Lapack, computes_what_the_reference_does_in_complex_double) { expect_the_same_as_the_reference<cpx<double>>(); }
+TEST_F(Lapack, computes_what_the_reference_does_in_complex_double) { expect_the_same_as_the_reference<cpx<double>>(); }
 
 // A call whose letters and integers can be made bad, one at a time. Of its integers those below zero are the leading
 // dimensions, as small as they may be; 0 stands for an array.
@@ -339,7 +348,7 @@ Outcome outcome(void* library, const std::string& name, const Call& c, std::size
     return {take_reports(), info};
 }
 
-TEST(Lapack, reports_bad_arguments_as_the_reference_does)
+TEST_F(Lapack, reports_bad_arguments_as_the_reference_does)
 {
     const Call calls[] = {
         {"potrf", "U", {3, 0, -3}, true},
@@ -374,8 +383,9 @@ TEST(Lapack, reports_bad_arguments_as_the_reference_does)
     EXPECT_EQ(take_reports(), (std::vector<Report>{{"xerbla_", "CSPR  ", 5, ""}}));
 }
 
-TEST(Lapack, says_so_once_where_no_library_stands_behind)
+TEST_F(Lapack, says_so_once_where_no_library_stands_behind)
 {
+    if (sanitized()) GTEST_SKIP() << "the sanitizer has a dlopen of its own";
     std::FILE* const pipe = popen(ALONE " 2>&1", "r");
     std::string said;
     for (int c; (c = std::fgetc(pipe)) != EOF;) said += static_cast<char>(c);
