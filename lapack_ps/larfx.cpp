@@ -23,6 +23,8 @@ enum class Side { left, right };
 
 // Hands every column (left) or row (right) of C to body: get(i) is its element i, put(i, x) writes it. Neighbours go
 // together, one a lane; they touch no element of each other.
+// On the left two neighbours are put together by a shuffle. With two products and two sums of two doubles that is five
+// operations for three ports, where a column alone takes eight: 1.6 times as fast at most.
 template <Side side, class T, class Body> ORV_INLINE void sweep(i64 count, T* c, i64 ldc, Body body)
 {
     constexpr bool left = side == Side::left;
