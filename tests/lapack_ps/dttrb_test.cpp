@@ -35,16 +35,6 @@ template <class T> i64 dtsvb(const System<T>& s)
     return info;
 }
 
-template <class R> R inverse(R a) { return 1 / a; }
-template <class R> cpx<R> inverse(cpx<R> a) // by the larger part
-{
-    if (std::fabs(a.re) >= std::fabs(a.im)) {
-        const R ratio = a.im / a.re, divisor = a.re + ratio * a.im;
-        return {(1 + 0 * ratio) / divisor, (0 - ratio) / divisor};
-    }
-    const R ratio = a.re / a.im, divisor = a.im + ratio * a.re;
-    return {(ratio + 0) / divisor, (0 * ratio - 1) / divisor};
-}
 template <class T> bool fails(T a)
 {
     if constexpr (is_complex<T>) return a.re != a.re || a.im != a.im || (a.re == 0 && a.im == 0);
@@ -57,12 +47,12 @@ template <class T> i64 model_factor(const System<T>& s, i64 sides)
     const i64 n = s.n, h = (n - 1) / 2;
     if (n == 0) return 0;
     const auto top = [&](i64 i) {
-        const T r = inverse(s.d[i]), m = s.dl[i] * r;
+        const T r = quotient(one<T>, s.d[i]), m = s.dl[i] * r;
         s.dl[i] = m, s.d[i] = r, s.d[i + 1] -= m * s.du[i];
         for (i64 c = 0; c < sides; ++c) s.side(i + 1, c) -= s.side(i, c) * m;
     };
     const auto bottom = [&](i64 j) {
-        const T r = inverse(s.d[j]), m = s.dl[j - 1] * r;
+        const T r = quotient(one<T>, s.d[j]), m = s.dl[j - 1] * r;
         s.d[j] = r, s.dl[j - 1] = m, s.d[j - 1] -= m * s.du[j - 1];
         for (i64 c = 0; c < sides; ++c) {
             s.side(j, c) = s.side(j, c) * r;
@@ -80,7 +70,7 @@ template <class T> i64 model_factor(const System<T>& s, i64 sides)
         top(h);
     }
     if (fails(s.d[n - h - 1])) return n - h;
-    s.d[n - h - 1] = inverse(s.d[n - h - 1]);
+    s.d[n - h - 1] = quotient(one<T>, s.d[n - h - 1]);
     return 0;
 }
 template <class T> void model_inward(const System<T>& s)

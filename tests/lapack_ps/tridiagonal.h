@@ -5,7 +5,18 @@
 
 namespace orv::test {
 
-template <class T> Guarded<T> guarded(i64 n) { return Guarded<T>(static_cast<std::size_t>(std::max<i64>(n, 0))); }
+// a/b; of complex numbers by the larger part of b.
+template <class R> R quotient(R a, R b) { return a / b; }
+template <class R> cpx<R> quotient(cpx<R> a, R b) { return {a.re / b, a.im / b}; }
+template <class R> cpx<R> quotient(cpx<R> a, cpx<R> b)
+{
+    if (std::fabs(b.re) >= std::fabs(b.im)) {
+        const R ratio = b.im / b.re, divisor = b.re + ratio * b.im;
+        return {(a.re + a.im * ratio) / divisor, (a.im - a.re * ratio) / divisor};
+    }
+    const R ratio = b.re / b.im, divisor = b.im + ratio * b.re;
+    return {(a.re * ratio + a.im) / divisor, (a.im * ratio - a.re) / divisor};
+}
 
 // The diagonals of A, and right-hand sides n by nrhs with padding that is NaN.
 template <class T> struct System {

@@ -221,46 +221,55 @@ TEST(Gtts2, takes_one_block_for_four_right_hand_sides_and_none_for_three)
     }
 }
 
-TEST(Gtts2, multiplies_by_reciprocals_from_four_right_hand_sides_on)
+// Column j in scalar code; over_pivot(element, i) is its quotient by d(i), however that is computed.
+template <class T, class OverPivot> void model_gtts2(const Factored<T>& f, i64 j, OverPivot over_pivot)
 {
-    for (const i64 sides : {3, 4}) {
-        const Factored<double> f(0, 1, sides, 3);
-        for (i64 j = 0; j < sides; ++j) f.s.side(0, j) = 5;
-        f.solve();
-        const double reciprocal = 1.0 / 3;
-        ASSERT_NE(5 * reciprocal, 5.0 / 3);
-        EXPECT_EQ(f.s.side(0, sides - 1), sides == 4 ? 5 * reciprocal : 5.0 / 3);
+    const i64 n = f.s.n;
+    T* const b = f.s.b.data() + j * f.s.ldb;
+    const auto c = [&](const T& a) { return f.op == 2 ? conj(a) : a; };
+    if (f.op == 0) {
+        for (i64 i = 0; i < n - 1; ++i) {
+            if (f.ipiv[i] != i + 1) std::swap(b[i], b[i + 1]);
+            b[i + 1] = b[i + 1] - f.s.dl[i] * b[i];
+        }
+        for (i64 i = n - 1; i >= 0; --i) {
+            if (i + 1 < n) b[i] = b[i] - f.s.du[i] * b[i + 1];
+            if (i + 2 < n) b[i] = b[i] - f.du2[i] * b[i + 2];
+            b[i] = over_pivot(b[i], i);
+        }
+    } else {
+        for (i64 i = 0; i < n; ++i) {
+            if (i > 0) b[i] = b[i] - c(f.s.du[i - 1]) * b[i - 1];
+            if (i > 1) b[i] = b[i] - c(f.du2[i - 2]) * b[i - 2];
+            b[i] = over_pivot(b[i], i);
+        }
+        for (i64 i = n - 2; i >= 0; --i) {
+            b[i] = b[i] - c(f.s.dl[i]) * b[i + 1];
+            if (f.ipiv[i] != i + 1) std::swap(b[i], b[i + 1]);
+        }
     }
 }
 
-TEST(Gtts2, divides_column_by_column_where_there_is_no_memory)
+TEST(Gtts2, multiplies_by_reciprocals_from_four_right_hand_sides_on_and_divides_without_memory)
 {
     each_type([]<class T>() {
-        for (const int op : {0, 1, 2}) {
-            const Factored<T> all(op, 15, 9, 3), single(op, 15, 9, 3), with_memory(op, 15, 9, 3);
-            {
-                ProbeScope probe;
-                probe->fail_all = true;
-                all.solve();
-            }
-            with_memory.solve();
-            for (i64 j = 0; j < 9; ++j) {
-                const Factored<T> one(op, 15, 1, 3);
-                std::copy_n(single.s.b.data() + j * single.s.ldb, 15, one.s.b.data());
-                std::copy(single.s.dl.begin(), single.s.dl.end(), one.s.dl.begin());
-                std::copy(single.s.d.begin(), single.s.d.end(), one.s.d.begin());
-                std::copy(single.s.du.begin(), single.s.du.end(), one.s.du.begin());
-                std::copy(single.du2.begin(), single.du2.end(), one.du2.begin());
-                std::copy(single.ipiv.begin(), single.ipiv.end(), one.ipiv.begin());
-                one.solve();
-                for (i64 i = 0; i < 15; ++i) {
-                    ASSERT_TRUE(same(one.s.side(i, 0), all.s.side(i, j)));
-                    // Up to rounding: a division or two more or less a row, rows that pass errors on to the next.
-                    const Wide off = wide(one.s.side(i, 0)) - wide(with_memory.s.side(i, j));
-                    ASSERT_LE(size(off), gamma_n<T>(200) * 20) << i;
-                }
-            }
-        }
+        for (const int op : {0, 1, 2})
+            for (const i64 sides : {1, 3, 4, 5, 8, 9, 13})
+                for (const i64 n : {1, 2, 3, 9})
+                    for (const bool memory : {true, false}) {
+                        const Factored<T> expected(op, n, sides, 3), computed(op, n, sides, 3);
+                        SCOPED_TRACE(problem("gtts2", computed.s) + " itrans=" + std::to_string(op));
+                        const auto divisor = [&](i64 i) { return op == 2 ? conj(expected.s.d[i]) : expected.s.d[i]; };
+                        const bool reciprocals = memory && sides >= 4;
+                        for (i64 j = 0; j < sides; ++j)
+                            model_gtts2(expected, j, [&](T x, i64 i) {
+                                return reciprocals ? quotient(one<T>, divisor(i)) * x : quotient(x, divisor(i));
+                            });
+                        ProbeScope probe;
+                        probe->fail_all = !memory;
+                        computed.solve();
+                        ASSERT_EQ(unequal(expected.s.b, computed.s.b), "");
+                    }
     });
 }
 
@@ -308,6 +317,36 @@ TEST(Ptts2, solves_exactly_in_whole_numbers_with_and_without_memory)
                         }
                         ASSERT_EQ(probe->live, 0);
                     }
+    });
+}
+
+TEST(Ptts2, multiplies_by_reciprocals_from_four_right_hand_sides_on_and_divides_without_memory)
+{
+    each_type([]<class T>() {
+        using R = real_t<T>;
+        for (const i64 sides : {3, 4, 9})
+            for (const bool memory : {true, false}) {
+                const i64 n = 7;
+                const System<T> expected(n, sides), computed(n, sides);
+                expected.fill(0), computed.copy(expected);
+                SCOPED_TRACE(problem("ptts2", computed));
+                const Guarded<R> d(n);
+                for (i64 i = 0; i < n; ++i) d[i] = R(3 + i);
+                const auto& e = expected.dl;
+                const bool reciprocals = memory && sides >= 4;
+                for (i64 j = 0; j < sides; ++j) {
+                    T* const b = expected.b.data() + j * expected.ldb;
+                    for (i64 i = 1; i < n; ++i) b[i] = b[i] - e[i - 1] * b[i - 1];
+                    for (i64 i = n - 1; i >= 0; --i) {
+                        b[i] = reciprocals ? T((1 / d[i]) * b[i]) : quotient(b[i], d[i]);
+                        if (i + 1 < n) b[i] = b[i] - conj(e[i]) * b[i + 1];
+                    }
+                }
+                ProbeScope probe;
+                probe->fail_all = !memory;
+                ptts2<T>(0, computed, d.data(), computed.dl.data());
+                ASSERT_EQ(unequal(expected.b, computed.b), "");
+            }
     });
 }
 
