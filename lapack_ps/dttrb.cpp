@@ -2,8 +2,8 @@
 // run side by side and meet in the middle.
 //
 //   dttrfb    factors A in place: sub-, main and superdiagonal dl, d, du
-//   dttrsb    solves op(A)*X = B with these factors; trans N: A, C: its conjugate transpose, anything else: its
-//   transpose dtsvb     both; with one right-hand side, in a single pass
+//   dttrsb    solves op(A)*X = B with these factors; trans N: A, C: its conjugate transpose, all else: its transpose
+//   dtsvb     both; with one right-hand side, in a single pass
 //
 //   b         n by nrhs, columns ldb apart; becomes X
 //   info      0, or one more than the index of the first pivot met that is zero or NaN; the factorisation stops there,
@@ -24,8 +24,6 @@
 
 namespace orv::lapack {
 namespace {
-
-enum class Op { none, transpose, conjugate };
 
 template <class T> bool is_pivot(T a) { return !is_nan(a) && a != zero<T>; }
 
@@ -88,7 +86,6 @@ template <Op op, class T, int columns> struct Solve {
     Group<T, columns> b;
 
     using R = Row<T, columns>;
-    static T coefficient(const T* x, i64 i) { return op == Op::conjugate ? conj(x[i]) : x[i]; }
     static constexpr bool top_divides = op != Op::none;
 
     // From row `from`, whose elements x holds, to its neighbour, whose elements x becomes.
@@ -96,16 +93,16 @@ template <Op op, class T, int columns> struct Solve {
     {
         const i64 link = min(from, to);
         if constexpr (dividing) {
-            x = coefficient(d, from) * x;
+            x = coefficient<op>(d, from) * x;
             b.set(from, x);
         }
-        x = minus_product(b[to], coefficient(dividing ? du : dl, link), x);
+        x = minus_product(b[to], coefficient<op>(dividing ? du : dl, link), x);
         b.set(to, x);
     }
     template <bool dividing> ORV_INLINE void outward(R& x, i64 from, i64 to) const
     {
-        x = minus_product(b[to], coefficient(dividing ? du : dl, min(from, to)), x);
-        if constexpr (dividing) x = coefficient(d, to) * x;
+        x = minus_product(b[to], coefficient<op>(dividing ? du : dl, min(from, to)), x);
+        if constexpr (dividing) x = coefficient<op>(d, to) * x;
         b.set(to, x);
     }
 
@@ -120,7 +117,7 @@ template <Op op, class T, int columns> struct Solve {
     }
     void outward_all(const Meeting& meeting) const
     {
-        R top = coefficient(d, meeting.row) * b[meeting.row], bottom = top;
+        R top = coefficient<op>(d, meeting.row) * b[meeting.row], bottom = top;
         b.set(meeting.row, top);
         for (i64 k = 0; k < meeting.h; ++k) {
             outward<!top_divides>(top, meeting.row - k, meeting.row - k - 1);

@@ -17,14 +17,11 @@
 namespace orv::lapack {
 namespace {
 
-enum class Op { none, transpose, conjugate };
-
 template <Op op, class T> struct Factors {
     i64 n;
     const T *dl, *du, *du2;
     const i64* ipiv;
 
-    static T coefficient(const T* x, i64 i) { return op == Op::conjugate ? conj(x[i]) : x[i]; }
     bool exchanged(i64 i) const { return ipiv[i] != i + 1; }
 
     template <class Group, class OverPivot> void solve(const Group& b, const OverPivot& over_pivot) const
@@ -46,11 +43,11 @@ template <Op op, class T> struct Factors {
         auto above = over_pivot(b[0], 0);
         b.set(0, above);
         if (n == 1) return;
-        auto x = over_pivot(minus_product(b[1], coefficient(du, 0), above), 1);
+        auto x = over_pivot(minus_product(b[1], coefficient<op>(du, 0), above), 1);
         b.set(1, x);
         for (i64 i = 2; i < n; ++i) {
             const auto sum =
-                minus_product(minus_product(b[i], coefficient(du, i - 1), x), coefficient(du2, i - 2), above);
+                minus_product(minus_product(b[i], coefficient<op>(du, i - 1), x), coefficient<op>(du2, i - 2), above);
             above = x;
             x = over_pivot(sum, i);
             b.set(i, x);
@@ -62,7 +59,7 @@ template <Op op, class T> struct Factors {
     {
         auto x = b[n - 1];
         for (i64 i = n - 2; i >= 0; --i) {
-            const auto sum = minus_product(b[i], coefficient(dl, i), x);
+            const auto sum = minus_product(b[i], coefficient<op>(dl, i), x);
             if (exchanged(i)) b.set(i + 1, sum);
             else b.set(i + 1, x), x = sum;
         }
@@ -80,7 +77,7 @@ template <Op op, class T> void gtts2(const Factors<op, T>& factors, i64 nrhs, co
             });
         for (i64 j = 0; j < nrhs; ++j)
             factors.solve(Group<T, 1>{b + j * ldb, ldb},
-                          [&](auto row, i64 i) ORV_INLINE_LAMBDA { return row / Factors<op, T>::coefficient(d, i); });
+                          [&](auto row, i64 i) ORV_INLINE_LAMBDA { return row / coefficient<op>(d, i); });
     });
 }
 

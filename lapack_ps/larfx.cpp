@@ -16,7 +16,7 @@
 
 #include <utility>
 
-namespace orv::lapack_ps {
+namespace orv::lapack {
 namespace {
 
 enum class Side { left, right };
@@ -132,18 +132,18 @@ template <Side side, class T> void larfx(i64 m, i64 n, const T* v, T tau, T* c, 
 }
 
 } // namespace
-} // namespace orv::lapack_ps
+} // namespace orv::lapack
 
 using namespace orv;
-using lapack_ps::Side;
+using lapack::Side;
 
 #define LARFX(name, T)                                                                                                 \
     ORV_EXPORT void LAPACK_PS(name)(const char* side, const i64* m, const i64* n, const T* v, const T* tau, T* c,      \
                                     const i64* ldc, T* work)                                                           \
     {                                                                                                                  \
         if (*tau == zero<T>) return;                                                                                   \
-        if (orv_serv_lsame(side, "L", 1, 1)) lapack_ps::larfx<Side::left>(*m, *n, v, *tau, c, *ldc, work);             \
-        else lapack_ps::larfx<Side::right>(*m, *n, v, *tau, c, *ldc, work);                                            \
+        if (orv_serv_lsame(side, "L", 1, 1)) lapack::larfx<Side::left>(*m, *n, v, *tau, c, *ldc, work);                \
+        else lapack::larfx<Side::right>(*m, *n, v, *tau, c, *ldc, work);                                               \
     }
 
 LARFX(dlarfx, double)

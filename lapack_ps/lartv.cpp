@@ -7,7 +7,7 @@
 #include "frame/simd.h"
 #include "frame/symbol.h"
 
-namespace orv::lapack_ps {
+namespace orv::lapack {
 namespace {
 
 template <class C, class S, class T> ORV_INLINE void rotate(C c, S s, T& x, T& y)
@@ -33,7 +33,7 @@ template <class T> void lartv(i64 n, T* x, i64 incx, T* y, i64 incy, const real_
 }
 
 } // namespace
-} // namespace orv::lapack_ps
+} // namespace orv::lapack
 
 using namespace orv;
 
@@ -41,7 +41,7 @@ using namespace orv;
     ORV_EXPORT void LAPACK_PS(name)(const i64* n, T* x, const i64* incx, T* y, const i64* incy, const real_t<T>* c,    \
                                     const T* s, const i64* incc)                                                       \
     {                                                                                                                  \
-        lapack_ps::lartv(*n, x, *incx, y, *incy, c, s, *incc);                                                         \
+        lapack::lartv(*n, x, *incx, y, *incy, c, s, *incc);                                                            \
     }
 
 LARTV(slartv, float)

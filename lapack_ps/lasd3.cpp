@@ -18,6 +18,7 @@
 #include "frame/serv.h"
 #include "frame/symbol.h"
 #include "lapack_ps/front_ends.h"
+#include "lapack_ps/scalar.h"
 
 extern "C" {
 void LAPACK_PS(slasd4)(const orv::i64*, const orv::i64*, const float*, const float*, float*, const float*, float*,
@@ -26,7 +27,7 @@ void LAPACK_PS(dlasd4)(const orv::i64*, const orv::i64*, const double*, const do
                        double*, orv::i64*);
 }
 
-namespace orv::lapack_ps {
+namespace orv::lapack {
 namespace {
 
 template <class R> constexpr auto lasd4 = LAPACK_PS(dlasd4);
@@ -34,8 +35,6 @@ template <> constexpr auto lasd4<float> = LAPACK_PS(slasd4);
 
 float sign(float size, float of) { return orv_serv_s_sign(&size, &of); }
 double sign(double size, double of) { return orv_serv_d_sign(&size, &of); }
-float root(float x) { return __builtin_sqrtf(x); }
-double root(double x) { return __builtin_sqrt(x); }
 
 // A matrix by its first element and the distance of columns.
 template <class R> struct Matrix {
@@ -126,7 +125,7 @@ private:
             for (i64 i = 0; i <= j; ++i) z_[i] *= factor(i, j + 1);
             for (i64 i = j + 1; i < k_; ++i) z_[i] *= factor(i, j);
         }
-        for (i64 i = 0; i < k_; ++i) z_[i] = sign(root(magnitude(z_[i])), q_(i, 0));
+        for (i64 i = 0; i < k_; ++i) z_[i] = sign(square_root(magnitude(z_[i])), q_(i, 0));
     }
 
     // The left vectors of the small problem go to q, those of the right stay in vt, both before the products.
@@ -205,7 +204,7 @@ private:
 };
 
 } // namespace
-} // namespace orv::lapack_ps
+} // namespace orv::lapack
 
 using namespace orv;
 
@@ -215,13 +214,13 @@ using namespace orv;
                                     T* vt, const i64* ldvt, T* vt2, const i64* ldvt2, const i64* idxc,                 \
                                     const i64* ctot, T* z, i64* info)                                                  \
     {                                                                                                                  \
-        const lapack_ps::Sizes sizes{*nl, *nr, *sqre, *k};                                                             \
-        const i64 bad = lapack_ps::bad_argument(sizes, *ldq, *ldu, *ldu2, *ldvt, *ldvt2);                              \
+        const lapack::Sizes sizes{*nl, *nr, *sqre, *k};                                                                \
+        const i64 bad = lapack::bad_argument(sizes, *ldq, *ldu, *ldu2, *ldvt, *ldvt2);                                 \
         *info = -bad;                                                                                                  \
         if (bad != 0) orv_serv_xerbla(NAME, &bad, 6);                                                                  \
         else                                                                                                           \
-            *info = lapack_ps::Merge<T>(sizes, d, {q, *ldq}, dsigma, {u, *ldu}, {u2, *ldu2}, {vt, *ldvt},              \
-                                        {vt2, *ldvt2}, idxc, ctot, z)                                                  \
+            *info = lapack::Merge<T>(sizes, d, {q, *ldq}, dsigma, {u, *ldu}, {u2, *ldu2}, {vt, *ldvt}, {vt2, *ldvt2},  \
+                                     idxc, ctot, z)                                                                    \
                         .run();                                                                                        \
     }
 

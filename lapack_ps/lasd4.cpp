@@ -16,19 +16,18 @@
 #include "frame/simd.h"
 #include "frame/symbol.h"
 #include "lapack_ps/front_ends.h"
+#include "lapack_ps/scalar.h"
 
 #include <bit>
 #include <tuple>
 #include <utility>
 
-namespace orv::lapack_ps {
+namespace orv::lapack {
 namespace {
 
 constexpr i64 iterations = 400;
 
 template <class R> R square(R x) { return x * x; }
-float root(float x) { return __builtin_sqrtf(x); }
-double root(double x) { return __builtin_sqrt(x); }
 template <class R> R larger(R a, R b) { return a > b ? a : b; }
 template <class R> R smaller(R a, R b) { return a < b ? a : b; }
 
@@ -44,15 +43,15 @@ template <class R> R scale_for(R size)
     return std::bit_cast<R>(static_cast<Bits>(wanted + bias) << fraction);
 }
 
-// The two roots of c*x^2 - a*x + b without cancellation: (a - root(..)) / (2*c), and (a + root(..)) / (2*c).
+// The two roots of c*x^2 - a*x + b without cancellation: (a - sqrt(..)) / (2*c), and (a + sqrt(..)) / (2*c).
 template <class R> R minus_root(R a, R b, R c)
 {
-    const R discriminant = root(magnitude(a * a - 4 * b * c));
+    const R discriminant = square_root(magnitude(a * a - 4 * b * c));
     return c == 0 ? b / a : a <= 0 ? (a - discriminant) / (2 * c) : 2 * b / (a + discriminant);
 }
 template <class R> R plus_root(R a, R b, R c)
 {
-    const R discriminant = root(magnitude(a * a - 4 * b * c));
+    const R discriminant = square_root(magnitude(a * a - 4 * b * c));
     return c == 0 ? b / a : a >= 0 ? (a + discriminant) / (2 * c) : 2 * b / (a - discriminant);
 }
 
@@ -80,7 +79,7 @@ template <class R> class SecularEquation {
 public:
     SecularEquation(i64 n, i64 i, const R* d, const R* z, R* delta, R rho, R* work)
         : n_(n), left_(i < n ? i - 1 : n - 2), last_(i == n), d_(d), z_(z), delta_(delta), work_(work),
-          scale_(scale_for(larger(magnitude(d[n - 1]), root(rho)))), rho_(rho * scale_ * scale_)
+          scale_(scale_for(larger(magnitude(d[n - 1]), square_root(rho)))), rho_(rho * scale_ * scale_)
     {
     }
 
@@ -102,7 +101,7 @@ private:
     bool origin_is_left() const { return origin_ == left_; }
 
     // From a difference of squares to the difference: how far sigma is from base if sigma^2 - base^2 = square.
-    static R linear(R base, R square_) { return square_ / (base + root(base * base + square_)); }
+    static R linear(R base, R square_) { return square_ / (base + square_root(base * base + square_)); }
 
     void move_to(R tau)
     {
@@ -292,7 +291,7 @@ private:
 template <class R> i64 lasd4(i64 n, i64 i, const R* d, const R* z, R* delta, R rho, R* sigma, R* work)
 {
     if (n == 1) {
-        *sigma = root(d[0] * d[0] + rho * z[0] * z[0]);
+        *sigma = square_root(d[0] * d[0] + rho * z[0] * z[0]);
         delta[0] = work[0] = 1;
         return 0;
     }
@@ -304,7 +303,7 @@ template <class R> i64 lasd4(i64 n, i64 i, const R* d, const R* z, R* delta, R r
 }
 
 } // namespace
-} // namespace orv::lapack_ps
+} // namespace orv::lapack
 
 using namespace orv;
 
@@ -312,7 +311,7 @@ using namespace orv;
     ORV_EXPORT void LAPACK_PS(name)(const i64* n, const i64* i, const T* d, const T* z, T* delta, const T* rho,        \
                                     T* sigma, T* work, i64* info)                                                      \
     {                                                                                                                  \
-        *info = lapack_ps::lasd4(*n, *i, d, z, delta, *rho, sigma, work);                                              \
+        *info = lapack::lasd4(*n, *i, d, z, delta, *rho, sigma, work);                                                 \
     }
 
 LASD4(slasd4, float)

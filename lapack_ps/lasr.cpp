@@ -12,10 +12,10 @@
 // All rotations go over eight columns before the next eight are met, so each column is read and written once, and the
 // row that a rotation shares with the next one stays in registers. Four columns that remain go the same way, less than
 // four singly. With lda = 0 four columns at a time share their memory: each rotation meets it four times.
-#include "frame/simd.h"
 #include "frame/symbol.h"
+#include "lapack_ps/lanes.h"
 
-namespace orv::lapack_ps {
+namespace orv::lapack {
 namespace {
 
 enum class Pivot { variable, top, bottom };
@@ -64,11 +64,6 @@ template <class T> struct Times {
     ORV_INLINE vec<T> operator*(vec<T> x) const { return lane_product(value, x); }
 };
 
-ORV_INLINE void scatter(float* p, i64 inc, vec<float> v)
-{
-    for (int lane = 0; lane < 4; ++lane) p[lane * inc] = v.r[lane];
-}
-
 // Neighbouring columns, one a lane.
 template <class Order, int count, class T>
 void columns(Order order, const real_t<T>* c, const real_t<T>* s, T* a, i64 lda)
@@ -84,11 +79,11 @@ void columns(Order order, const real_t<T>* c, const real_t<T>* s, T* a, i64 lda)
 #pragma GCC unroll 8
         for (int r = 0; r < registers; ++r) {
             const vec<T> fresh = gather(a + order.fresh(j) + r * apart, lda);
-            scatter(a + order.finished(j) + r * apart, lda, carry_on<Order>(cosine, sine, carried[r], fresh));
+            put<false>(a + order.finished(j) + r * apart, lda, carry_on<Order>(cosine, sine, carried[r], fresh));
         }
     }
 #pragma GCC unroll 8
-    for (int r = 0; r < registers; ++r) scatter(a + order.last_carried() + r * apart, lda, carried[r]);
+    for (int r = 0; r < registers; ++r) put<false>(a + order.last_carried() + r * apart, lda, carried[r]);
 }
 
 template <class Order, class T> void single_column(Order order, const real_t<T>* c, const real_t<T>* s, T* a)
@@ -122,17 +117,17 @@ template <class Order, class T> void lasr(Order order, i64 n, const real_t<T>* c
 }
 
 } // namespace
-} // namespace orv::lapack_ps
+} // namespace orv::lapack
 
 using namespace orv;
-using lapack_ps::Direct;
-using lapack_ps::Pivot;
+using lapack::Direct;
+using lapack::Pivot;
 
 #define LASR(name, T, pivot, direct)                                                                                   \
     ORV_EXPORT void LAPACK_PS(name)(const i64* m, const i64* n, const real_t<T>* c, const real_t<T>* s, T* a,          \
                                     const i64* lda)                                                                    \
     {                                                                                                                  \
-        lapack_ps::lasr(lapack_ps::Sequence<Pivot::pivot, Direct::direct>{*m}, *n, c, s, a, *lda);                     \
+        lapack::lasr(lapack::Sequence<Pivot::pivot, Direct::direct>{*m}, *n, c, s, a, *lda);                           \
     }
 #define LASR_ALL(t, T)                                                                                                 \
     LASR(t##lasr_lvf, T, variable, forward)                                                                            \

@@ -284,10 +284,8 @@ template <class T, bool hermitian> struct Triangle {
     const T* a;
     i64 lda;
 
-    const T* beside(i64 j) const
-    {
-        return upper ? a + j * lda : a + j * lda + j + 1;
-    } // what column j has off the diagonal
+    // What column j has off the diagonal, and how much of it.
+    const T* beside(i64 j) const { return a + j * lda + (upper ? 0 : j + 1); }
     i64 count(i64 j) const { return upper ? j : n - 1 - j; }
     const T* diagonal(i64 j) const { return a + j + j * lda; }
     template <class Measure> R magnitude_on_diagonal(Measure, i64 j) const

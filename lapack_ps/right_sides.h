@@ -7,6 +7,13 @@
 
 namespace orv::lapack {
 
+// What op(A) is made of: elements of A, or for its conjugate transpose their conjugates.
+enum class Op { none, transpose, conjugate };
+template <Op op, class T> ORV_INLINE T coefficient(const T* x, i64 i)
+{
+    return op == Op::conjugate ? conj(x[i]) : x[i];
+}
+
 // Element i of each column of a group.
 template <class T, int columns> struct Row {
     using V = std::conditional_t<columns == 1, T, vec<T>>;

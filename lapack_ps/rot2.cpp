@@ -7,7 +7,7 @@
 #include "frame/simd.h"
 #include "frame/symbol.h"
 
-namespace orv::lapack_ps {
+namespace orv::lapack {
 namespace {
 
 // One register of each vector, or one element.
@@ -44,7 +44,7 @@ template <class T, int others> void reflect(i64 n, T* x, T* (&&y)[others], const
 }
 
 } // namespace
-} // namespace orv::lapack_ps
+} // namespace orv::lapack
 
 using namespace orv;
 
@@ -52,13 +52,13 @@ using namespace orv;
     ORV_EXPORT void LAPACK_PS(t##rot2)(const i64* n, T* x, const i64*, T* y, const i64*, const T* tau, const T* v)     \
     {                                                                                                                  \
         using F = factor<T>;                                                                                           \
-        lapack_ps::reflect<T, 1>(*n, x, {y}, {F(*tau), {F(*v)}, {F(conj(*v))}});                                       \
+        lapack::reflect<T, 1>(*n, x, {y}, {F(*tau), {F(*v)}, {F(conj(*v))}});                                          \
     }                                                                                                                  \
     ORV_EXPORT void LAPACK_PS(t##rot3)(const i64* n, T* x, const i64*, T* y, const i64*, T* z, const i64*,             \
                                        const T* tau, const T* v1, const T* v2)                                         \
     {                                                                                                                  \
         using F = factor<T>;                                                                                           \
-        lapack_ps::reflect<T, 2>(*n, x, {y, z}, {F(*tau), {F(*v1), F(*v2)}, {F(conj(*v1)), F(conj(*v2))}});            \
+        lapack::reflect<T, 2>(*n, x, {y, z}, {F(*tau), {F(*v1), F(*v2)}, {F(conj(*v1)), F(conj(*v2))}});               \
     }
 
 ROT2(s, float)
