@@ -4,7 +4,7 @@
 //
 // Words are separated by blanks. Letters are those of the call, in its order; a family without any leaves them out.
 // Values are whole numbers, numbers (complex ones as (re,im), without blanks) or words. What the names mean and which
-// may be left out is known to families alone: here a problem is text.
+// may be left out is known to families alone: here a problem is text. A remark in [brackets] at the end is skipped.
 #pragma once
 
 #include <charconv>
@@ -73,7 +73,7 @@ struct Problem {
         Problem p;
         std::string* const places[] = {&p.family, &p.type, &p.letters};
         std::size_t place = 0;
-        std::istringstream words(line);
+        std::istringstream words(line.substr(0, line.find('[')));
         for (std::string word; words >> word;) {
             const std::size_t equals = word.find('=');
             if (equals == std::string::npos) {

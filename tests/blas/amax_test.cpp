@@ -78,7 +78,7 @@ TYPED_TEST(Extreme, is_the_search_by_lanes_among_ties_and_special_values)
             if constexpr (is_complex<T>)
                 if (random.integer(0, 1) == 0) x(i) = {R(1), v};
         }
-        SCOPED_TRACE(problem("amax", letter<T>, n, inc, 0, {}, {}) + " round=" + std::to_string(round));
+        SCOPED_TRACE(problem("amax", letter<T>, n, inc, {}) + " round=" + std::to_string(round));
         expect_both(n, x.data(), inc);
         if (this->HasFailure()) return;
     }

@@ -83,7 +83,7 @@ TYPED_TEST(Dot, adds_in_its_documented_order_at_every_length_stride_and_alignmen
 {
     using T = TypeParam;
     Random random(1);
-    for_each_vector<T>("dot", [&](i64 n, Strided<T>& x) {
+    for_each_vector<T>(is_complex<T> ? "dotu" : "dot", [&](i64 n, Strided<T>& x) {
         for (const i64 incy : {x.inc(), i64(1), i64(-2)}) {
             Strided<T> y(n, incy, {Edge::end, (n % 3) * sizeof(real_t<T>)});
             y.fill(random);

@@ -48,9 +48,9 @@ template <class T> char meaning(char trans)
 
 template <class T> std::string problem(char trans, const Banded<T>& a, i64 incx, i64 incy)
 {
-    return letter<T> + std::string("gbmv ") + trans + " m=" + std::to_string(a.m) + " n=" + std::to_string(a.n) +
-           " kl=" + std::to_string(a.kl) + " ku=" + std::to_string(a.ku) + " lda=" + std::to_string(a.lda) +
-           " incx=" + std::to_string(incx) + " incy=" + std::to_string(incy) + " seed=" + std::to_string(seed());
+    Line text = line<T>("gbmv", {trans});
+    text.with("m", a.m).with("n", a.n).with("kl", a.kl).with("ku", a.ku).with("lda", a.lda);
+    return text.with("incx", incx).with("incy", incy).text();
 }
 
 template <class T>
@@ -239,6 +239,13 @@ TYPED_TEST(GbmvTest, takes_no_memory)
         gbmv(trans, a, one<T>, x.data(), 1, zero<T>, y.data(), 1);
     }
     EXPECT_EQ(scope->allocations, 0);
+}
+
+TEST(Line, of_gbmv_repeats_it)
+{
+    Random random;
+    EXPECT_TRUE(repeats(problem('n', Banded<float>(9, 7, 2, 1, 3, random), 1, 2)));
+    EXPECT_TRUE(repeats(problem('C', Banded<cpx<double>>(9, 7, 2, 1, 0, random), -1, 2)));
 }
 
 } // namespace

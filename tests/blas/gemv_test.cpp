@@ -33,9 +33,8 @@ template <class T> char meaning(char trans)
 
 std::string problem(char type, char trans, i64 m, i64 n, i64 lda, i64 incx, i64 incy)
 {
-    return std::string("gemv ") + type + ' ' + trans + " m=" + std::to_string(m) + " n=" + std::to_string(n) +
-           " lda=" + std::to_string(lda) + " incx=" + std::to_string(incx) + " incy=" + std::to_string(incy) +
-           " seed=" + std::to_string(seed());
+    Line line("gemv", {type}, {trans});
+    return line.with("m", m).with("n", n).with("lda", lda).with("incx", incx).with("incy", incy).text();
 }
 
 // y := beta*y as the first pass does it, element i at y[i].
@@ -457,6 +456,12 @@ TEST(Sgemv, does_not_ask_for_the_state_when_there_is_nothing_to_do)
     gemv<float>('N', 1, 1, 0, nullptr, 1, nullptr, 1, 0, &y, 1);
     EXPECT_EQ(scope->reproducibility_asked, 1);
     EXPECT_EQ(y, 0);
+}
+
+TEST(Line, of_gemv_repeats_it)
+{
+    EXPECT_TRUE(repeats(problem('d', 'T', 7, 4, 9, -1, 2)));
+    EXPECT_TRUE(repeats(problem('c', 'c', 7, 4, 9, 1, -3)));
 }
 
 } // namespace

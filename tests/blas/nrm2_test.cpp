@@ -89,7 +89,7 @@ TYPED_TEST(ScaledNorm, is_the_scaled_pass_wherever_maxima_zeros_and_special_valu
                 if (kind == 4) v = i < n / 2 ? 0 : random.integer(0, 1) == 0 ? 0 : v; // zeros lead
                 parts[i * inc * width + p] = v;
             }
-        SCOPED_TRACE(problem("nrm2", letter<T>, n, inc, 0, {}, {}) + " kind=" + std::to_string(kind) +
+        SCOPED_TRACE(problem("nrm2", letter<T>, n, inc, {}) + " kind=" + std::to_string(kind) +
                      " round=" + std::to_string(round));
         expect_scaled_pass(n, x);
         if (this->HasFailure()) return;

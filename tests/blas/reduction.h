@@ -37,7 +37,7 @@ template <class T, class Body> void for_each_vector(const char* routine, Body&& 
             for (const Place place : n <= 80 ? places<T>() : edges) {
                 Strided<T> x(n, inc, place);
                 x.fill(random);
-                SCOPED_TRACE(problem(routine, letter<T>, n, inc, 0, place, {}));
+                SCOPED_TRACE(problem(routine, letter<T>, n, inc, place));
                 body(n, x);
                 if (testing::Test::HasFailure()) return;
             }

@@ -103,9 +103,13 @@ template <class T> struct Call {
 
 template <class T> std::string problem(const Triangle<T>& a, i64 incx, i64 incy)
 {
-    return name_of<T>(a.kind) + ' ' + a.uplo + " n=" + std::to_string(a.n) + " k=" + std::to_string(a.k) +
-           " lda=" + std::to_string(a.lda) + " incx=" + std::to_string(incx) + " incy=" + std::to_string(incy) +
-           " seed=" + std::to_string(seed());
+    const char* const families[] = {"symv", "spmv", "sbmv", "hemv", "hpmv", "hbmv"};
+    const int storage = a.kind == Kind::full ? 0 : a.kind == Kind::packed ? 1 : 2;
+    Line text = line<T>(families[storage + (is_complex<T> ? 3 : 0)], {a.uplo});
+    text.with("n", a.n);
+    if (a.kind == Kind::band) text.with("k", a.k);
+    if (a.kind != Kind::packed) text.with("lda", a.lda);
+    return text.with("incx", incx).with("incy", incy).text();
 }
 
 template <class T>
@@ -473,6 +477,15 @@ TEST(SymvTwins, are_not_asked_for_by_routines_that_have_none)
     call(Kind::packed, 1.0f), call(Kind::packed, 1.0), call(Kind::packed, cpx<float>{1, 0});
     call(Kind::packed, cpx<double>{1, 0}), call(Kind::band, 1.0f), call(Kind::band, cpx<double>{1, 0});
     EXPECT_EQ(scope->reproducibility_asked, 0);
+}
+
+TEST(Line, of_symv_and_its_kin_repeats_it)
+{
+    Random random;
+    for (const Kind kind : {Kind::full, Kind::packed, Kind::band}) {
+        EXPECT_TRUE(repeats(problem(Triangle<double>(kind, 'U', 9, 3, 1, random), 1, -2)));
+        EXPECT_TRUE(repeats(problem(Triangle<cpx<float>>(kind, 'l', 9, 3, 1, random), 1, -2)));
+    }
 }
 
 } // namespace

@@ -14,11 +14,15 @@ struct Family {
     bool packed;
     std::string suffix = {};
 
+    template <class T> std::string stem() const
+    {
+        const std::string base = packed ? (is_complex<T> ? "hpr" : "spr") : is_complex<T> ? "her" : "syr";
+        return base + (rank == 2 ? "2" : "");
+    }
     template <class T> std::string name() const
     {
-        std::string base = packed ? (is_complex<T> ? "hpr" : "spr") : is_complex<T> ? "her" : "syr";
         const std::string prefix = packed || is_complex<T> ? "" : "x";
-        return prefix + letter<T> + base + (rank == 2 ? "2" : "") + suffix;
+        return prefix + letter<T> + stem<T>() + suffix;
     }
 };
 const Family families[] = {{1, false}, {1, true}, {2, false}, {2, true}};
@@ -103,8 +107,11 @@ void call(const Family& f, char uplo, i64 n, T alpha, const T* x, i64 incx, cons
 
 template <class T> std::string problem(const Family& f, char uplo, i64 n, i64 lda, i64 incx, i64 incy)
 {
-    return f.name<T>() + ' ' + uplo + " n=" + std::to_string(n) + " lda=" + std::to_string(lda) +
-           " incx=" + std::to_string(incx) + " incy=" + std::to_string(incy) + " seed=" + std::to_string(seed());
+    Line text = line<T>(f.stem<T>(), {uplo});
+    text.with("n", n).with("incx", incx);
+    if (f.rank == 2) text.with("incy", incy);
+    if (!f.packed) text.with("lda", lda);
+    return text.text(f.name<T>());
 }
 
 // The order of operations in scalar code. All zero factors leave a column alone, but for the imaginary diagonal.
@@ -531,6 +538,14 @@ TEST(RankUpdateState, is_not_asked_where_there_is_no_twin)
     for (const Family& f : families)
         if (f.rank == 1 || f.packed) call<double>(f, 'U', 3, 1, x, 1, x, 1, a, 3);
     EXPECT_EQ(scope->reproducibility_asked, 0);
+}
+
+TEST(Line, of_syr_and_its_kin_repeats_it)
+{
+    for (const Family& f : families) {
+        EXPECT_TRUE(repeats(problem<float>(f, 'U', 9, 11, 2, -1)));
+        EXPECT_TRUE(repeats(problem<cpx<double>>(f, 'l', 9, 11, 2, -1)));
+    }
 }
 
 } // namespace

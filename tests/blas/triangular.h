@@ -144,9 +144,7 @@ template <class T> struct TriangularSweep {
 
     void run(const TriangularMatrix<T>& a, char trans, i64 incx, Place place = {})
     {
-        SCOPED_TRACE(name + ' ' + (a.upper ? 'U' : 'L') + trans + (a.unit ? 'U' : 'N') + " n=" + std::to_string(a.n) +
-                     " k=" + std::to_string(a.k) + " lda=" + std::to_string(a.lda) + " incx=" + std::to_string(incx) +
-                     " seed=" + std::to_string(seed()));
+        SCOPED_TRACE(text(a, trans, incx));
         Random random(static_cast<std::uint64_t>(a.n));
         Strided<T> x(a.n, incx, place);
         x.fill(random);
@@ -167,6 +165,17 @@ template <class T> struct TriangularSweep {
             ASSERT_LE(e, 1) << "element " << i;
             worst = std::max(worst, e);
         }
+    }
+
+    std::string text(const TriangularMatrix<T>& a, char trans, i64 incx) const
+    {
+        const char* const storage = a.storage == Storage::full ? "tr" : a.storage == Storage::band ? "tb" : "tp";
+        Line text = line<T>(storage + std::string(task == Task::solve ? "sv" : "mv"),
+                            {a.upper ? 'U' : 'L', trans, a.unit ? 'U' : 'N'});
+        text.with("n", a.n);
+        if (a.storage == Storage::band) text.with("k", a.k);
+        if (a.storage != Storage::packed) text.with("lda", a.lda);
+        return text.with("incx", incx).text(name);
     }
 
     // All options.

@@ -131,5 +131,14 @@ TYPED_TEST(TriangularTest, runs_strided_on_a_stack_of_128_KiB)
     pthread_attr_destroy(&attributes);
 }
 
+TEST(Line, of_triangular_matrices_repeats_it)
+{
+    for (const Storage storage : {Storage::full, Storage::packed, Storage::band})
+        for (const Task task : {Task::solve, Task::multiply}) {
+            const TriangularMatrix<cpx<float>> a(storage, true, false, 9, 3, 2);
+            EXPECT_TRUE(repeats(TriangularSweep<cpx<float>>(task, "xctrmv").text(a, 'C', -2)));
+        }
+}
+
 } // namespace
 } // namespace orv::test

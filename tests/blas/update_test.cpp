@@ -228,7 +228,7 @@ TYPED_TEST(Update, copy_and_swap_keep_the_bits_of_every_kind_of_number)
     for (const i64 n : {1, 5, 40, 600})
         for (const i64 inc : {1, 2, -3})
             for (const Place place : {Place{}, Place{Edge::start, sizeof(real_t<T>)}}) {
-                SCOPED_TRACE(problem("copy, swap", letter<T>, n, inc, inc, place, {}));
+                SCOPED_TRACE(problem("swap", letter<T>, n, inc, inc, place, {}));
                 Strided<T> x(n, inc, place), y(n, inc);
                 fill_with_rogues(x, n, 0), fill_with_rogues(y, n, 7);
                 const auto x_before = x.bits(), y_before = y.bits();
@@ -265,6 +265,13 @@ TYPED_TEST(Update, axpy_keeps_nan_and_infinity_in_their_places)
                         ASSERT_NE(y(at) - y(at), zero<T>) << "neither NaN nor infinite";
                     }
                 }
+}
+
+TEST(Line, of_two_vectors_repeats_it)
+{
+    for (const char* routine : {"axpy", "axpby", "copy", "swap", "rot"})
+        EXPECT_TRUE(repeats(problem(routine, 'z', 9, -1, 2, {Edge::end, 4}, {Edge::start, 8})));
+    for (const char* routine : {"nrm2", "asum", "scal", "amax"}) EXPECT_TRUE(repeats(problem(routine, 's', 9, 2, {})));
 }
 
 } // namespace

@@ -127,5 +127,13 @@ TEST(Mscale, stores_zeros_over_nan_for_a_beta_of_zero_of_either_sign)
     });
 }
 
+TEST(Line, of_a_product_repeats_it)
+{
+    for (const char transa : {'N', 't', 'C'}) {
+        EXPECT_TRUE(repeats(repro(Problem<double>{transa, 'n', 17, 9, 33, 0.5, 0}.padded(1, 2, 3))));
+        EXPECT_TRUE(repeats(repro(Problem<cpx<float>>{transa, 'T', 5, 6, 7, {0.1f, -2}, {1, 0}}.padded(0, 0, 1))));
+    }
+}
+
 } // namespace
 } // namespace orv::test

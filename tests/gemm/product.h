@@ -4,11 +4,11 @@
 #include "tests/support/bounds.h"
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
+#include "tests/support/line.h"
 #include "tests/support/random.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
-#include <sstream>
 #include <vector>
 
 namespace orv::test {
@@ -57,20 +57,11 @@ template <class T> struct Problem {
     }
 };
 
-// The line that repeats a failing problem.
 template <class T> std::string repro(const Problem<T>& p)
 {
-    const auto text = [](T x) {
-        std::ostringstream s;
-        if constexpr (is_complex<T>) s << '(' << x.re << ',' << x.im << ')';
-        else s << x;
-        return s.str();
-    };
-    std::ostringstream s;
-    s << "gemm " << letter<T> << ' ' << p.transa << p.transb << " m=" << p.m << " n=" << p.n << " k=" << p.k
-      << " lda=" << p.lda << " ldb=" << p.ldb << " ldc=" << p.ldc << " alpha=" << text(p.alpha)
-      << " beta=" << text(p.beta) << " ORV_TEST_SEED=" << seed();
-    return s.str();
+    Line text = line<T>("gemm", {p.transa, p.transb});
+    text.with("m", p.m).with("n", p.n).with("k", p.k).with("alpha", p.alpha).with("lda", p.lda).with("ldb", p.ldb);
+    return text.with("beta", p.beta).with("ldc", p.ldc).text();
 }
 
 // Where operands touch the guard pages, and how many elements they are moved away from them.

@@ -2,6 +2,7 @@
 // not to be read hold NaN, and must hold it still where they are not to be written.
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
+#include "tests/support/line.h"
 #include "tests/support/probe.h"
 #include "tests/support/whole.h"
 
@@ -137,8 +138,15 @@ template <class T, class F> struct Update {
     }
     std::string text(const std::string& name, i64 i, i64 j) const
     {
-        return name + ' ' + uplo + trans + " n=" + std::to_string(n) + " k=" + std::to_string(k) + ": (" +
-               std::to_string(i) + ',' + std::to_string(j) + ')';
+        const bool twice = name.find('2') != name.npos;
+        Line text = line<T>(std::string(hermitian ? "her" : "syr") + (twice ? "2k" : "k"), {uplo, trans});
+        text.with("n", n).with("k", k);
+        if (twice) text.with("alpha", alpha);
+        else text.with("alpha", factor_of<T, F>(alpha));
+        text.with("lda", a.ld);
+        if (twice) text.with("ldb", b.ld);
+        text.with("beta", beta).with("ldc", c.ld);
+        return text.text(name + " at (" + std::to_string(i) + ',' + std::to_string(j) + ')');
     }
 };
 
@@ -427,6 +435,14 @@ TEST(Symm, asks_for_one_square)
     EXPECT_EQ(first("xzsymm", cpx<double>(), false), (std::tuple{0x80000, 64, "xsymm"}));
     EXPECT_EQ(first("xchemm", cpx<float>(), true), (std::tuple{0x20400, 128, "xchemm"}));
     EXPECT_EQ(first("xzhemm", cpx<double>(), true), (std::tuple{0x40800, 128, "xzhemm"}));
+}
+
+TEST(Line, of_symmetric_updates_repeats_it)
+{
+    for (const char* name : {"xdsyrk", "xdsyr2k"})
+        EXPECT_TRUE(repeats(Update<double, double>('U', 't', 7, 5, 0.5, -1).text(name, 0, 0)));
+    for (const char* name : {"xzherk", "xzher2k"})
+        EXPECT_TRUE(repeats(Update<cpx<double>, double>('l', 'C', 7, 5, {0.5, 2}, {-1, 0}).text(name, 0, 0)));
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
+#include "tests/support/line.h"
 #include "tests/support/whole.h"
 
 #include <algorithm>
@@ -141,8 +142,9 @@ template <class T> struct Problem {
     }
     std::string text(const std::string& name, i64 i, i64 j) const
     {
-        return name + ' ' + o.text() + " m=" + std::to_string(m) + " n=" + std::to_string(n) + ": (" +
-               std::to_string(i) + ',' + std::to_string(j) + ')';
+        Line text = line<T>(name.find("trmm") != name.npos ? "trmm" : "trsm", o.text());
+        text.with("m", m).with("n", n).with("alpha", alpha).with("lda", lda).with("ldb", ldb);
+        return text.text(name + " at (" + std::to_string(i) + ',' + std::to_string(j) + ')');
     }
 };
 

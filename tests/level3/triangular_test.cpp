@@ -364,5 +364,12 @@ TYPED_TEST(PackedTriangularTest, copies_a_rectangle_of_packed_columns)
     }
 }
 
+TEST(Line, of_triangular_matrices_repeats_it)
+{
+    for (const char* name : {"xdtrsm", "xdtrmm"})
+        EXPECT_TRUE(repeats(Problem<double>({'L', 'u', 'T', 'N'}, 7, 5, 0.5).text(name, 1, 2)));
+    EXPECT_TRUE(repeats(Problem<cpx<float>>({'r', 'L', 'C', 'u'}, 7, 5, {1, -2}).text("xctrsm", 1, 2)));
+}
+
 } // namespace
 } // namespace orv::test

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tests/support/guarded.h"
+#include "tests/support/line.h"
 #include "tests/support/random.h"
 
 #include <cstdlib>
@@ -56,11 +57,21 @@ private:
     T* data_;
 };
 
-inline std::string problem(const char* routine, char type, i64 n, i64 incx, i64 incy, Place x, Place y)
+inline std::string told(const char* name, Place p)
 {
-    const auto place = [](Place p) { return (p.edge == Edge::end ? " end-" : " start+") + std::to_string(p.shift); };
-    return std::string(routine) + ' ' + type + " n=" + std::to_string(n) + " incx=" + std::to_string(incx) +
-           " incy=" + std::to_string(incy) + " x:" + place(x) + " y:" + place(y) + " seed=" + std::to_string(seed());
+    return name + std::string(p.edge == Edge::end ? " end-" : " start+") + std::to_string(p.shift);
+}
+inline std::string problem(const std::string& routine, char type, i64 n, i64 incx, Place x)
+{
+    return Line(routine, {type}).with("n", n).with("incx", incx).text(told("x", x));
+}
+inline std::string problem(const std::string& routine, char type, i64 n, i64 incx, i64 incy, Place x, Place y)
+{
+    return Line(routine, {type})
+        .with("n", n)
+        .with("incx", incx)
+        .with("incy", incy)
+        .text(told("x", x) + ' ' + told("y", y));
 }
 
 // Lengths on both sides of every block that a vector kernel may have, in elements.

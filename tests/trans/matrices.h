@@ -4,6 +4,7 @@
 
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
+#include "tests/support/line.h"
 #include "tests/support/random.h"
 
 #include <algorithm>
@@ -80,11 +81,8 @@ template <class T> T element(char op, T alpha, T x, By by)
 template <class T>
 std::string problem(const char* routine, char ordering, char op, u64 rows, u64 cols, u64 lda, u64 ldb, T alpha)
 {
-    std::string text = std::string(routine) + ' ' + letter<T> + ' ' + ordering + op + " rows=" + std::to_string(rows) +
-                       " cols=" + std::to_string(cols) + " lda=" + std::to_string(lda) + " ldb=" + std::to_string(ldb);
-    if constexpr (is_complex<T>)
-        return text + " alpha=(" + std::to_string(alpha.re) + ',' + std::to_string(alpha.im) + ')';
-    else return text + " alpha=" + std::to_string(alpha);
+    Line text = line<T>(routine, {ordering, op});
+    return text.with("rows", rows).with("cols", cols).with("alpha", alpha).with("lda", lda).with("ldb", ldb).text();
 }
 
 template <class T> std::string symbol(const std::string& name) { return "orv_trans_mc3_orv_" + (letter<T> + name); }

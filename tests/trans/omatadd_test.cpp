@@ -42,7 +42,9 @@ template <class T> struct Addition {
     }
     std::string text() const
     {
-        return problem("omatadd", opa, opb, rows, cols, lda, ldb, alpha) + " ldc=" + std::to_string(ldc);
+        Line text = line<T>("omatadd", {'R', opa, opb}); // or the transposes, by columns
+        text.with("rows", rows).with("cols", cols).with("alpha", alpha).with("lda", lda);
+        return text.with("beta", beta).with("ldb", ldb).with("ldc", ldc).text();
     }
     void run() const
     {
@@ -165,6 +167,13 @@ TYPED_TEST(OmataddTest, keeps_the_sign_of_zero)
                 sum.run();
                 if (this->HasFatalFailure()) return;
             }
+}
+
+TEST(Line, of_copies_and_sums_repeats_it)
+{
+    EXPECT_TRUE(repeats(Addition<cpx<float>>('C', 'N', 3, 4, {1, 2}, {0.5f, 0}, 1, 0, 2).text()));
+    for (const char* routine : {"omatcopy", "imatcopy"})
+        EXPECT_TRUE(repeats(problem<double>(routine, 'C', 't', 3, 4, 5, 6, 0.7)));
 }
 
 } // namespace

@@ -47,8 +47,9 @@ template <class T> struct Call {
         const Storage<T> a(extent(m, n, lda, stridea), edge, shift), b(extent(bm, bn, ldb, strideb), edge, shift / 2);
         const std::vector<T> before = a.copy();
         const std::vector<T> after = expected(op, m, n, alpha, a, lda, stridea, b, ldb, strideb);
-        SCOPED_TRACE(problem(name, ordering, op, rows, cols, lda, ldb, alpha) + " strides " + std::to_string(stridea) +
-                     ' ' + std::to_string(strideb));
+        Line text = line<T>(name, {ordering, op});
+        text.with("rows", rows).with("cols", cols).with("alpha", alpha).with("lda", lda).with("stridea", stridea);
+        SCOPED_TRACE(text.with("ldb", ldb).with("strideb", strideb).text());
         if (stridea == 1 && strideb == 1 && std::strcmp(name, "omatcopy2") == 0)
             kernel<Omatcopy<T>>(symbol<T>("omatcopy"))(ordering, op, rows, cols, alpha, a.data(), lda, b.data(), ldb);
         else f(ordering, op, rows, cols, alpha, a.data(), lda, stridea, b.data(), ldb, strideb);

@@ -1,9 +1,12 @@
 // What the tests of all families share: vectors with strides, scalars, expected results, recorded reports.
 #pragma once
 
+#include "tests/support/line.h"
 #include "tests/xblas/member.h"
 
 #include <gtest/gtest.h>
+#include <map>
+#include <set>
 
 namespace orv::test::extended {
 
@@ -48,11 +51,33 @@ inline void store(const Ring& ring, Array& out, i64 i, Complex result)
     out.set(i, ring.close(result.re), ring.close(result.im));
 }
 
+// The line that repeats a problem: options become letters in the order of the call, Fortran's order is by columns.
+inline std::string repeat(const Member& m, i64 prec, const std::map<std::string, i64>& values)
+{
+    std::string letters, type = m.name.substr(5);
+    type.erase(1, m.op.size());
+    std::set<std::string> options;
+    const auto add = [&](const std::string& option, const char* meanings,
+                         i64 first) { // meanings of first, first + 1, ...
+        options.insert(option);
+        if (const auto found = values.find(option); found != values.end())
+            letters += found->second >= first && found->second < first + 3 ? meanings[found->second - first] : '?';
+    };
+    add("conj", "cn", conj);
+    if (letters.empty() && m.op != "sum" && !m.op.ends_with("axpby")) letters = values.contains("order") ? "" : "c";
+    add("order", "rc", row_major), add("side", "lr", left), add("uplo", "ul", upper);
+    for (const char* name : {"trans", "transa", "transb"}) add(name, "ntc", no_trans);
+    add("diag", "nu", non_unit);
+    Line line("xblas_" + m.op, type, letters);
+    for (const auto& [name, value] : values)
+        if (!options.contains(name)) line.with(name == "ldt" ? "lda" : name, value);
+    const char* const precisions[] = {"single", "double", "indigenous", "extra"};
+    if (prec != 0) line.Problem::with("prec", std::string(precisions[prec - single]));
+    return line.text(m.name);
+}
 inline std::string text(const Member& m, i64 prec, std::initializer_list<std::pair<const char*, i64>> values)
 {
-    std::string s = m.name + " prec=" + std::to_string(prec);
-    for (const auto& [name, value] : values) s += std::string(" ") + name + "=" + std::to_string(value);
-    return s + " seed=" + std::to_string(seed());
+    return repeat(m, prec, {values.begin(), values.end()});
 }
 
 inline ::testing::AssertionResult same(const Array& computed, const Array& expected)

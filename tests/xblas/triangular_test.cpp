@@ -42,9 +42,10 @@ void spoil_unit_diagonal(Stored& t, const Options& o)
 
 std::string text(const Member& m, i64 prec, const Options& o, i64 n, i64 k, i64 incx)
 {
-    return text(
-        m, prec,
-        {{"order", o.order}, {"uplo", o.uplo}, {"trans", o.how}, {"diag", o.diag}, {"n", n}, {"k", k}, {"incx", incx}});
+    std::map<std::string, i64> values{{"order", o.order}, {"uplo", o.uplo}, {"trans", o.how},
+                                      {"diag", o.diag},   {"n", n},         {"incx", incx}};
+    if (m.op == "tbsv") values["k"] = k;
+    return repeat(m, prec, values);
 }
 
 // x := alpha*op(T)*x; columns(i): the columns of row i in the order of its sum.
@@ -431,6 +432,25 @@ TEST(ExtendedSolves, divide_by_a_zero_diagonal_as_it_comes)
             EXPECT_FALSE(std::isfinite(x[0].re));
             EXPECT_TRUE(reports().empty());
         }
+}
+
+TEST(Line, of_extended_precision_repeats_it)
+{
+    const auto expect = [](const char* op, const auto& text_of) {
+        for (const Member& m : members(op))
+            if (m.for_c) EXPECT_TRUE(repeats(text_of(m, m.precisions().back())));
+    };
+    expect("trmv", [](const Member& m, i64 prec) {
+        return text(m, prec, {row_major, upper, conj_trans, unit}, 7, 0, -1);
+    });
+    expect("tbsv", [](const Member& m, i64 prec) {
+        return text(m, prec, {column_major, lower, trans, non_unit}, 7, 2, 1);
+    });
+    expect("dot", [](const Member& m, i64 prec) { return text(m, prec, {{"n", 192}, {"incx", 2}, {"conj", conj}}); });
+    expect("sum", [](const Member& m, i64 prec) { return text(m, prec, {{"n", 112}}); });
+    expect("hemm", [](const Member& m, i64 prec) {
+        return text(m, prec, {{"order", row_major}, {"side", right}, {"uplo", lower}, {"m", 5}, {"n", 3}});
+    });
 }
 
 } // namespace
