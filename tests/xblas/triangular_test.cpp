@@ -437,8 +437,10 @@ TEST(ExtendedSolves, divide_by_a_zero_diagonal_as_it_comes)
 TEST(Line, of_extended_precision_repeats_it)
 {
     const auto expect = [](const char* op, const auto& text_of) {
-        for (const Member& m : members(op))
-            if (m.for_c) EXPECT_TRUE(repeats(text_of(m, m.precisions().back())));
+        for (const Member& m : members(op)) {
+            if (!m.for_c) continue;
+            EXPECT_TRUE(repeats(text_of(m, m.precisions().back())));
+        }
     };
     expect("trmv", [](const Member& m, i64 prec) {
         return text(m, prec, {row_major, upper, conj_trans, unit}, 7, 0, -1);
