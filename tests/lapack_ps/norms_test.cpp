@@ -112,8 +112,9 @@ template <class T> void expect_norms()
 {
     using R = real_t<T>;
     const R ordinary = 1, large = std::ldexp(R(1), std::numeric_limits<R>::max_exponent - 9),
-            little = std::ldexp(R(1), std::numeric_limits<R>::min_exponent + 2);
-    for (const R factor : {ordinary, large, little})
+            little = std::ldexp(R(1), std::numeric_limits<R>::min_exponent + 2),
+            half_lost = std::ldexp(R(1), std::numeric_limits<R>::min_exponent / 2 - 4); // squares lose digits
+    for (const R factor : {ordinary, large, little, half_lost})
         for (const i64 m : {1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 33, 40, 65})
             for (const i64 n : {1, 2, 3, 4, 5, 9}) {
                 Matrix<T> a(Kind::general, ' ', m, n, m % 3, n % 2);
@@ -121,7 +122,7 @@ template <class T> void expect_norms()
                 a.expect_norms();
                 if (testing::Test::HasFatalFailure()) return;
             }
-    for (const R factor : {ordinary, large, little})
+    for (const R factor : {ordinary, large, little, half_lost})
         for (const i64 n : {1, 2, 3, 4, 5, 8, 9, 17, 20, 33, 37, 70})
             for (const char uplo : {'U', 'u', 'L', 'l'})
                 for (const Kind kind : {Kind::symmetric, Kind::hermitian}) {
