@@ -85,7 +85,8 @@ TEST(Names, the_core_has_every_routine_in_three_forms)
 
 TEST(Names, the_core_has_no_blas_that_is_not_listed_here)
 {
-    const std::set<std::string> known = routines();
+    std::set<std::string> known = routines();
+    known.insert({"scgemm", "dzgemm"}); // products of real and complex matrices: no published name
     for (const std::string& name : exported(ORV_CORE)) {
         std::smatch parts;
         if (!std::regex_match(name, parts, std::regex("orv_blas_(lp64_)?(.*)"))) continue;
