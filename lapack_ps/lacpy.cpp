@@ -42,7 +42,7 @@ struct Rows {
     i64 from, to;
 };
 
-// rows(j): what of column j belongs to the part.
+// part(j): the rows of column j that belong to the part. target(j, rows): where they go.
 template <class T, class Target, class Part>
 void copy_columns(i64 n, T alpha, const T* a, i64 lda, T beta, Target target, Part part)
 {

@@ -5,9 +5,10 @@
 
 namespace orv::level3 {
 
-// Columns in the next sweep where `left` are left, sweeps being `most` wide. The last one takes a few more along: alone
-// they would cost as much as many, and their products would go another way and round differently.
-constexpr i64 sweep_of(i64 left, i64 most) { return left < most + 8 ? left : most; }
+// Columns in the next sweep where `left` are left, sweeps being at most `most` wide. The last one gets eight of those
+// before it where it would have fewer: they would cost as much as many, and their products would go another way and
+// round differently.
+constexpr i64 sweep_of(i64 left, i64 most) { return left <= most ? left : left < most + 8 ? most - 8 : most; }
 
 // C(0:m, 0:n) := alpha*op(A)*op(B) + beta*C.
 template <class T>
