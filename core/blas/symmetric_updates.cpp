@@ -27,8 +27,9 @@ struct Group {
     i64 next() const { return begin + size; }
 
     Group(i64 n, i64 begin_) : begin(begin_), size(min(height_of(n), n - begin_)), beside(n - begin_ - size) {}
-    // Its elements, counted in full rows (columns) of them: those of its triangle first.
-    i64 rows_of_triangle() const { return size / 2; }
+    // Its elements, counted in full rows (columns) of them: those of its triangle first, at least one, for who computes
+    // the triangle goes by the first of them.
+    i64 rows_of_triangle() const { return (size + 1) / 2; }
     i64 rows() const { return rows_of_triangle() + beside; }
     // Where a cut `row` rows after the triangle comes to lie, so that no part is too small.
     i64 edge(i64 row) const

@@ -102,13 +102,13 @@ template <class T, class Routine> void symmetric_product(const char* name, Routi
 
 constexpr char transposed(char op, bool hermitian) { return fold(op) != 'N' ? 'N' : hermitian ? 'C' : 'T'; }
 
-// Groups of the least height, the last one small; and of more.
+// Groups of the least height, the last one small, or a single row; and of more.
 template <class T> std::vector<Sizes> update_sizes(double of_volume)
 {
     const auto depth = [&](i64 n) {
         return static_cast<i64>(of_volume * worth_sharing<T> / static_cast<double>(n * n)) + 1;
     };
-    return {{203, depth(203)}, {1301, max(depth(1301), 5)}};
+    return {{203, depth(203)}, {193, depth(193)}, {1301, max(depth(1301), 5)}};
 }
 
 template <class T, class F, class Routine>
