@@ -61,11 +61,12 @@ Loop* loop_over(Result result, std::size_t arguments)
 // Kernels are found through the core library by name; drivers have an x before the name of the routine.
 void* kernel_symbol(void* core, const std::string& routine)
 {
-    using Lookup = void*(const char*);
-    auto* lookup = reinterpret_cast<Lookup*>(dlsym(core, "orv_branch_symbol"));
+    using Lookup = void*(const char* module, const char* name);
+    auto* lookup = reinterpret_cast<Lookup*>(dlsym(core, "orv_kernel"));
     if (lookup == nullptr) return nullptr;
-    for (const char* prefix : {"orv_blas_mc3_x", "orv_blas_mc3_", "orv_xblas_mc3_", "orv_lapack_ps_mc3_"})
-        if (void* kernel = lookup((prefix + routine).c_str())) return kernel;
+    if (void* driver = lookup("blas", ("x" + routine).c_str())) return driver;
+    for (const char* module : {"blas", "xblas", "lapack_ps"})
+        if (void* kernel = lookup(module, routine.c_str())) return kernel;
     return nullptr;
 }
 

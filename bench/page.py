@@ -1,6 +1,7 @@
 """build/bench/index.html: plots whose axes end at what the core can do, the table of ratios, and how it was made."""
 import datetime
 import html
+import json
 import math
 import re
 import subprocess
@@ -193,10 +194,10 @@ def circumstances(libraries, root, command):
     """What has to be told so that somebody else could get the same figures."""
     processor = dict(re.findall(r"^(model name|cpu MHz|cache size)\s*: (.*)$", open("/proc/cpuinfo").read(), re.M))
     cache = (root / "build" / "CMakeCache.txt").read_text()
-    flags = re.search(r"^CMAKE_CXX_FLAGS_RELEASE:\w+=(.*)$", cache, re.M)[1]
     compiler = re.search(r"^CMAKE_CXX_COMPILER:\w+=(.*)$", cache, re.M)[1]
-    branch = re.search(r"target_compile_options\(orv_mc3 PRIVATE(.*?)\)\s", (root / "cmake/branch.cmake").read_text(), re.S)
-    branch = " ".join(re.sub(r"#.*", "", branch[1]).split()) if branch else ""
+    commands = json.loads((root / "build" / "compile_commands.json").read_text())
+    kernels = next(c["command"] for c in commands if c["file"].endswith("frame/branch.cpp"))
+    flags = " ".join(word for word in kernels.split() if re.match("-[Ofm]", word))
     versions = output("dpkg-query", "-W", "-f", "${Package} ${Version}, ", *PACKAGES).rstrip(", ")
     cores = ", ".join(f"{library} {core} ({pass_})" for pass_, library, _, core in libraries if core)
     return {
@@ -205,7 +206,7 @@ def circumstances(libraries, root, command):
         "processor": f"{processor.get('model name')}, {processor.get('cpu MHz')} MHz as the system tells, "
                      f"last cache {processor.get('cache size')}",
         "threads": "one, bound to one processor, where not told otherwise",
-        "compiler": f"{output(compiler, '--version').splitlines()[0]}, {flags} {branch}",
+        "compiler": f"{output(compiler, '--version').splitlines()[0]}, {flags}",
         "peers": versions, "peers compute for": cores,
     }
 

@@ -1,7 +1,7 @@
 # What `cmake --install` lays down. Everything finds everything else by relative paths, so the folder can be moved.
 #
 #   bin/orv
-#   lib/          liborv.so and liborv_mc3.so, which must stay side by side, liborv_blas.so and liborv_lapack.so
+#   lib/          liborv.so and liborv_<branch>.so, which must stay side by side, liborv_blas.so and liborv_lapack.so
 #   lib/orv/      libblas.so.3: a folder of its own, so that no program meets the stand-in unasked
 #   include/orv/  public headers; compat/ holds those of well-known interfaces
 #
@@ -17,7 +17,9 @@ set_target_properties(orv_cli PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTA
 install(TARGETS orv_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS orv EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(TARGETS orv_mc3 LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+foreach(tag ${ORV_BRANCHES})
+  install(TARGETS orv_${tag} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endforeach()
 install(TARGETS orv_blas_twin EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orv/compat)
 set_target_properties(orv_lapack PROPERTIES INSTALL_RPATH "$ORIGIN")

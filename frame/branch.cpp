@@ -2,7 +2,7 @@
 // it calls any kernel (`readelf -n` shows it).
 #include "frame/symbol.h"
 
-ORV_EXPORT int dll_cpu_version() { return 3; }
+ORV_EXPORT int dll_cpu_version() { return orv::branch_code; }
 
 namespace {
 

@@ -6,6 +6,7 @@
 //   vec<double>       two lanes         vec<cpx<double>>  one pair
 #pragma once
 
+#include "frame/branch.h"
 #include "frame/types.h"
 
 #include <smmintrin.h>
@@ -15,7 +16,7 @@
 
 namespace orv {
 
-inline constexpr int vector_bytes = 16;
+static_assert(vector_bytes == 16, "registers of another width need their own form of what follows");
 inline constexpr i64 cache_line = 64; // bytes
 
 template <class R> struct reg;

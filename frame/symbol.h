@@ -1,8 +1,12 @@
-// The symbol grammar: orv_<module>_<branch>_<name>. Only this file knows the branch tag.
+// The symbol grammar: orv_<module>_<tag>_<name>. The tag comes from the build (frame/branch.h.in); no kernel knows it.
 #pragma once
 
-#define ORV_EXPORT extern "C" __attribute__((visibility("default")))
-#define ORV_KERNEL(module, name) orv_##module##_mc3_##name
+#include "frame/branch.h"
+#include "frame/export.h"
+
+#define ORV_KERNEL(module, name) ORV_KERNEL_OF(module, ORV_BRANCH_TAG, name)
+#define ORV_KERNEL_OF(module, tag, name) ORV_KERNEL_OF_(module, tag, name)
+#define ORV_KERNEL_OF_(module, tag, name) orv_##module##_##tag##_##name
 
 // One line a module, so that a kernel file writes BLAS(xdaxpy) and the reader greps for it.
 // The names of transposition carry a second orv_ behind the tag.
@@ -11,4 +15,8 @@
 #define TRANS(name) ORV_KERNEL(trans, orv_##name)
 
 // Tables that a caller may look up carry the branch tag but no module.
-#define ORV_TABLE(name) orv_mc3_##name
+#define ORV_TABLE(name) ORV_TABLE_OF(ORV_BRANCH_TAG, name)
+#define ORV_TABLE_OF(tag, name) ORV_TABLE_OF_(tag, name)
+#define ORV_TABLE_OF_(tag, name) orv_##tag##_##name
+
+// What carries no tag is exported under its own name: ORV_EXPORT int dll_cpu_version().

@@ -46,7 +46,7 @@ using Ker = void(const char* transa, const char* transb, const i64* m, const i64
                  const T* a, const i64* a_stride, const T* b, const i64* b_stride, const T* beta, T* c, const i64* ldc,
                  T* scratch, i32 b_form);
 
-// One row of a kernel table: orv_mc3_?_all_gemm_ker.
+// One row of a kernel table: ?_all_gemm_ker.
 template <class T> struct Record {
     i64 m_unit, n_unit, k_unit; // granules of packed A, packed B, depth
     i32 scratch_factor;

@@ -28,10 +28,10 @@ template <class T> constexpr char letter_of()
 }
 
 struct Routine {
-    const char* type;             // as problems name it: "d", "zd", "z_d_z_x"
-    std::span<const char> kinds;  // of the arguments
-    char result;                  // kind of what is returned: an orv_status is 0
-    const char* symbol = nullptr; // of a kernel that is reached by name
+    const char* type;                                // as problems name it: "d", "zd", "z_d_z_x"
+    std::span<const char> kinds;                     // of the arguments
+    char result;                                     // kind of what is returned: an orv_status is 0
+    const char *module = nullptr, *kernel = nullptr; // if it is reached by name
 
     // Calls with arguments that stand at these addresses; a number that is returned goes to *result.
     orv_status (*call)(const Routine& self, void* const* arguments, void* result) = nullptr;
@@ -68,17 +68,25 @@ template <class R, class... Args> struct Form<R(Args...)> {
 template <auto function> constexpr Routine routine(const char* type)
 {
     using F = Form<std::remove_pointer_t<decltype(function)>>;
-    return {type, F::kinds, F::result(), nullptr,
+    return {type,
+            F::kinds,
+            F::result(),
+            nullptr,
+            nullptr,
             [](const Routine&, void* const* arguments, void* result) { return F::call(function, arguments, result); }};
 }
 
 // A kernel that no public function stands before.
-template <class Function> constexpr Routine kernel(const char* type, const char* symbol)
+template <class Function> constexpr Routine kernel(const char* type, const char* module, const char* name)
 {
     using F = Form<Function>;
-    return {type, F::kinds, F::result(), symbol,
+    return {type,
+            F::kinds,
+            F::result(),
+            module,
+            name,
             [](const Routine& self, void* const* arguments, void* result) -> orv_status {
-                void* const address = orv_branch_symbol(self.symbol);
+                void* const address = orv_kernel(self.module, self.kernel);
                 if (address == nullptr) return ORV_NO_KERNEL;
                 return F::call(reinterpret_cast<Function*>(address), arguments, result);
             }};

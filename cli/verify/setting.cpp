@@ -136,7 +136,7 @@ i64 Setting::leading(const std::string& name, i64 least)
 {
     const i64 value = whole(name, least, 0, largest, "a whole number of at least " + std::to_string(least) + " here");
     if (value >= least) return value;
-    if (routine_.symbol) throw Mistake(what(name) + "at least " + std::to_string(least) + " here: nothing checks it");
+    if (routine_.kernel) throw Mistake(what(name) + "at least " + std::to_string(least) + " here: nothing checks it");
     const auto is_it = [&](const Argument& a) { return a.name == name; };
     const auto position = std::find_if(arguments_.begin(), arguments_.end(), is_it) - arguments_.begin() + 1;
     if (refused_ == 0 || position < refused_) {

@@ -12,9 +12,9 @@ namespace orv::compat {
 // it. Null, the first time with a sentence on standard error, if there is none.
 void* routine_behind(const char* name);
 
-template <void* find(const char*), class F> class Late {
+template <class Name, void* find(Name), class F> class Late {
 public:
-    constexpr explicit Late(const char* name) : name_(name) {}
+    constexpr explicit Late(Name name) : name_(name) {}
 
     F* get()
     {
@@ -30,7 +30,7 @@ private:
         return found;
     }
 
-    const char* name_;
+    Name name_;
     std::atomic<F*> address_{nullptr};
 };
 

@@ -53,7 +53,7 @@ real_t<T> lansy(Kernel<LansyKernel<T>>& kernel, Behind<Lansy<T>>& behind, const 
     STANDARD real_t<T> name##_(const char* norm, const i32* m, const i32* n, const T* a, const i32* lda,               \
                                real_t<T>* work)                                                                        \
     {                                                                                                                  \
-        static constinit Kernel<LangeKernel<T>> kernel{"orv_lapack_ps_mc3_x" #name};                                   \
+        static constinit Kernel<LangeKernel<T>> kernel{{"lapack_ps", "x" #name}};                                      \
         static constinit Behind<Lange<T>> behind{#name "_"};                                                           \
         return lange(kernel, behind, norm, m, n, a, lda, work);                                                        \
     }
@@ -61,7 +61,7 @@ real_t<T> lansy(Kernel<LansyKernel<T>>& kernel, Behind<Lansy<T>>& behind, const 
     STANDARD real_t<T> name##_(const char* norm, const char* uplo, const i32* n, const T* a, const i32* lda,           \
                                real_t<T>* work)                                                                        \
     {                                                                                                                  \
-        static constinit Kernel<LansyKernel<T>> kernel{"orv_lapack_ps_mc3_x" #name};                                   \
+        static constinit Kernel<LansyKernel<T>> kernel{{"lapack_ps", "x" #name}};                                      \
         static constinit Behind<Lansy<T>> behind{#name "_"};                                                           \
         return lansy(kernel, behind, norm, uplo, n, a, lda, work);                                                     \
     }

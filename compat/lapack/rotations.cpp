@@ -119,10 +119,9 @@ using CsprKernel = void(const char*, const i64*, const C*, const C*, const i64*,
                            const real_t<T>* c, const real_t<T>* s, T* a, const i32* lda)                               \
     {                                                                                                                  \
         using K = Kernel<LasrKernel<T>>;                                                                               \
-        static constinit LasrKernels<T> kernels{                                                                       \
-            {K{"orv_lapack_ps_mc3_" #t "lasr_lvf"}, K{"orv_lapack_ps_mc3_" #t "lasr_lvb"}},                            \
-            {K{"orv_lapack_ps_mc3_" #t "lasr_ltf"}, K{"orv_lapack_ps_mc3_" #t "lasr_ltb"}},                            \
-            {K{"orv_lapack_ps_mc3_" #t "lasr_lbf"}, K{"orv_lapack_ps_mc3_" #t "lasr_lbb"}}};                           \
+        static constinit LasrKernels<T> kernels{{K{{"lapack_ps", #t "lasr_lvf"}}, K{{"lapack_ps", #t "lasr_lvb"}}},    \
+                                                {K{{"lapack_ps", #t "lasr_ltf"}}, K{{"lapack_ps", #t "lasr_ltb"}}},    \
+                                                {K{{"lapack_ps", #t "lasr_lbf"}}, K{{"lapack_ps", #t "lasr_lbb"}}}};   \
         static constinit Behind<Lasr<T>> behind{#t "lasr_"};                                                           \
         lasr<T>(#t "lasr", kernels, behind, side, pivot, direct, m, n, c, s, a, lda);                                  \
     }
@@ -130,7 +129,7 @@ using CsprKernel = void(const char*, const i64*, const C*, const C*, const i64*,
     STANDARD void t##lartv_(const i32* n, T* x, const i32* incx, T* y, const i32* incy, const real_t<T>* c,            \
                             const T* s, const i32* incc)                                                               \
     {                                                                                                                  \
-        static constinit Kernel<LartvKernel<T>> kernel{"orv_lapack_ps_mc3_" #t "lartv"};                               \
+        static constinit Kernel<LartvKernel<T>> kernel{{"lapack_ps", #t "lartv"}};                                     \
         static constinit Behind<Lartv<T>> behind{#t "lartv_"};                                                         \
         lartv(kernel, behind, n, x, incx, y, incy, c, s, incc);                                                        \
     }
@@ -138,7 +137,7 @@ using CsprKernel = void(const char*, const i64*, const C*, const C*, const i64*,
     STANDARD void t##larfx_(const char* side, const i32* m, const i32* n, const T* v, const T* tau, T* c,              \
                             const i32* ldc, T* work)                                                                   \
     {                                                                                                                  \
-        static constinit Kernel<LarfxKernel<T>> kernel{"orv_lapack_ps_mc3_" #t "larfx"};                               \
+        static constinit Kernel<LarfxKernel<T>> kernel{{"lapack_ps", #t "larfx"}};                                     \
         static constinit Behind<Larfx<T>> behind{#t "larfx_"};                                                         \
         larfx(kernel, behind, side, m, n, v, tau, c, ldc, work);                                                       \
     }
@@ -147,7 +146,7 @@ using CsprKernel = void(const char*, const i64*, const C*, const C*, const i64*,
                             T* dsigma, T* u, const i32* ldu, const T* u2, const i32* ldu2, T* vt, const i32* ldvt,     \
                             T* vt2, const i32* ldvt2, const i32* idxc, const i32* ctot, T* z, i32* info)               \
     {                                                                                                                  \
-        static constinit Kernel<Lasd3Kernel<T>> kernel{"orv_lapack_ps_mc3_" #t "lasd3"};                               \
+        static constinit Kernel<Lasd3Kernel<T>> kernel{{"lapack_ps", #t "lasd3"}};                                     \
         static constinit Behind<Lasd3<T>> behind{#t "lasd3_"};                                                         \
         lasd3(#t "lasd3", kernel, behind, nl, nr, sqre, k, d, q, ldq, dsigma, u, ldu, u2, ldu2, vt, ldvt, vt2, ldvt2,  \
               idxc, ctot, z, info);                                                                                    \
@@ -155,7 +154,7 @@ using CsprKernel = void(const char*, const i64*, const C*, const C*, const i64*,
     STANDARD void t##lasd4_(const i32* n, const i32* i, const T* d, const T* z, T* delta, const T* rho, T* sigma,      \
                             T* work, i32* info)                                                                        \
     {                                                                                                                  \
-        static constinit Kernel<Lasd4Kernel<T>> kernel{"orv_lapack_ps_mc3_" #t "lasd4"};                               \
+        static constinit Kernel<Lasd4Kernel<T>> kernel{{"lapack_ps", #t "lasd4"}};                                     \
         static constinit Behind<Lasd4<T>> behind{#t "lasd4_"};                                                         \
         lasd4(kernel, behind, n, i, d, z, delta, rho, sigma, work, info);                                              \
     }
@@ -172,7 +171,7 @@ LASD(d, double)
 
 STANDARD void cspr_(const char* uplo, const i32* n, const C* alpha, const C* x, const i32* incx, C* ap)
 {
-    static constinit Kernel<CsprKernel> kernel{"orv_lapack_ps_mc3_cspr"};
+    static constinit Kernel<CsprKernel> kernel{{"lapack_ps", "cspr"}};
     static constinit Behind<Cspr> behind{"cspr_"};
     if (refused("cspr", nullptr, arguments::spr(*uplo, *n, *alpha, x, *incx, ap))) return;
     auto* const run = kernel.get();

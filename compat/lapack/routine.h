@@ -16,12 +16,16 @@
 
 namespace orv::compat {
 
-template <class F> using Kernel = Late<orv_branch_symbol, F>;
+struct KernelName {
+    const char *module, *stem;
+};
+inline void* find_kernel(KernelName name) { return orv_kernel(name.module, name.stem); }
+template <class F> using Kernel = Late<KernelName, find_kernel, F>;
 
 // F: the routine as C declares it, with the lengths of its strings at the end, which Fortran passes behind all else.
-template <class F> class Behind : Late<routine_behind, F> {
+template <class F> class Behind : Late<const char*, routine_behind, F> {
 public:
-    using Late<routine_behind, F>::Late;
+    using Late<const char*, routine_behind, F>::Late;
 
     // Passes the call on. Where there is nothing behind, the sentence on standard error is all that happens.
     template <class... P> auto operator()(P... arguments)

@@ -164,13 +164,13 @@ void getc2(Kernel<Getc2Kernel<T>>& kernel, Behind<Getc2<T>>& behind, const i32* 
 #define GTSV(t, T)                                                                                                     \
     STANDARD void t##gtsv_(const i32* n, const i32* nrhs, T* dl, T* d, T* du, T* b, const i32* ldb, i32* info)         \
     {                                                                                                                  \
-        static constinit Kernel<GtsvKernel<T>> kernel{"orv_lapack_ps_mc3_" #t "gtsv_small"};                           \
+        static constinit Kernel<GtsvKernel<T>> kernel{{"lapack_ps", #t "gtsv_small"}};                                 \
         static constinit Behind<Gtsv<T>> behind{#t "gtsv_"};                                                           \
         gtsv(#t "gtsv", kernel, behind, n, nrhs, dl, d, du, b, ldb, info);                                             \
     }
 #define GTTRS(t, T)                                                                                                    \
     namespace {                                                                                                        \
-    constinit Kernel<Gtts2Kernel<T>> t##gtts2_kernel{"orv_lapack_ps_mc3_" #t "gtts2"};                                 \
+    constinit Kernel<Gtts2Kernel<T>> t##gtts2_kernel{{"lapack_ps", #t "gtts2"}};                                       \
     }                                                                                                                  \
     STANDARD void t##gttrs_(const char* trans, const i32* n, const i32* nrhs, const T* dl, const T* d, const T* du,    \
                             const T* du2, const i32* ipiv, T* b, const i32* ldb, i32* info)                            \
@@ -187,7 +187,7 @@ void getc2(Kernel<Getc2Kernel<T>>& kernel, Behind<Getc2<T>>& behind, const i32* 
     }
 #define REAL_PTTRS(t, T)                                                                                               \
     namespace {                                                                                                        \
-    constinit Kernel<RealPtts2Kernel<T>> t##ptts2_kernel{"orv_lapack_ps_mc3_" #t "ptts2"};                             \
+    constinit Kernel<RealPtts2Kernel<T>> t##ptts2_kernel{{"lapack_ps", #t "ptts2"}};                                   \
     }                                                                                                                  \
     STANDARD void t##pttrs_(const i32* n, const i32* nrhs, const T* d, const T* e, T* b, const i32* ldb, i32* info)    \
     {                                                                                                                  \
@@ -201,7 +201,7 @@ void getc2(Kernel<Getc2Kernel<T>>& kernel, Behind<Getc2<T>>& behind, const i32* 
     }
 #define COMPLEX_PTTRS(t, T)                                                                                            \
     namespace {                                                                                                        \
-    constinit Kernel<ComplexPtts2Kernel<T>> t##ptts2_kernel{"orv_lapack_ps_mc3_" #t "ptts2"};                          \
+    constinit Kernel<ComplexPtts2Kernel<T>> t##ptts2_kernel{{"lapack_ps", #t "ptts2"}};                                \
     }                                                                                                                  \
     STANDARD void t##pttrs_(const char* uplo, const i32* n, const i32* nrhs, const real_t<T>* d, const T* e, T* b,     \
                             const i32* ldb, i32* info)                                                                 \
@@ -218,7 +218,7 @@ void getc2(Kernel<Getc2Kernel<T>>& kernel, Behind<Getc2<T>>& behind, const i32* 
 #define GETC2(t, T)                                                                                                    \
     STANDARD void t##getc2_(const i32* n, T* a, const i32* lda, i32* ipiv, i32* jpiv, i32* info)                       \
     {                                                                                                                  \
-        static constinit Kernel<Getc2Kernel<T>> kernel{"orv_lapack_ps_mc3_" #t "getc2"};                               \
+        static constinit Kernel<Getc2Kernel<T>> kernel{{"lapack_ps", #t "getc2"}};                                     \
         static constinit Behind<Getc2<T>> behind{#t "getc2_"};                                                         \
         getc2(kernel, behind, n, a, lda, ipiv, jpiv, info);                                                            \
     }

@@ -78,7 +78,7 @@ template <class T> struct SyrCut {
 private:
     static inline constinit Kernel<void(const char*, const i64*, const T*, const T*, const i64*, T*, const i64*,
                                         const i64*)>
-        member{std::is_same_v<T, float> ? ORV_TEXT(BLAS(xssyr_in_thread)) : ORV_TEXT(BLAS(xdsyr_in_thread))};
+        member{{"blas", std::is_same_v<T, float> ? "xssyr_in_thread" : "xdsyr_in_thread"}};
 };
 
 template <class T> struct Syr2Cut {
@@ -99,7 +99,7 @@ template <class T> struct Syr2Cut {
 private:
     static inline constinit Kernel<void(const char*, const i64*, const T*, const T*, const i64*, const T*, const i64*,
                                         T*, const i64*, const i64*)>
-        member{std::is_same_v<T, float> ? ORV_TEXT(BLAS(xssyr2_in_thread)) : ORV_TEXT(BLAS(xdsyr2_in_thread))};
+        member{{"blas", std::is_same_v<T, float> ? "xssyr2_in_thread" : "xdsyr2_in_thread"}};
 };
 
 template <auto& F> using Gemv = Shared<F, arguments::gemv, GemvCut<value_argument<F, 3>>>;

@@ -5,13 +5,14 @@
 //                                           orv_blas_daxpy        by pointer, 64-bit integers
 //                                           orv_blas_lp64_daxpy   by pointer, 32-bit integers
 //
-// 6 is the number of arguments, Direct the body, orv_blas_mc3_xdaxpy its kernel. Types follow from the declaration.
+// 6 is the number of arguments, Direct the body, xdaxpy of the module blas its kernel. Types follow from the
+// declaration.
 #pragma once
 
 #include "core/branch/kernel.h"
 #include "core/serv/status.h"
+#include "frame/export.h"
 #include "frame/interface.h"
-#include "frame/symbol.h"
 
 // In the library a complex number is the type that kernels know; it is passed and returned like C's own.
 #define ORV_COMPLEX_FLOAT orv::cpx<float>
@@ -35,7 +36,7 @@ template <class R> R failed()
 // The body of a routine that takes whatever comes: its kernel.
 template <auto& F> class Direct {
 public:
-    constexpr explicit Direct(const char* symbol) : kernel_(symbol) {}
+    constexpr explicit Direct(KernelName kernel) : kernel_(kernel) {}
 
     template <class... P> result_of<F> operator()(P... arguments)
     {
@@ -140,13 +141,10 @@ void by_pointer_to(result_of<F>* result, const char* name, Body& body, P... poin
 
 } // namespace orv::core
 
-#define ORV_TEXT_(name) #name
-#define ORV_TEXT(name) ORV_TEXT_(name)
-
 // The body and the form by value of a routine.
 #define ORV_BLAS_BY_VALUE(arity, name, Body, kernel)                                                                   \
     namespace {                                                                                                        \
-    constinit Body<orv_##name> name##_body{ORV_TEXT(BLAS(kernel))};                                                    \
+    constinit Body<orv_##name> name##_body{{"blas", #kernel}};                                                         \
     }                                                                                                                  \
     result_of<orv_##name> orv_##name(ORV_PARAMETERS_##arity(value_argument, orv_##name))                               \
     {                                                                                                                  \

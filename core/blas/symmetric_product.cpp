@@ -44,22 +44,22 @@ template <class R> using Axpy = void(const i64* n, const R* alpha, const R* x, c
 
 template <class T> struct Kernels;
 template <> struct Kernels<float> {
-    static inline constinit Kernel<BothProducts<float>> both{ORV_TEXT(BLAS(sgem2vu))};
-    static inline constinit Kernel<Copy<float>> copy{ORV_TEXT(BLAS(xscopy))};
-    static inline constinit Kernel<Axpy<float>> axpy{ORV_TEXT(BLAS(xsaxpy))};
+    static inline constinit Kernel<BothProducts<float>> both{{"blas", "sgem2vu"}};
+    static inline constinit Kernel<Copy<float>> copy{{"blas", "xscopy"}};
+    static inline constinit Kernel<Axpy<float>> axpy{{"blas", "xsaxpy"}};
 };
 template <> struct Kernels<double> {
-    static inline constinit Kernel<BothProducts<double>> both{ORV_TEXT(BLAS(dgem2vu))};
-    static inline constinit Kernel<Copy<double>> copy{ORV_TEXT(BLAS(xdcopy))};
-    static inline constinit Kernel<Axpy<double>> axpy{ORV_TEXT(BLAS(xdaxpy))};
+    static inline constinit Kernel<BothProducts<double>> both{{"blas", "dgem2vu"}};
+    static inline constinit Kernel<Copy<double>> copy{{"blas", "xdcopy"}};
+    static inline constinit Kernel<Axpy<double>> axpy{{"blas", "xdaxpy"}};
 };
 template <> struct Kernels<cpx<float>> {
-    static inline constinit Kernel<BothProducts<cpx<float>>> both{ORV_TEXT(BLAS(cgem2vc_f))};
-    static inline constinit Kernel<Copy<cpx<float>>> copy{ORV_TEXT(BLAS(xccopy))};
+    static inline constinit Kernel<BothProducts<cpx<float>>> both{{"blas", "cgem2vc_f"}};
+    static inline constinit Kernel<Copy<cpx<float>>> copy{{"blas", "xccopy"}};
 };
 template <> struct Kernels<cpx<double>> {
-    static inline constinit Kernel<BothUnitProducts> both{ORV_TEXT(BLAS(zgem2vc_f))};
-    static inline constinit Kernel<Copy<cpx<double>>> copy{ORV_TEXT(BLAS(xzcopy))};
+    static inline constinit Kernel<BothUnitProducts> both{{"blas", "zgem2vc_f"}};
+    static inline constinit Kernel<Copy<cpx<double>>> copy{{"blas", "xzcopy"}};
 };
 
 template <auto& F> class Symv {
@@ -67,7 +67,7 @@ template <auto& F> class Symv {
     using R = real_t<T>;
 
 public:
-    constexpr explicit Symv(const char* symbol) : kernel_(symbol) {}
+    constexpr explicit Symv(KernelName kernel) : kernel_(kernel) {}
 
     orv_status operator()(const char* uplo, const i64* n, const T* alpha, const T* a, const i64* lda, const T* x,
                           const i64* incx, const T* beta, T* y, const i64* incy)

@@ -61,10 +61,10 @@ void walk(i64 n, int index, int count, const Triangle& triangle, const Rectangle
 template <class T>
 using General = void(const char* transa, const char* transb, const i64* m, const i64* n, const i64* k, const T* alpha,
                      const T* a, const i64* lda, const T* b, const i64* ldb, const T* beta, T* c, const i64* ldc);
-template <class T> constinit Kernel<General<T>> general{ORV_TEXT(BLAS(xsgemm))};
-template <> constinit Kernel<General<double>> general<double>{ORV_TEXT(BLAS(xdgemm))};
-template <> constinit Kernel<General<cpx<float>>> general<cpx<float>>{ORV_TEXT(BLAS(xcgemm))};
-template <> constinit Kernel<General<cpx<double>>> general<cpx<double>>{ORV_TEXT(BLAS(xzgemm))};
+template <class T> constinit Kernel<General<T>> general{{"blas", "xsgemm"}};
+template <> constinit Kernel<General<double>> general<double>{{"blas", "xdgemm"}};
+template <> constinit Kernel<General<cpx<float>>> general<cpx<float>>{{"blas", "xcgemm"}};
+template <> constinit Kernel<General<cpx<double>>> general<cpx<double>>{{"blas", "xzgemm"}};
 
 template <class T, class F> constexpr T as_element(F f)
 {
@@ -162,7 +162,7 @@ template <auto& R> struct ByTwo {
 
 template <auto& R, class Cut> class Update {
 public:
-    constexpr explicit Update(const char* symbol) : kernel_(symbol) {}
+    constexpr explicit Update(KernelName kernel) : kernel_(kernel) {}
 
     template <class... P> [[gnu::always_inline]] orv_status operator()(P... arguments)
     {

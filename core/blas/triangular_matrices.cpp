@@ -17,17 +17,17 @@ template <class T>
 using Plain = void(const char* side, const char* is_upper, const char* is_n, const char* is_t, const char* diag,
                    const i64* m, const i64* n, const T* a, const i64* lda, T* b, const i64* ldb);
 
-template <class T> constexpr const char* scale_symbol = ORV_TEXT(BLAS(sgemm_mscale));
-template <> constexpr const char* scale_symbol<double> = ORV_TEXT(BLAS(dgemm_mscale));
-template <> constexpr const char* scale_symbol<cpx<float>> = ORV_TEXT(BLAS(cgemm_mscale));
-template <> constexpr const char* scale_symbol<cpx<double>> = ORV_TEXT(BLAS(zgemm_mscale));
-template <auto& F> constexpr const char* plain_symbol = nullptr;
+template <class T> constexpr KernelName scale_name{"blas", "sgemm_mscale"};
+template <> constexpr KernelName scale_name<double>{"blas", "dgemm_mscale"};
+template <> constexpr KernelName scale_name<cpx<float>>{"blas", "cgemm_mscale"};
+template <> constexpr KernelName scale_name<cpx<double>>{"blas", "zgemm_mscale"};
+template <auto& F> constexpr KernelName plain_name{};
 
 template <auto& F> class Triangular {
     using T = value_argument<F, 6>;
 
 public:
-    constexpr explicit Triangular(const char* symbol) : kernel_(symbol) {}
+    constexpr explicit Triangular(KernelName kernel) : kernel_(kernel) {}
 
     template <class... P> [[gnu::always_inline]] orv_status operator()(P... arguments)
     {
@@ -82,15 +82,15 @@ private:
     }
 
     Kernel<kernel_form<F>> kernel_;
-    static inline constinit Kernel<Plain<T>> plain{plain_symbol<F>};
-    static inline constinit Kernel<Scale<T>> scale{scale_symbol<T>};
+    static inline constinit Kernel<Plain<T>> plain{plain_name<F>};
+    static inline constinit Kernel<Scale<T>> scale{scale_name<T>};
 };
 
 } // namespace
 
 #define TRIANGULAR(name)                                                                                               \
     namespace {                                                                                                        \
-    template <> constexpr const char* plain_symbol<orv_##name> = ORV_TEXT(BLAS(name##_pst));                           \
+    template <> constexpr KernelName plain_name<orv_##name>{"blas", #name "_pst"};                                     \
     }                                                                                                                  \
     ORV_BLAS(11, name, Triangular, x##name)
 

@@ -1,6 +1,6 @@
-// A kernel of the branch, found by its symbol name at the first call and by one load afterwards.
+// A kernel of the branch, found by its name at the first call and by one load afterwards.
 //
-//   constinit Kernel<void(const i64*, ...)> xdaxpy{"orv_blas_mc3_xdaxpy"};    a constant-initialised static
+//   constinit Kernel<void(const i64*, ...)> xdaxpy{{"blas", "xdaxpy"}};     a constant-initialised static
 //   return xdaxpy.run(&n, &alpha, x, &incx, y, &incy);                        ORV_OK, or why it cannot run
 //
 // Where the kernel returns a value: if (auto* dnrm2 = xdnrm2.get()) return dnrm2(...); else last_status() tells.
@@ -15,7 +15,7 @@ namespace orv::core {
 
 template <class Signature> class Kernel {
 public:
-    constexpr explicit Kernel(const char* symbol) : symbol_(symbol) {}
+    constexpr explicit Kernel(KernelName name) : name_(name) {}
 
     // The kernel, or null with the reason recorded.
     Signature* get()
@@ -35,12 +35,12 @@ public:
 private:
     [[gnu::noinline, gnu::cold]] Signature* resolve()
     {
-        auto* found = reinterpret_cast<Signature*>(branch_symbol(symbol_));
+        auto* found = reinterpret_cast<Signature*>(branch_kernel(name_));
         address_.store(found, std::memory_order_release);
         return found;
     }
 
-    const char* symbol_;
+    KernelName name_;
     std::atomic<Signature*> address_{nullptr};
 };
 

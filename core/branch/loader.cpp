@@ -14,29 +14,40 @@
 // mathematics library that the core brings along.
 #include "core/branch/loader.h"
 
+#include "core/branch/branches.h"
 #include "core/serv/processor.h"
 #include "core/serv/settings.h"
 #include "core/serv/status.h"
 #include "frame/types.h"
 #include "orv/branch.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <elf.h>
+#include <iterator>
 #include <link.h>
 #include <pthread.h>
 
 namespace orv::core {
 namespace {
 
-constexpr const char* branch_file = "liborv_mc3.so";
-constexpr const char* tag_symbol = "dll_cpu_version"; // answers the branch's tag
-constexpr int tag = 3;
+struct Kind {
+    const char *tag, *file;
+    int code;
+    unsigned needs; // of Feature
+};
+#define KIND(tag, code, needs) {#tag, "liborv_" #tag ".so", code, needs},
+constexpr Kind kinds[] = {ORV_EACH_BRANCH(KIND)};
+constexpr const Kind& humblest = kinds[std::size(kinds) - 1];
+
+constexpr const char* code_symbol = "dll_cpu_version"; // answers the code of its kind
 
 struct Branch {
+    const Kind* kind;
     orv_status status = ORV_NO_BRANCH;
     char sentence[2 * PATH_MAX]; // why the branch is not open
     char path[PATH_MAX], version[32], core_path[PATH_MAX];
@@ -111,7 +122,22 @@ int read_note(dl_phdr_info* object, std::size_t, void* argument)
 // good.
 void keep_without_handle(void* handle)
 {
-    if (dlsym(RTLD_DEFAULT, tag_symbol) == dlsym(handle, tag_symbol)) dlclose(handle);
+    if (dlsym(RTLD_DEFAULT, code_symbol) == dlsym(handle, code_symbol)) dlclose(handle);
+}
+
+bool can_run(const Kind& kind) { return (kind.needs & ~processor().features) == 0; }
+
+const Kind* kind_of(int code)
+{
+    return std::find_if(std::begin(kinds), std::end(kinds), [=](const Kind& kind) { return kind.code == code; });
+}
+
+void refuse_processor(const Kind& kind)
+{
+    const auto missing = missing_feature(kind.needs);
+    refuse(ORV_OLD_PROCESSOR,
+           "this processor (%s) lacks %s, which all kernels use: run the program on one made since %d",
+           processor().name, missing.name, missing.since);
 }
 
 void open_once()
@@ -119,27 +145,25 @@ void open_once()
     char folder[PATH_MAX];
     if (!find_core(folder))
         return refuse(ORV_NO_BRANCH, "liborv.so cannot find out where it lies: link it as a shared library");
-    const Processor& p = processor();
-    if (!p.sse42)
-        return refuse(ORV_OLD_PROCESSOR,
-                      "this processor (%s) lacks SSE4.2, which all kernels use: run the program on one made since 2009",
-                      p.name);
+    const Kind* const best = std::find_if(std::begin(kinds), std::end(kinds), can_run);
+    if (best == std::end(kinds)) return refuse_processor(humblest);
 
     if (const char* given = text(Setting::branch_path)) std::snprintf(branch.path, sizeof branch.path, "%s", given);
-    else if (std::snprintf(branch.path, sizeof branch.path, "%s/%s", folder, branch_file) >= PATH_MAX)
-        return refuse(ORV_NO_BRANCH, "the path of %s is too long: install orv in another folder", branch_file);
+    else if (std::snprintf(branch.path, sizeof branch.path, "%s/%s", folder, best->file) >= PATH_MAX)
+        return refuse(ORV_NO_BRANCH, "the path of %s is too long: install orv in another folder", best->file);
 
     void* handle = dlopen(branch.path, RTLD_NOW | RTLD_GLOBAL);
     if (handle == nullptr)
         return refuse(ORV_NO_BRANCH,
                       "the library of kernels cannot be opened (%s): put %s of version %s beside liborv.so, or set "
                       "ORV_BRANCH_PATH to its path",
-                      linker_reason(), branch_file, ORV_VERSION);
+                      linker_reason(), best->file, ORV_VERSION);
 
-    const auto cpu_version = reinterpret_cast<int (*)()>(dlsym(handle, tag_symbol));
+    const auto cpu_version = reinterpret_cast<int (*)()>(dlsym(handle, code_symbol));
     Note note{reinterpret_cast<void*>(cpu_version), branch.version, sizeof branch.version};
     if (cpu_version != nullptr) dl_iterate_phdr(read_note, &note);
-    if (cpu_version == nullptr || cpu_version() != tag || std::strcmp(branch.version, ORV_VERSION) != 0) {
+    const Kind* const opened = cpu_version != nullptr ? kind_of(cpu_version()) : std::end(kinds);
+    if (opened == std::end(kinds) || std::strcmp(branch.version, ORV_VERSION) != 0) {
         refuse(ORV_BRANCH_MISMATCH,
                "%s is not the library of kernels of version %s (it %s%s): install both libraries from one build, or "
                "correct ORV_BRANCH_PATH",
@@ -147,7 +171,12 @@ void open_once()
         dlclose(handle);
         return;
     }
+    if (!can_run(*opened)) {
+        dlclose(handle);
+        return refuse_processor(*opened);
+    }
     keep_without_handle(handle);
+    branch.kind = opened;
     branch.status = ORV_OK;
 }
 
@@ -171,6 +200,16 @@ void* branch_symbol(const char* name)
     return address;
 }
 
+void* branch_kernel(KernelName name)
+{
+    if (open_branch() != ORV_OK) return nullptr;
+    char symbol[128]; // twice the longest
+    const int length = std::snprintf(symbol, sizeof symbol, "orv_%s_%s_%s", name.module, branch.kind->tag, name.stem);
+    if (length < static_cast<int>(sizeof symbol)) return branch_symbol(symbol);
+    fail(ORV_NO_KERNEL, "no kernel has a name as long as that of %s in %s", name.stem, name.module);
+    return nullptr;
+}
+
 } // namespace orv::core
 
 using namespace orv::core;
@@ -178,10 +217,11 @@ using namespace orv::core;
 const char* orv_version() { return ORV_VERSION; }
 const char* orv_path() { return (open_branch(), branch.core_path); }
 orv_status orv_branch_status() { return open_branch(); }
-const char* orv_branch_name() { return open_branch() == ORV_OK ? "mc3" : nullptr; }
+const char* orv_branch_name() { return open_branch() == ORV_OK ? branch.kind->tag : nullptr; }
 const char* orv_branch_version() { return open_branch() == ORV_OK ? branch.version : nullptr; }
 const char* orv_branch_path() { return (open_branch(), branch.path[0] ? branch.path : nullptr); }
 void* orv_branch_symbol(const char* name) { return branch_symbol(name); }
+void* orv_kernel(const char* module, const char* name) { return branch_kernel({module, name}); }
 
 orv_status orv_check()
 {

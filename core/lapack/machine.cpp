@@ -1,5 +1,5 @@
 // What LAPACK routines ask about the arithmetic: orv_lapack_?lamch, orv_lapack_?labad.
-#include "frame/symbol.h"
+#include "frame/export.h"
 #include "frame/types.h"
 
 #include <limits>

@@ -9,8 +9,8 @@
 // Arguments by pointer; of letters the first character counts, in either case, and no lengths are passed. lascl tells
 // of a bad argument by its negated number in info and to orv_serv_xerbla; a factor that is NaN, or from = 0, is bad.
 #include "frame/arguments.h"
+#include "frame/export.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 
 #include <cmath>
 #include <cstring>

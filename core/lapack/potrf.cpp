@@ -27,9 +27,9 @@ template <class T> struct Small {
 template <class T> struct Steps;
 #define STEPS(t, T, syrk, largest_lower, largest_upper)                                                                \
     template <> struct Steps<T> {                                                                                      \
-        static inline constinit Small<T> lower{Kernel<SmallKernel<T>>("orv_lapack_ps_mc3_" #t "potrf_l_small"),        \
+        static inline constinit Small<T> lower{Kernel<SmallKernel<T>>({"lapack_ps", #t "potrf_l_small"}),              \
                                                largest_lower},                                                         \
-            upper{Kernel<SmallKernel<T>>("orv_lapack_ps_mc3_" #t "potrf_u_small"), largest_upper};                     \
+            upper{Kernel<SmallKernel<T>>({"lapack_ps", #t "potrf_u_small"}), largest_upper};                           \
         static orv_status solve(bool is_upper, i64 m, i64 n, const T* a, i64 lda, T* b, i64 ldb)                       \
         {                                                                                                              \
             return orv_##t##trsm(is_upper ? 'L' : 'R', is_upper ? 'U' : 'L', 'C', 'N', m, n, one<T>, a, lda, b, ldb);  \

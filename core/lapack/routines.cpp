@@ -20,7 +20,7 @@ template <auto& F> using Lacpy3 = Checked<F, arguments::lacpy3>;
 // ROUTINE(number of arguments, name, body, kernel)
 #define ROUTINE(arity, name, Body, kernel)                                                                             \
     namespace {                                                                                                        \
-    constinit Body<orv_##name> name##_body{ORV_TEXT(LAPACK_PS(kernel))};                                               \
+    constinit Body<orv_##name> name##_body{{"lapack_ps", #kernel}};                                                    \
     }                                                                                                                  \
     orv_status orv_##name(ORV_PARAMETERS_##arity(value_argument, orv_##name))                                          \
     {                                                                                                                  \

@@ -1,5 +1,5 @@
+#include "frame/export.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 
 #include <cmath>
 

@@ -8,8 +8,8 @@
 // Objects that outlive a call (orv_serv_malloc) are not kept: they come and go rarely, in all sizes.
 #include "orv/memory.h"
 #include "core/serv/settings.h"
+#include "frame/export.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -1,7 +1,8 @@
 // Numbered messages, and printing for kernels whose caller asked for it.
 #include "core/serv/catalogue.h"
+#include "frame/export.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
+#include "orv/branch.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -51,5 +52,7 @@ ORV_EXPORT void orv_serv_format_print(int channel, const char* format, int count
 // At most size bytes with the closing zero.
 ORV_EXPORT void orv_serv_get_version_string_c(char* buffer, int size)
 {
-    if (size > 0) std::snprintf(buffer, size, "orv %s, 64-bit x86 Linux, kernels mc3 (SSE4.2)", ORV_VERSION);
+    const char* const branch = orv_branch_name();
+    if (size > 0)
+        std::snprintf(buffer, size, "orv %s, 64-bit x86 Linux, kernels %s", ORV_VERSION, branch ? branch : "none");
 }

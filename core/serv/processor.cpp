@@ -1,7 +1,7 @@
 #include "core/serv/processor.h"
 
+#include "frame/export.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 #include "orv/processor.h"
 
 #include <cpuid.h>
@@ -56,13 +56,17 @@ void read_name(Processor& p)
     if (p.name[0] == 0) std::memcpy(p.name, p.vendor, sizeof p.vendor);
 }
 
+constexpr FeatureName feature_names[] = {
+    {sse42, "SSE4.2", 2009},
+};
+
 Processor found;
 
 void look()
 {
     const Registers r = cpuid(1);
-    constexpr unsigned sse42 = bit_SSE3 | bit_SSSE3 | bit_SSE4_1 | bit_SSE4_2 | bit_POPCNT;
-    found.sse42 = (r.c & sse42) == sse42;
+    constexpr unsigned up_to_sse42 = bit_SSE3 | bit_SSSE3 | bit_SSE4_1 | bit_SSE4_2 | bit_POPCNT;
+    if ((r.c & up_to_sse42) == up_to_sse42) found.features |= sse42;
     read_name(found);
     read_caches(found);
     const unsigned base_family = r.a >> 8 & 0xf,
@@ -80,6 +84,13 @@ const Processor& processor()
     return found;
 }
 
+const FeatureName& missing_feature(unsigned features)
+{
+    const FeatureName* name = feature_names;
+    while ((features & name->feature & ~processor().features) == 0) ++name;
+    return *name;
+}
+
 } // namespace orv::core
 
 using orv::i32;
@@ -88,7 +99,7 @@ using orv::core::processor;
 void orv_get_processor(orv_processor* out)
 {
     const auto& p = processor();
-    *out = {p.name, p.sse42, p.l1d, p.l2, p.last};
+    *out = {p.name, (p.features & orv::core::sse42) != 0, p.l1d, p.l2, p.last};
 }
 
 ORV_EXPORT void orv_serv_cache_info(i32* entries)

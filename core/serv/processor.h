@@ -5,14 +5,29 @@
 
 namespace orv::core {
 
+// What a branch of kernels may need.
+enum Feature : unsigned {
+    sse42 = 1 << 0, // SSE4.2 with everything below it, and the bit count that compilers take for part of it
+};
+
+// How users know a feature, and the year since when usual processors have it.
+struct FeatureName {
+    Feature feature;
+    const char* name;
+    int since;
+};
+
 struct Processor {
     char name[49]; // as the processor tells it
     char vendor[13];
-    bool sse42;        // SSE4.2 with everything below it, and the bit count that compilers take for part of it
+    unsigned features; // of Feature
     bool bulldozer;    // AMD family 15h
     i32 l1d, l2, last; // cache sizes in bytes, 0 if unknown; last is the last level
 };
 
 const Processor& processor();
+
+// The first of these features that the processor lacks; there must be one.
+const FeatureName& missing_feature(unsigned features);
 
 } // namespace orv::core

@@ -1,8 +1,8 @@
 // What kernels ask and report besides memory.
 #include "core/serv/settings.h"
 #include "core/serv/status.h"
+#include "frame/export.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 #include "orv/numerics.h"
 
 #include <atomic>

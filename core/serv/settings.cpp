@@ -58,7 +58,7 @@ constexpr Row table[settings] = {
     {"ORV_MEMORY_LIMIT", "work memory kept for reuse", "64M for each processor", byte_count,
      "bytes, or a number with K, M or G such as 512M", default_memory_limit},
     {"ORV_REPRODUCIBLE", "1: the same bits on every run", "0", switch_value, "0 or 1", zero_by_default},
-    {"ORV_BRANCH_PATH", "the library of kernels", "liborv_mc3.so beside liborv.so", file_path,
+    {"ORV_BRANCH_PATH", "the library of kernels", "the best for this processor", file_path,
      "the path of a file, with a /", zero_by_default},
 };
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "core/branch/kernel.h"
-#include "frame/symbol.h"
+#include "frame/export.h"
 #include "frame/types.h"
 
 namespace orv::core::trans {
@@ -25,19 +25,17 @@ template <class T> struct Kernels {
 
 template <class T> Kernels<T> kernels;
 
-#define ORV_SYMBOL_(name) #name
-#define ORV_SYMBOL(name) ORV_SYMBOL_(name)
 #define ORV_TRANS_KERNELS(t, T)                                                                                        \
     template <> inline constinit Kernels<T> kernels<T>                                                                 \
     {                                                                                                                  \
-        .omatcopy = decltype(Kernels<T>::omatcopy)(ORV_SYMBOL(TRANS(t##omatcopy))),                                    \
-        .omatcopy2 = decltype(Kernels<T>::omatcopy2)(ORV_SYMBOL(TRANS(t##omatcopy2))),                                 \
-        .omatcopy2_seq = decltype(Kernels<T>::omatcopy2_seq)(ORV_SYMBOL(TRANS(t##omatcopy2_seq))),                     \
-        .omatcopy2_t = decltype(Kernels<T>::omatcopy2_t)(ORV_SYMBOL(TRANS(t##omatcopy2_t))),                           \
-        .omatadd = decltype(Kernels<T>::omatadd)(ORV_SYMBOL(TRANS(t##omatadd))),                                       \
-        .imatcopy = decltype(Kernels<T>::imatcopy)(ORV_SYMBOL(TRANS(t##imatcopy))),                                    \
-        .square_t = decltype(Kernels<T>::square_t)(ORV_SYMBOL(TRANS(t##imatcopy_square_t))),                           \
-        .square_t_team = decltype(Kernels<T>::square_t_team)(ORV_SYMBOL(TRANS(t##imatcopy_square_t_team))),            \
+        .omatcopy = decltype(Kernels<T>::omatcopy)({"trans", "orv_" #t "omatcopy"}),                                   \
+        .omatcopy2 = decltype(Kernels<T>::omatcopy2)({"trans", "orv_" #t "omatcopy2"}),                                \
+        .omatcopy2_seq = decltype(Kernels<T>::omatcopy2_seq)({"trans", "orv_" #t "omatcopy2_seq"}),                    \
+        .omatcopy2_t = decltype(Kernels<T>::omatcopy2_t)({"trans", "orv_" #t "omatcopy2_t"}),                          \
+        .omatadd = decltype(Kernels<T>::omatadd)({"trans", "orv_" #t "omatadd"}),                                      \
+        .imatcopy = decltype(Kernels<T>::imatcopy)({"trans", "orv_" #t "imatcopy"}),                                   \
+        .square_t = decltype(Kernels<T>::square_t)({"trans", "orv_" #t "imatcopy_square_t"}),                          \
+        .square_t_team = decltype(Kernels<T>::square_t_team)({"trans", "orv_" #t "imatcopy_square_t_team"}),           \
     }
 
 ORV_TRANS_KERNELS(s, float);

@@ -1,10 +1,11 @@
 // The public routines of extended and mixed precision. Each is its kernel behind a check of the arguments; the kernels'
 // own checks differ from family to family, and in some report nothing.
+#include "core/branch/branches.h"
 #include "core/branch/kernel.h"
 #include "core/serv/status.h"
 #include "core/xblas/arguments.h"
+#include "frame/export.h"
 #include "frame/interface.h"
-#include "frame/symbol.h"
 
 // In the library a complex number is the type that kernels know; it is passed like C's own.
 #define ORV_COMPLEX_FLOAT orv::cpx<float>
@@ -53,7 +54,7 @@ using namespace orv;
 using namespace orv::core;
 
 // What kernels report unless the program exports a routine of this name itself: kept for orv_last_error().
-ORV_EXPORT void orv_xblas_mc3_BLAS_error(const char* routine, i64 code, i64 value, const char* form, ...)
+static void keep(const char* routine, i64 code, i64 value, const char* form)
 {
     const auto text = static_cast<long long>(value);
     if (form != nullptr) reported = fail(ORV_NO_MEMORY, "%s: no memory is left", routine);
@@ -62,10 +63,16 @@ ORV_EXPORT void orv_xblas_mc3_BLAS_error(const char* routine, i64 code, i64 valu
         reported = fail(static_cast<orv_status>(code), "%s: argument %lld is not allowed; the value looked at is %lld",
                         routine, static_cast<long long>(-code), text);
 }
+#define REPORT(tag, code, needs)                                                                                       \
+    ORV_EXPORT void orv_xblas_##tag##_BLAS_error(const char* routine, i64 number, i64 value, const char* form, ...)      \
+    {                                                                                                                  \
+        keep(routine, number, value, form);                                                                              \
+    }
+ORV_EACH_BRANCH(REPORT)
 
 int64_t orv_xblas_fpinfo(int property, orv_prec prec)
 {
-    static constinit Kernel<i64(int, int)> kernel{"orv_xblas_mc3_BLAS_fpinfo_x"};
+    static constinit Kernel<i64(int, int)> kernel{{"xblas", "BLAS_fpinfo_x"}};
     auto* fpinfo = kernel.get();
     return fpinfo != nullptr ? fpinfo(property, prec) : 0;
 }
@@ -74,7 +81,7 @@ int64_t orv_xblas_fpinfo(int property, orv_prec prec)
 #define ROUTINE(name, signature, count)                                                                                \
     orv_status orv_xblas_##name(ORV_PARAMETERS_##count(value_argument, orv_xblas_##name))                              \
     {                                                                                                                  \
-        static constinit kernel_of<decltype(orv_xblas_##name)>::type kernel{"orv_xblas_mc3_BLAS_" #name};              \
+        static constinit kernel_of<decltype(orv_xblas_##name)>::type kernel{{"xblas", "BLAS_" #name}};                 \
         return call(kernel, "orv_xblas_" #name, signature, ORV_NAMES_##count);                                         \
     }
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """The built libraries against the lists of names in abi/, and against what they promise not to need.
 
-usage: abi_test.py LIBRARY_FOLDER REFERENCE_BLAS [unittest arguments]
+usage: abi_test.py LIBRARY_FOLDER REFERENCE_BLAS TAG...      the tags of the branches of kernels
 """
 import fnmatch
 import pathlib
@@ -11,7 +11,9 @@ import sys
 import unittest
 
 LISTS = pathlib.Path(__file__).resolve().parents[2] / "abi"
+ABOUT = ("imports.txt", "started.txt", "data.txt")  # lists that name no further exports
 libraries, reference_blas = map(pathlib.Path, sys.argv[1:3])
+tags = sys.argv[3:]
 
 # Instructions without a VEX prefix that are younger than SSE4.2, and the general-purpose ones that have one. tzcnt is
 # none of them: to an older processor its bytes are bsf with an idle prefix, and so gcc uses it where the two agree.
@@ -63,26 +65,33 @@ def too_young(library):
     return found
 
 
-class Branch(unittest.TestCase):
-    library = libraries / "liborv_mc3.so"
-    defined, undefined = symbols(library)
+class Branch:
+    @classmethod
+    def setUpClass(cls):
+        cls.library = libraries / f"liborv_{cls.tag}.so"
+        cls.defined, cls.undefined = symbols(cls.library)
+
+    def listed(self, name):
+        """The lists are written with the tag of the first branch; all have the same names."""
+        return {re.sub(r"(?<![a-z])mc3_", f"{self.tag}_", line) for line in listed(name)}
 
     def test_exports_every_name_of_the_families_that_are_written(self):
-        names = set().union(*(listed(p.name) for p in LISTS.glob("*.txt")
-                              if p.name not in ("imports.txt", "started.txt") and ".probable" not in p.name))
-        for pattern in sorted(listed("started.txt")):
+        names = set().union(*(self.listed(p.name) for p in LISTS.glob("*.txt")
+                              if p.name not in ABOUT and ".probable" not in p.name))
+        for pattern in sorted(self.listed("started.txt")):
             due = set(fnmatch.filter(names, pattern))
             with self.subTest(pattern=pattern):
                 self.assertTrue(due, "the pattern matches no name of the lists")
                 self.assertFalse(sorted(due - self.defined.keys()), "not exported")
 
     def test_exports_no_name_outside_the_lists(self):
-        names = set().union(*(listed(p.name) for p in LISTS.glob("*.txt") if p.name != "imports.txt"))
+        names = set().union(*(self.listed(p.name) for p in LISTS.glob("*.txt") if p.name not in ABOUT))
         self.assertFalse(sorted(self.defined.keys() - names))
 
-    def test_exports_functions_and_the_tables_of_the_matrix_product(self):
+    def test_exports_functions_and_the_listed_tables(self):
         data = {name for name, kind in self.defined.items() if kind != "T"}
-        self.assertFalse([name for name in data if not fnmatch.fnmatch(name, "orv_mc3_[sdcz]_*_gemm_ker")])
+        tables = self.listed("data.txt")
+        self.assertFalse([name for name in data if not any(fnmatch.fnmatch(name, table) for table in tables)])
         sizes = {}
         for line in run("readelf", "--dyn-syms", "-W", self.library).splitlines():
             words = line.split()
@@ -106,14 +115,19 @@ class Branch(unittest.TestCase):
         self.assertFalse(too_young(self.library)[:10])
 
 
+for tag in tags:
+    globals()[f"Branch_{tag}"] = type(f"Branch_{tag}", (Branch, unittest.TestCase), {"tag": tag})
+
+
 class Core(unittest.TestCase):
     library = libraries / "liborv.so"
     defined, _ = symbols(library)
 
     def test_exports_its_own_names_only(self):
-        replaced = {"orv_xblas_mc3_BLAS_error"}  # the report that keeps what kernels say for orv_last_error()
+        # The reports that keep what kernels say for orv_last_error().
+        replaced = {f"orv_xblas_{tag}_BLAS_error" for tag in tags}
         self.assertFalse([name for name in self.defined.keys() - replaced
-                          if not re.match(r"orv_[a-z]", name) or "_mc3_" in name])
+                          if not re.match(r"orv_[a-z]", name) or any(f"_{tag}_" in name for tag in tags)])
 
     def test_provides_the_whole_service_layer(self):
         service = {name for name in listed("imports.txt") if name.startswith("orv_serv_")}
@@ -187,4 +201,4 @@ class BeforeLapack(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1] + sys.argv[3:])
+    unittest.main(argv=sys.argv[:1])

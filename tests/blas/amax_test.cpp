@@ -5,7 +5,7 @@ namespace {
 
 template <class T> i64 position(const char* end, i64 n, const T* x, i64 inc)
 {
-    return kernel<i64(const i64*, const T*, const i64*)>(std::string("orv_blas_mc3_i") + letter<T> + end)(&n, x, &inc);
+    return kernel<i64(const i64*, const T*, const i64*)>("blas", "i", letter<T>, end)(&n, x, &inc);
 }
 
 template <class R> R size_of(R x) { return std::fabs(x); }

@@ -5,14 +5,14 @@ namespace orv::test {
 namespace {
 
 template <class T> const char* asum_name();
-template <> const char* asum_name<float>() { return "orv_blas_mc3_sasum"; }
-template <> const char* asum_name<double>() { return "orv_blas_mc3_dasum"; }
-template <> const char* asum_name<cpx<float>>() { return "orv_blas_mc3_scasum"; }
-template <> const char* asum_name<cpx<double>>() { return "orv_blas_mc3_dzasum"; }
+template <> const char* asum_name<float>() { return "sasum"; }
+template <> const char* asum_name<double>() { return "dasum"; }
+template <> const char* asum_name<cpx<float>>() { return "scasum"; }
+template <> const char* asum_name<cpx<double>>() { return "dzasum"; }
 
 template <class T> real_t<T> asum(i64 n, const T* x, i64 inc)
 {
-    return kernel<real_t<T>(const i64*, const T*, const i64*)>(asum_name<T>())(&n, x, &inc);
+    return kernel<real_t<T>(const i64*, const T*, const i64*)>("blas", asum_name<T>())(&n, x, &inc);
 }
 
 // Magnitudes of the reals of a vector, in the order of its elements.
@@ -102,7 +102,7 @@ TYPED_TEST(Asum, ignores_signs_and_lets_nan_and_infinity_through)
 
 template <class R> void expect_abs1(const char* name)
 {
-    const auto abs1 = kernel<R(const cpx<R>*)>(name);
+    const auto abs1 = kernel<R(const cpx<R>*)>("blas", name);
     Random random(4);
     for (int i = 0; i < 1000; ++i) {
         const auto x = random.value<cpx<R>>();
@@ -115,8 +115,8 @@ template <class R> void expect_abs1(const char* name)
 
 TEST(Abs1, is_the_sum_of_the_magnitudes_of_the_parts)
 {
-    expect_abs1<float>("orv_blas_mc3_scabs1");
-    expect_abs1<double>("orv_blas_mc3_dcabs1");
+    expect_abs1<float>("scabs1");
+    expect_abs1<double>("dcabs1");
 }
 
 } // namespace

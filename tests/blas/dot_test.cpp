@@ -8,13 +8,13 @@ namespace {
 
 template <class T> T dot(const char* name, i64 n, const T* x, i64 incx, const T* y, i64 incy)
 {
-    const std::string symbol = std::string("orv_blas_mc3_") + name;
     if constexpr (is_complex<T>) {
         T result = {7, 7};
-        kernel<void(T*, const i64*, const T*, const i64*, const T*, const i64*)>(symbol)(&result, &n, x, &incx, y,
-                                                                                         &incy);
+        kernel<void(T*, const i64*, const T*, const i64*, const T*, const i64*)>("blas", name)(&result, &n, x, &incx, y,
+                                                                                               &incy);
         return result;
-    } else return kernel<T(const i64*, const T*, const i64*, const T*, const i64*)>(symbol)(&n, x, &incx, y, &incy);
+    } else
+        return kernel<T(const i64*, const T*, const i64*, const T*, const i64*)>("blas", name)(&n, x, &incx, y, &incy);
 }
 
 template <class T> const char* plain_name();
@@ -171,8 +171,8 @@ using Dsdot = double(const i64*, const float*, const i64*, const float*, const i
 
 TEST(DotInDouble, adds_one_product_after_the_other_starting_from_sb)
 {
-    const auto sdsdot = kernel<Sdsdot>("orv_blas_mc3_sdsdot");
-    const auto xdsdot = kernel<Dsdot>("orv_blas_mc3_xdsdot");
+    const auto sdsdot = kernel<Sdsdot>("blas", "sdsdot");
+    const auto xdsdot = kernel<Dsdot>("blas", "xdsdot");
     Random random(3);
     for_each_vector<float>("sdsdot", [&](i64 n, Strided<float>& x) {
         for (const i64 incy : {x.inc(), i64(-2)}) {
@@ -196,10 +196,10 @@ TEST(DotInDouble, rounds_to_single_once_so_the_sum_may_leave_its_range_and_retur
     const i64 n = 3, none = 0, inc = 1;
     const float sb = 3;
     Packed<float> x{1e30f, 1e30f, 5}, y{1e30f, -1e30f, 1};
-    const auto sdsdot = kernel<Sdsdot>("orv_blas_mc3_sdsdot");
+    const auto sdsdot = kernel<Sdsdot>("blas", "sdsdot");
     EXPECT_EQ(sdsdot(&n, &sb, x.data(), &inc, y.data(), &inc), 5.0f); // sb is lost beside 1e60
     EXPECT_EQ(sdsdot(&none, &sb, nullptr, &inc, nullptr, &inc), sb);
-    EXPECT_EQ(kernel<Dsdot>("orv_blas_mc3_xdsdot")(&none, nullptr, &inc, nullptr, &inc), 0.0);
+    EXPECT_EQ(kernel<Dsdot>("blas", "xdsdot")(&none, nullptr, &inc, nullptr, &inc), 0.0);
 }
 
 } // namespace

@@ -35,7 +35,7 @@ private:
 
 template <class T> void gbmv(char trans, const Banded<T>& a, T alpha, const T* x, i64 incx, T beta, T* y, i64 incy)
 {
-    static auto* f = kernel<Gbmv<T>>(std::string("orv_blas_mc3_") + letter<T> + "gbmv");
+    static auto* f = kernel<Gbmv<T>>("blas", letter<T>, "gbmv");
     f(&trans, &a.m, &a.n, &a.kl, &a.ku, &alpha, a.data.data(), &a.lda, x, &incx, &beta, y, &incy);
 }
 
@@ -208,8 +208,8 @@ TYPED_TEST(GbmvTest, applies_beta_and_reads_neither_a_nor_x_for_alpha_of_zero)
                     Strided<T> expected(y, {});
                     for (i64 i = 0; i < leny; ++i) expected(i) = beta == zero<T> ? zero<T> : beta * expected(i);
                     const T alpha = zero<T>;
-                    kernel<Gbmv<T>>(std::string("orv_blas_mc3_") + letter<T> + "gbmv")(
-                        &trans, &m, &n, &k, &k, &alpha, none.data(), &lda, none.data(), &inc, &beta, y.data(), &inc);
+                    kernel<Gbmv<T>>("blas", letter<T>, "gbmv")(&trans, &m, &n, &k, &k, &alpha, none.data(), &lda,
+                                                               none.data(), &inc, &beta, y.data(), &inc);
                     ASSERT_EQ(y.bits(), expected.bits()) << trans << ' ' << n << ' ' << inc;
                 }
 }

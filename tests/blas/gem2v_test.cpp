@@ -33,13 +33,12 @@ template <class T> struct Operands {
     void call(const std::string& name)
     {
         const i64 x1_inc = x1.inc(), x2_inc = x2.inc(), y1_inc = y1.inc(), y2_inc = y2.inc();
-        kernel<Gem2v<T>>("orv_blas_mc3_" + name)(&a.m, &a.n, &alpha, *a, &a.lda, x1.data(), &x1_inc, x2.data(), &x2_inc,
-                                                 &beta, y1.data(), &y1_inc, y2.data(), &y2_inc);
+        kernel<Gem2v<T>>("blas", name)(&a.m, &a.n, &alpha, *a, &a.lda, x1.data(), &x1_inc, x2.data(), &x2_inc, &beta,
+                                       y1.data(), &y1_inc, y2.data(), &y2_inc);
     }
     void call_kernel(const std::string& name)
     {
-        kernel<Kernel<T>>("orv_blas_mc3_" + name)(&a.m, &a.n, &alpha, *a, &a.lda, x1.data(), x2.data(), y1.data(),
-                                                  y2.data());
+        kernel<Kernel<T>>("blas", name)(&a.m, &a.n, &alpha, *a, &a.lda, x1.data(), x2.data(), y1.data(), y2.data());
     }
 };
 
@@ -129,8 +128,8 @@ template <class T> void expect_gemv_kernels(const std::string& name, const std::
             Operands<T> o(rows, columns, max(rows, 1) + 1);
             SCOPED_TRACE(problem(name, o));
             Strided<T> y1(o.y1, {}), y2(o.y2, {});
-            kernel<Gemv>("orv_blas_mc3_" + n)(&o.a.m, &o.a.n, &o.alpha, *o.a, &o.a.lda, o.x1.data(), y1.data());
-            kernel<Gemv>("orv_blas_mc3_" + t)(&o.a.m, &o.a.n, &o.alpha, *o.a, &o.a.lda, o.x2.data(), y2.data());
+            kernel<Gemv>("blas", n)(&o.a.m, &o.a.n, &o.alpha, *o.a, &o.a.lda, o.x1.data(), y1.data());
+            kernel<Gemv>("blas", t)(&o.a.m, &o.a.n, &o.alpha, *o.a, &o.a.lda, o.x2.data(), y2.data());
             o.call_kernel(name);
             if constexpr (!is_complex<T>) { // complex sums are joined after other columns
                 ASSERT_EQ(o.y1.bits(), y1.bits());
@@ -192,8 +191,8 @@ TYPED_TEST(Gem2vTest, clears_without_reading_for_alpha_and_beta_of_zero)
             const i64 m = 17, n = 5;
             const T nothing = zero<T>;
             Strided<T> y1(m, inc), y2(n, inc); // NaN
-            kernel<Gem2v<T>>("orv_blas_mc3_" + name)(&m, &n, &nothing, none.data(), &m, none.data(), &inc, none.data(),
-                                                     &inc, &nothing, y1.data(), &inc, y2.data(), &inc);
+            kernel<Gem2v<T>>("blas", name)(&m, &n, &nothing, none.data(), &m, none.data(), &inc, none.data(), &inc,
+                                           &nothing, y1.data(), &inc, y2.data(), &inc);
             for (i64 i = 0; i < m; ++i) ASSERT_PRED2(same_bits<T>, y1(i), nothing);
             for (i64 j = 0; j < n; ++j) ASSERT_PRED2(same_bits<T>, y2(j), nothing);
         }

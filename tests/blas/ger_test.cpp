@@ -33,7 +33,7 @@ template <class T> struct Update {
     }
     void call(const std::string& name) const
     {
-        kernel<Ger<T>>("orv_blas_mc3_" + name)(&m, &n, &alpha, x.data(), &incx, y.data(), &incy, a.data(), &lda);
+        kernel<Ger<T>>("blas", name)(&m, &n, &alpha, x.data(), &incx, y.data(), &incy, a.data(), &lda);
     }
     // Every element is its column's one factor times x, added once; padding keeps its bits.
     void expect_update(bool conjugated) const

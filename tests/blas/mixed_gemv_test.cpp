@@ -37,8 +37,8 @@ template <class R> struct Product {
     void call(const std::string& suffix = "")
     {
         const i64 incx = x.inc(), incy = y.inc();
-        kernel<Mixed<R>>(std::string("orv_blas_mc3_") + routine<R> + suffix)(&trans, &a.m, &a.n, &alpha, *a, &a.lda,
-                                                                             x.data(), &incx, &beta, y.data(), &incy);
+        kernel<Mixed<R>>("blas", routine<R>, suffix)(&trans, &a.m, &a.n, &alpha, *a, &a.lda, x.data(), &incx, &beta,
+                                                     y.data(), &incy);
     }
     std::vector<Bounded> exact() const
     {
@@ -137,7 +137,7 @@ TYPED_TEST(MixedGemvTest, clears_y_without_reading_and_leaves_it_when_there_is_n
     for (const i64 size : {2, 20})
         for (const i64 inc : {1, -1, 2, 0})
             for (const char* suffix : {"", "_pst"}) {
-                auto* f = kernel<Mixed<R>>(std::string("orv_blas_mc3_") + routine<R> + suffix);
+                auto* f = kernel<Mixed<R>>("blas", routine<R>, suffix);
                 const T nothing = zero<T>, unit = one<T>;
                 Strided<T> y(size, inc); // NaN
                 const auto before = y.bits();
@@ -167,7 +167,7 @@ TYPED_TEST(MixedGemvTest, helpers_split_scale_and_join)
 {
     using R = TypeParam;
     using T = cpx<R>;
-    const std::string stem = std::string("orv_blas_mc3_") + routine<R>;
+    const std::string stem = routine<R>;
     const T alpha = scalar<T>(0.7, -1.3);
     for (const i64 inc : {1, -1, 3, -2})
         for (i64 n = 0; n <= 9; ++n) {
@@ -175,15 +175,16 @@ TYPED_TEST(MixedGemvTest, helpers_split_scale_and_join)
             Random random(static_cast<std::uint64_t>(n));
             v.fill(random);
             Guarded<R> parts(2 * n), scaled(2 * n);
-            kernel<void(const i64*, const T*, const i64*, R*)>(stem + "_copyy_fwd")(&n, v.data(), &inc, parts.data());
-            kernel<void(const i64*, const T*, const T*, const i64*, R*)>(stem + "_copyx")(&n, &alpha, v.data(), &inc,
-                                                                                          scaled.data());
+            kernel<void(const i64*, const T*, const i64*, R*)>("blas", stem + "_copyy_fwd")(&n, v.data(), &inc,
+                                                                                            parts.data());
+            kernel<void(const i64*, const T*, const T*, const i64*, R*)>("blas", stem + "_copyx")(&n, &alpha, v.data(),
+                                                                                                  &inc, scaled.data());
             for (i64 i = 0; i < n; ++i) {
                 ASSERT_PRED2(same_bits<T>, (T{parts[i], parts[i + n]}), v(i));
                 ASSERT_PRED2(same_bits<T>, (T{scaled[i], scaled[i + n]}), alpha * v(i));
             }
-            kernel<void(const i64*, const R*, T*, const i64*)>(stem + "_copyy_bwd")(&n, parts.data(), joined.data(),
-                                                                                    &inc);
+            kernel<void(const i64*, const R*, T*, const i64*)>("blas", stem + "_copyy_bwd")(&n, parts.data(),
+                                                                                            joined.data(), &inc);
             ASSERT_EQ(joined.bits(), v.bits());
         }
 }

@@ -8,20 +8,20 @@ namespace {
 
 double dnrm2(i64 n, const double* x, i64 inc)
 {
-    return kernel<double(const i64*, const double*, const i64*)>("orv_blas_mc3_dnrm2")(&n, x, &inc);
+    return kernel<double(const i64*, const double*, const i64*)>("blas", "dnrm2")(&n, x, &inc);
 }
 double norm(i64 n, const double* x, i64 inc) { return dnrm2(n, x, inc); }
 double norm(i64 n, const cpx<double>* x, i64 inc)
 {
-    return kernel<double(const i64*, const cpx<double>*, const i64*)>("orv_blas_mc3_dznrm2")(&n, x, &inc);
+    return kernel<double(const i64*, const cpx<double>*, const i64*)>("blas", "dznrm2")(&n, x, &inc);
 }
 float norm(i64 n, const float* x, i64 inc)
 {
-    return kernel<float(const i64*, const float*, const i64*)>("orv_blas_mc3_snrm2")(&n, x, &inc);
+    return kernel<float(const i64*, const float*, const i64*)>("blas", "snrm2")(&n, x, &inc);
 }
 float norm(i64 n, const cpx<float>* x, i64 inc)
 {
-    return kernel<float(const i64*, const cpx<float>*, const i64*)>("orv_blas_mc3_scnrm2")(&n, x, &inc);
+    return kernel<float(const i64*, const cpx<float>*, const i64*)>("blas", "scnrm2")(&n, x, &inc);
 }
 
 // Reals in the order of storage: a stride's sign does not matter.

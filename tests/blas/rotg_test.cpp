@@ -11,7 +11,7 @@ template <class R> struct Rotated {
 template <class R> Rotated<R> rotg(R a, R b)
 {
     R c = 7, s = 7;
-    kernel<void(R*, R*, R*, R*)>(std::string("orv_blas_mc3_") + letter<R> + "rotg")(&a, &b, &c, &s);
+    kernel<void(R*, R*, R*, R*)>("blas", letter<R>, "rotg")(&a, &b, &c, &s);
     return {a, b, c, s};
 }
 
@@ -92,8 +92,7 @@ template <class R> ComplexRotated<R> rotg(cpx<R> a, cpx<R> b)
 {
     R c = 7;
     cpx<R> s = {7, 7};
-    kernel<void(cpx<R>*, const cpx<R>*, R*, cpx<R>*)>(std::string("orv_blas_mc3_") + letter<cpx<R>> + "rotg")(&a, &b,
-                                                                                                              &c, &s);
+    kernel<void(cpx<R>*, const cpx<R>*, R*, cpx<R>*)>("blas", letter<cpx<R>>, "rotg")(&a, &b, &c, &s);
     return {a, c, s};
 }
 

@@ -29,8 +29,7 @@ template <class R> Outcome<R> rotmg(R d1, R d2, R x1, R y1)
 {
     Outcome<R> o = {d1, d2, x1, {}};
     o.param.fill(untouched);
-    kernel<void(R*, R*, R*, const R*, R*)>(std::string("orv_blas_mc3_") + letter<R> + "rotmg")(&o.d1, &o.d2, &o.x1, &y1,
-                                                                                               o.param.data());
+    kernel<void(R*, R*, R*, const R*, R*)>("blas", letter<R>, "rotmg")(&o.d1, &o.d2, &o.x1, &y1, o.param.data());
     return o;
 }
 

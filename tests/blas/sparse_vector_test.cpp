@@ -18,7 +18,7 @@ template <class T> using GatherZero = void(const i64*, T*, T*, const i64*);
 template <class T> using Scatter = void(const i64*, const T*, const i64*, T*);
 template <class T> using Roti = void(const i64*, T*, const i64*, T*, const T*, const T*);
 
-template <class T> std::string name(const char* rest) { return std::string("orv_blas_mc3_") + letter<T> + rest; }
+template <class T> std::string name(const char* rest) { return letter<T> + std::string(rest); }
 
 // A packed vector of n elements in a dense one of 3n + 2, all in guarded storage; elements that no index names are NaN.
 template <class T> struct Problem {
@@ -68,15 +68,18 @@ TYPED_TEST(SparseVector, axpyi_adds_at_the_named_places)
     using T = TypeParam;
     const T alpha = Random(7).value<T>();
     expect<T>(
-        [&](Problem<T>& p) { kernel<Axpyi<T>>(name<T>("axpyi"))(&p.n, &alpha, p.x.data(), p.indx.data(), p.y.data()); },
+        [&](Problem<T>& p) {
+            kernel<Axpyi<T>>("blas", name<T>("axpyi"))(&p.n, &alpha, p.x.data(), p.indx.data(), p.y.data());
+        },
         [&](T& x, T& y) { y = y + alpha * x; });
 }
 
 TYPED_TEST(SparseVector, axpyi_returns_at_once_for_alpha_zero)
 {
     using T = TypeParam;
-    expect<T>([&](Problem<T>& p) { kernel<Axpyi<T>>(name<T>("axpyi"))(&p.n, &zero<T>, nullptr, nullptr, nullptr); },
-              [&](T&, T&) {});
+    expect<T>(
+        [&](Problem<T>& p) { kernel<Axpyi<T>>("blas", name<T>("axpyi"))(&p.n, &zero<T>, nullptr, nullptr, nullptr); },
+        [&](T&, T&) {});
 }
 
 TYPED_TEST(SparseVector, a_place_named_twice_is_updated_twice)
@@ -85,24 +88,30 @@ TYPED_TEST(SparseVector, a_place_named_twice_is_updated_twice)
     const T x[] = {one<T>, one<T>, one<T>}, alpha = one<T>;
     const i64 n = 3, indx[] = {2, 2, 1};
     T y[] = {zero<T>, zero<T>};
-    kernel<Axpyi<T>>(name<T>("axpyi"))(&n, &alpha, x, indx, y);
+    kernel<Axpyi<T>>("blas", name<T>("axpyi"))(&n, &alpha, x, indx, y);
     EXPECT_EQ(y[1], one<T> + one<T>);
 }
 
 TYPED_TEST(SparseVector, gather_and_scatter_move_bits)
 {
     using T = TypeParam;
-    expect<T>([&](Problem<T>& p) { kernel<Gather<T>>(name<T>("gthr"))(&p.n, p.y.data(), p.x.data(), p.indx.data()); },
-              [&](T& x, T& y) { x = y; });
-    expect<T>([&](Problem<T>& p) { kernel<Scatter<T>>(name<T>("sctr"))(&p.n, p.x.data(), p.indx.data(), p.y.data()); },
-              [&](T& x, T& y) { y = x; });
+    expect<T>(
+        [&](Problem<T>& p) { kernel<Gather<T>>("blas", name<T>("gthr"))(&p.n, p.y.data(), p.x.data(), p.indx.data()); },
+        [&](T& x, T& y) { x = y; });
+    expect<T>(
+        [&](Problem<T>& p) {
+            kernel<Scatter<T>>("blas", name<T>("sctr"))(&p.n, p.x.data(), p.indx.data(), p.y.data());
+        },
+        [&](T& x, T& y) { y = x; });
 }
 
 TYPED_TEST(SparseVector, gthrz_clears_what_it_has_read)
 {
     using T = TypeParam;
     expect<T>(
-        [&](Problem<T>& p) { kernel<GatherZero<T>>(name<T>("gthrz"))(&p.n, p.y.data(), p.x.data(), p.indx.data()); },
+        [&](Problem<T>& p) {
+            kernel<GatherZero<T>>("blas", name<T>("gthrz"))(&p.n, p.y.data(), p.x.data(), p.indx.data());
+        },
         [&](T& x, T& y) { x = y, y = zero<T>; });
 }
 
@@ -110,29 +119,31 @@ TYPED_TEST(SparseVector, negative_counts_do_nothing)
 {
     using T = TypeParam;
     const i64 n = -3;
-    kernel<Axpyi<T>>(name<T>("axpyi"))(&n, &one<T>, nullptr, nullptr, nullptr);
-    kernel<Gather<T>>(name<T>("gthr"))(&n, nullptr, nullptr, nullptr);
-    kernel<GatherZero<T>>(name<T>("gthrz"))(&n, nullptr, nullptr, nullptr);
-    kernel<Scatter<T>>(name<T>("sctr"))(&n, nullptr, nullptr, nullptr);
+    kernel<Axpyi<T>>("blas", name<T>("axpyi"))(&n, &one<T>, nullptr, nullptr, nullptr);
+    kernel<Gather<T>>("blas", name<T>("gthr"))(&n, nullptr, nullptr, nullptr);
+    kernel<GatherZero<T>>("blas", name<T>("gthrz"))(&n, nullptr, nullptr, nullptr);
+    kernel<Scatter<T>>("blas", name<T>("sctr"))(&n, nullptr, nullptr, nullptr);
 }
 
 template <class T> void expect_roti(const char* symbol)
 {
     const T c = T(0.8), s = T(0.6);
-    expect<T>([&](Problem<T>& p) { kernel<Roti<T>>(symbol)(&p.n, p.x.data(), p.indx.data(), p.y.data(), &c, &s); },
-              [&](T& x, T& y) {
-                  const T a = x;
-                  x = c * a + s * y;
-                  y = c * y - s * a;
-              });
-    expect<T>([&](Problem<T>& p) { kernel<Roti<T>>(symbol)(&p.n, nullptr, nullptr, nullptr, &one<T>, &zero<T>); },
-              [](T&, T&) {});
+    expect<T>(
+        [&](Problem<T>& p) { kernel<Roti<T>>("blas", symbol)(&p.n, p.x.data(), p.indx.data(), p.y.data(), &c, &s); },
+        [&](T& x, T& y) {
+            const T a = x;
+            x = c * a + s * y;
+            y = c * y - s * a;
+        });
+    expect<T>(
+        [&](Problem<T>& p) { kernel<Roti<T>>("blas", symbol)(&p.n, nullptr, nullptr, nullptr, &one<T>, &zero<T>); },
+        [](T&, T&) {});
 }
 
 TEST(SparseRotation, rotates_the_named_places_and_returns_at_once_for_the_identity)
 {
-    expect_roti<float>("orv_blas_mc3_sroti");
-    expect_roti<double>("orv_blas_mc3_droti");
+    expect_roti<float>("sroti");
+    expect_roti<double>("droti");
 }
 
 template <class T> void expect_doti(const char* symbol)
@@ -143,7 +154,7 @@ template <class T> void expect_doti(const char* symbol)
         Entry entry;
         for (i64 i = 0; i < n; ++i) entry.add(static_cast<long double>(p.x[i]) * p.dense(i));
         entry.roundings = n + 1;
-        const T computed = kernel<Doti<T>>(symbol)(&n, p.x.data(), p.indx.data(), p.y.data());
+        const T computed = kernel<Doti<T>>("blas", symbol)(&n, p.x.data(), p.indx.data(), p.y.data());
         EXPECT_LE(excess(computed, entry), 1);
         if (n <= 0) {
             EXPECT_EQ(computed, T(0));
@@ -160,7 +171,7 @@ template <class T> void expect_complex_doti(const char* symbol, int sign)
         for (i64 i = 0; i < n; ++i) entry.add(p.x[i].re, sign * p.x[i].im, p.dense(i).re, p.dense(i).im);
         entry.re.roundings = entry.im.roundings = n + 2;
         T computed = {5, 5};
-        kernel<ComplexDoti<T>>(symbol)(&computed, &n, p.x.data(), p.indx.data(), p.y.data());
+        kernel<ComplexDoti<T>>("blas", symbol)(&computed, &n, p.x.data(), p.indx.data(), p.y.data());
         EXPECT_LE(excess(computed, entry), 1);
         if (n <= 0) {
             EXPECT_EQ(computed, zero<T>);
@@ -170,12 +181,12 @@ template <class T> void expect_complex_doti(const char* symbol, int sign)
 
 TEST(SparseDot, keeps_its_bound)
 {
-    expect_doti<float>("orv_blas_mc3_sdoti");
-    expect_doti<double>("orv_blas_mc3_ddoti");
-    expect_complex_doti<cpx<float>>("orv_blas_mc3_cdotui", 1);
-    expect_complex_doti<cpx<double>>("orv_blas_mc3_zdotui", 1);
-    expect_complex_doti<cpx<float>>("orv_blas_mc3_cdotci", -1);
-    expect_complex_doti<cpx<double>>("orv_blas_mc3_zdotci", -1);
+    expect_doti<float>("sdoti");
+    expect_doti<double>("ddoti");
+    expect_complex_doti<cpx<float>>("cdotui", 1);
+    expect_complex_doti<cpx<double>>("zdotui", 1);
+    expect_complex_doti<cpx<float>>("cdotci", -1);
+    expect_complex_doti<cpx<double>>("zdotci", -1);
 }
 
 } // namespace

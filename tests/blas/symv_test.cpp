@@ -94,10 +94,11 @@ template <class T> struct Call {
 
     void operator()(T alpha, const T* x, i64 incx, T beta, T* y, i64 incy, const char* suffix = "") const
     {
-        const std::string name = "orv_blas_mc3_" + name_of<T>(kind) + suffix;
-        if (kind == Kind::full) kernel<Full<T>>(name)(&uplo, &n, &alpha, a, &lda, x, &incx, &beta, y, &incy);
-        if (kind == Kind::packed) kernel<Packed<T>>(name)(&uplo, &n, &alpha, a, x, &incx, &beta, y, &incy);
-        if (kind == Kind::band) kernel<Band<T>>(name)(&uplo, &n, &k, &alpha, a, &lda, x, &incx, &beta, y, &incy);
+        const std::string name = name_of<T>(kind) + suffix;
+        if (kind == Kind::full) kernel<Full<T>>("blas", name)(&uplo, &n, &alpha, a, &lda, x, &incx, &beta, y, &incy);
+        if (kind == Kind::packed) kernel<Packed<T>>("blas", name)(&uplo, &n, &alpha, a, x, &incx, &beta, y, &incy);
+        if (kind == Kind::band)
+            kernel<Band<T>>("blas", name)(&uplo, &n, &k, &alpha, a, &lda, x, &incx, &beta, y, &incy);
     }
 };
 

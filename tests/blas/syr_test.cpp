@@ -90,15 +90,15 @@ template <class T>
 void call(const Family& f, char uplo, i64 n, T alpha, const T* x, i64 incx, const T* y, i64 incy, T* a, i64 lda,
           const i64* first = nullptr)
 {
-    const std::string name = "orv_blas_mc3_" + f.name<T>();
+    const std::string name = f.name<T>();
     const real_t<T> re = real_part(alpha);
     const auto one = [&](auto... more) {
-        kernel<void(const char*, const i64*, const real_t<T>*, const T*, const i64*, T*, decltype(more)...)>(name)(
-            &uplo, &n, &re, x, &incx, a, more...);
+        kernel<void(const char*, const i64*, const real_t<T>*, const T*, const i64*, T*, decltype(more)...)>(
+            "blas", name)(&uplo, &n, &re, x, &incx, a, more...);
     };
     const auto two = [&](auto... more) {
         kernel<void(const char*, const i64*, const T*, const T*, const i64*, const T*, const i64*, T*,
-                    decltype(more)...)>(name)(&uplo, &n, &alpha, x, &incx, y, &incy, a, more...);
+                    decltype(more)...)>("blas", name)(&uplo, &n, &alpha, x, &incx, y, &incy, a, more...);
     };
     const i64* const lda_at = &lda;
     if (f.rank == 1) f.packed ? one() : first ? one(lda_at, first) : one(lda_at);

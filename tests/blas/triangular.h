@@ -73,8 +73,6 @@ template <class T>
 using BandCall = void(const char*, const char*, const char*, const i64*, const i64*, const T*, const i64*, T*,
                       const i64*);
 
-inline std::string symbol(const std::string& name) { return "orv_blas_mc3_" + name; }
-
 // A letter in the given case.
 inline char cased(char letter, bool lower) { return static_cast<char>(lower ? letter | 0x20 : letter); }
 
@@ -137,7 +135,7 @@ enum class Task { solve, multiply };
 template <class T> struct TriangularSweep {
     Task task;
     std::string name;
-    void* routine = branch_symbol(symbol(name));
+    void* routine = kernel_address("blas", name);
     long double worst = 0;
 
     TriangularSweep(Task task, std::string name) : task(task), name(std::move(name)) {}

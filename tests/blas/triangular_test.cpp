@@ -95,7 +95,7 @@ TYPED_TEST(TriangularTest, lets_nan_through_zeros)
             for (const i64 incx : {1, 2}) {
                 Strided<T> x(n, incx);
                 for (i64 i = 0; i < n; ++i) x(i) = zero<T>;
-                call(branch_symbol(symbol(routine<T>(f.stem))), a, 'N', x.data(), incx);
+                call(kernel_address("blas", routine<T>(f.stem)), a, 'N', x.data(), incx);
                 EXPECT_TRUE(x(0) == x(0) && x(1) == x(1) && x(2) == x(2)) << f.stem << n;
                 EXPECT_FALSE(x(3) == x(3)) << f.stem << n;
             }
@@ -110,7 +110,7 @@ TYPED_TEST(TriangularTest, leaves_x_alone_when_n_is_not_positive)
             for (const i64 incx : {1, -2}) {
                 const TriangularMatrix<T> a(f.storage, false, false, n, 1, 0);
                 const Guarded<T> none(0);
-                call(branch_symbol(symbol(routine<T>(f.stem))), a, 'N', none.data(), incx);
+                call(kernel_address("blas", routine<T>(f.stem)), a, 'N', none.data(), incx);
             }
 }
 

@@ -22,7 +22,7 @@ using InThread = void(const char*, const char*, const char*, const i64*, const T
 
 template <class T> void in_thread(const TriangularMatrix<T>& a, char trans, T* x, i64 incx, i64 count, i64 first_column)
 {
-    static auto* const f = kernel<InThread<T>>(symbol(std::string("x") + letter<T> + "trmv_in_thread"));
+    static auto* const f = kernel<InThread<T>>("blas", "x", letter<T>, "trmv_in_thread");
     const char uplo = a.upper ? 'U' : 'L', diag = a.unit ? 'U' : 'N';
     f(&uplo, &trans, &diag, &a.n, *a, &a.lda, x, &incx, &count, &first_column);
 }
@@ -39,7 +39,8 @@ TYPED_TEST(TrmvTest, is_the_whole_product_for_a_member_with_all_columns)
                     Random random;
                     x.fill(random);
                     Strided<T> expected(x, {});
-                    call(branch_symbol(symbol(std::string("x") + letter<T> + "trmv")), a, trans, expected.data(), incx);
+                    call(kernel_address("blas", std::string("x") + letter<T> + "trmv"), a, trans, expected.data(),
+                         incx);
                     in_thread(a, trans, x.data(), incx, n, 0);
                     ASSERT_EQ(x.bits(), expected.bits()) << upper << trans << n << ' ' << incx;
                 }
@@ -61,7 +62,7 @@ TYPED_TEST(TrmvTest, keeps_to_the_columns_of_its_member)
                     Random random;
                     for (i64 i = 0; i < count; ++i) expected(i) = x(from + i) = random.value<T>();
                     Strided<T> other(x, {});
-                    call(branch_symbol(symbol(std::string("x") + letter<T> + "trmv")), own, trans, expected.data(), 1);
+                    call(kernel_address("blas", std::string("x") + letter<T> + "trmv"), own, trans, expected.data(), 1);
                     in_thread(a, trans, x.data(), incx, count, from);
                     for (i64 i = 0; i < count; ++i) {
                         ASSERT_NEAR(static_cast<double>(size_of(x(from + i) - expected(i))), 0,

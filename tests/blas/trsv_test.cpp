@@ -50,10 +50,7 @@ RECORDED_GEMV(orv_blas_zgemv, orv::cpx<double>)
 namespace orv::test {
 namespace {
 
-template <class T> std::string driver()
-{
-    return symbol(std::string(letter<T> == 'd' ? "x" : "") + letter<T> + "trsv");
-}
+template <class T> std::string driver() { return std::string(letter<T> == 'd' ? "x" : "") + letter<T> + "trsv"; }
 
 template <class T> class TrsvTest : public testing::Test {
 };
@@ -78,7 +75,7 @@ TYPED_TEST(TrsvTest, hands_its_rectangles_to_the_public_product)
                 Random random;
                 x.fill(random);
                 calls<T>.clear();
-                call(branch_symbol(driver<T>()), a, trans, x.data(), incx);
+                call(kernel_address("blas", driver<T>()), a, trans, x.data(), incx);
                 const bool up = upper == (trans == 'N'); // from the end to the start
                 std::vector<Cut> order(std::begin(blocks), std::end(blocks));
                 if (up) std::reverse(order.begin(), order.end());
@@ -114,7 +111,7 @@ TYPED_TEST(TrsvTest, has_one_block_up_to_32_columns_and_a_second_from_33_on)
         Random random;
         x.fill(random);
         calls<T>.clear();
-        call(branch_symbol(driver<T>()), a, 'N', x.data(), 1);
+        call(kernel_address("blas", driver<T>()), a, 'N', x.data(), 1);
         EXPECT_EQ(calls<T>.size(), static_cast<std::size_t>((n - 1) / 32)) << n;
         if (n == 33) {
             EXPECT_EQ(calls<T>.at(0).m, 1);
@@ -131,7 +128,7 @@ TYPED_TEST(TrsvTest, solves_blocks_by_kernels_that_are_named_after_their_options
             for (const char diag : {'n', 'u'}) {
                 if (trans == 'c' && !is_complex<T>) continue;
                 const std::string name = std::string(1, letter<T>) + "trsv_" + uplo + trans + diag;
-                auto* const f = kernel<void(const i64*, const T*, const i64*, T*, const i64*)>(symbol(name));
+                auto* const f = kernel<void(const i64*, const T*, const i64*, T*, const i64*)>("blas", name);
                 for (const i64 n : {0, 1, 2, 3, 4, 5, 7, 8, 31, 32})
                     for (const i64 incx : all_strides) {
                         SCOPED_TRACE(name + " n=" + std::to_string(n) + " incx=" + std::to_string(incx));
@@ -140,7 +137,8 @@ TYPED_TEST(TrsvTest, solves_blocks_by_kernels_that_are_named_after_their_options
                         Random random;
                         x.fill(random);
                         Strided<T> expected(x, {});
-                        call(branch_symbol(driver<T>()), a, static_cast<char>(trans & 0xdf), expected.data(), incx);
+                        call(kernel_address("blas", driver<T>()), a, static_cast<char>(trans & 0xdf), expected.data(),
+                             incx);
                         f(&n, *a, &a.lda, x.data(), &incx);
                         ASSERT_EQ(x.bits(), expected.bits());
                     }
@@ -151,7 +149,7 @@ TYPED_TEST(TrsvTest, solves_blocks_by_kernels_that_are_named_after_their_options
 template <class R> void expect_column_order()
 {
     const std::string name = std::string(1, letter<R>) + "trsv_lnn";
-    auto* const f = kernel<void(const i64*, const R*, const i64*, R*, const i64*)>(symbol(name));
+    auto* const f = kernel<void(const i64*, const R*, const i64*, R*, const i64*)>("blas", name);
     for (i64 n = 0; n <= 32; ++n)
         for (const i64 incx : all_strides) {
             const TriangularMatrix<R> a(Storage::full, false, false, n, 0, 2);
@@ -182,7 +180,7 @@ TYPED_TEST(TrsvTest, gives_infinity_or_nan_for_a_zero_on_the_diagonal)
                 Strided<T> x(n, 1);
                 Random random;
                 x.fill(random);
-                call(branch_symbol(driver<T>()), a, trans, x.data(), 1);
+                call(kernel_address("blas", driver<T>()), a, trans, x.data(), 1);
                 const bool up = upper == (trans == 'N');
                 for (i64 i = 0; i < n; ++i) {
                     if (up ? i > zero_at : i < zero_at) {
@@ -197,8 +195,7 @@ TYPED_TEST(TrsvTest, gives_infinity_or_nan_for_a_zero_on_the_diagonal)
         const T a = 0;
         T x[] = {2, -3, 0};
         const i64 n = 1, inc = 1;
-        auto* const f = kernel<void(const i64*, const T*, const i64*, T*, const i64*)>(
-            symbol(std::string(1, letter<T>) + "trsv_lnn"));
+        auto* const f = kernel<void(const i64*, const T*, const i64*, T*, const i64*)>("blas", letter<T>, "trsv_lnn");
         for (T& e : x) f(&n, &a, &n, &e, &inc);
         EXPECT_EQ(x[0], std::numeric_limits<T>::infinity());
         EXPECT_EQ(x[1], -std::numeric_limits<T>::infinity());
@@ -224,7 +221,7 @@ template <class R> void expect_smith()
     const R huge = std::numeric_limits<R>::max() / 4, tiny = std::numeric_limits<R>::min() * 4;
     const auto quotient = [](T b, T d) {
         const i64 n = 1, inc = 1;
-        kernel<FullCall<T>>(driver<T>())("L", "N", "N", &n, &d, &n, &b, &inc);
+        kernel<FullCall<T>>("blas", driver<T>())("L", "N", "N", &n, &d, &n, &b, &inc);
         return b;
     };
     for (int i = 0; i < 1000; ++i)

@@ -32,13 +32,14 @@ TEST(Ordinary, bad_arguments_print_a_line_each_and_the_program_goes_on)
 
 TEST(Ordinary, missing_kernels_are_told_once)
 {
-    const Outcome outcome = run("ORV_BRANCH_PATH=/nowhere/liborv_mc3.so");
+    const Outcome outcome = run("ORV_BRANCH_PATH=/nowhere/kernels.so");
     const std::size_t line = outcome.text.find('\n');
-    EXPECT_EQ(outcome.text.substr(0, line),
-              "orv: the library of kernels cannot be opened (/nowhere/liborv_mc3.so: "
-              "cannot open shared object file: No such file or directory): put "
-              "liborv_mc3.so of version " ORV_VERSION " beside liborv.so, or set ORV_BRANCH_PATH "
-              "to its path");
+    const std::string told = outcome.text.substr(0, line);
+    EXPECT_TRUE(told.starts_with("orv: the library of kernels cannot be opened (/nowhere/kernels.so: "
+                                 "cannot open shared object file: No such file or directory): put liborv_"))
+        << told;
+    EXPECT_TRUE(told.ends_with(".so of version " ORV_VERSION " beside liborv.so, or set ORV_BRANCH_PATH to its path"))
+        << told;
     EXPECT_EQ(outcome.text.substr(line + 1), "nan nan 4 nan\n" + bad_arguments);
     EXPECT_EQ(outcome.status, 0);
 }

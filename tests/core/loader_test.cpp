@@ -30,20 +30,36 @@ bool have(const std::string& program) { return run("command -v " + program).stat
 TEST(Loader, opens_the_branch_beside_the_core)
 {
     ASSERT_EQ(orv_branch_status(), ORV_OK) << orv_last_error();
-    EXPECT_STREQ(orv_branch_name(), "mc3");
     EXPECT_STREQ(orv_version(), ORV_VERSION);
     EXPECT_STREQ(orv_branch_version(), ORV_VERSION);
-    EXPECT_EQ(std::string(orv_branch_path()), ORV_BRANCH);
+    EXPECT_EQ(orv_branch_path(), ORV_LIBRARIES "/liborv_" + std::string(orv_branch_name()) + ".so");
     EXPECT_EQ(access(orv_path(), R_OK), 0);
-    const auto tag = reinterpret_cast<int (*)()>(orv_branch_symbol("dll_cpu_version"));
-    ASSERT_NE(tag, nullptr);
-    EXPECT_EQ(tag(), 3);
+    EXPECT_NE(orv_branch_symbol("dll_cpu_version"), nullptr);
+}
+
+TEST(Loader, finds_kernels_by_module_and_name)
+{
+    const std::string symbol = "orv_blas_" + std::string(orv_branch_name()) + "_xdaxpy";
+    EXPECT_EQ(orv_kernel("blas", "xdaxpy"), orv_branch_symbol(symbol.c_str()));
+    EXPECT_NE(orv_kernel("blas", "xdaxpy"), nullptr);
 }
 
 TEST(Loader, names_a_kernel_that_is_not_there)
 {
-    EXPECT_EQ(orv_branch_symbol("orv_blas_mc3_nothing"), nullptr);
-    EXPECT_SAYS(std::string(orv_last_error()), "has no symbol orv_blas_mc3_nothing: install both libraries");
+    EXPECT_EQ(orv_branch_symbol("orv_blas_nothing"), nullptr);
+    EXPECT_SAYS(std::string(orv_last_error()), "has no symbol orv_blas_nothing: install both libraries");
+    EXPECT_EQ(orv_kernel("blas", "nothing"), nullptr);
+    const std::string symbol = "orv_blas_" + std::string(orv_branch_name()) + "_nothing";
+    EXPECT_SAYS(std::string(orv_last_error()), "has no symbol " + symbol + ": install both libraries");
+}
+
+TEST(Loader, has_no_kernel_of_a_name_without_end)
+{
+    for (std::size_t length : {50, 127, 128, 5000}) {
+        const std::string name(length, 'x');
+        EXPECT_EQ(orv_kernel("blas", name.c_str()), nullptr);
+        EXPECT_SAYS(std::string(orv_last_error()), name.substr(0, 50));
+    }
 }
 
 TEST(Loader, keeps_the_sentence_of_each_thread)
@@ -73,7 +89,7 @@ TEST(Loader, works_from_python)
                                 "core.orv_branch_path.restype = ctypes.c_char_p\n"
                                 "print(core.orv_check(), core.orv_last_error(), core.orv_branch_path())' " +
                                 core);
-    EXPECT_EQ(outcome.text, "0 b'' b'" ORV_BRANCH "'\n");
+    EXPECT_EQ(outcome.text, "0 b'' b'" + std::string(orv_branch_path()) + "'\n");
 }
 
 TEST(Loader, leaves_nothing_behind_when_closed)
@@ -94,7 +110,7 @@ TEST(Loader, leaves_nothing_behind_when_the_branch_was_refused)
 TEST(Loader, serves_two_copies_of_the_core_in_one_process)
 {
     const std::string folder = testing::TempDir() + "orv_twice_" + std::to_string(getpid());
-    ASSERT_EQ(run("mkdir -p " + folder + " && cp " ORV_CORE " " ORV_BRANCH " " + folder).status, 0);
+    ASSERT_EQ(run("mkdir -p " + folder + " && cp " ORV_CORE " " + orv_branch_path() + " " + folder).status, 0);
     const std::string copy = folder + core.substr(core.rfind('/'));
     for (int round = 0; round < 3; ++round) {
         void* second = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -119,9 +135,10 @@ TEST(Loader, is_found_by_a_relative_path_after_the_program_moved)
 
 TEST(Loader, says_what_to_do_when_the_branch_is_missing)
 {
-    const std::string text = check("ORV_BRANCH_PATH=/nowhere/liborv_mc3.so");
-    EXPECT_SAYS(text, "1 the library of kernels cannot be opened (/nowhere/liborv_mc3.so: cannot open");
-    EXPECT_SAYS(text, "put liborv_mc3.so of version " ORV_VERSION " beside liborv.so, or set ORV_BRANCH_PATH");
+    const std::string text = check("ORV_BRANCH_PATH=/nowhere/kernels.so");
+    EXPECT_SAYS(text, "1 the library of kernels cannot be opened (/nowhere/kernels.so: cannot open");
+    EXPECT_SAYS(text, "put liborv_" + std::string(orv_branch_name()) +
+                          ".so of version " ORV_VERSION " beside liborv.so, or set ORV_BRANCH_PATH");
 }
 
 TEST(Loader, says_what_to_do_when_the_branch_asks_for_what_the_core_lacks)

@@ -58,9 +58,9 @@ TEST(Settings, that_make_no_sense_are_named_and_the_default_holds)
         EXPECT_SAYS(text, "makes no sense: give bytes, or a number with K, M or G such as 512M");
     }
     EXPECT_SAYS(info("ORV_REPRODUCIBLE=yes"), "ORV_REPRODUCIBLE=\"yes\" makes no sense: give 0 or 1");
-    const std::string path = info("ORV_BRANCH_PATH=liborv_mc3.so");
+    const std::string path = info("ORV_BRANCH_PATH=kernels.so");
     EXPECT_SAYS(path, "makes no sense: give the path of a file, with a /");
-    EXPECT_SAYS(path, "mc3, version");
+    EXPECT_SAYS(path, std::string(orv_branch_name()) + ", version");
     const std::string helper = ORV_HELPERS "/core_guest " ORV_CORE " check";
     EXPECT_EQ(run("ORV_REPRODUCIBLE=2 " + helper).text.substr(0, 25), "6 ORV_REPRODUCIBLE=\"2\" ma");
 }

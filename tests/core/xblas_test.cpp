@@ -89,7 +89,7 @@ TEST(PublicExtended, tells_when_there_is_no_memory)
 TEST(PublicExtended, keeps_what_a_kernel_reports_that_is_called_directly)
 {
     using Sum = void(i64, const double*, i64, double*, int);
-    auto* sum = reinterpret_cast<Sum*>(orv_branch_symbol("orv_xblas_mc3_BLAS_dsum_x"));
+    auto* sum = reinterpret_cast<Sum*>(orv_kernel("xblas", "BLAS_dsum_x"));
     ASSERT_NE(sum, nullptr);
     double r = 7;
     sum(-3, &r, 1, &r, 214);

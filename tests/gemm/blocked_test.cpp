@@ -17,7 +17,7 @@ using Par = int(const char*, const char*, const i64*, const i64*, const i64*, co
 template <class T> Desc<T> bound(i64 mb, i64 nb, i64 kb)
 {
     Desc<T> desc = {};
-    kernel<int(Desc<T>*)>(name_of<T>("", "gemm_get_optimal_kernel"))(&desc);
+    kernel<int(Desc<T>*)>("blas", name_of<T>("", "gemm_get_optimal_kernel"))(&desc);
     desc.mb = mb, desc.nb = nb, desc.kb = kb;
     return desc;
 }
@@ -25,8 +25,9 @@ template <class T> Desc<T> bound(i64 mb, i64 nb, i64 kb)
 template <class T> int run(const Operands<T>& x, i32 version, Desc<T>& desc, const T* a, i64 lda, const T* b, i64 ldb)
 {
     const Problem<T>& p = x.p;
-    return kernel<Par<T>>(name_of<T>("x", "gemm_par"))(&p.transa, &p.transb, &p.m, &p.n, &p.k, &p.alpha, a, &lda, b,
-                                                       &ldb, &p.beta, x.c.data(), &p.ldc, version, &desc);
+    return kernel<Par<T>>("blas", name_of<T>("x", "gemm_par"))(&p.transa, &p.transb, &p.m, &p.n, &p.k, &p.alpha, a,
+                                                               &lda, b, &ldb, &p.beta, x.c.data(), &p.ldc, version,
+                                                               &desc);
 }
 template <class T> int run(const Operands<T>& x, i32 version, Desc<T>& desc)
 {
@@ -194,8 +195,8 @@ TEST(LoopOrder, leaves_an_empty_c_at_once)
     for (auto [m, n] : {std::array<i64, 2>{0, 5}, {5, 0}, {-1, 5}}) {
         const double scalar = 2;
         const i64 k = 5;
-        EXPECT_EQ(kernel<Par<double>>("orv_blas_mc3_xdgemm_par")("n", "n", &m, &n, &k, &scalar, nullptr, &k, nullptr,
-                                                                 &k, &scalar, nullptr, &k, 2, &desc),
+        EXPECT_EQ(kernel<Par<double>>("blas", "xdgemm_par")("n", "n", &m, &n, &k, &scalar, nullptr, &k, nullptr, &k,
+                                                            &scalar, nullptr, &k, 2, &desc),
                   0);
     }
 }

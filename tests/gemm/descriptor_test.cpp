@@ -17,17 +17,17 @@ i32 half(const void* record, std::size_t offset) { return field<i32>(record, off
 
 template <class T> struct Api {
     using D = gemm::Desc<T>;
-    void (*zero_desc)(D*) = kernel<void(D*)>(name_of<T>("", "gemm_zero_desc"));
-    void (*num_kernels)(i32*) = kernel<void(i32*)>(name_of<T>("", "gemm_num_kernels"));
-    int (*get_kernel)(i32, D*) = kernel<int(i32, D*)>(name_of<T>("", "gemm_get_kernel"));
-    int (*get_optimal_kernel)(D*) = kernel<int(D*)>(name_of<T>("", "gemm_get_optimal_kernel"));
+    void (*zero_desc)(D*) = kernel<void(D*)>("blas", name_of<T>("", "gemm_zero_desc"));
+    void (*num_kernels)(i32*) = kernel<void(i32*)>("blas", name_of<T>("", "gemm_num_kernels"));
+    int (*get_kernel)(i32, D*) = kernel<int(i32, D*)>("blas", name_of<T>("", "gemm_get_kernel"));
+    int (*get_optimal_kernel)(D*) = kernel<int(D*)>("blas", name_of<T>("", "gemm_get_optimal_kernel"));
     int (*get_kernel_version)(const i64*, const i64*, const i64*, const D*) =
-        kernel<int(const i64*, const i64*, const i64*, const D*)>(name_of<T>("", "gemm_get_kernel_version"));
-    int (*api_support)() = kernel<int()>(name_of<T>("", "gemm_api_support"));
-    void (*set_blks_size)(i64, i64, i64, D*) = kernel<void(i64, i64, i64, D*)>(name_of<T>("", "gemm_set_blks_size"));
-    const char* records =
-        static_cast<const char*>(branch_symbol(std::string("orv_mc3_") + letter<T> + "_all_gemm_ker"));
-    const i32* best = static_cast<const i32*>(branch_symbol(std::string("orv_mc3_") + letter<T> + "_opt_gemm_ker"));
+        kernel<int(const i64*, const i64*, const i64*, const D*)>("blas", name_of<T>("", "gemm_get_kernel_version"));
+    int (*api_support)() = kernel<int()>("blas", name_of<T>("", "gemm_api_support"));
+    void (*set_blks_size)(i64, i64, i64, D*) = kernel<void(i64, i64, i64, D*)>("blas",
+                                                                               name_of<T>("", "gemm_set_blks_size"));
+    const char* records = static_cast<const char*>(table(letter<T> + std::string("_all_gemm_ker")));
+    const i32* best = static_cast<const i32*>(table(letter<T> + std::string("_opt_gemm_ker")));
 };
 
 constexpr std::size_t record_bytes = 160;
@@ -86,9 +86,10 @@ TEST(KernelTable, holds_the_numbers_and_routines_of_each_type)
             const std::string names[] = {"get_blks_size", "get_bufs_size", "get_bufs", "copyan",        "copyat",
                                          "copya" + for_c, "copybn",        "copybt",   "copyb" + for_c, r.ker[index]};
             for (std::size_t i = 0; i < std::size(names); ++i)
-                EXPECT_EQ(field<void*>(record, 64 + 8 * i), branch_symbol(name_of<T>("", "gemm_" + names[i])));
+                EXPECT_EQ(field<void*>(record, 64 + 8 * i), kernel_address("blas", name_of<T>("", "gemm_" + names[i])));
             for (const auto& [offset, name] : {std::pair{144, "gemm_copya_ext"}, {152, "gemm_copyb_ext"}})
-                EXPECT_EQ(field<void*>(record, offset), is_complex<T> ? nullptr : branch_symbol(name_of<T>("", name)));
+                EXPECT_EQ(field<void*>(record, offset),
+                          is_complex<T> ? nullptr : kernel_address("blas", name_of<T>("", name)));
         }
         EXPECT_EQ(api.best[0], 0);
         EXPECT_EQ(api.best[1], letter<T> == 'd' ? 1 : 0);
@@ -208,7 +209,7 @@ TEST(EmptySlots, do_nothing)
         for (const char* slot : {"initialize_kernel_info", "initialize_buffers", "map_thread_to_kernel"})
             names.push_back(type + "gemm_" + slot);
     }
-    for (const std::string& name : names) kernel<void()>("orv_blas_mc3_" + name)();
+    for (const std::string& name : names) kernel<void()>("blas", name)();
 }
 
 } // namespace

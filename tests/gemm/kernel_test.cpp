@@ -73,9 +73,9 @@ public:
     {
         const char transa = 'N', transb = x_.transb ? x_.transb : 'N';
         const T alpha = one<T>;
-        kernel<gemm::Ker<T>>(name)(&transa, &transb, &x_.m, &x_.n, &x_.k, &alpha, a_.data(), &a_stride_, b_->data(),
-                                   &b_stride_, &beta, c_.data(), &ldc_, scratch_.data(),
-                                   x_.transb ? gemm::b_in_place : gemm::b_packed);
+        kernel<gemm::Ker<T>>("blas", name)(&transa, &transb, &x_.m, &x_.n, &x_.k, &alpha, a_.data(), &a_stride_,
+                                           b_->data(), &b_stride_, &beta, c_.data(), &ldc_, scratch_.data(),
+                                           x_.transb ? gemm::b_in_place : gemm::b_packed);
     }
 
     // What C must be afterwards, padding included.

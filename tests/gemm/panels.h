@@ -58,10 +58,7 @@ template <class T> bool same_bits(const T* x, const T* y, std::size_t n)
     return n == 0 || std::memcmp(x, y, n * sizeof(T)) == 0; // of nothing, the pointers may be null
 }
 
-template <class T> std::string symbol(const std::string& name)
-{
-    return std::string("orv_blas_mc3_") + letter<T> + "gemm_" + name;
-}
+template <class T> std::string symbol(const std::string& name) { return letter<T> + ("gemm_" + name); }
 
 // Names typed tests by the letter of their type.
 struct TypeName {

@@ -5,7 +5,7 @@ namespace orv::test {
 namespace {
 
 template <class T> using Mscale = void(const i64* m, const i64* n, const T* beta, T* c, const i64* ldc);
-template <class T> Mscale<T>* mscale() { return kernel<Mscale<T>>(name_of<T>("", "gemm_mscale")); }
+template <class T> Mscale<T>* mscale() { return kernel<Mscale<T>>("blas", name_of<T>("", "gemm_mscale")); }
 template <class T> Gemm<T>* pst() { return gemm<T>("", "gemm_pst"); }
 
 template <class T>

@@ -19,12 +19,12 @@ using Gemm = void(const char* transa, const char* transb, const i64* m, const i6
 
 template <class T> std::string name_of(const std::string& before, const std::string& after)
 {
-    return "orv_blas_mc3_" + before + letter<T> + after;
+    return before + letter<T> + after;
 }
-// gemm<double>("x", "gemm"): orv_blas_mc3_xdgemm
+// gemm<double>("x", "gemm"): xdgemm
 template <class T> Gemm<T>* gemm(const std::string& before = "x", const std::string& after = "gemm")
 {
-    return kernel<Gemm<T>>(name_of<T>(before, after));
+    return kernel<Gemm<T>>("blas", name_of<T>(before, after));
 }
 
 template <class T> T scalar(double re, double im = 0)

@@ -41,8 +41,8 @@ template <class TA, class T> struct Whole {
                          const T*, const i64*, const T*, T*, const i64*);
     void call(const std::string& name) const
     {
-        kernel<Routine>("orv_blas_mc3_" + name)(&transa, &transb, &m, &n, &k, &alpha, a.data(), &lda, b.data(), &ldb,
-                                                &beta, c.data(), &ldc);
+        kernel<Routine>("blas", name)(&transa, &transb, &m, &n, &k, &alpha, a.data(), &lda, b.data(), &ldb, &beta,
+                                      c.data(), &ldc);
     }
     // Factors that the routine leaves to its caller count as 1.
     void expect_exact(T applied_beta) const
@@ -157,8 +157,8 @@ TEST(TwelveRows, ends_with_products_of_matrix_and_vector)
     using Gemv = void(const char*, const i64*, const i64*, const double*, const double*, const i64*, const double*,
                       const i64*, const double*, double*, const i64*);
     const i64 unit = 1;
-    kernel<Gemv>("orv_blas_mc3_xdgemv")("t", &x.p.k, &x.p.m, &x.p.alpha, x.a.data(), &x.p.lda, &x.b[4 * x.p.ldb], &unit,
-                                        &x.p.beta, &x.at(0, 4), &unit);
+    kernel<Gemv>("blas", "xdgemv")("t", &x.p.k, &x.p.m, &x.p.alpha, x.a.data(), &x.p.lda, &x.b[4 * x.p.ldb], &unit,
+                                   &x.p.beta, &x.at(0, 4), &unit);
     for (i64 i = 0; i < 30; ++i) EXPECT_EQ(before.at(i, 4), x.at(i, 4));
 }
 

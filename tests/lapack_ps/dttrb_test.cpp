@@ -12,26 +12,26 @@ template <class T> using Dtsvb = void(const i64*, const i64*, T*, T*, const T*, 
 
 template <class T> std::string name(const char* prefix, const char* stem)
 {
-    return std::string("orv_lapack_ps_mc3_") + prefix + letter<T> + stem;
+    return std::string(prefix) + letter<T> + stem;
 }
 template <class T> i64 dttrfb(const System<T>& s)
 {
     i64 info = -77;
-    kernel<Dttrfb<T>>(name<T>("", "dttrfb"))(&s.n, s.dl.data(), s.d.data(), s.du.data(), &info);
+    kernel<Dttrfb<T>>("lapack_ps", name<T>("", "dttrfb"))(&s.n, s.dl.data(), s.d.data(), s.du.data(), &info);
     return info;
 }
 template <class T> i64 dttrsb(char trans, const System<T>& s)
 {
     i64 info = -77;
-    kernel<Dttrsb<T>>(name<T>("x", "dttrsb"))(&trans, &s.n, &s.nrhs, s.dl.data(), s.d.data(), s.du.data(), s.b.data(),
-                                              &s.ldb, &info);
+    kernel<Dttrsb<T>>("lapack_ps", name<T>("x", "dttrsb"))(&trans, &s.n, &s.nrhs, s.dl.data(), s.d.data(), s.du.data(),
+                                                           s.b.data(), &s.ldb, &info);
     return info;
 }
 template <class T> i64 dtsvb(const System<T>& s)
 {
     i64 info = -77;
-    kernel<Dtsvb<T>>(name<T>("", "dtsvb"))(&s.n, &s.nrhs, s.dl.data(), s.d.data(), s.du.data(), s.b.data(), &s.ldb,
-                                           &info);
+    kernel<Dtsvb<T>>("lapack_ps", name<T>("", "dtsvb"))(&s.n, &s.nrhs, s.dl.data(), s.d.data(), s.du.data(), s.b.data(),
+                                                        &s.ldb, &info);
     return info;
 }
 

@@ -15,9 +15,8 @@ template <class T> struct Factors {
     explicit Factors(i64 n) : a(n, n % 3), ipiv(n), jpiv(n) {}
     void compute()
     {
-        kernel<void(const i64*, T*, const i64*, i64*, i64*, i64*)>(std::string("orv_lapack_ps_mc3_") + letter<T> +
-                                                                   "getc2")(&a.n, a.data.data(), &a.lda, ipiv.data(),
-                                                                            jpiv.data(), &info);
+        kernel<void(const i64*, T*, const i64*, i64*, i64*, i64*)>("lapack_ps", letter<T>, "getc2")(
+            &a.n, a.data.data(), &a.lda, ipiv.data(), jpiv.data(), &info);
     }
 };
 

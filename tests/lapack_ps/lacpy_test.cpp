@@ -17,7 +17,7 @@ using Lacpy2 = void(const char*, const i64*, const i64*, const T*, const i64*, c
 template <class T>
 using Lacpy3 = void(const char*, const i64*, const i64*, const T*, const i64*, const T*, T*, const T*);
 
-template <class T> std::string named(const char* name) { return std::string("orv_lapack_ps_mc3_") + letter<T> + name; }
+template <class T> std::string named(const char* name) { return letter<T> + std::string(name); }
 
 bool in_part(char uplo, i64 i, i64 j)
 {
@@ -52,8 +52,8 @@ template <class T> void expect_copies(char uplo, i64 m, i64 n, i64 padding, i64 
     random.fill(packed);
     const std::vector<T> b_before(b.begin(), b.end()), packed_before(packed.begin(), packed.end());
 
-    kernel<Lacpy2<T>>(named<T>("lacpy2"))(&uplo, &m, &n, a.data(), &lda, &alpha, b.data(), &ldb, &beta);
-    kernel<Lacpy3<T>>(named<T>("lacpy3"))(&uplo, &m, &n, a.data(), &lda, &alpha, packed.data(), &beta);
+    kernel<Lacpy2<T>>("lapack_ps", named<T>("lacpy2"))(&uplo, &m, &n, a.data(), &lda, &alpha, b.data(), &ldb, &beta);
+    kernel<Lacpy3<T>>("lapack_ps", named<T>("lacpy3"))(&uplo, &m, &n, a.data(), &lda, &alpha, packed.data(), &beta);
 
     i64 next = 0;
     for (i64 j = 0; j < n; ++j)
@@ -92,7 +92,7 @@ TEST(Lacpy, lets_a_nan_of_the_target_through_a_beta_of_zero)
     const i64 m = 3, n = 1;
     const double a[3] = {1, 2, 3}, alpha = 2, beta = 0;
     double b[3] = {NAN, 5, 7};
-    kernel<Lacpy2<double>>("orv_lapack_ps_mc3_dlacpy2")("A", &m, &n, a, &m, &alpha, b, &m, &beta);
+    kernel<Lacpy2<double>>("lapack_ps", "dlacpy2")("A", &m, &n, a, &m, &alpha, b, &m, &beta);
     EXPECT_TRUE(std::isnan(b[0]));
     EXPECT_EQ(b[1], 4);
     EXPECT_EQ(b[2], 6);
@@ -102,8 +102,8 @@ using C = cpx<float>;
 
 void spr(char uplo, i64 n, C alpha, const C* x, i64 inc, C* a)
 {
-    kernel<void(const char*, const i64*, const C*, const C*, const i64*, C*)>("orv_lapack_ps_mc3_cspr")(
-        &uplo, &n, &alpha, x, &inc, a);
+    kernel<void(const char*, const i64*, const C*, const C*, const i64*, C*)>("lapack_ps", "cspr")(&uplo, &n, &alpha, x,
+                                                                                                   &inc, a);
 }
 
 TEST(Cspr, adds_the_product_without_conjugation_and_skips_zeros)

@@ -12,10 +12,7 @@ namespace {
 
 template <class T> using Larfx = void(const char*, const i64*, const i64*, const T*, const T*, T*, const i64*, T*);
 
-template <class T> Larfx<T>* larfx()
-{
-    return kernel<Larfx<T>>(std::string("orv_lapack_ps_mc3_") + letter<T> + "larfx");
-}
+template <class T> Larfx<T>* larfx() { return kernel<Larfx<T>>("lapack_ps", letter<T>, "larfx"); }
 
 template <class R> std::complex<long double> wide(R a) { return a; }
 template <class R> std::complex<long double> wide(cpx<R> a) { return {a.re, a.im}; }

@@ -34,10 +34,7 @@ using Lasd3 = void(const i64* nl, const i64* nr, const i64* sqre, const i64* k, 
                    R* u, const i64* ldu, const R* u2, const i64* ldu2, R* vt, const i64* ldvt, R* vt2, const i64* ldvt2,
                    const i64* idxc, const i64* ctot, R* z, i64* info);
 
-template <class R> Lasd3<R>* lasd3()
-{
-    return kernel<Lasd3<R>>(std::string("orv_lapack_ps_mc3_") + letter<R> + "lasd3");
-}
+template <class R> Lasd3<R>* lasd3() { return kernel<Lasd3<R>>("lapack_ps", letter<R>, "lasd3"); }
 
 // Other steps of the method, by their published interfaces.
 template <class R> class Library {

@@ -70,8 +70,8 @@ template <class R> struct Root {
     Root(const Equation<R>& e, i64 i) : delta(e.n()), work(e.n())
     {
         const i64 n = e.n();
-        kernel<Lasd4<R>>(std::string("orv_lapack_ps_mc3_") + letter<R> +
-                         "lasd4")(&n, &i, e.d.data(), e.z.data(), delta.data(), &e.rho, &sigma, work.data(), &info);
+        kernel<Lasd4<R>>("lapack_ps", letter<R>, "lasd4")(&n, &i, e.d.data(), e.z.data(), delta.data(), &e.rho, &sigma,
+                                                          work.data(), &info);
     }
 };
 

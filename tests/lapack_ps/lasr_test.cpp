@@ -19,7 +19,7 @@ constexpr Member members[] = {{'v', 'f'}, {'v', 'b'}, {'t', 'f'}, {'t', 'b'}, {'
 
 template <class T> Lasr<T>* lasr(Member member)
 {
-    return kernel<Lasr<T>>(std::string("orv_lapack_ps_mc3_") + letter<T> + "lasr_l" + member.pivot + member.direct);
+    return kernel<Lasr<T>>("lapack_ps", letter<T>, "lasr_l", member.pivot, member.direct);
 }
 
 // Rotation by rotation, on `together` columns at a time: that shows where columns share their memory, only.

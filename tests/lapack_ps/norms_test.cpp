@@ -17,7 +17,7 @@ namespace {
 template <class T> using Lange = real_t<T>(const char*, const i64*, const i64*, const T*, const i64*, real_t<T>*);
 template <class T> using Lansy = real_t<T>(const char*, const char*, const i64*, const T*, const i64*, real_t<T>*);
 
-template <class T> std::string named(const char* name) { return std::string("orv_lapack_ps_mc3_x") + letter<T> + name; }
+template <class T> std::string named(const char* name) { return std::string("x") + letter<T> + name; }
 
 template <class T> long double size_of(T x)
 {
@@ -83,9 +83,10 @@ template <class T> struct Matrix {
     {
         const bool needs_work = std::string(kind == Kind::general ? "Ii" : "OoIi1").find(norm) != std::string::npos;
         R* const w = needs_work ? work.data() : nullptr;
-        if (kind == Kind::general) return kernel<Lange<T>>(named<T>("lange"))(&norm, &m, &n, a.data(), &lda, w);
-        return kernel<Lansy<T>>(named<T>(kind == Kind::hermitian ? "lanhe" : "lansy"))(&norm, &uplo, &n, a.data(), &lda,
-                                                                                       w);
+        if (kind == Kind::general)
+            return kernel<Lange<T>>("lapack_ps", named<T>("lange"))(&norm, &m, &n, a.data(), &lda, w);
+        return kernel<Lansy<T>>("lapack_ps", named<T>(kind == Kind::hermitian ? "lanhe" : "lansy"))(&norm, &uplo, &n,
+                                                                                                    a.data(), &lda, w);
     }
     void expect_norms() const
     {
@@ -178,11 +179,11 @@ template <class T> void expect_zero_without_elements()
 {
     const i64 none = 0, some = 3;
     for (const char* norm : {"M", "O", "1", "I", "F", "E"}) {
-        EXPECT_EQ(kernel<Lange<T>>(named<T>("lange"))(norm, &none, &some, nullptr, &some, nullptr), 0);
-        EXPECT_EQ(kernel<Lange<T>>(named<T>("lange"))(norm, &some, &none, nullptr, &some, nullptr), 0);
-        EXPECT_EQ(kernel<Lansy<T>>(named<T>("lansy"))(norm, "U", &none, nullptr, &some, nullptr), 0);
+        EXPECT_EQ(kernel<Lange<T>>("lapack_ps", named<T>("lange"))(norm, &none, &some, nullptr, &some, nullptr), 0);
+        EXPECT_EQ(kernel<Lange<T>>("lapack_ps", named<T>("lange"))(norm, &some, &none, nullptr, &some, nullptr), 0);
+        EXPECT_EQ(kernel<Lansy<T>>("lapack_ps", named<T>("lansy"))(norm, "U", &none, nullptr, &some, nullptr), 0);
         if constexpr (is_complex<T>) {
-            EXPECT_EQ(kernel<Lansy<T>>(named<T>("lanhe"))(norm, "L", &none, nullptr, &some, nullptr), 0);
+            EXPECT_EQ(kernel<Lansy<T>>("lapack_ps", named<T>("lanhe"))(norm, "L", &none, nullptr, &some, nullptr), 0);
         }
     }
 }
@@ -221,7 +222,7 @@ TEST(Norms, of_one_element_are_its_magnitude)
     const double a = -3;
     double work;
     for (const char* norm : {"M", "O", "1", "I", "F", "E"})
-        EXPECT_EQ(kernel<Lansy<double>>("orv_lapack_ps_mc3_xdlansy")(norm, "U", &one, &a, &one, &work), 3) << norm;
+        EXPECT_EQ(kernel<Lansy<double>>("lapack_ps", "xdlansy")(norm, "U", &one, &a, &one, &work), 3) << norm;
 }
 
 } // namespace

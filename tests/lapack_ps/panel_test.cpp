@@ -19,7 +19,7 @@ using Triple = std::array<i64, 3>; // what three operands, or sizes, have
 
 template <class T> std::string named(const char* of_reals, const char* of_complex)
 {
-    return std::string("orv_lapack_ps_mc3_") + letter<T> + (is_complex<T> ? of_complex : of_reals);
+    return letter<T> + std::string(is_complex<T> ? of_complex : of_reals);
 }
 template <class T> T scalar(int re, int im)
 {
@@ -66,15 +66,15 @@ template <class T> struct Case {
     {
         const i64 strides[] = {7, -3}; // not looked at
         kernel<void(const char*, const i64*, const i64*, const T*, const T*, const i64*, const T*, const i64*, const T*,
-                    T*, const i64*)>(named<T>("symv_nb", "hemv_nb"))(&uplo, &n, &nb, &alpha, a.data(), &lda, x.data(),
-                                                                     strides, &beta, y.data(), strides + 1);
+                    T*, const i64*)>("lapack_ps", named<T>("symv_nb", "hemv_nb"))(
+            &uplo, &n, &nb, &alpha, a.data(), &lda, x.data(), strides, &beta, y.data(), strides + 1);
     }
     void update(T alpha) const
     {
         const i64 strides[] = {0, 5};
         kernel<void(const char*, const i64*, const i64*, const T*, const T*, const i64*, const T*, const i64*, T*,
-                    const i64*)>(named<T>("syr2_nb", "her2_nb"))(&uplo, &n, &nb, &alpha, x.data(), strides, y.data(),
-                                                                 strides + 1, a.data(), &lda);
+                    const i64*)>("lapack_ps", named<T>("syr2_nb", "her2_nb"))(&uplo, &n, &nb, &alpha, x.data(), strides,
+                                                                              y.data(), strides + 1, a.data(), &lda);
     }
     std::string text() const
     {
@@ -228,10 +228,10 @@ TEST(PanelUpdate, does_nothing_and_asks_nothing_without_order_or_width)
         const double alpha = 1, beta = 0;
         double y[4] = {1, 2, 3, 4};
         kernel<void(const char*, const i64*, const i64*, const double*, const double*, const i64*, const double*,
-                    const i64*, const double*, double*, const i64*)>("orv_lapack_ps_mc3_dsymv_nb")(
+                    const i64*, const double*, double*, const i64*)>("lapack_ps", "dsymv_nb")(
             &uplo, &size[0], &size[1], &alpha, nullptr, &lda, nullptr, &inc, &beta, y, &inc);
         kernel<void(const char*, const i64*, const i64*, const double*, const double*, const i64*, const double*,
-                    const i64*, double*, const i64*)>("orv_lapack_ps_mc3_dsyr2_nb")(
+                    const i64*, double*, const i64*)>("lapack_ps", "dsyr2_nb")(
             &uplo, &size[0], &size[1], &alpha, nullptr, &inc, nullptr, &inc, nullptr, &lda);
         EXPECT_EQ(y[0] + y[1] + y[2] + y[3], 10);
         EXPECT_EQ(scope->reproducibility_asked, 0);
@@ -266,8 +266,9 @@ template <class T> struct Depth {
                 for (i64 i = 0; i < n; ++i)
                     if (stored(i, j)) std::memset(&c[i + j * ldc], 0xff, sizeof(T));
         kernel<void(const char*, const char*, const i64*, const i64*, const i64*, const T*, const T*, const i64*,
-                    const T*, const i64*, const real_t<T>*, T*, const i64*)>(named<T>("syr2k_nb", "her2k_nb"))(
-            &uplo, &trans, &n, &k, &nb, &alpha, a.data(), &lda, b.data(), &lda, &beta, c.data(), &ldc);
+                    const T*, const i64*, const real_t<T>*, T*, const i64*)>(
+            "lapack_ps", named<T>("syr2k_nb", "her2k_nb"))(&uplo, &trans, &n, &k, &nb, &alpha, a.data(), &lda, b.data(),
+                                                           &lda, &beta, c.data(), &ldc);
         for (i64 j = 0; j < n; ++j)
             for (i64 i = 0; i < ldc; ++i) {
                 T sum = before[i + j * ldc];
@@ -325,8 +326,8 @@ TEST(PanelUpdate, of_rank_2k_leaves_c_without_depth)
         const double alpha = 1, beta = 0;
         kernel<void(const char*, const char*, const i64*, const i64*, const i64*, const double*, const double*,
                     const i64*, const double*, const i64*, const double*, double*, const i64*)>(
-            "orv_lapack_ps_mc3_dsyr2k_nb")(&uplo, &trans, &size[0], &size[1], &size[2], &alpha, nullptr, &ld, nullptr,
-                                           &ld, &beta, nullptr, &ld);
+            "lapack_ps", "dsyr2k_nb")(&uplo, &trans, &size[0], &size[1], &size[2], &alpha, nullptr, &ld, nullptr, &ld,
+                                      &beta, nullptr, &ld);
     }
     EXPECT_EQ(scope->reproducibility_asked, 0);
 }

@@ -10,9 +10,8 @@ constexpr i64 sentinel = -77;
 
 template <class T> i64 factor(bool lower, const Square<T>& a)
 {
-    static Potrf<T>* const kernels[] = {
-        kernel<Potrf<T>>(std::string("orv_lapack_ps_mc3_") + letter<T> + "potrf_u_small"),
-        kernel<Potrf<T>>(std::string("orv_lapack_ps_mc3_") + letter<T> + "potrf_l_small")};
+    static Potrf<T>* const kernels[] = {kernel<Potrf<T>>("lapack_ps", letter<T>, "potrf_u_small"),
+                                        kernel<Potrf<T>>("lapack_ps", letter<T>, "potrf_l_small")};
     i64 info = sentinel;
     const char ignored = '?';
     kernels[lower](&ignored, &a.n, a.data.data(), &a.lda, &info);

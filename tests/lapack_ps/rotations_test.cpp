@@ -10,10 +10,7 @@ using Rot3 = void(const i64*, T*, const i64*, T*, const i64*, T*, const i64*, co
 template <class T>
 using Lartv = void(const i64*, T*, const i64*, T*, const i64*, const real_t<T>*, const T*, const i64*);
 
-template <class T> std::string named(const char* routine)
-{
-    return std::string("orv_lapack_ps_mc3_") + letter<T> + routine;
-}
+template <class T> std::string named(const char* routine) { return letter<T> + std::string(routine); }
 
 template <class Test> void for_all_types(Test test)
 {
@@ -43,7 +40,7 @@ TEST(Rot2, reflects_two_vectors_with_unit_stride_whatever_the_strides_say)
                         ex[i] -= s;
                         ey[i] -= s * conj(v);
                     }
-                    kernel<Rot2<T>>(named<T>("rot2"))(&n, x.data(), &inc, y.data(), &inc, &tau, &v);
+                    kernel<Rot2<T>>("lapack_ps", named<T>("rot2"))(&n, x.data(), &inc, y.data(), &inc, &tau, &v);
                     ASSERT_EQ(first_difference(ex, x), "");
                     ASSERT_EQ(first_difference(ey, y), "");
                 }
@@ -68,8 +65,8 @@ TEST(Rot3, reflects_three_vectors_with_unit_stride_whatever_the_strides_say)
                         ey[i] -= s * conj(v1);
                         ez[i] -= s * conj(v2);
                     }
-                    kernel<Rot3<T>>(named<T>("rot3"))(&n, x.data(), &inc, y.data(), &inc, z.data(), &inc, &tau, &v1,
-                                                      &v2);
+                    kernel<Rot3<T>>("lapack_ps", named<T>("rot3"))(&n, x.data(), &inc, y.data(), &inc, z.data(), &inc,
+                                                                   &tau, &v1, &v2);
                     ASSERT_EQ(first_difference(ex, x), "");
                     ASSERT_EQ(first_difference(ey, y), "");
                     ASSERT_EQ(first_difference(ez, z), "");
@@ -100,8 +97,8 @@ TEST(Lartv, rotates_each_pair_by_its_own_angle_at_all_strides)
                                 ex(i) = c(i) * before + s(i) * ey(i);
                                 ey(i) = c(i) * ey(i) - conj(s(i)) * before;
                             }
-                            kernel<Lartv<T>>(named<T>("lartv"))(&n, x.data(), &incx, y.data(), &incy, c.data(),
-                                                                s.data(), &incc);
+                            kernel<Lartv<T>>("lapack_ps", named<T>("lartv"))(&n, x.data(), &incx, y.data(), &incy,
+                                                                             c.data(), s.data(), &incc);
                             ASSERT_EQ(ex.bits(), x.bits());
                             ASSERT_EQ(ey.bits(), y.bits());
                         }

@@ -13,8 +13,8 @@ template <class T> i64 factor(bool lower, const Square<T>& a, const Guarded<i64>
 {
     i64 info = 55;
     const char ignored = '?';
-    kernel<Sytrf<T>>(std::string("orv_lapack_ps_mc3_") + letter<T> + "sytrf_" + (lower ? 'l' : 'u') +
-                     "_small")(&ignored, &a.n, a.data.data(), &a.lda, ipiv.data(), &info);
+    kernel<Sytrf<T>>("lapack_ps", letter<T>, "sytrf_", lower ? 'l' : 'u', "_small")(&ignored, &a.n, a.data.data(),
+                                                                                    &a.lda, ipiv.data(), &info);
     return info;
 }
 

@@ -14,13 +14,13 @@ template <class T>
 using Gtts2 = void(const i64*, const i64*, const i64*, const T*, const T*, const T*, const T*, const i64*, T*,
                    const i64*);
 
-template <class T> std::string name(const char* stem) { return std::string("orv_lapack_ps_mc3_") + letter<T> + stem; }
+template <class T> std::string name(const char* stem) { return letter<T> + std::string(stem); }
 
 template <class T> i64 gtsv(const System<T>& s)
 {
     i64 info = -77;
-    kernel<Gtsv<T>>(name<T>("gtsv_small"))(&s.n, &s.nrhs, s.dl.data(), s.d.data(), s.du.data(), s.b.data(), &s.ldb,
-                                           &info);
+    kernel<Gtsv<T>>("lapack_ps", name<T>("gtsv_small"))(&s.n, &s.nrhs, s.dl.data(), s.d.data(), s.du.data(), s.b.data(),
+                                                        &s.ldb, &info);
     return info;
 }
 
@@ -186,8 +186,8 @@ template <class T> struct Factored {
     void solve() const
     {
         const i64 itrans = op;
-        kernel<Gtts2<T>>(name<T>("gtts2"))(&itrans, &s.n, &s.nrhs, s.dl.data(), s.d.data(), s.du.data(), du2.data(),
-                                           ipiv.data(), s.b.data(), &s.ldb);
+        kernel<Gtts2<T>>("lapack_ps", name<T>("gtts2"))(&itrans, &s.n, &s.nrhs, s.dl.data(), s.d.data(), s.du.data(),
+                                                        du2.data(), ipiv.data(), s.b.data(), &s.ldb);
     }
 };
 
@@ -277,11 +277,11 @@ TEST(Gtts2, multiplies_by_reciprocals_from_four_right_hand_sides_on_and_divides_
 template <class T> void ptts2(i64 iuplo, const System<T>& s, const real_t<T>* d, const T* e)
 {
     if constexpr (is_complex<T>)
-        kernel<void(const i64*, const i64*, const i64*, const real_t<T>*, const T*, T*, const i64*)>(name<T>("ptts2"))(
-            &iuplo, &s.n, &s.nrhs, d, e, s.b.data(), &s.ldb);
+        kernel<void(const i64*, const i64*, const i64*, const real_t<T>*, const T*, T*, const i64*)>(
+            "lapack_ps", name<T>("ptts2"))(&iuplo, &s.n, &s.nrhs, d, e, s.b.data(), &s.ldb);
     else
-        kernel<void(const i64*, const i64*, const T*, const T*, T*, const i64*)>(name<T>("ptts2"))(&s.n, &s.nrhs, d, e,
-                                                                                                   s.b.data(), &s.ldb);
+        kernel<void(const i64*, const i64*, const T*, const T*, T*, const i64*)>("lapack_ps", name<T>("ptts2"))(
+            &s.n, &s.nrhs, d, e, s.b.data(), &s.ldb);
 }
 
 TEST(Ptts2, solves_exactly_in_whole_numbers_with_and_without_memory)

@@ -8,7 +8,7 @@
 namespace orv::test {
 namespace {
 
-template <class T> std::string symbol(const char* name) { return std::string("orv_blas_mc3_x") + letter<T> + name; }
+template <class T> std::string symbol(const char* name) { return std::string("x") + letter<T> + name; }
 
 template <class T> class LargeMatrices : public testing::Test {
 public:
@@ -36,8 +36,8 @@ public:
         };
         for (const bool solves : {false, true}) {
             Matrix<T> x = b;
-            kernel<Triangular>(symbol<T>(solves ? "trsm" : "trmm"))(&side, &uplo, &trans, &diag, &b.m, &b.n, &alpha,
-                                                                    a.data(), &a.ld, x.elements.data(), &b.ld);
+            kernel<Triangular>("blas", symbol<T>(solves ? "trsm" : "trmm"))(
+                &side, &uplo, &trans, &diag, &b.m, &b.n, &alpha, a.data(), &a.ld, x.elements.data(), &b.ld);
             if (solves) expect_equal<T>(multiplied(x), b.times(v).times(wide(alpha)), order);
             else expect_equal<T>(x.times(v), multiplied(b).times(wide(alpha)), order);
         }
@@ -49,8 +49,8 @@ public:
         const Half<T> a(uplo, order, 1);
         const Matrix<T> b(left ? order : others, left ? others : order, 2), c(b.m, b.n, 3);
         Matrix<T> x = c;
-        kernel<Symmetric>(symbol<T>("symm"))(&side, &uplo, &b.m, &b.n, &alpha, a.data(), &a.ld, b.data(), &b.ld, &beta,
-                                             x.elements.data(), &c.ld);
+        kernel<Symmetric>("blas", symbol<T>("symm"))(&side, &uplo, &b.m, &b.n, &alpha, a.data(), &a.ld, b.data(), &b.ld,
+                                                     &beta, x.elements.data(), &c.ld);
         const auto v = WideVector::random(b.n);
         const auto ab = left ? a.times_whole(b.times(v)) : b.times(a.times_whole(v));
         expect_equal<T>(x.times(v), ab.times(wide(alpha)).plus(c.times(v).times(wide(beta))), order);
@@ -64,13 +64,13 @@ public:
         const auto v = WideVector::random(n), old = c.times_whole(v).times(wide(beta));
         const char first = plain ? 'N' : 'T', second = plain ? 'T' : 'N';
         Half<T> x = c;
-        kernel<Update>(symbol<T>("syrk"))(&uplo, &trans, &n, &k, &alpha, a.data(), &a.ld, &beta, x.elements.data(),
-                                          &c.ld);
+        kernel<Update>("blas", symbol<T>("syrk"))(&uplo, &trans, &n, &k, &alpha, a.data(), &a.ld, &beta,
+                                                  x.elements.data(), &c.ld);
         EXPECT_TRUE(x.leaves_the_rest(c));
         expect_equal<T>(x.times_whole(v), a.times(first, a.times(second, v)).times(wide(alpha)).plus(old), k);
         x = c;
-        kernel<Update2>(symbol<T>("syr2k"))(&uplo, &trans, &n, &k, &alpha, a.data(), &a.ld, b.data(), &b.ld, &beta,
-                                            x.elements.data(), &c.ld);
+        kernel<Update2>("blas", symbol<T>("syr2k"))(&uplo, &trans, &n, &k, &alpha, a.data(), &a.ld, b.data(), &b.ld,
+                                                    &beta, x.elements.data(), &c.ld);
         EXPECT_TRUE(x.leaves_the_rest(c));
         const auto both = a.times(first, b.times(second, v)).plus(b.times(first, a.times(second, v)));
         expect_equal<T>(x.times_whole(v), both.times(wide(alpha)).plus(old), 2 * k);

@@ -106,13 +106,12 @@ template <class T, class F> struct Update {
     void call1(const std::string& name) const
     {
         const F f = factor_of<T, F>(alpha);
-        kernel<Syrk<T, F>>("orv_blas_mc3_" + name)(&uplo, &trans, &n, &k, &f, a.data.data(), &a.ld, &beta,
-                                                   c.data.data(), &c.ld);
+        kernel<Syrk<T, F>>("blas", name)(&uplo, &trans, &n, &k, &f, a.data.data(), &a.ld, &beta, c.data.data(), &c.ld);
     }
     void call2(const std::string& name) const
     {
-        kernel<Syr2k<T, F>>("orv_blas_mc3_" + name)(&uplo, &trans, &n, &k, &alpha, a.data.data(), &a.ld, b.data.data(),
-                                                    &b.ld, &beta, c.data.data(), &c.ld);
+        kernel<Syr2k<T, F>>("blas", name)(&uplo, &trans, &n, &k, &alpha, a.data.data(), &a.ld, b.data.data(), &b.ld,
+                                          &beta, c.data.data(), &c.ld);
     }
     // op(A)*op(A)' or the two products of A and B.
     T added(bool twice, i64 i, i64 j) const
@@ -323,8 +322,8 @@ template <class T> struct SymmetricProduct {
     i64 order() const { return fold(side) == 'L' ? m : n; }
     void call(const std::string& name) const
     {
-        kernel<Symm<T>>("orv_blas_mc3_" + name)(&side, &uplo, &m, &n, &alpha, a.data.data(), &a.ld, b.data.data(),
-                                                &b.ld, &beta, c.data.data(), &c.ld);
+        kernel<Symm<T>>("blas", name)(&side, &uplo, &m, &n, &alpha, a.data.data(), &a.ld, b.data.data(), &b.ld, &beta,
+                                      c.data.data(), &c.ld);
     }
     void expect_exact(const std::string& name) const
     {

@@ -103,18 +103,17 @@ template <class T> struct Problem {
     void start(const std::vector<T>& from) const { std::copy(from.begin(), from.end(), b.begin()); }
     void call(const std::string& name) const
     {
-        kernel<Driver<T>>("orv_blas_mc3_" + name)(&o.side, &o.uplo, &o.trans, &o.diag, &m, &n, &alpha, a.data(), &lda,
-                                                  b.data(), &ldb);
+        kernel<Driver<T>>("blas", name)(&o.side, &o.uplo, &o.trans, &o.diag, &m, &n, &alpha, a.data(), &lda, b.data(),
+                                        &ldb);
     }
     void call_plain(const std::string& name) const
     {
         const char upper = o.upper(), is_n = o.plain(), is_t = fold(o.trans) == 'T';
-        kernel<Plain<T>>("orv_blas_mc3_" + name)(&o.side, &upper, &is_n, &is_t, &o.diag, &m, &n, a.data(), &lda,
-                                                 b.data(), &ldb);
+        kernel<Plain<T>>("blas", name)(&o.side, &upper, &is_n, &is_t, &o.diag, &m, &n, a.data(), &lda, b.data(), &ldb);
     }
     void call_letters(const std::string& name) const
     {
-        kernel<ByLetters<T>>("orv_blas_mc3_" + name)(&o.diag, &m, &n, a.data(), &lda, b.data(), &ldb);
+        kernel<ByLetters<T>>("blas", name)(&o.diag, &m, &n, a.data(), &lda, b.data(), &ldb);
     }
     // With the stored triangle of A column after column without gaps.
     void call_packed(const std::string& name) const
@@ -123,8 +122,8 @@ template <class T> struct Problem {
         T* to = packed.data();
         for (i64 j = 0; j < order(); ++j)
             for (i64 i = o.upper() ? 0 : j; i < (o.upper() ? j + 1 : order()); ++i) *to++ = a[i + j * lda];
-        kernel<PackedStorage<T>>("orv_blas_mc3_" + name)(&o.side, &o.uplo, &o.trans, &o.diag, &m, &n, &alpha,
-                                                         packed.data(), b.data(), &ldb);
+        kernel<PackedStorage<T>>("blas", name)(&o.side, &o.uplo, &o.trans, &o.diag, &m, &n, &alpha, packed.data(),
+                                               b.data(), &ldb);
     }
     // B = f*expected, and padding as it was in both.
     void expect(const std::vector<T>& expected, const std::vector<T>& before, T f, const std::string& name) const

@@ -228,15 +228,14 @@ TYPED_TEST(TriangularTest, has_levels_that_work_by_their_records)
                     const i64 first = 0, last = 1;
                     const std::string symbol = name + (o.left() ? "_left" : "_right");
                     x.start(from);
-                    kernel<OneLevel<T>>("orv_blas_mc3_" + symbol)(&upper, &is_n, &is_t, &o.diag, &x.m, &x.n, x.a.data(),
-                                                                  &x.lda, x.b.data(), &x.ldb, levels, &first, &last,
-                                                                  nullptr);
+                    kernel<OneLevel<T>>("blas", symbol)(&upper, &is_n, &is_t, &o.diag, &x.m, &x.n, x.a.data(), &x.lda,
+                                                        x.b.data(), &x.ldb, levels, &first, &last, nullptr);
                     x.expect(to, from, one<T>, symbol);
                     if (order > 16) continue;
                     x.start(from);
-                    kernel<OneLevel<T>>("orv_blas_mc3_" + symbol + "_ker")(&upper, &is_n, &is_t, &o.diag, &x.m, &x.n,
-                                                                           x.a.data(), &x.lda, x.b.data(), &x.ldb,
-                                                                           levels, &last, nullptr, nullptr);
+                    kernel<OneLevel<T>>("blas", symbol + "_ker")(&upper, &is_n, &is_t, &o.diag, &x.m, &x.n, x.a.data(),
+                                                                 &x.lda, x.b.data(), &x.ldb, levels, &last, nullptr,
+                                                                 nullptr);
                     x.expect(to, from, one<T>, symbol + "_ker");
                 }
 }
@@ -294,10 +293,10 @@ TEST(Triangular, has_a_copied_triangle_that_its_blocks_work_on)
             const std::string name = solves ? "dtrsm" : "dtrmm";
             const char upper = o.upper(), is_n = o.plain(), is_t = fold(o.trans) == 'T';
             x.start(from);
-            kernel<Copy>("orv_blas_mc3_" + name + "_copya")(&o.side, &upper, &is_n, &is_t, &o.diag, &order, x.a.data(),
-                                                            &x.lda, packed);
+            kernel<Copy>("blas", name + "_copya")(&o.side, &upper, &is_n, &is_t, &o.diag, &order, x.a.data(), &x.lda,
+                                                  packed);
             const std::string triangle = std::string(o.left() ? "_l" : "_r") + (o.upper() == o.plain() ? 'u' : 'l');
-            kernel<Packed>("orv_blas_mc3_" + name + triangle)(&o.diag, &x.m, &x.n, packed, x.b.data(), &x.ldb, strip);
+            kernel<Packed>("blas", name + triangle)(&o.diag, &x.m, &x.n, packed, x.b.data(), &x.ldb, strip);
             x.expect(to, from, 1.0, name + triangle);
         }
 }
@@ -347,7 +346,7 @@ TYPED_TEST(PackedTriangularTest, copies_a_rectangle_of_packed_columns)
 {
     using T = TypeParam;
     using Copy = void(const char*, const i64*, const i64*, const i64*, const i64*, const i64*, const T*, T*);
-    const auto copy = kernel<Copy>("orv_blas_mc3_" + this->ptrmm() + "_copya");
+    const auto copy = kernel<Copy>("blas", this->ptrmm() + "_copya");
     const i64 order = 9, rows = 3, columns = 2;
     std::vector<T> packed(order * (order + 1) / 2);
     for (std::size_t i = 0; i < packed.size(); ++i) packed[i] = T(i);

@@ -7,7 +7,7 @@ typedef void scal_kernel(const int64_t* n, const double* a, double* x, const int
 
 int main(void)
 {
-    scal_kernel* scal = (scal_kernel*)orv_branch_symbol("orv_blas_mc3_dscal");
+    scal_kernel* scal = (scal_kernel*)orv_kernel("blas", "dscal");
     if (scal == NULL) {
         fprintf(stderr, "%s\n", orv_last_error());
         return 1;

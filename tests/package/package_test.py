@@ -43,7 +43,7 @@ class Package(unittest.TestCase):
     def check_native(self, program, **variables):
         told_version, branch, doubled = run(program, env=variables).split()
         self.assertEqual((told_version, doubled), (version, "6"))
-        self.assertEqual(pathlib.Path(branch).resolve(), (self.prefix / "lib/liborv_mc3.so").resolve())
+        self.assertEqual(pathlib.Path(branch).resolve().parent, (self.prefix / "lib").resolve())
 
     def check_standard(self, program, **variables):
         self.assertEqual(run(program, env=variables), "1 3 2 4")

@@ -1,4 +1,4 @@
-// Kernels as a caller meets them: by symbol name, out of the built branch library.
+// Kernels as a caller meets them: by module and name, out of the built library of the branch that runs here.
 #pragma once
 
 #include "frame/types.h"
@@ -7,13 +7,18 @@
 
 namespace orv::test {
 
-// Address of an exported symbol of the branch; throws with the name if there is none.
+// Addresses of exported symbols; they throw with the name if there is none. A symbol by all its letters; a kernel; a
+// table, which belongs to no module.
 void* branch_symbol(const std::string& name);
+void* kernel_address(const char* module, const std::string& name);
+void* table(const std::string& name);
 
-// kernel<void(const i64*, ...)>("orv_blas_mc3_xdaxpy")
-template <class Signature> Signature* kernel(const std::string& name)
+// kernel<void(const i64*, ...)>("blas", "x", letter<T>, "axpy")
+template <class Signature, class... Parts> Signature* kernel(const char* module, const Parts&... parts)
 {
-    return reinterpret_cast<Signature*>(branch_symbol(name));
+    std::string name;
+    (name += ... += parts);
+    return reinterpret_cast<Signature*>(kernel_address(module, name));
 }
 
 // Letter of an element type in a symbol.

@@ -45,7 +45,7 @@ template <class T> void run(char ordering, char op, u64 rows, u64 cols, T alpha,
               ldb = std::max<u64>(bn, 1) + padb;
     const Storage<T> ab(std::max(extent(m, n, lda), extent(bm, bn, ldb)));
     const std::vector<T> after = expected(op, m, n, alpha, ab, lda, ldb);
-    kernel<Imatcopy<T>>(symbol<T>("imatcopy"))(ordering, op, rows, cols, alpha, ab.data(), lda, ldb);
+    kernel<Imatcopy<T>>("trans", symbol<T>("imatcopy"))(ordering, op, rows, cols, alpha, ab.data(), lda, ldb);
     ASSERT_HOLDS(ab, after) << problem("imatcopy", ordering, op, rows, cols, lda, ldb, alpha);
 }
 
@@ -106,10 +106,10 @@ TYPED_TEST(ImatcopyTest, asks_for_the_ordering_only_where_it_makes_a_difference)
     for (const char op : ops) {
         Storage<T> square(36), oblong(36);
         const std::vector<T> turned = expected(op, 6, 6, scalar<T>(2, 1), square, 6, 6), before = oblong.copy();
-        kernel<Imatcopy<T>>(symbol<T>("imatcopy"))('x', op, 6, 6, scalar<T>(2, 1), square.data(), 6, 6);
+        kernel<Imatcopy<T>>("trans", symbol<T>("imatcopy"))('x', op, 6, 6, scalar<T>(2, 1), square.data(), 6, 6);
         ASSERT_HOLDS(square, turned) << op;
-        kernel<Imatcopy<T>>(symbol<T>("imatcopy"))('x', op, 6, 5, scalar<T>(2, 1), oblong.data(), 6, 6);
-        kernel<Imatcopy<T>>(symbol<T>("imatcopy"))('x', op, 5, 5, scalar<T>(2, 1), oblong.data(), 5, 6);
+        kernel<Imatcopy<T>>("trans", symbol<T>("imatcopy"))('x', op, 6, 5, scalar<T>(2, 1), oblong.data(), 6, 6);
+        kernel<Imatcopy<T>>("trans", symbol<T>("imatcopy"))('x', op, 5, 5, scalar<T>(2, 1), oblong.data(), 5, 6);
         ASSERT_HOLDS(oblong, before) << op;
     }
 }
@@ -117,7 +117,7 @@ TYPED_TEST(ImatcopyTest, asks_for_the_ordering_only_where_it_makes_a_difference)
 TYPED_TEST(ImatcopyTest, takes_letters_in_both_cases_and_no_others)
 {
     using T = TypeParam;
-    auto* f = kernel<Imatcopy<T>>(symbol<T>("imatcopy"));
+    auto* f = kernel<Imatcopy<T>>("trans", symbol<T>("imatcopy"));
     for (int letter = -128; letter < 128; ++letter)
         for (const char ordering : {'R', 'r', 'C', 'c'})
             for (const u64 cols : {4, 5}) {
@@ -138,7 +138,7 @@ TYPED_TEST(ImatcopyTest, offers_cycles_and_moves_by_name)
 {
     using T = TypeParam;
     for (const char op : std::string(is_complex<T> ? "ntrc" : "nt")) {
-        auto* f = kernel<Mipt<T>>(symbol<T>("imatcopy_mipt_") + op);
+        auto* f = kernel<Mipt<T>>("trans", symbol<T>("imatcopy_mipt_") + op);
         for (const u64 rows : {1, 2, 5, 9})
             for (const u64 cols : {1, 7, 8, 9, 16, 17, 25})
                 for (u64 pada = 0; pada <= 18; pada += 3)
@@ -165,7 +165,7 @@ TYPED_TEST(ImatcopyTest, touches_nothing_without_rows_or_columns)
     const Guarded<T> none(0);
     for (const char op : ops)
         for (const auto& [rows, cols] : {std::pair<u64, u64>{0, 5}, {5, 0}, {0, 0}})
-            kernel<Imatcopy<T>>(symbol<T>("imatcopy"))('R', op, rows, cols, one<T>, none.data(), 5, 5);
+            kernel<Imatcopy<T>>("trans", symbol<T>("imatcopy"))('R', op, rows, cols, one<T>, none.data(), 5, 5);
 }
 
 TYPED_TEST(ImatcopyTest, computes_with_special_values_as_with_all_others)
@@ -181,7 +181,7 @@ TYPED_TEST(ImatcopyTest, computes_with_special_values_as_with_all_others)
                     const Storage<T> ab(extent(n, n, ldb));
                     for (u64 i = 0; i < n * n; ++i) ab[i] = scalar<T>(special[i % 8], special[i / 8 % 8]);
                     const std::vector<T> after = expected(op, n, n, alpha, ab, n, ldb);
-                    kernel<Imatcopy<T>>(symbol<T>("imatcopy"))('R', op, n, n, alpha, ab.data(), n, ldb);
+                    kernel<Imatcopy<T>>("trans", symbol<T>("imatcopy"))('R', op, n, n, alpha, ab.data(), n, ldb);
                     ASSERT_HOLDS(ab, after) << problem("imatcopy", 'R', op, n, n, n, ldb, alpha);
                 }
 }

@@ -85,7 +85,7 @@ std::string problem(const char* routine, char ordering, char op, u64 rows, u64 c
     return text.with("rows", rows).with("cols", cols).with("alpha", alpha).with("lda", lda).with("ldb", ldb).text();
 }
 
-template <class T> std::string symbol(const std::string& name) { return "orv_trans_mc3_orv_" + (letter<T> + name); }
+template <class T> std::string symbol(const std::string& name) { return "orv_" + (letter<T> + name); }
 
 // How often kernels asked the core for a team, and what it answers in place of the core: nothing, or a fixed number.
 struct Teams {

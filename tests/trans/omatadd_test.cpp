@@ -51,9 +51,9 @@ template <class T> struct Addition {
         const std::vector<T> after = expected(), a_before = a.copy(), b_before = b.copy();
         SCOPED_TRACE(text());
         const bool by_rows = (rows + cols) % 2 == 0;
-        kernel<Omatadd<T>>(symbol<T>("omatadd"))(by_rows ? 'r' : 'C', opa, static_cast<char>(opb | 0x20),
-                                                 by_rows ? rows : cols, by_rows ? cols : rows, alpha, a.data(), lda,
-                                                 beta, b.data(), ldb, c.data(), ldc);
+        kernel<Omatadd<T>>("trans", symbol<T>("omatadd"))(by_rows ? 'r' : 'C', opa, static_cast<char>(opb | 0x20),
+                                                          by_rows ? rows : cols, by_rows ? cols : rows, alpha, a.data(),
+                                                          lda, beta, b.data(), ldb, c.data(), ldc);
         ASSERT_HOLDS(c, after);
         ASSERT_HOLDS(a, a_before);
         ASSERT_HOLDS(b, b_before);
@@ -95,8 +95,8 @@ TYPED_TEST(OmataddTest, offers_each_pair_by_name)
     for (const std::string& pair : is_complex<T> ? complex : real) {
         const Addition<T> sum(fold(pair[0]), fold(pair[1]), 14, 23, scalar<T>(0.7, -1.3), scalar<T>(2, 0.5), 1, 2, 3);
         const std::vector<T> after = sum.expected();
-        kernel<Pair<T>>(symbol<T>("omatadd_" + pair))(14, 23, sum.alpha, sum.a.data(), sum.lda, sum.beta, sum.b.data(),
-                                                      sum.ldb, sum.c.data(), sum.ldc);
+        kernel<Pair<T>>("trans", symbol<T>("omatadd_" + pair))(14, 23, sum.alpha, sum.a.data(), sum.lda, sum.beta,
+                                                               sum.b.data(), sum.ldb, sum.c.data(), sum.ldc);
         ASSERT_HOLDS(sum.c, after) << pair;
     }
 }
@@ -105,7 +105,7 @@ TYPED_TEST(OmataddTest, leaves_c_alone_for_a_letter_that_is_none)
 {
     using T = TypeParam;
     const auto known = [](int letter, const char* all) { return letter != 0 && std::strchr(all, letter) != nullptr; };
-    auto* f = kernel<Omatadd<T>>(symbol<T>("omatadd"));
+    auto* f = kernel<Omatadd<T>>("trans", symbol<T>("omatadd"));
     const Addition<T> sum('N', 'N', 4, 4, one<T>, one<T>, 0, 0, 0);
     const std::vector<T> before = sum.c.copy();
     for (int letter = -128; letter < 128; ++letter) {
@@ -126,8 +126,8 @@ TYPED_TEST(OmataddTest, touches_nothing_without_rows_or_columns)
     for (const char opa : ops)
         for (const char opb : ops)
             for (const auto& [rows, cols] : {std::pair<u64, u64>{0, 5}, {5, 0}, {0, 0}})
-                kernel<Omatadd<T>>(symbol<T>("omatadd"))('R', opa, opb, rows, cols, one<T>, none.data(), 5, one<T>,
-                                                         none.data(), 5, none.data(), 5);
+                kernel<Omatadd<T>>("trans", symbol<T>("omatadd"))('R', opa, opb, rows, cols, one<T>, none.data(), 5,
+                                                                  one<T>, none.data(), 5, none.data(), 5);
 }
 
 TYPED_TEST(OmataddTest, adds_to_an_operand_in_its_place)
@@ -136,8 +136,8 @@ TYPED_TEST(OmataddTest, adds_to_an_operand_in_its_place)
     for (const char opb : ops) {
         const Addition<T> sum('N', opb, 19, 19, scalar<T>(0.7, -1.3), scalar<T>(-0.4, 0.9), 0, 0, 0);
         const std::vector<T> after = sum.expected();
-        kernel<Omatadd<T>>(symbol<T>("omatadd"))('R', 'N', opb, 19, 19, sum.alpha, sum.a.data(), 19, sum.beta,
-                                                 sum.b.data(), 19, sum.a.data(), 19);
+        kernel<Omatadd<T>>("trans", symbol<T>("omatadd"))('R', 'N', opb, 19, 19, sum.alpha, sum.a.data(), 19, sum.beta,
+                                                          sum.b.data(), 19, sum.a.data(), 19);
         ASSERT_HOLDS(sum.a, after) << opb;
     }
 }

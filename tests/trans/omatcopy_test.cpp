@@ -40,7 +40,7 @@ template <class T> struct Call {
 
     void run(const char* name = "omatcopy2") const
     {
-        auto* f = kernel<Omatcopy2<T>>(symbol<T>(name));
+        auto* f = kernel<Omatcopy2<T>>("trans", symbol<T>(name));
         const u64 m = ordering == 'R' ? rows : cols, n = ordering == 'R' ? cols : rows;
         const u64 bm = turns(op) ? n : m, bn = turns(op) ? m : n;
         const u64 lda = std::max<u64>(n * stridea, 1) + pada, ldb = std::max<u64>(bn * strideb, 1) + padb;
@@ -51,7 +51,8 @@ template <class T> struct Call {
         text.with("rows", rows).with("cols", cols).with("alpha", alpha).with("lda", lda).with("stridea", stridea);
         SCOPED_TRACE(text.with("ldb", ldb).with("strideb", strideb).text());
         if (stridea == 1 && strideb == 1 && std::strcmp(name, "omatcopy2") == 0)
-            kernel<Omatcopy<T>>(symbol<T>("omatcopy"))(ordering, op, rows, cols, alpha, a.data(), lda, b.data(), ldb);
+            kernel<Omatcopy<T>>("trans", symbol<T>("omatcopy"))(ordering, op, rows, cols, alpha, a.data(), lda,
+                                                                b.data(), ldb);
         else f(ordering, op, rows, cols, alpha, a.data(), lda, stridea, b.data(), ldb, strideb);
         ASSERT_HOLDS(b, after);
         ASSERT_HOLDS(a, before);
@@ -129,7 +130,7 @@ TYPED_TEST(OmatcopyTest, turns_one_column_whatever_the_distance_of_rows_it_becom
         for (const u64 ldb : {0, 1}) {
             const Storage<T> a(extent(rows, 1, 3)), b(rows);
             const std::vector<T> after = expected('T', rows, 1, one<T>, a, 3, 1, b, ldb, 1);
-            kernel<Body<T>>(symbol<T>("omatcopy2_t"))(rows, 1, one<T>, a.data(), 3, 1, b.data(), ldb, 1);
+            kernel<Body<T>>("trans", symbol<T>("omatcopy2_t"))(rows, 1, one<T>, a.data(), 3, 1, b.data(), ldb, 1);
             ASSERT_HOLDS(b, after) << rows << ' ' << ldb;
         }
 }
@@ -165,7 +166,7 @@ TYPED_TEST(OmatcopyTest, offers_each_operation_by_name)
 {
     using T = TypeParam;
     for (const char op : std::string(is_complex<T> ? "NTRC" : "NT")) {
-        auto* f = kernel<Body<T>>(symbol<T>("omatcopy2_") + static_cast<char>(op | 0x20));
+        auto* f = kernel<Body<T>>("trans", symbol<T>("omatcopy2_") + static_cast<char>(op | 0x20));
         for (const u64 stride : {1, 2})
             for (const T alpha : {one<T>, scalar<T>(3, 0.25)}) {
                 const u64 rows = 19, cols = 10, lda = 23, ldb = turns(op) ? 20 * stride : 10 * stride;
@@ -198,8 +199,10 @@ TYPED_TEST(OmatcopyTest, takes_letters_in_both_cases_and_no_others)
                     valid ? expected(fold(t), by_rows ? rows : cols, by_rows ? cols : rows, alpha, a, ld, 1, b, ld, 1)
                           : b.copy();
                 if (name[8] == '\0')
-                    kernel<Omatcopy<T>>(symbol<T>(name))(o, t, rows, cols, alpha, a.data(), ld, b.data(), ld);
-                else kernel<Omatcopy2<T>>(symbol<T>(name))(o, t, rows, cols, alpha, a.data(), ld, 1, b.data(), ld, 1);
+                    kernel<Omatcopy<T>>("trans", symbol<T>(name))(o, t, rows, cols, alpha, a.data(), ld, b.data(), ld);
+                else
+                    kernel<Omatcopy2<T>>("trans", symbol<T>(name))(o, t, rows, cols, alpha, a.data(), ld, 1, b.data(),
+                                                                   ld, 1);
                 ASSERT_HOLDS(b, after) << name << ' ' << ordering << ' ' << trans;
             }
 }
@@ -236,7 +239,7 @@ TYPED_TEST(OmatcopyTest, passes_its_arguments_to_the_team_as_they_came)
     // A letter that is none goes to the team too, which leaves B alone.
     const Storage<T> a(100 * 100), b(100 * 100);
     const std::vector<T> before = b.copy();
-    kernel<Omatcopy<T>>(symbol<T>("omatcopy"))('R', 'x', 100, 100, one<T>, a.data(), 100, b.data(), 100);
+    kernel<Omatcopy<T>>("trans", symbol<T>("omatcopy"))('R', 'x', 100, 100, one<T>, a.data(), 100, b.data(), 100);
     EXPECT_EQ(teams().last_copy, "Rx 100 100 100 1 100 1");
     ASSERT_HOLDS(b, before);
 }
@@ -254,11 +257,12 @@ TYPED_TEST(OmatcopyTest, touches_nothing_without_rows_or_columns)
     const Guarded<T> none(0);
     for (const char op : ops)
         for (const auto& [rows, cols] : {std::pair<u64, u64>{0, 5}, {5, 0}, {0, 0}}) {
-            kernel<Omatcopy<T>>(symbol<T>("omatcopy"))('R', op, rows, cols, one<T>, none.data(), 5, none.data(), 5);
-            kernel<Omatcopy2<T>>(symbol<T>("omatcopy2"))('C', op, rows, cols, one<T>, none.data(), 5, 2, none.data(), 5,
-                                                         2);
-            kernel<Omatcopy2<T>>(symbol<T>("omatcopy2_seq"))('C', op, rows, cols, one<T>, none.data(), 5, 1,
-                                                             none.data(), 5, 1);
+            kernel<Omatcopy<T>>("trans", symbol<T>("omatcopy"))('R', op, rows, cols, one<T>, none.data(), 5,
+                                                                none.data(), 5);
+            kernel<Omatcopy2<T>>("trans", symbol<T>("omatcopy2"))('C', op, rows, cols, one<T>, none.data(), 5, 2,
+                                                                  none.data(), 5, 2);
+            kernel<Omatcopy2<T>>("trans", symbol<T>("omatcopy2_seq"))('C', op, rows, cols, one<T>, none.data(), 5, 1,
+                                                                      none.data(), 5, 1);
         }
 }
 
@@ -276,7 +280,8 @@ TYPED_TEST(OmatcopyTest, computes_with_special_values_as_with_all_others)
             for (u64 i = 0; i < rows * cols; ++i) a[i] = scalar<T>(special[i % 8], special[i / 8 % 8]);
             const u64 ldb = turns(op) ? rows : cols;
             const std::vector<T> after = expected(op, rows, cols, alpha, a, cols, 1, b, ldb, 1);
-            kernel<Omatcopy<T>>(symbol<T>("omatcopy"))('R', op, rows, cols, alpha, a.data(), cols, b.data(), ldb);
+            kernel<Omatcopy<T>>("trans", symbol<T>("omatcopy"))('R', op, rows, cols, alpha, a.data(), cols, b.data(),
+                                                                ldb);
             ASSERT_HOLDS(b, after) << problem("omatcopy", 'R', op, rows, cols, cols, ldb, alpha);
         }
 }
@@ -288,7 +293,7 @@ TYPED_TEST(OmatcopyTest, moves_every_bit_when_it_transposes_by_one)
     const Storage<T> a(n * n), b(n * n);
     auto* raw = reinterpret_cast<unsigned char*>(a.data()); // all kinds of NaN among them
     for (u64 i = 0; i < bytes; ++i) raw[i] = static_cast<unsigned char>(i % 5 == 0 ? 0xff : i * 37);
-    kernel<Omatcopy<T>>(symbol<T>("omatcopy"))('R', 'T', n, n, one<T>, a.data(), n, b.data(), n);
+    kernel<Omatcopy<T>>("trans", symbol<T>("omatcopy"))('R', 'T', n, n, one<T>, a.data(), n, b.data(), n);
     for (u64 i = 0; i < n; ++i)
         for (u64 j = 0; j < n; ++j) ASSERT_EQ(std::memcmp(&a[i * n + j], &b[j * n + i], sizeof(T)), 0) << i << ' ' << j;
 }
@@ -297,7 +302,7 @@ TYPED_TEST(OmatcopyTest, yields_nan_for_a_factor_that_is_nan)
 {
     using T = TypeParam;
     const Storage<T> a(100), b(100);
-    kernel<Body<T>>(symbol<T>("omatcopy2_t"))(10, 10, scalar<T>(NAN, 0), a.data(), 10, 1, b.data(), 10, 1);
+    kernel<Body<T>>("trans", symbol<T>("omatcopy2_t"))(10, 10, scalar<T>(NAN, 0), a.data(), 10, 1, b.data(), 10, 1);
     for (u64 i = 0; i < 100; ++i) EXPECT_FALSE(b[i] == b[i]) << i;
 }
 

@@ -248,7 +248,7 @@ TEST(ExtendedArguments, with_an_unknown_precision_do_nothing_silently_in_most_fa
 std::vector<Report> report(const char* name, std::initializer_list<std::pair<const char*, i64>> changes,
                            bool writes = false)
 {
-    const Member m("orv_xblas_mc3_" + std::string(name));
+    const Member m(name);
     Caller call(m);
     Arguments arguments;
     for (const auto& [argument, value] : changes) arguments.value[argument] = value;
@@ -325,8 +325,8 @@ TEST(ExtendedTbsv, with_only_a_unit_diagonal_returns_at_once)
 
 TEST(ExtendedFpinfo, describes_every_precision)
 {
-    const auto c = kernel<i64(int, int)>("orv_xblas_mc3_BLAS_fpinfo_x");
-    const auto fortran = kernel<i64(const int*, const int*)>("orv_xblas_mc3_blas_fpinfo_x");
+    const auto c = kernel<i64(int, int)>("xblas", "BLAS_fpinfo_x");
+    const auto fortran = kernel<i64(const int*, const int*)>("xblas", "blas_fpinfo_x");
     const std::map<int, std::vector<i64>> table{{211, {2, 24, 1, 1, -126, 127}},
                                                 {212, {2, 53, 1, 1, -1022, 1023}},
                                                 {213, {2, 53, 1, 1, -1022, 1023}},
@@ -342,8 +342,8 @@ TEST(ExtendedFpinfo, describes_every_precision)
 
 TEST(ExtendedMemory, stands_on_a_boundary_of_128_bytes)
 {
-    const auto take = kernel<void*(i64)>("orv_xblas_mc3_blas_malloc");
-    const auto give = kernel<void(void*)>("orv_xblas_mc3_blas_free");
+    const auto take = kernel<void*(i64)>("xblas", "blas_malloc");
+    const auto give = kernel<void(void*)>("xblas", "blas_free");
     void* block = take(1000);
     ASSERT_NE(block, nullptr);
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 128, 0u);

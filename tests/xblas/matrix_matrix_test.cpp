@@ -149,7 +149,7 @@ TEST(ExtendedSymm, follows_its_order_of_operations_hermitian_ones_with_a_real_di
 // Called as from C, column-major where not said otherwise: 2 by 2 by k.
 double dgemm(i64 order, i64 k, double alpha, double beta, double c, i64 prec)
 {
-    const Member m("orv_xblas_mc3_BLAS_dgemm_x");
+    const Member m("BLAS_dgemm_x");
     Array a('d', 16), b('d', 16), result('d', 16), by = scalar('d', alpha, 0), with = scalar('d', beta, 0);
     for (i64 i = 0; i < 16; ++i) a.set(i, 1, 0), b.set(i, 1, 0), result.set(i, c, 0);
     Call(m)
@@ -185,7 +185,7 @@ TEST(ExtendedGemm, keeps_a_nan_in_c_when_alpha_and_beta_are_zero)
 
 TEST(ExtendedGemm, takes_an_unknown_order_as_row_major)
 {
-    const Member m("orv_xblas_mc3_BLAS_dgemm_x");
+    const Member m("BLAS_dgemm_x");
     Random random(33);
     const Stored a('d', 3, 4, full(row_major, 4), random), b('d', 4, 5, full(row_major, 5), random);
     const Array by = scalar('d', 1, 0), none = scalar('d', 0, 0);

@@ -19,21 +19,18 @@ constexpr i64 row_major = 101, column_major = 102, no_trans = 111, trans = 112, 
               lower = 122, non_unit = 131, unit = 132, left = 141, right = 142, conj = 191, no_conj = 192, single = 211,
               double_ = 212, indigenous = 213, extra = 214;
 
-// orv_xblas_mc3_BLAS_zgemv_d_z_x: for_c, type z, op gemv, first d, second z, has_prec.
+// BLAS_zgemv_d_z_x: for_c, type z, op gemv, first d, second z, has_prec.
 struct Member {
-    std::string symbol, name, op;
-    bool for_c = false, has_prec = false;
+    std::string name, op;
+    bool for_c, has_prec = false;
     char type = '?', first = '?', second = '?';
 
     bool is_complex() const { return type == 'c' || type == 'z'; }
     bool is_narrow() const { return type == 's' || type == 'c'; }
 
-    explicit Member(const std::string& symbol) : symbol(symbol)
+    explicit Member(const std::string& name) : name(name), for_c(name.starts_with("BLAS_"))
     {
-        const std::string prefix = "orv_xblas_mc3_";
-        name = symbol.substr(prefix.size());
-        for_c = name.starts_with("BLAS_");
-        if (symbol.find(prefix) != 0 || (!for_c && !name.starts_with("blas_"))) throw std::runtime_error(symbol);
+        if (!for_c && !name.starts_with("blas_")) throw std::runtime_error(name);
         std::string rest = name.substr(5);
         if (rest.ends_with("_x")) has_prec = true, rest.resize(rest.size() - 2);
         type = first = second = rest[0];
@@ -74,11 +71,12 @@ inline std::vector<Member> members(const std::string& op = "")
 {
     static const std::set<std::string> service{"BLAS_error", "blas_malloc", "blas_free", "BLAS_fpinfo_x",
                                                "blas_fpinfo_x"};
+    const std::string prefix = "orv_xblas_mc3_"; // the lists are those of this branch; all have the same names
     std::vector<Member> all;
     std::ifstream list(ORV_XBLAS_NAMES);
     for (std::string line; std::getline(list, line);) {
-        if (!line.starts_with("orv_xblas_mc3_") || service.contains(line.substr(14))) continue;
-        Member m(line);
+        if (!line.starts_with(prefix) || service.contains(line.substr(prefix.size()))) continue;
+        Member m(line.substr(prefix.size()));
         if (op.empty() || m.op == op) all.push_back(m);
     }
     return all;
@@ -180,8 +178,8 @@ public:
         double alpha = scalars_.empty() ? 0 : scalars_[0], beta = scalars_.size() < 2 ? 0 : scalars_[1];
         const auto with = [&]<class R>(R a, R b) {
             using F = void(R, R, i64, i64, i64, i64, i64, i64, i64, i64, i64, i64, i64, i64, i64, i64, i64, i64);
-            kernel<F>(m_.symbol)(a, b, v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7], v[8], v[9], v[10], v[11], v[12],
-                                 v[13], v[14], v[15]);
+            kernel<F>("xblas", m_.name)(a, b, v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7], v[8], v[9], v[10], v[11],
+                                        v[12], v[13], v[14], v[15]);
         };
         if (m_.type == 's') with(static_cast<float>(alpha), static_cast<float>(beta));
         else with(alpha, beta);

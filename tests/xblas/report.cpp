@@ -1,4 +1,5 @@
-#include "frame/symbol.h"
+#include "core/branch/branches.h"
+#include "frame/export.h"
 #include "tests/xblas/problem.h"
 
 namespace orv::test::extended {
@@ -9,7 +10,10 @@ std::vector<Report>& reports()
 }
 } // namespace orv::test::extended
 
-ORV_EXPORT void orv_xblas_mc3_BLAS_error(const char* routine, orv::i64 code, orv::i64 value, const char* form, ...)
-{
-    orv::test::extended::reports().push_back({routine, code, value, form ? form : "null"});
-}
+#define REPORT(tag, code, needs)                                                                                       \
+    ORV_EXPORT void orv_xblas_##tag##_BLAS_error(const char* routine, orv::i64 number, orv::i64 value,                 \
+                                                 const char* form, ...)                                                \
+    {                                                                                                                  \
+        orv::test::extended::reports().push_back({routine, number, value, form ? form : "null"});                      \
+    }
+ORV_EACH_BRANCH(REPORT)

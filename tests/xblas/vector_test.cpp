@@ -140,7 +140,7 @@ TEST(ExtendedWaxpby, follows_its_order_of_operations)
 TEST(ExtendedWaxpby, may_write_onto_an_input)
 {
     Random random(5);
-    const Member m("orv_xblas_mc3_BLAS_dwaxpby_x");
+    const Member m("BLAS_dwaxpby_x");
     const Array alpha = scalar('d', 3, 0), beta = scalar('d', -0.1, 0);
     for (const bool onto_x : {true, false}) {
         const Vector x('d', 9, 1, random), y('d', 9, 1, random), w('d', 9, 1, random);
@@ -165,8 +165,8 @@ TEST(ExtendedWaxpby, may_write_onto_an_input)
 double ddot(const std::vector<double>& x, const std::vector<double>& y, i64 prec, double alpha, double beta, double r)
 {
     using F = void(int, i64, double, const double*, i64, double, const double*, i64, double*, int);
-    kernel<F>("orv_xblas_mc3_BLAS_ddot_x")(192, static_cast<i64>(x.size()), alpha, x.data(), 1, beta, y.data(), 1, &r,
-                                           static_cast<int>(prec));
+    kernel<F>("xblas", "BLAS_ddot_x")(192, static_cast<i64>(x.size()), alpha, x.data(), 1, beta, y.data(), 1, &r,
+                                      static_cast<int>(prec));
     return r;
 }
 

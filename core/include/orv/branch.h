@@ -23,4 +23,7 @@ ORV_API const char* orv_branch_path(void);
    It stays valid as long as liborv.so is loaded. */
 ORV_API void* orv_branch_symbol(const char* name);
 
+/* The same by module and name, whatever branch runs: orv_kernel("blas", "xddot"). */
+ORV_API void* orv_kernel(const char* module, const char* name);
+
 #endif
