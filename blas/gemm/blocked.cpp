@@ -285,18 +285,18 @@ template <class T> int multiply_in_order(i32 version, Product<T> x, Desc<T>* des
 
 } // namespace
 
-template <class T> void blocked(const Product<T>& x)
+template <class T> void blocked(const Product<T>& x, i32 kernel)
 {
     Desc<T> desc;
     zero_desc(&desc);
-    get_optimal_kernel(&desc);
+    get_kernel(kernel, &desc);
     desc.get_blks_size(&x.m, &x.n, &x.k, &desc);
     desc.version = get_kernel_version(x.n, x.k, &desc);
     multiply_in_blocks(*find_order(desc.version), x, &desc);
 }
 
 #define BLOCKED(t, T)                                                                                                  \
-    template void blocked(const Product<T>&);                                                                          \
+    template void blocked(const Product<T>&, i32);                                                                     \
     ORV_EXPORT int BLAS(x##t##gemm_par)(ORV_GEMM_ARGUMENTS(T), i32 version, Desc<T> * desc)                            \
     {                                                                                                                  \
         return multiply_in_order(version, product_of(ORV_GEMM_PASS), desc);                                            \

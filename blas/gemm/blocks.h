@@ -2,16 +2,19 @@
 #pragma once
 
 #include "blas/gemm/driver.h"
+#include "blas/gemm/tables.h"
 #include "frame/serv.h"
 
 namespace orv::gemm {
 
-// The entry of the table of best kernels: 1 on one processor, for the types that have two kernels.
-template <class T> int best_entry()
+// The index of the kernel for this processor. The table of the best has two entries: 1 is for one processor, of which
+// only types that have two kernels ask.
+template <class T> i32 best_kernel()
 {
-    constexpr int second_record_processor = 0x42;
-    if constexpr (sizes<T>.n_kernels > 1) return orv_serv_get_microarchitecture() == second_record_processor;
-    else return 0;
+    constexpr int second_entry_processor = 0x42;
+    const i32* const best = best_kernels(static_cast<const Desc<T>*>(nullptr));
+    if constexpr (sizes<T>.n_kernels > 1) return best[orv_serv_get_microarchitecture() == second_entry_processor];
+    else return best[0];
 }
 
 // Depth of a block. Panels are 256 deep, so that a panel pair of d fills half of a 32 KiB first-level cache with room

@@ -1,6 +1,5 @@
 // The descriptor that binds a call to a kernel record.
 #include "blas/gemm/blocks.h"
-#include "blas/gemm/tables.h"
 
 namespace orv::gemm {
 
@@ -20,8 +19,6 @@ template <class T> void zero_desc(Desc<T>* desc)
     desc->scratch_buffer = nullptr;
     desc->scratch_bytes = desc->scratch_align_shift = 0;
 }
-
-namespace {
 
 // Binds a record; 1 if there is none of that index. Block sizes that the caller has set stay.
 template <class T> int get_kernel(i32 index, Desc<T>* desc)
@@ -43,12 +40,7 @@ template <class T> int get_kernel(i32 index, Desc<T>* desc)
     return 0;
 }
 
-} // namespace
-
-template <class T> int get_optimal_kernel(Desc<T>* desc)
-{
-    return get_kernel(best_kernels(desc)[best_entry<T>()], desc);
-}
+template <class T> int get_optimal_kernel(Desc<T>* desc) { return get_kernel(best_kernel<T>(), desc); }
 
 template <class T> int get_kernel_version(i64 n, i64 k, const Desc<T>* desc)
 {
@@ -71,6 +63,7 @@ VERSION(z, cpx<double>)
 
 #define DESCRIPTOR(t, T)                                                                                               \
     template void zero_desc(Desc<T>*);                                                                                 \
+    template int get_kernel(i32, Desc<T>*);                                                                            \
     template int get_optimal_kernel(Desc<T>*);                                                                         \
     template int get_kernel_version(i64, i64, const Desc<T>*);                                                         \
     ORV_EXPORT void BLAS(t##gemm_zero_desc)(Desc<T> * desc) { zero_desc(desc); }                                       \

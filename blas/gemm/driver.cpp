@@ -1,6 +1,5 @@
 // C := alpha*op(A)*op(B) + beta*C: the order of early exits, and which of the bodies serves.
-#include "blas/gemm/driver.h"
-
+#include "blas/gemm/blocks.h"
 #include "blas/ger.h"
 #include "frame/simd.h"
 #include "frame/symbol.h"
@@ -29,6 +28,7 @@ template <class T> bool is_tiny(i64 m, i64 n, i64 k)
 template <class T> [[gnu::noinline]] void larger_product(ORV_GEMM_ARGUMENTS(T))
 {
     Product<T> x = product_of(ORV_GEMM_PASS);
+    const i32 kernel = best_kernel<T>(); // the service layer is asked here, whichever way the product goes on
     constexpr const Sizes& s = sizes<T>; // the granules are the same for all kernels of a type
     if constexpr (s.rank_one)
         if (x.k == 1) {
@@ -41,7 +41,7 @@ template <class T> [[gnu::noinline]] void larger_product(ORV_GEMM_ARGUMENTS(T))
 
     if (x.beta != one<T> && x.beta != zero<T>) mscale(x.m, x.n, x.beta, x.c, x.ldc), x.beta = one<T>;
     if (is_better_in_place(x)) in_place(x);
-    else blocked(x);
+    else blocked(x, kernel);
 }
 
 template <class T, Gemm<T>* small> ORV_INLINE void product(ORV_GEMM_ARGUMENTS(T))

@@ -71,6 +71,7 @@ template <class T> Product<T> product_of(ORV_GEMM_ARGUMENTS(T))
 }
 
 template <class T> void zero_desc(Desc<T>* desc);
+template <class T> int get_kernel(i32 index, Desc<T>* desc);
 template <class T> int get_optimal_kernel(Desc<T>* desc);
 template <class T> int get_kernel_version(i64 n, i64 k, const Desc<T>* desc);
 
@@ -81,7 +82,7 @@ template <class T> void mscale(i64 m, i64 n, T beta, T* c, i64 ldc);
 
 // C := alpha*op(A)*op(B) + beta*C for a beta of 0 or 1 and an alpha that is not 0, in packed blocks (blocked.cpp), or
 // with the operands where they stand (in_place.cpp): to the same bits, and whether that is faster.
-template <class T> void blocked(const Product<T>& x);
+template <class T> void blocked(const Product<T>& x, i32 kernel);
 template <class T> void in_place(const Product<T>& x);
 template <class T> bool is_better_in_place(const Product<T>& x);
 

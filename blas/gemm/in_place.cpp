@@ -12,7 +12,6 @@ namespace {
 template <class T> T* take_block(i64 m, i64 n, i64 k, i64 kb)
 {
     constexpr const Sizes& s = sizes<T>;
-    best_entry<T>();
     const i64 rows = min(m, row_block<T>()), columns = min(n, column_block<T>(n, s.n_unit)), depth = min(k, kb);
     const AreaBytes bytes(round_up(rows, s.m_unit), round_up(columns, s.n_unit), round_up(depth, s.k_unit), sizeof(T),
                           s.n_unit * s.scratch_factor);

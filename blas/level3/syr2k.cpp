@@ -70,7 +70,8 @@ template <class T, Kind kind> bool adds(const Update2<T, kind>& x) { return x.n 
         const T *b, const i64 *ldb, const Factor<T, Kind::kind>*beta, T *c, const i64 *ldc
 #define SYR2K_RECORD(T, kind)                                                                                          \
     Update2<T, Kind::kind> { upper, fold(*trans) == 'N', *n, *k, *alpha, a, *lda, b, *ldb, c, *ldc }
-#define SYR2K(stem, T, kind, bytes)                                                                                    \
+// The last column: under which name missing memory is reported.
+#define SYR2K(stem, T, kind, bytes, family)                                                                            \
     ORV_EXPORT void BLAS(stem##_nobufs)(SYR2K_ARGUMENTS(T, kind))                                                      \
     {                                                                                                                  \
         const bool upper = fold(*uplo) == 'U';                                                                         \
@@ -80,7 +81,7 @@ template <class T, Kind kind> bool adds(const Update2<T, kind>& x) { return x.n 
     }                                                                                                                  \
     ORV_EXPORT void BLAS(x##stem)(SYR2K_ARGUMENTS(T, kind))                                                            \
     {                                                                                                                  \
-        static constexpr Request request{128, bytes, 128, "x" #stem};                                                  \
+        static constexpr Request request{128, bytes, 128, family};                                                     \
         const bool upper = fold(*uplo) == 'U';                                                                         \
         scale_triangle<T, Kind::kind>(upper, *n, *beta, c, *ldc);                                                      \
         const auto x = SYR2K_RECORD(T, kind);                                                                          \
@@ -88,11 +89,11 @@ template <class T, Kind kind> bool adds(const Update2<T, kind>& x) { return x.n 
         if (!with_square<T>(request, [&](const Square<T>& square) { walk(x, square); })) without_memory(x);            \
     }
 
-SYR2K(ssyr2k, float, symmetric, 0x20000)
-SYR2K(dsyr2k, double, symmetric, 0x20000)
-SYR2K(csyr2k, cpx<float>, symmetric, 0x20000)
-SYR2K(zsyr2k, cpx<double>, symmetric, 0x40000)
-SYR2K(cher2k, cpx<float>, hermitian, 0x20000)
-SYR2K(zher2k, cpx<double>, hermitian, 0x40000)
+SYR2K(ssyr2k, float, symmetric, 0x20000, "xdsyr2k")
+SYR2K(dsyr2k, double, symmetric, 0x20000, "xdsyr2k")
+SYR2K(csyr2k, cpx<float>, symmetric, 0x20000, "xcsyr2k")
+SYR2K(zsyr2k, cpx<double>, symmetric, 0x40000, "xcsyr2k")
+SYR2K(cher2k, cpx<float>, hermitian, 0x20000, "xcher2k")
+SYR2K(zher2k, cpx<double>, hermitian, 0x40000, "xcher2k")
 
 } // namespace orv::level3

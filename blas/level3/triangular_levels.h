@@ -88,9 +88,10 @@ template <Task task, class T> struct WorkBlock {
     static constexpr i64 all = gemm::room(bytes.a, Bytes::page_shift) + gemm::room(bytes.scratch, Bytes::line_shift) +
                                gemm::room(bytes.b, Bytes::page_shift);
 
+    i32 kernel;
     T *a, *scratch, *b;
 
-    explicit WorkBlock(void* block)
+    WorkBlock(i32 best_kernel, void* block) : kernel(best_kernel)
     {
         auto front = reinterpret_cast<std::uintptr_t>(block);
         const auto take = [&](i64 size, i64 shift) {
@@ -103,12 +104,13 @@ template <Task task, class T> struct WorkBlock {
     }
 };
 
-// Runs body(work); false, and nothing done, if there is no memory.
+// Runs body(work); false, and nothing done, if there is no memory. The kernel is chosen before the memory is taken.
 template <Task task, class T, class Body> bool with_work_block(const Body& body)
 {
+    const i32 kernel = gemm::best_kernel<T>();
     void* const block = orv_serv_allocate(WorkBlock<task, T>::all, 128);
     if (orv_serv_check_ptr(block, plan<task>.routine, routine_length) != 0) return false;
-    body(WorkBlock<task, T>(block));
+    body(WorkBlock<task, T>(kernel, block));
     orv_serv_deallocate(block);
     return true;
 }
@@ -126,7 +128,7 @@ void walk(const Triangular<T>& x, const Cut (&cuts)[count], i64 first, const Wor
     if constexpr (task == Task::solve) {
         Desc<T> desc;
         gemm::zero_desc(&desc);
-        gemm::get_optimal_kernel(&desc);
+        gemm::get_kernel(work.kernel, &desc);
         desc.version = gemm::b_unpacked;
         walk_level<task>(x, Levels<T>{levels, first, count - 1, &desc});
     } else walk_level<task>(x, Levels<T>{levels, first, count - 1, nullptr});

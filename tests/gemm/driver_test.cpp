@@ -403,6 +403,31 @@ TEST(Gemm, makes_the_same_product_without_memory)
     });
 }
 
+TEST(Gemm, asks_once_which_processor_it_runs_on_unless_the_product_is_empty_or_tiny)
+{
+    const auto asked = [](i64 m, i64 n, i64 k, double alpha, double beta) {
+        ProbeScope probe;
+        Multiplied<double>(Problem<double>{'n', 't', m, n, k, alpha, beta});
+        return probe->microarchitecture_asked;
+    };
+    EXPECT_EQ(asked(0, 9, 9, 2, 2), 0);
+    EXPECT_EQ(asked(9, 0, 9, 2, 2), 0);
+    EXPECT_EQ(asked(10, 10, 10, 2, 1), 0) << "tiny";
+    EXPECT_EQ(asked(10, 10, 10, 2, 2), 1) << "to be scaled";
+    EXPECT_EQ(asked(10, 10, 0, 2, 1), 1) << "no depth";
+    EXPECT_EQ(asked(11, 9, 1, 2, 1), 1) << "an update of rank one";
+    EXPECT_EQ(asked(11, 9, 1, 0, 2), 1) << "alpha of zero";
+    EXPECT_EQ(asked(11, 9, 40, 0, 1), 1) << "nothing to be done";
+    EXPECT_EQ(asked(1, 40, 40, 2, 1), 1) << "fewer rows than a granule";
+    EXPECT_EQ(asked(40, 7, 40, 2, 1), 1) << "fewer columns";
+    EXPECT_EQ(asked(40, 40, 3, 2, 1), 1) << "less deep";
+    EXPECT_EQ(asked(40, 30, 20, 2, 2), 1) << "in place";
+    EXPECT_EQ(asked(150, 140, 130, 2, 2), 1) << "in blocks";
+    ProbeScope probe;
+    Multiplied<float>(Problem<float>{'n', 't', 40, 30, 20, 2, 2});
+    EXPECT_EQ(probe->microarchitecture_asked, 0) << "one kernel only";
+}
+
 TEST(Gemm, asks_for_one_block_aligned_to_128)
 {
     const i64 m = 50, n = 40, k = 30; // 52 deep; panels of 50 rows and 40 columns

@@ -280,13 +280,24 @@ TEST(Syrk, asks_for_one_square_in_its_innermost_part)
     EXPECT_TRUE(std::none_of(s.second.begin(), s.second.end(), [](const std::string& n) { return n != "xgemm"; }));
 }
 
-TEST(Syr2k, asks_for_one_square)
+TEST(Syr2k, asks_for_one_square_under_the_name_of_its_family)
 {
-    Update<double, double> x('U', 'T', 30, 5, 2, 3);
-    ProbeScope service;
-    x.call2("xdsyr2k");
-    EXPECT_EQ(service->asked_bytes[0], 0x20000);
-    EXPECT_EQ(service->checked[0], "xdsyr2k");
+    const auto expect_asks = [](const char* routine, auto element, auto factor, i64 bytes, const char* name) {
+        using T = decltype(element);
+        Update<T, decltype(factor)> x('U', 'T', 30, 5, number<T>(2), number<T>(3));
+        ProbeScope service;
+        x.call2(routine);
+        EXPECT_EQ(service->asked_bytes[0], bytes) << routine;
+        EXPECT_EQ(service->checked[0], name) << routine;
+    };
+    using C = cpx<float>;
+    using Z = cpx<double>;
+    expect_asks("xssyr2k", float(), float(), 0x20000, "xdsyr2k");
+    expect_asks("xdsyr2k", double(), double(), 0x20000, "xdsyr2k");
+    expect_asks("xcsyr2k", C(), C(), 0x20000, "xcsyr2k");
+    expect_asks("xzsyr2k", Z(), Z(), 0x40000, "xcsyr2k");
+    expect_asks("xcher2k", C(), float(), 0x20000, "xcher2k");
+    expect_asks("xzher2k", Z(), double(), 0x40000, "xcher2k");
 }
 
 // ---- Products -------------------------------------------------------------------------------------------------------

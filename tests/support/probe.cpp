@@ -97,6 +97,7 @@ PROBE_EXPORT int orv_serv_cbwr_get(int selector)
 
 PROBE_EXPORT int orv_serv_get_microarchitecture()
 {
+    if (probe().active) ++probe().microarchitecture_asked;
     if (probe().microarchitecture) return *probe().microarchitecture;
     return test::next<int()>("orv_serv_get_microarchitecture")();
 }

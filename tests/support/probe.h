@@ -24,7 +24,7 @@ struct Probe {
     std::vector<i64> asked_bytes, asked_alignments;
 
     std::optional<int> reproducibility, microarchitecture; // answers in place of the core's
-    int reproducibility_asked = 0;
+    int reproducibility_asked = 0, microarchitecture_asked = 0;
     std::optional<std::vector<i32>> cache; // entries from 0 on
 };
 
