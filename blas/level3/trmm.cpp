@@ -4,7 +4,8 @@
 //   transa  N: op(A) = A; C: the conjugate transpose of complex matrices; anything else: the transpose
 //   diag    U: ones on the diagonal, which is not read
 //
-// An alpha of 0 clears B and reads nothing. Without work memory B stays as it came.
+// An alpha of 0 clears B and reads nothing. Without work memory B stays as it came, and the result is 1,
+// else 0.
 #include "blas/level3/trmm.h"
 
 namespace orv::level3 {
@@ -39,11 +40,11 @@ template <class T> bool multiply_triangle(const Triangular<T>& x, T alpha)
     });
 }
 
-template <class T> void multiply(const Triangular<T>& x, T alpha)
+template <class T> Done multiply(const Triangular<T>& x, T alpha)
 {
-    if (x.order <= 0 || x.others <= 0) return;
-    if (alpha == zero<T>) scale(x, alpha);
-    else multiply_triangle(x, alpha);
+    if (x.order <= 0 || x.others <= 0) return Done::yes;
+    if (alpha == zero<T>) return scale(x, alpha), Done::yes;
+    return multiply_triangle(x, alpha) ? Done::yes : Done::no_memory;
 }
 
 } // namespace
@@ -56,9 +57,9 @@ template void triangular_product(const Triangular<float>&);
 template void triangular_product(const Triangular<double>&);
 
 #define TRMM(t, T)                                                                                                     \
-    ORV_EXPORT void BLAS(x##t##trmm)(TRIANGULAR_ARGUMENTS(T))                                                          \
+    ORV_EXPORT Done BLAS(x##t##trmm)(TRIANGULAR_ARGUMENTS(T))                                                          \
     {                                                                                                                  \
-        multiply(                                                                                                      \
+        return multiply(                                                                                               \
             Triangular<T>::of(is_right(*side), blas::form_of<T>(*uplo, *transa, *diag), *m, *n, a, *lda, b, *ldb),     \
             *alpha);                                                                                                   \
     }                                                                                                                  \

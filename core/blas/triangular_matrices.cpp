@@ -1,7 +1,7 @@
 // Products with triangular matrices and solves: arguments checked, large ones shared among threads.
 //
-// The kernels give up without memory, and tell of it only by the block that they asked for in vain. Alone, that leaves
-// B as it was; a member of a team computes its part by the kernel that needs none, as the others may have theirs.
+// The kernels give up without memory, and return whether they did. Alone, that leaves B as it was; a member of a team
+// computes its part by the kernel that needs none, as the others may have theirs.
 #include "core/blas/cut_products.h"
 #include "core/blas/routine.h"
 #include "frame/arguments.h"
@@ -36,7 +36,7 @@ public:
         if (kernel == nullptr) [[unlikely]]
             return last_status();
         if (const int threads = threads_worth(arguments...); threads > 1) share(threads, kernel, arguments...);
-        else if (!has_memory_for(kernel, arguments...)) [[unlikely]]
+        else if (kernel(arguments...) != done) [[unlikely]]
             return fail(ORV_NO_MEMORY,
                         "no memory is left for a product with a triangular matrix or a solve: the matrix "
                         "is as it was");
@@ -44,13 +44,8 @@ public:
     }
 
 private:
-    template <class... P> static bool has_memory_for(kernel_form<F>* kernel, P... arguments)
-    {
-        forget_missing_block();
-        kernel(arguments...);
-        const std::string_view missing = missing_block(); // that of a product inside has another name, and does no harm
-        return missing.empty() || (missing != "xtrsm" && missing != "xtrmm");
-    }
+    using Solve = pointer_form<F, i64>; // with a result: `done`, or else B is as it was
+    static constexpr int done = 0;
 
     template <class... P>
     static int threads_worth(const char* side, const char*, const char*, const char*, const i64* m, const i64* n,
@@ -65,7 +60,7 @@ private:
     }
 
     // By columns of B, or by rows of it where A comes from the right: each needs all of A.
-    [[gnu::noinline]] static void share(int threads, kernel_form<F>* kernel, const char* side, const char* uplo,
+    [[gnu::noinline]] static void share(int threads, Solve* kernel, const char* side, const char* uplo,
                                         const char* trans, const char* diag, const i64* m, const i64* n, const T* alpha,
                                         const T* a, const i64* lda, T* b, const i64* ldb)
     {
@@ -74,14 +69,14 @@ private:
             const Range r = even_part(left ? *n : *m, count, index, tile);
             const i64 *const rows = left ? m : &r.size, *const columns = left ? &r.size : n;
             T* const part = b + r.begin * (left ? *ldb : 1);
-            if (has_memory_for(kernel, side, uplo, trans, diag, rows, columns, alpha, a, lda, part, ldb)) return;
+            if (kernel(side, uplo, trans, diag, rows, columns, alpha, a, lda, part, ldb) == done) return;
             const char is_upper = fold(*uplo) == 'U', is_n = fold(*trans) == 'N', is_t = fold(*trans) == 'T';
             scale.get()(rows, columns, alpha, part, ldb);
             plain.get()(side, &is_upper, &is_n, &is_t, diag, rows, columns, a, lda, part, ldb);
         });
     }
 
-    Kernel<kernel_form<F>> kernel_;
+    Kernel<Solve> kernel_;
     static inline constinit Kernel<Plain<T>> plain{plain_name<F>};
     static inline constinit Kernel<Scale<T>> scale{scale_name<T>};
 };

@@ -8,7 +8,6 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
-#include <string_view>
 
 using namespace orv;
 using namespace orv::core;
@@ -17,19 +16,9 @@ namespace {
 constinit std::atomic<int> user_reproducible{-1}; // -1: as the environment says
 } // namespace
 
-// Most kernels go on by a route without the buffer, and their result is right; for those that don't, the name is kept.
-namespace {
-thread_local constinit std::string_view missing;
-}
-namespace orv::core {
-void forget_missing_block() { missing = {}; }
-std::string_view missing_block() { return missing; }
-} // namespace orv::core
-ORV_EXPORT int orv_serv_check_ptr(const void* block, const char* routine, int name_length)
-{
-    if (block == nullptr) missing = {routine, static_cast<std::size_t>(name_length)};
-    return block == nullptr;
-}
+// The name is not kept: most kernels go on by a route without the block, to the same result, and the others return that
+// they could not.
+ORV_EXPORT int orv_serv_check_ptr(const void* block, const char*, int) { return block == nullptr; }
 
 ORV_EXPORT int orv_serv_lsame(const char* a, const char* b, int, int)
 {

@@ -3,8 +3,6 @@
 
 #include "orv/status.h"
 
-#include <string_view>
-
 namespace orv::core {
 
 // Records a failure of this thread with its sentence (printf-like) and returns the status.
@@ -15,10 +13,5 @@ orv_status last_status();
 
 // Reports argument number `argument` (from 1) of a routine to the user's handler or the record; returns -argument.
 orv_status bad_argument(const char* routine, int argument);
-
-// The routine for which a kernel of this thread asked for a block of memory in vain, the latest since it was forgotten;
-// empty if every block was there.
-void forget_missing_block();
-std::string_view missing_block();
 
 } // namespace orv::core

@@ -21,6 +21,7 @@ struct Probe {
     i64 allocations = 0, failed = 0, live = 0;
     std::vector<void*> living;        // blocks taken and not given back
     std::vector<std::string> checked; // names that check_ptr was given
+    bool passes_checks_on = true;     // to the core's check_ptr; else the answer is the probe's own
     std::vector<i64> asked_bytes, asked_alignments;
 
     std::optional<int> reproducibility, microarchitecture; // answers in place of the core's
