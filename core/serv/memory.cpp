@@ -168,7 +168,9 @@ void begin_child()
     after_fork();
 }
 
-[[gnu::constructor]] void start()
+// Earlier than other parts of the library (their constructors have no number), so that its lock is the last to be taken
+// before a fork: the team's threads may have to end before, and a thread's end takes the lock.
+[[gnu::constructor(101)]] void start()
 {
     pthread_key_create(&thread_end, end_thread);
     pthread_atfork(before_fork, after_fork, begin_child);

@@ -15,6 +15,7 @@ namespace {
 
 constinit std::atomic<int> process_threads{0}; // 0: not set
 thread_local int own_threads;                  // 0: not set
+thread_local bool has_team;                    // threads may wait for this one's next region, since run_team
 constinit std::atomic<bool> forked{false};
 
 // The OpenMP run-time keeps its threads waiting in its own code, and loses some memory whenever it is loaded and
@@ -26,11 +27,20 @@ void pin_openmp()
     if (void* handle = dlopen(openmp.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE)) dlclose(handle);
 }
 
+// A child holds the OpenMP state of the thread that forked but none of its threads, so a region that the program opens
+// there would wait for ever. As far as it was orv that brought the threads, they are sent home before: settings stay,
+// and the next region starts new ones, here as in the child. Inside a region OpenMP refuses. A team of another thread
+// works on undisturbed, and the child has nothing of it.
+void before_fork()
+{
+    if (has_team && omp_pause_resource_all(omp_pause_soft) == 0) has_team = false;
+}
+
 [[gnu::constructor]] void start()
 {
     pin_openmp();
-    // The child holds the parent's OpenMP state but none of its threads: waking them would wait for ever.
-    pthread_atfork(nullptr, nullptr, [] { forked.store(true, std::memory_order_relaxed); });
+    // orv itself computes alone in a child: a fork from inside a region leaves a state that no team can be woken from.
+    pthread_atfork(before_fork, nullptr, [] { forked.store(true, std::memory_order_relaxed); });
 }
 
 int user_threads()
@@ -57,6 +67,7 @@ void run_team(int threads, void (*body)(void*, int, int), void* argument)
 {
     if (forked.load(std::memory_order_relaxed)) return body(argument, 0, 1);
 
+    has_team = true;
     const unsigned modes = _mm_getcsr() & ~exception_flags;
     std::atomic<unsigned> raised{0};
 #pragma omp parallel num_threads(threads)

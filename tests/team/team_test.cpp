@@ -4,9 +4,7 @@
 #include <gtest/gtest.h>
 #include <omp.h>
 #include <orv/threads.h>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 #include <vector>
 #include <xmmintrin.h>
 
@@ -135,22 +133,4 @@ TEST(Team, serves_several_callers_at_once)
         });
     for (auto& caller : callers) caller.join();
     EXPECT_EQ(sum, 4 * 50 * 2);
-}
-
-TEST(Team, is_one_in_a_child_after_fork)
-{
-    parallel(2, [](int, int) {}); // the parent has threads waiting
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(10);
-        int total = 0;
-        parallel(2, [&](int, int count) { total += count; }); // the number may stem from before the fork
-        _exit(available_threads() == 1 && total == 1 && orv_set_num_threads(4) == ORV_OK && available_threads() == 1
-                  ? 0
-                  : 1);
-    }
-    int ended = -1;
-    waitpid(child, &ended, 0);
-    EXPECT_TRUE(WIFEXITED(ended) && WEXITSTATUS(ended) == 0) << ended;
-    parallel(2, [](int, int count) { EXPECT_EQ(count, 2); });
 }
