@@ -8,6 +8,7 @@ namespace orv::core {
 // What a branch of kernels may need.
 enum Feature : unsigned {
     sse42 = 1 << 0, // SSE4.2 with everything below it, and the bit count that compilers take for part of it
+    avx2 = 1 << 1,  // with fused operations, and an operating system that keeps the wide registers
 };
 
 // How users know a feature, and the year since when usual processors have it.
@@ -29,5 +30,15 @@ const Processor& processor();
 
 // The first of these features that the processor lacks; there must be one.
 const FeatureName& missing_feature(unsigned features);
+
+// How a processor is asked, so that others than this one can be understood, too.
+struct Registers {
+    unsigned a, b, c, d;
+};
+struct Answers {
+    Registers (*cpuid)(unsigned leaf, unsigned subleaf); // all zeros if there is no such leaf
+    unsigned (*kept_states)(); // of registers, by the operating system: XCR0; asked only if the processor has it
+};
+Processor understand(const Answers& answers);
 
 } // namespace orv::core
