@@ -164,5 +164,4 @@ TEST(Processor, of_this_machine_makes_sense)
     if (p.l1_data_cache == 0) return; // unknown
     EXPECT_GE(p.l1_data_cache, 4 * kib);
     EXPECT_GE(p.last_cache, p.l1_data_cache);
-    EXPECT_TRUE(p.l2_cache == 0 || p.l2_cache <= p.last_cache);
 }
