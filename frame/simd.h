@@ -1,6 +1,6 @@
-// One vector register of T and the operations that kernels build on. Only this file knows the register width:
-// a body written against vec<T>::lanes serves a branch for wider vectors unchanged, except where a two-lane
-// or four-lane order of summation is part of its contract.
+// One vector register of T and the operations that kernels build on, for registers of 16 bytes. A body that goes by
+// vec<T>::lanes can serve wider ones, unless two or four lanes are part of its contract, as in an order of summation. A
+// few bodies want what is not offered here, and use instructions of this width themselves: git grep _mm_ shows them.
 //
 //   vec<float>        four lanes        vec<cpx<float>>   two pairs (re, im)
 //   vec<double>       two lanes         vec<cpx<double>>  one pair
