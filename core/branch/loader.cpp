@@ -15,6 +15,7 @@
 #include "core/branch/loader.h"
 
 #include "core/branch/branches.h"
+#include "core/branch/file.h"
 #include "core/serv/processor.h"
 #include "core/serv/settings.h"
 #include "core/serv/status.h"
@@ -22,6 +23,7 @@
 #include "orv/branch.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -66,13 +68,26 @@ const char* linker_reason()
     return reason ? reason : "no reason given";
 }
 
+// The linker tells of want of memory only in words, but leaves behind what it was answered when it asked in vain.
+void* open_library(const char* path, int mode)
+{
+    errno = 0;
+    return dlopen(path, mode);
+}
+bool wanted_memory() { return errno == ENOMEM; }
+
+void refuse_for_want_of_memory()
+{
+    refuse(ORV_NO_MEMORY, "no memory is left to open the library of kernels: start the program again with more of it");
+}
+
 // Puts the core in the global scope, and finds the folder it was loaded from. The scope keeps what it is told when the
 // handle is given back.
 bool find_core(char* folder)
 {
     Dl_info self;
     if (dladdr(reinterpret_cast<void*>(branch_symbol), &self) == 0) return false;
-    void* handle = dlopen(self.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);
+    void* handle = open_library(self.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);
     if (handle == nullptr) return false;
     char origin[PATH_MAX]; // absolute, also if the program has changed its folder since
     const bool known = dlinfo(handle, RTLD_DI_ORIGIN, origin) == 0;
@@ -143,8 +158,10 @@ void refuse_processor(const Kind& kind)
 void open_once()
 {
     char folder[PATH_MAX];
-    if (!find_core(folder))
+    if (!find_core(folder)) {
+        if (wanted_memory()) return refuse_for_want_of_memory();
         return refuse(ORV_NO_BRANCH, "liborv.so cannot find out where it lies: link it as a shared library");
+    }
     const Kind* const best = std::find_if(std::begin(kinds), std::end(kinds), can_run);
     if (best == std::end(kinds)) return refuse_processor(humblest);
 
@@ -152,12 +169,18 @@ void open_once()
     else if (std::snprintf(branch.path, sizeof branch.path, "%s/%s", folder, best->file) >= PATH_MAX)
         return refuse(ORV_NO_BRANCH, "the path of %s is too long: install orv in another folder", best->file);
 
-    void* handle = dlopen(branch.path, RTLD_NOW | RTLD_GLOBAL);
-    if (handle == nullptr)
+    if (const FileSize size = look_at_file(branch.path); size.there < size.told)
+        return refuse(
+            ORV_NO_BRANCH, "%s is cut short: it has %llu of the %llu bytes that it tells of itself; install orv again",
+            branch.path, static_cast<unsigned long long>(size.there), static_cast<unsigned long long>(size.told));
+    void* handle = open_library(branch.path, RTLD_NOW | RTLD_GLOBAL);
+    if (handle == nullptr) {
+        if (wanted_memory()) return refuse_for_want_of_memory();
         return refuse(ORV_NO_BRANCH,
                       "the library of kernels cannot be opened (%s): put %s of version %s beside liborv.so, or set "
                       "ORV_BRANCH_PATH to its path",
                       linker_reason(), best->file, ORV_VERSION);
+    }
 
     const auto cpu_version = reinterpret_cast<int (*)()>(dlsym(handle, code_symbol));
     Note note{reinterpret_cast<void*>(cpu_version), branch.version, sizeof branch.version};
@@ -192,7 +215,9 @@ orv_status open_branch()
 void* branch_symbol(const char* name)
 {
     if (open_branch() != ORV_OK) return nullptr;
-    void* handle = dlopen(branch.path, RTLD_NOW | RTLD_NOLOAD);
+    void* handle = open_library(branch.path, RTLD_NOW | RTLD_NOLOAD);
+    if (handle == nullptr && wanted_memory())
+        return fail(ORV_NO_MEMORY, "no memory is left to look %s up", name), nullptr;
     void* address = handle ? dlsym(handle, name) : nullptr;
     if (handle) dlclose(handle);
     if (address == nullptr)

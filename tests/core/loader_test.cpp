@@ -2,8 +2,10 @@
 #include "tests/support/sanitized.h"
 
 #include <dlfcn.h>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <orv/orv.h>
+#include <sstream>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -149,6 +151,35 @@ TEST(Loader, says_what_to_do_when_the_branch_asks_for_what_the_core_lacks)
 TEST(Loader, says_what_to_do_when_the_file_is_no_library)
 {
     EXPECT_SAYS(check("ORV_BRANCH_PATH=/etc/passwd"), "1 the library of kernels cannot be opened (/etc/passwd:");
+}
+
+TEST(Loader, says_that_the_file_is_cut_short)
+{
+    const std::string file = testing::TempDir() + "orv_short_" + std::to_string(getpid()) + ".so";
+    ASSERT_EQ(run("cp " + helpers + "/importing.so " + file).status, 0);
+    const auto whole = std::filesystem::file_size(file);
+    EXPECT_EQ(check("ORV_BRANCH_PATH=" + file), "0 \n");
+    for (const auto size : {whole - 1, whole - 4096, whole / 2, std::uintmax_t{4096}, std::uintmax_t{64}}) {
+        std::filesystem::resize_file(file, size);
+        const std::string text = check("ORV_BRANCH_PATH=" + file);
+        EXPECT_SAYS(text, "1 " + file + " is cut short: it has " + std::to_string(size) + " of the ");
+        EXPECT_SAYS(text, "install orv again");
+    }
+    std::filesystem::resize_file(file, 20);
+    EXPECT_SAYS(check("ORV_BRANCH_PATH=" + file), "1 the library of kernels cannot be opened") << "no header";
+    std::filesystem::remove(file);
+}
+
+TEST(Loader, says_that_there_is_no_memory)
+{
+    if (sanitized()) GTEST_SKIP() << "the sanitizer has an allocator of its own";
+    const Outcome outcome = run(guest + core + " starve");
+    EXPECT_EQ(outcome.status, 0) << outcome.text;
+    std::istringstream lines(outcome.text);
+    int without = 0;
+    for (std::string line; std::getline(lines, line) && line != "0 "; ++without)
+        EXPECT_EQ(line.substr(0, 20), "5 no memory is left ") << "request " << without;
+    EXPECT_GT(without, 3);
 }
 
 TEST(Loader, refuses_a_branch_of_another_tag_or_version)

@@ -3,14 +3,18 @@
      call    call through_core_and_libm of the branch and print the result
      close   open, use and close the core 20 times, with threads that outlive it; nothing may stay in memory
      stack   the first use of everything in a thread with a stack of 128 KiB
+     starve  the first call with memory for 0, 1, 2, ... requests to the C library, a line each: status and sentence
      modes   loading and calling leave the floating-point control register alone */
 #include <dlfcn.h>
+#include <errno.h>
 #include <orv/orv.h>
 #include <pthread.h>
 #include <semaphore.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <xmmintrin.h>
 
 static void* core;
@@ -129,6 +133,42 @@ static int keep_modes(const char* path)
     return after != modes || (_mm_getcsr() & ~0x3fu) != modes;
 }
 
+/* In place of the C library's, which the dynamic linker uses too. Once none is left, none comes back. */
+static long left = -1;
+static int may_have(void)
+{
+    if (left == 0) errno = ENOMEM;
+    return left < 0 || (left > 0 && left-- > 0);
+}
+#ifndef SANITIZED
+#pragma GCC visibility push(default)
+void* __libc_malloc(size_t);
+void* __libc_calloc(size_t, size_t);
+void* __libc_realloc(void*, size_t);
+void* malloc(size_t bytes) { return may_have() ? __libc_malloc(bytes) : NULL; }
+void* calloc(size_t count, size_t bytes) { return may_have() ? __libc_calloc(count, bytes) : NULL; }
+void* realloc(void* block, size_t bytes) { return may_have() ? __libc_realloc(block, bytes) : NULL; }
+#pragma GCC visibility pop
+#endif
+
+static int starve(void)
+{
+    int (*status)(void) = (int (*)(void))find("orv_check");
+    const char* (*sentence)(void) = (const char* (*)(void))find("orv_last_error");
+    for (int requests = 0, ended = 1; ended != 0; ++requests) {
+        const pid_t child = fork();
+        if (child == 0) {
+            left = requests;
+            const int answer = status();
+            left = -1;
+            printf("%d %s\n", answer, sentence());
+            exit(answer);
+        }
+        if (waitpid(child, &ended, 0) < 0 || !WIFEXITED(ended)) return printf("ended by a signal\n"), 1;
+    }
+    return 0;
+}
+
 int main(int count, char** words)
 {
     if (count < 3) return 2;
@@ -139,5 +179,6 @@ int main(int count, char** words)
     open_core(path);
     if (strcmp(verb, "check") == 0) return check();
     if (strcmp(verb, "call") == 0) return call();
+    if (strcmp(verb, "starve") == 0) return starve();
     return 2;
 }
