@@ -2,6 +2,7 @@
 // 64-bit ones. Complex scalars and arrays pass as void pointers, complex results go to a last argument of the ..._sub
 // forms.
 #include "compat/blas/cblas.h"
+#include "compat/blas/strides.h"
 
 using namespace orv;
 using namespace orv::compat;
@@ -9,41 +10,44 @@ using namespace orv::compat;
 namespace {
 
 // A position counts from 0 here too, but that of nothing is 0.
-template <auto& F, int... i, class... C> auto call(std::integer_sequence<int, i...>, C... arguments)
+template <auto& F, class Int, int... i, class... C>
+auto call(const CblasCall<Int>& made, std::integer_sequence<int, i...>, C... arguments)
 {
-    const auto result = F(native<value_argument<F, i>>(arguments)...);
-    if constexpr (std::is_same_v<result_of<F>, orv_status>) done(result);
-    else if constexpr (std::is_same_v<result_of<F>, i64>)
-        return static_cast<std::size_t>(max(answer(result + 1), 1) - 1);
-    else return answer(result);
+    using R = result_of<F>;
+    if constexpr (std::is_same_v<R, orv_status>) {
+        if (!goes_nowhere<F>(arguments...)) end(made, F(native<value_argument<F, i>>(arguments)...));
+    } else if constexpr (std::is_same_v<R, i64>)
+        return static_cast<std::size_t>(max(answer(made, F(native<value_argument<F, i>>(arguments)...) + 1), 1) - 1);
+    else return goes_nowhere<F>(arguments...) ? R{} : answer(made, F(native<value_argument<F, i>>(arguments)...));
 }
 
-template <auto& F, class... C> auto call(C... arguments)
+template <auto& F, class Int, class... C> auto call(const CblasCall<Int>& made, C... arguments)
 {
-    return call<F>(std::make_integer_sequence<int, sizeof...(C)>(), arguments...);
+    return call<F>(made, std::make_integer_sequence<int, sizeof...(C)>(), arguments...);
 }
 
 } // namespace
 
-#define FORM(symbol, width, arity, name)                                                                               \
+#define FORM(symbol, xerbla, width, arity, name)                                                                       \
     STANDARD auto symbol(ORV_PARAMETERS_##arity(cblas##width##_argument, orv_##name))                                  \
     {                                                                                                                  \
-        return call<orv_##name>(ORV_NAMES_##arity);                                                                    \
+        return call<orv_##name>(CblasCall<i##width>{"cblas_" #name, xerbla}, ORV_NAMES_##arity);                       \
     }
 #define CBLAS(arity, name)                                                                                             \
-    FORM(cblas_##name, 32, arity, name)                                                                                \
-    FORM(cblas_##name##_64, 64, arity, name)                                                                           \
-    FORM(cblas_##name##64_, 64, arity, name)
+    FORM(cblas_##name, cblas_xerbla, 32, arity, name)                                                                  \
+    FORM(cblas_##name##_64, cblas_xerbla_64, 64, arity, name)                                                          \
+    FORM(cblas_##name##64_, cblas_xerbla64_, 64, arity, name)
 
-#define SUB_FORM(symbol, width, arity, name)                                                                           \
+#define SUB_FORM(symbol, xerbla, width, arity, name)                                                                   \
     STANDARD void symbol(ORV_PARAMETERS_##arity(cblas##width##_argument, orv_##name), void* result)                    \
     {                                                                                                                  \
-        *static_cast<result_of<orv_##name>*>(result) = call<orv_##name>(ORV_NAMES_##arity);                            \
+        const CblasCall<i##width> made{"cblas_" #name "_sub", xerbla};                                                 \
+        *static_cast<result_of<orv_##name>*>(result) = call<orv_##name>(made, ORV_NAMES_##arity);                      \
     }
 #define CBLAS_SUB(arity, name)                                                                                         \
-    SUB_FORM(cblas_##name##_sub, 32, arity, name)                                                                      \
-    SUB_FORM(cblas_##name##_sub_64, 64, arity, name)                                                                   \
-    SUB_FORM(cblas_##name##_sub64_, 64, arity, name)
+    SUB_FORM(cblas_##name##_sub, cblas_xerbla, 32, arity, name)                                                        \
+    SUB_FORM(cblas_##name##_sub_64, cblas_xerbla_64, 64, arity, name)                                                  \
+    SUB_FORM(cblas_##name##_sub64_, cblas_xerbla64_, 64, arity, name)
 
 CBLAS(6, saxpy)
 CBLAS(6, daxpy)

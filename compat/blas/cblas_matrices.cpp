@@ -31,23 +31,22 @@ struct Exchange {
 };
 using Exchanges = std::initializer_list<Exchange>;
 
-template <class Int> using Xerbla = void(Int, const char*, const char*, ...);
-
 // The call that a program made, and the error routine of its interface. The reference library passes positions in the
 // column-major call that it makes of a row-major one, and leaves it to the error routine to translate them if
-// RowMajorStrg is set. Here they are those of the program's own call already, so an error routine that knows the custom
-// is told not to. Checks come in the order of the reference, which is that of the column-major call.
-template <class Int> struct Request {
-    const char* name;
-    Xerbla<Int>* xerbla;
+// RowMajorStrg is set. Here they are those of the program's own call already. Checks come in the order of the
+// reference, which is that of the column-major call.
+template <class Int> struct Request : CblasCall<Int> {
+    using CblasCall<Int>::report;
     int layout;
 
     bool by_rows() const { return layout == row_major; }
 
-    template <class... A> [[gnu::cold]] void report(int position, const char* format = "", A... values) const
+    // Whether kernels can run, to be asked where a call takes several steps; tells if not.
+    bool can_run() const
     {
-        RowMajorStrg = 0;
-        xerbla(position, name, format, values...);
+        const orv_status status = orv_branch_status();
+        end(*this, status);
+        return status == ORV_OK;
     }
 
     bool has_layout() const
@@ -85,8 +84,9 @@ template <class Int> struct Request {
     template <auto& F, class Check, class... A> bool submit(Check check, Exchanges exchanges, A... arguments) const
     {
         if (!accepts(check, exchanges, arguments...)) return false;
-        done(F(arguments...));
-        return true;
+        const orv_status status = F(arguments...);
+        end(*this, status);
+        return status == ORV_OK;
     }
 };
 
@@ -262,9 +262,9 @@ void gerc(const Request<Int>& r, Check check, i64 m, i64 n, T alpha, const T* x,
           i64 lda)
 {
     if (!r.by_rows()) return void(r.template submit<F>(check, {}, m, n, alpha, x, incx, y, incy, a, lda));
-    if (!r.accepts(check, {{1, 2}, {5, 7}}, n, m, alpha, y, incy, x, incx, a, lda)) return;
+    if (!r.accepts(check, {{1, 2}, {5, 7}}, n, m, alpha, y, incy, x, incx, a, lda) || !r.can_run()) return;
     each_piece(n, y, incy, [&](i64 from, i64 count, const T* conjugates) {
-        done(rank_one_update<T>(count, m, alpha, conjugates, 1, x, incx, a + from, lda));
+        end(r, rank_one_update<T>(count, m, alpha, conjugates, 1, x, incx, a + from, lda));
     });
 }
 
@@ -337,9 +337,9 @@ void her(const Request<Int>& r, Check check, int uplo, i64 n, real_t<T> alpha, c
     if (stored == '\0') return;
     if (!r.by_rows()) return void(r.template submit<F>(check, {}, stored, n, alpha, x, incx, a, lda...));
     stored = other_triangle(stored);
-    if (!r.accepts(check, {}, stored, n, alpha, x, incx, a, lda...) || alpha == 0) return;
+    if (!r.accepts(check, {}, stored, n, alpha, x, incx, a, lda...) || alpha == 0 || !r.can_run()) return;
     if (n <= piece<T>) {
-        each_piece(n, x, incx, [&](i64, i64, const T* xc) { done(F(stored, n, alpha, xc, 1, a, lda...)); });
+        each_piece(n, x, incx, [&](i64, i64, const T* xc) { end(r, F(stored, n, alpha, xc, 1, a, lda...)); });
         return;
     }
     const Vector<const T> vectors[] = {{n, x, incx}};
@@ -356,10 +356,12 @@ void her2(const Request<Int>& r, Check check, int uplo, i64 n, T alpha, const T*
     if (stored == '\0') return;
     if (!r.by_rows()) return void(r.template submit<F>(check, {}, stored, n, alpha, x, incx, y, incy, a, lda...));
     stored = other_triangle(stored);
-    if (!r.accepts(check, {{5, 7}}, stored, n, alpha, y, incy, x, incx, a, lda...) || alpha == zero<T>) return;
+    if (!r.accepts(check, {{5, 7}}, stored, n, alpha, y, incy, x, incx, a, lda...) || alpha == zero<T> || !r.can_run())
+        return;
     if (n <= piece<T>) {
         each_piece(n, x, incx, [&](i64, i64, const T* xc) {
-            each_piece(n, y, incy, [&](i64, i64, const T* yc) { done(F(stored, n, alpha, yc, 1, xc, 1, a, lda...)); });
+            each_piece(n, y, incy,
+                       [&](i64, i64, const T* yc) { end(r, F(stored, n, alpha, yc, 1, xc, 1, a, lda...)); });
         });
         return;
     }
@@ -390,7 +392,7 @@ void triangular(const Request<Int>& r, Check check, int uplo, int trans, int dia
     const Vector<T> x(n, std::get<count - 2>(arguments), std::get<count - 1>(arguments));
     const bool conjugated = is_complex<T> && op == 'C';
     if (conjugated) x.conjugate(n);
-    done(F(half, flipped, unit, n, rest...));
+    end(r, F(half, flipped, unit, n, rest...));
     if (conjugated) x.conjugate(n);
 }
 
@@ -473,7 +475,7 @@ void with_values(Family family, std::integer_sequence<int, i...>, C... arguments
 #define MATRIX_FORM(symbol, xerbla, width, arity, name, check, family)                                                 \
     STANDARD void symbol(int layout, ORV_PARAMETERS_##arity(cblas##width##_argument, orv_##name))                      \
     {                                                                                                                  \
-        const Request<i##width> request{"cblas_" #name, xerbla, layout};                                               \
+        const Request<i##width> request{{"cblas_" #name, xerbla}, layout};                                             \
         if (!request.has_layout()) return;                                                                             \
         with_values<orv_##name>([&](auto... values) { family<orv_##name>(request, arguments::check, values...); },     \
                                 std::make_integer_sequence<int, arity>(), ORV_NAMES_##arity);                          \

@@ -4,7 +4,7 @@
 // A complex function returns its result by value, in registers, as gfortran and Debian's libraries have it. Code
 // compiled by f2c, or with gfortran -ff2c, expects a pointer before the arguments instead (and sdot_ to return a
 // double): such code needs an adapter with any library of this name.
-#include "compat/blas/report.h"
+#include "compat/blas/strides.h"
 #include "frame/arguments.h"
 
 using namespace orv;
@@ -12,40 +12,26 @@ using namespace orv::compat;
 
 namespace {
 
-// Pointers pass by reference here, so that the compiler leaves them where the caller put them.
-template <auto& F, auto& Entry, class... P> auto call(P&... pointers)
+template <auto& F, auto& Entry, class Int, class... P> auto call(const char* name, P... pointers)
 {
-    if constexpr (is_complex<result_of<F>>) {
-        result_of<F> result;
+    using R = pointer_result<F, Int>;
+    const FortranCall<Int> made{name};
+    if constexpr (std::is_same_v<result_of<F>, orv_status>) {
+        if (!goes_nowhere<F>(pointers...)) end(made, Entry(pointers...));
+    } else if constexpr (is_complex<R>) {
+        R result;
         Entry(&result, pointers...);
-        return answer(result);
-    } else if constexpr (std::is_same_v<result_of<F>, orv_status>) {
-        expect_kernels();
-        Entry(pointers...);
-    } else return answer(Entry(pointers...));
-}
-
-// The error routine of either width.
-[[gnu::cold]] void report(const char* routine, i32 position)
-{
-    xerbla_(arguments::Name(routine).text, &position, arguments::Name::length);
-}
-[[gnu::cold]] void report(const char* routine, i64 position)
-{
-    xerbla_64_(arguments::Name(routine).text, &position, arguments::Name::length);
+        return answer(made, result);
+    } else return goes_nowhere<F>(pointers...) ? R(0) : answer(made, Entry(pointers...));
 }
 
 template <auto& F, auto& Entry, class Int, class Check, class... P>
-void checked(const char* name, Check check, P&... pointers)
+void checked(const char* name, Check check, P... pointers)
 {
+    const FortranCall<Int> made{name};
     if (const Int bad = on_values<F>(check, pointers...)) [[unlikely]]
-        return report(name, bad);
-    // Only triangular matrices can be left undone, for want of memory.
-    if constexpr (std::is_same_v<Check, std::remove_const_t<decltype(arguments::trmm)>>) done(Entry(pointers...));
-    else {
-        expect_kernels();
-        Entry(pointers...);
-    }
+        return made.report(bad);
+    end(made, Entry(pointers...));
 }
 
 } // namespace
@@ -55,11 +41,19 @@ void checked(const char* name, Check check, P&... pointers)
     extern "C" pointer_form<orv_##name, i##width> entry;                                                               \
     STANDARD auto symbol(ORV_PARAMETERS_##arity(pointer##width##_argument, orv_##name))                                \
     {                                                                                                                  \
-        return call<orv_##name, entry>(ORV_NAMES_##arity);                                                             \
+        return call<orv_##name, entry, i##width>(#name, ORV_NAMES_##arity);                                            \
     }
 #define FORTRAN(arity, name)                                                                                           \
     FORM(name##_, orv_blas_lp64_##name, 32, arity, name)                                                               \
     FORM(name##_64_, orv_blas_##name, 64, arity, name)
+// A third symbol of some functions is a subroutine with the result as last argument: other libraries' CBLAS calls it.
+#define FUNCTION(arity, name)                                                                                          \
+    FORTRAN(arity, name)                                                                                               \
+    STANDARD void name##sub_(ORV_PARAMETERS_##arity(pointer32_argument, orv_##name),                                   \
+                             pointer32_result<orv_##name>* result)                                                     \
+    {                                                                                                                  \
+        *result = name##_(ORV_NAMES_##arity);                                                                          \
+    }
 
 // The same with a check of the arguments.
 #define CHECKED_FORM(symbol, entry, width, arity, name, check)                                                         \
@@ -96,29 +90,29 @@ FORTRAN(5, dswap)
 FORTRAN(5, cswap)
 FORTRAN(5, zswap)
 
-FORTRAN(5, sdot)
-FORTRAN(5, ddot)
-FORTRAN(5, cdotu)
-FORTRAN(5, cdotc)
-FORTRAN(5, zdotu)
-FORTRAN(5, zdotc)
-FORTRAN(6, sdsdot)
-FORTRAN(5, dsdot)
+FUNCTION(5, sdot)
+FUNCTION(5, ddot)
+FUNCTION(5, cdotu)
+FUNCTION(5, cdotc)
+FUNCTION(5, zdotu)
+FUNCTION(5, zdotc)
+FUNCTION(6, sdsdot)
+FUNCTION(5, dsdot)
 
-FORTRAN(3, snrm2)
-FORTRAN(3, dnrm2)
-FORTRAN(3, scnrm2)
-FORTRAN(3, dznrm2)
-FORTRAN(3, sasum)
-FORTRAN(3, dasum)
-FORTRAN(3, scasum)
-FORTRAN(3, dzasum)
-FORTRAN(1, scabs1)
-FORTRAN(1, dcabs1)
-FORTRAN(3, isamax)
-FORTRAN(3, idamax)
-FORTRAN(3, icamax)
-FORTRAN(3, izamax)
+FUNCTION(3, snrm2)
+FUNCTION(3, dnrm2)
+FUNCTION(3, scnrm2)
+FUNCTION(3, dznrm2)
+FUNCTION(3, sasum)
+FUNCTION(3, dasum)
+FUNCTION(3, scasum)
+FUNCTION(3, dzasum)
+FUNCTION(1, scabs1)
+FUNCTION(1, dcabs1)
+FUNCTION(3, isamax)
+FUNCTION(3, idamax)
+FUNCTION(3, icamax)
+FUNCTION(3, izamax)
 FORTRAN(3, isamin)
 FORTRAN(3, idamin)
 FORTRAN(3, icamin)

@@ -1,54 +1,61 @@
 #include "compat/blas/report.h"
 
-#include <orv/branch.h>
-
-#include <atomic>
 #include <cstdarg>
-#include <cstdio>
+#include <dlfcn.h>
 
 using orv::i32;
 using orv::i64;
+using namespace orv::compat;
 
 namespace {
 
-void print_fortran(const char* routine, std::size_t length, i64 position)
+template <class Int> void report_fortran(const char* symbol, const char* routine, Int position, std::size_t length)
 {
-    std::fprintf(stderr, " ** On entry to %.*s parameter number %2lld had an illegal value\n", static_cast<int>(length),
-                 routine, static_cast<long long>(position));
+    void* const next = position < not_carried_out ? dlsym(RTLD_NEXT, symbol) : nullptr;
+    if (next == nullptr) print_and_stop(routine, length, position);
+    reinterpret_cast<Xerbla<Int>*>(next)(routine, &position, length);
 }
 
-void print_cblas(i64 position, const char* routine, const char* format, va_list arguments)
+template <class Int>
+void report_cblas(const char* symbol, Int position, const char* routine, const char* format, va_list arguments)
 {
-    if (position != 0)
-        std::fprintf(stderr, "Parameter %lld to routine %s was incorrect\n", static_cast<long long>(position), routine);
-    std::vfprintf(stderr, format, arguments);
+    char sentence[2048];
+    std::vsnprintf(sentence, sizeof sentence, format, arguments);
+    if (position == 0) {
+        std::fprintf(stderr, "orv: %s was not carried out: %s", routine, sentence);
+        std::exit(EXIT_FAILURE);
+    }
+    if (void* const next = dlsym(RTLD_NEXT, symbol))
+        return reinterpret_cast<CblasXerbla<Int>*>(next)(position, routine, "%s", sentence);
+    std::fprintf(stderr, "Parameter %lld to routine %s was incorrect\n%s", static_cast<long long>(position), routine,
+                 sentence);
+    std::exit(EXIT_FAILURE);
 }
-
-constinit std::atomic<bool> explained{false}, told{false};
 
 } // namespace
 
 int RowMajorStrg = 0;
+int CBLAS_CallFromC = 0;
 
-bool orv::compat::explain()
+template <> void orv::compat::FortranCall<i32>::report(i64 position) const
 {
-    if (orv_branch_status() == ORV_OK) return true;
-    if (!explained.exchange(true)) std::fprintf(stderr, "orv: %s\n", orv_last_error());
-    return false;
+    const RoutineName routine(name);
+    const auto number = static_cast<i32>(position);
+    xerbla_(routine.text, &number, routine.length);
 }
-
-void orv::compat::tell(orv_status status)
+template <> void orv::compat::FortranCall<i64>::report(i64 position) const
 {
-    if (explain() && status > 0 && !told.exchange(true)) std::fprintf(stderr, "orv: %s\n", orv_last_error());
+    const RoutineName routine(name);
+    xerbla_64_(routine.text, &position, routine.length);
 }
 
 void xerbla_(const char* routine, const i32* position, std::size_t length)
 {
-    print_fortran(routine, length, *position);
+    report_fortran("xerbla_", routine, *position, length);
 }
 void xerbla_64_(const char* routine, const i64* position, std::size_t length)
 {
-    print_fortran(routine, length, *position);
+    report_fortran("xerbla_64_", routine, *position, length);
 }
 
 #define CBLAS_XERBLA(symbol, Int)                                                                                      \
@@ -56,7 +63,7 @@ void xerbla_64_(const char* routine, const i64* position, std::size_t length)
     {                                                                                                                  \
         va_list arguments;                                                                                             \
         va_start(arguments, format);                                                                                   \
-        print_cblas(position, routine, format, arguments);                                                             \
+        report_cblas(#symbol, position, routine, format, arguments);                                                   \
         va_end(arguments);                                                                                             \
     }
 

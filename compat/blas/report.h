@@ -8,17 +8,22 @@
 //   cblas_dgemm, cblas_dgemm_64, cblas_dgemm64_
 //               cblas_xerbla, cblas_xerbla_64, cblas_xerbla64_   (position by value, name, printf format, ...)
 //
-// The position is that of the argument in the call that the program made. The routines here print one line to standard
-// error and return; then the call returns without having written anything.
+// The position is that of the argument in the call that the program made; a call that was not carried out for another
+// reason is told with a number of compat/report.h, or, in CBLAS, with position 0 and a sentence. If the error routine
+// returns, the call returns without having written anything, and a function returns NaN or no position.
+//
+// The routines here hand a bad argument on to the next library that has such a routine: one that is preloaded stands
+// before the program's own. Else they print one line to standard error and end the program.
 #pragma once
 
+#include "compat/report.h"
 #include "frame/interface.h"
 
 #define ORV_COMPLEX_FLOAT orv::cpx<float>
 #define ORV_COMPLEX_DOUBLE orv::cpx<double>
 #include <orv/blas.h>
+#include <orv/branch.h>
 
-#include <atomic>
 #include <cstddef>
 
 #define STANDARD extern "C" __attribute__((visibility("default")))
@@ -29,41 +34,51 @@ STANDARD void cblas_xerbla(orv::i32 position, const char* routine, const char* f
 STANDARD void cblas_xerbla_64(orv::i64 position, const char* routine, const char* format, ...);
 STANDARD void cblas_xerbla64_(orv::i64 position, const char* routine, const char* format, ...);
 
-// Nonzero if the position that a cblas_xerbla receives is still to be translated: never so in this library.
-extern "C" __attribute__((visibility("default"))) int RowMajorStrg;
+// What error routines written for the reference library read. Nonzero if the position that a cblas_xerbla receives is
+// still to be translated, and if an xerbla_ hears of a call of CBLAS: never so in this library.
+extern "C" __attribute__((visibility("default"))) int RowMajorStrg, CBLAS_CallFromC;
 
 namespace orv::compat {
 
-// Whether kernels can run. If not, says once on standard error why.
-[[gnu::cold]] bool explain();
+template <class Int> using CblasXerbla = void(Int position, const char* routine, const char* format, ...);
+
+// The call that a program made, as its error routine hears of it.
+template <class Int> struct FortranCall {
+    const char* name; // "dgemm"
+
+    [[gnu::cold]] void report(i64 position) const;
+    [[gnu::cold]] void report_status(orv_status status) const { report(not_carried_out + status); }
+};
+template <class Int> struct CblasCall {
+    const char* name; // "cblas_dgemm"
+    CblasXerbla<Int>* xerbla;
+
+    // An error routine that would translate the position is told not to.
+    template <class... A> [[gnu::cold]] void report(int position, const char* format = "", A... values) const
+    {
+        RowMajorStrg = 0;
+        xerbla(static_cast<Int>(position), name, format, values...);
+    }
+    [[gnu::cold]] void report_status(orv_status) const { report(0, "%s\n", orv_last_error()); }
+};
+
+// Tells of a call that was not carried out.
+template <class Call> void end(const Call& call, orv_status status)
+{
+    if (status != ORV_OK) [[unlikely]]
+        call.report_status(status);
+}
 
 // Passes a result on. Results that also stand for "no kernel can run" are rare, and then worth a look.
-template <class R> R answer(R result)
+template <class Call, class R> R answer(const Call& call, R result)
 {
     bool suspect;
     if constexpr (std::is_integral_v<R>) suspect = result < 1;
     else if constexpr (is_complex<R>) suspect = result.re != result.re;
     else suspect = result != result;
     if (suspect) [[unlikely]]
-        explain();
+        end(call, orv_branch_status());
     return result;
-}
-
-// To be said before the last call of a routine that returns nothing: nothing is left to do after it then, and the
-// arguments pass on where they stand.
-inline constinit std::atomic<bool> known_to_run{false};
-inline void expect_kernels()
-{
-    if (!known_to_run.load(std::memory_order_relaxed)) [[unlikely]]
-        known_to_run.store(explain(), std::memory_order_relaxed);
-}
-
-// Says once on standard error why a call was not carried out.
-[[gnu::cold]] void tell(orv_status status);
-inline void done(orv_status status)
-{
-    if (status != ORV_OK) [[unlikely]]
-        tell(status);
 }
 
 } // namespace orv::compat

@@ -16,19 +16,15 @@ constexpr char letter(int transposition)
     return transposition >= 111 && transposition <= 114 ? letters[transposition - 111] : '\0';
 }
 
-template <class Int> using Xerbla = void(Int, const char*, const char*, ...);
-
-// Reports positions of the program's own call, so a translating error routine is told not to.
-template <class Int, Xerbla<Int>& xerbla> struct Report {
-    const char* routine;
+template <class Int> struct Caller : compat::CblasCall<Int> {
     int layout, transposition;
-    [[gnu::cold]] void operator()(int position) const
+
+    [[gnu::cold]] void report_argument(int position) const
     {
-        RowMajorStrg = 0;
-        if (ordering(layout) == '\0') xerbla(1, routine, "Illegal layout setting, %d\n", layout);
+        if (ordering(layout) == '\0') this->report(1, "Illegal layout setting, %d\n", layout);
         else if (position == 2 && letter(transposition) == '\0')
-            xerbla(2, routine, "Illegal Trans setting, %d\n", transposition);
-        else xerbla(position, routine, "");
+            this->report(2, "Illegal Trans setting, %d\n", transposition);
+        else this->report(position);
     }
 };
 
@@ -42,24 +38,24 @@ template <class T> T scalar(const void* value) { return *static_cast<const T*>(v
     STANDARD void symbol(int layout, int trans, Int rows, Int cols, Scalar alpha, const Array* a, Int lda, Array* b,   \
                          Int ldb)                                                                                      \
     {                                                                                                                  \
-        const Report<Int, xerbla> report{"cblas_" #name, layout, trans};                                               \
-        compat::omatcopy(report, ordering(layout), letter(trans), rows, cols, scalar<T>(alpha),                        \
+        const Caller<Int> caller{{"cblas_" #name, xerbla}, layout, trans};                                             \
+        compat::omatcopy(caller, ordering(layout), letter(trans), rows, cols, scalar<T>(alpha),                        \
                          static_cast<const T*>(a), lda, static_cast<T*>(b), ldb);                                      \
     }
 #define IMATCOPY(symbol, xerbla, Int, name, T, Scalar, Array)                                                          \
     STANDARD void symbol(int layout, int trans, Int rows, Int cols, Scalar alpha, Array* ab, Int lda, Int ldb)         \
     {                                                                                                                  \
-        const Report<Int, xerbla> report{"cblas_" #name, layout, trans};                                               \
-        compat::imatcopy(report, ordering(layout), letter(trans), rows, cols, scalar<T>(alpha), static_cast<T*>(ab),   \
+        const Caller<Int> caller{{"cblas_" #name, xerbla}, layout, trans};                                             \
+        compat::imatcopy(caller, ordering(layout), letter(trans), rows, cols, scalar<T>(alpha), static_cast<T*>(ab),   \
                          lda, ldb);                                                                                    \
     }
 #define GEADD(symbol, xerbla, Int, name, T, Scalar, Array)                                                             \
     STANDARD void symbol(int layout, Int rows, Int cols, Scalar alpha, const Array* a, Int lda, Scalar beta, Array* c, \
                          Int ldc)                                                                                      \
     {                                                                                                                  \
-        const Report<Int, xerbla> report{"cblas_" #name, layout, 111};                                                 \
-        if (ordering(layout) == '\0') return report(1);                                                                \
-        compat::geadd(report, ordering(layout), rows, cols, scalar<T>(alpha), static_cast<const T*>(a), lda,           \
+        const Caller<Int> caller{{"cblas_" #name, xerbla}, layout, 111};                                               \
+        if (ordering(layout) == '\0') return caller.report_argument(1);                                                \
+        compat::geadd(caller, ordering(layout), rows, cols, scalar<T>(alpha), static_cast<const T*>(a), lda,           \
                       scalar<T>(beta), static_cast<T*>(c), ldc);                                                       \
     }
 #define WIDTHS(form, name, ...)                                                                                        \

@@ -2,49 +2,39 @@
 // passes by pointer.
 #include "compat/trans/routines.h"
 
-#include <cstring>
-
 using namespace orv;
 
 namespace {
 
-// The error routine of the width of Int; before_first arguments of the checked list are not in the caller's.
-template <class Int, int before_first = 0> struct Report {
-    const char* routine;
-    [[gnu::cold]] void operator()(int position) const
-    {
-        const Int number = position - before_first;
-        if constexpr (sizeof number == 4) xerbla_(routine, &number, std::strlen(routine));
-        else xerbla_64_(routine, &number, std::strlen(routine));
-    }
+// before_first arguments of the checked list are not in the caller's.
+template <class Int, int before_first = 0> struct Caller : compat::FortranCall<Int> {
+    [[gnu::cold]] void report_argument(int position) const { this->report(position - before_first); }
 };
 
 } // namespace
 
-#define OMATCOPY(symbol, Int, T, NAME)                                                                                 \
+#define OMATCOPY(symbol, Int, T, name)                                                                                 \
     STANDARD void symbol(const char* ordering, const char* trans, const Int* rows, const Int* cols, const T* alpha,    \
                          const T* a, const Int* lda, T* b, const Int* ldb)                                             \
     {                                                                                                                  \
-        compat::omatcopy(Report<Int>{NAME}, *ordering, *trans, *rows, *cols, *alpha, a, *lda, b, *ldb);                \
+        compat::omatcopy(Caller<Int>{{name}}, *ordering, *trans, *rows, *cols, *alpha, a, *lda, b, *ldb);              \
     }
-#define IMATCOPY(symbol, Int, T, NAME)                                                                                 \
+#define IMATCOPY(symbol, Int, T, name)                                                                                 \
     STANDARD void symbol(const char* ordering, const char* trans, const Int* rows, const Int* cols, const T* alpha,    \
                          T* ab, const Int* lda, const Int* ldb)                                                        \
     {                                                                                                                  \
-        compat::imatcopy(Report<Int>{NAME}, *ordering, *trans, *rows, *cols, *alpha, ab, *lda, *ldb);                  \
+        compat::imatcopy(Caller<Int>{{name}}, *ordering, *trans, *rows, *cols, *alpha, ab, *lda, *ldb);                \
     }
-#define GEADD(symbol, Int, T, NAME)                                                                                    \
+#define GEADD(symbol, Int, T, name)                                                                                    \
     STANDARD void symbol(const Int* rows, const Int* cols, const T* alpha, const T* a, const Int* lda, const T* beta,  \
                          T* c, const Int* ldc)                                                                         \
     {                                                                                                                  \
-        compat::geadd(Report<Int, 1>{NAME}, 'C', *rows, *cols, *alpha, a, *lda, *beta, c, *ldc);                       \
+        compat::geadd(Caller<Int, 1>{{name}}, 'C', *rows, *cols, *alpha, a, *lda, *beta, c, *ldc);                     \
     }
-#define WIDTHS(form, t, name, T, NAME) form(t##name##_, i32, T, NAME) form(t##name##_64_, i64, T, NAME)
-#define TYPE(t, L, T)                                                                                                  \
-    WIDTHS(OMATCOPY, t, omatcopy, T, L "OMATCOPY")                                                                     \
-    WIDTHS(IMATCOPY, t, imatcopy, T, L "IMATCOPY") WIDTHS(GEADD, t, geadd, T, L "GEADD")
+#define WIDTHS(form, name, T) form(name##_, i32, T, #name) form(name##_64_, i64, T, #name)
+#define TYPE(t, T) WIDTHS(OMATCOPY, t##omatcopy, T) WIDTHS(IMATCOPY, t##imatcopy, T) WIDTHS(GEADD, t##geadd, T)
 
-TYPE(s, "S", float)
-TYPE(d, "D", double)
-TYPE(c, "C", cpx<float>)
-TYPE(z, "Z", cpx<double>)
+TYPE(s, float)
+TYPE(d, double)
+TYPE(c, cpx<float>)
+TYPE(z, cpx<double>)

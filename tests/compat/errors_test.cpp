@@ -7,6 +7,7 @@
 
 #include <orv/status.h>
 
+#include <cctype>
 #include <cstdarg>
 #include <functional>
 #include <ostream>
@@ -266,6 +267,11 @@ TEST(Errors, the_native_interface_tells_the_users_handler_and_the_standard_ones_
     orv_set_argument_handler(before);
 }
 
+template <class Int> void call_array(void* routine, const char* name, const Int* length, const Int* position)
+{
+    reinterpret_cast<void (*)(const char*, const Int*, const Int*, std::size_t)>(routine)(name, length, position, 1);
+}
+
 TEST(Errors, vectors_take_whatever_comes)
 {
     double x = 1, y = 2;
@@ -275,6 +281,33 @@ TEST(Errors, vectors_take_whatever_comes)
     }
     EXPECT_EQ(y, 2);
     EXPECT_TRUE(take_reports().empty());
+}
+
+// Names in arrays of characters: 32 letters of a string, filled up with blanks.
+TEST(Errors, xerbla_array_hands_its_name_on_as_a_string)
+{
+    const i32 length = 7, long_length = 40, position = 5;
+    const i64 length64 = 3, position64 = 6;
+    const std::string letters(40, 'A');
+    call_array(symbol("xerbla_array_"), "DGEMM3M", &length, &position);
+    call_array(symbol("xerbla_array_"), letters.c_str(), &long_length, &position);
+    call_array(symbol("xerbla_array_64_"), "ABCD", &length64, &position64);
+    EXPECT_EQ(take_reports(), (std::vector<Report>{{"xerbla_", "DGEMM3M" + std::string(25, ' '), 5, ""},
+                                                   {"xerbla_", std::string(32, 'A'), 5, ""},
+                                                   {"xerbla_64_", "ABC" + std::string(29, ' '), 6, ""}}));
+}
+
+TEST(Letters, lsame_compares_letters_in_either_case_and_nothing_else_loosely)
+{
+    using Lsame = int(const char*, const char*, std::size_t, std::size_t);
+    for (const char* name : {"lsame_", "lsame_64_"})
+        for (int i = 0; i < 256; ++i)
+            for (int j = 0; j < 256; ++j) {
+                const char a = static_cast<char>(i), b = static_cast<char>(j);
+                const bool letters = i < 128 && j < 128 && std::isalpha(i) && std::isalpha(j);
+                const bool same = i == j || (letters && std::tolower(i) == std::tolower(j));
+                ASSERT_EQ(reinterpret_cast<Lsame*>(symbol(name))(&a, &b, 1, 1) != 0, same) << name << i << ' ' << j;
+            }
 }
 
 } // namespace

@@ -1,47 +1,88 @@
 // What an ordinary program sees of the library when something is wrong.
+#include "tests/support/sanitized.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
+#include <sys/wait.h>
 
 namespace {
 
 struct Outcome {
-    std::string text; // standard output, then standard error
+    std::string text; // standard output and standard error
     int status;
 };
 
-Outcome run(const std::string& variables)
+Outcome run(const std::string& command)
 {
-    FILE* output = popen((variables + " " ORDINARY " 2>&1").c_str(), "r");
+    FILE* output = popen((command + " 2>&1").c_str(), "r");
     Outcome outcome;
     for (int c; (c = getc(output)) != EOF;) outcome.text += static_cast<char>(c);
-    outcome.status = pclose(output);
+    outcome.status = WEXITSTATUS(pclose(output));
     return outcome;
 }
 
-const std::string bad_arguments = " ** On entry to DGEMM  parameter number  3 had an illegal value\n"
-                                  "Parameter 6 to routine cblas_dgemm was incorrect\n";
+const std::string no_kernels = "ORV_BRANCH_PATH=/nowhere/kernels.so ";
+const std::string why = "the library of kernels cannot be opened (/nowhere/kernels.so: cannot open shared object "
+                        "file: No such file or directory): put liborv_";
+const std::string what_to_do = ".so of version " ORV_VERSION " beside liborv.so, or set ORV_BRANCH_PATH to its path\n";
+const std::string good = "11\n11\n2\n6 8 -3\n";
 
-TEST(Ordinary, bad_arguments_print_a_line_each_and_the_program_goes_on)
+TEST(Ordinary, a_bad_argument_prints_a_line_and_stops_the_program)
 {
-    const Outcome outcome = run("");
-    EXPECT_EQ(outcome.text, "11 11 8 -3\n" + bad_arguments);
+    Outcome outcome = run(ORDINARY " fortran");
+    EXPECT_EQ(outcome.text, good + " ** On entry to DGEMM parameter number  3 had an illegal value\n");
+    EXPECT_EQ(outcome.status, EXIT_FAILURE);
+    outcome = run(ORDINARY " cblas");
+    EXPECT_EQ(outcome.text, good + "Parameter 6 to routine cblas_dgemm was incorrect\n");
+    EXPECT_EQ(outcome.status, EXIT_FAILURE);
+}
+
+TEST(Ordinary, a_program_with_error_routines_of_its_own_goes_on_after_a_bad_argument)
+{
+    Outcome outcome = run(OWN_ERRORS " fortran");
+    EXPECT_EQ(outcome.text, good + "mine: DGEMM  3\nthe end\n");
+    outcome = run(OWN_ERRORS " cblas");
+    EXPECT_EQ(outcome.text, good + "mine: cblas_dgemm 6 \nthe end\n");
     EXPECT_EQ(outcome.status, 0);
 }
 
-TEST(Ordinary, missing_kernels_are_told_once)
+TEST(Ordinary, error_routines_behind_a_preloaded_library_still_hear_of_bad_arguments)
 {
-    const Outcome outcome = run("ORV_BRANCH_PATH=/nowhere/kernels.so");
-    const std::size_t line = outcome.text.find('\n');
-    const std::string told = outcome.text.substr(0, line);
-    EXPECT_TRUE(told.starts_with("orv: the library of kernels cannot be opened (/nowhere/kernels.so: "
-                                 "cannot open shared object file: No such file or directory): put liborv_"))
-        << told;
-    EXPECT_TRUE(told.ends_with(".so of version " ORV_VERSION " beside liborv.so, or set ORV_BRANCH_PATH to its path"))
-        << told;
-    EXPECT_EQ(outcome.text.substr(line + 1), "nan nan 4 nan\n" + bad_arguments);
-    EXPECT_EQ(outcome.status, 0);
+    if (orv::test::sanitized()) GTEST_SKIP() << "the sanitizer wants to be the first library";
+    Outcome outcome = run("LD_PRELOAD='" ORV_TWIN " " ERROR_ROUTINES "' " ORDINARY " fortran");
+    EXPECT_EQ(outcome.text, good + "mine: DGEMM  3\nthe end\n");
+    outcome = run("LD_PRELOAD='" ORV_TWIN " " ERROR_ROUTINES "' " ORDINARY " cblas");
+    EXPECT_EQ(outcome.text, good + "mine: cblas_dgemm 6 \nthe end\n");
+}
+
+TEST(Ordinary, missing_kernels_stop_the_program_at_its_first_call)
+{
+    const Outcome outcome = run(no_kernels + ORDINARY);
+    EXPECT_TRUE(outcome.text.starts_with("orv: DDOT was not carried out: " + why)) << outcome.text;
+    EXPECT_TRUE(outcome.text.ends_with(what_to_do)) << outcome.text;
+    EXPECT_EQ(std::count(outcome.text.begin(), outcome.text.end(), '\n'), 1) << outcome.text;
+    EXPECT_EQ(outcome.status, EXIT_FAILURE);
+}
+
+// 1001: 1000 and ORV_NO_BRANCH.
+TEST(Ordinary, without_kernels_error_routines_that_return_hear_of_each_call_and_functions_are_no_numbers)
+{
+    const Outcome outcome = run(no_kernels + OWN_ERRORS);
+    const std::string sentence = " 0 " + why.substr(0, 39) + "\n";
+    EXPECT_EQ(outcome.text, "mine: DDOT   1001\nnan\n"
+                            "mine: cblas_ddot" +
+                                sentence +
+                                "nan\n"
+                                "mine: IDAMAX 1001\n0\n"
+                                "mine: cblas_daxpy" +
+                                sentence + "mine: cblas_zdotu_sub" + sentence +
+                                "mine: DGEMM  1001\n"
+                                "3 4 nan\n"
+                                "the end\n");
 }
 
 } // namespace
