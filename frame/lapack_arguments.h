@@ -15,6 +15,17 @@ constexpr auto potrf = [](char uplo, i64 n, auto, i64 lda, auto) {
     return 0;
 };
 
+// A size of work memory that asks for the one which is wanted.
+inline constexpr i64 workspace_query = -1;
+
+constexpr auto sytrf = [](char uplo, i64 n, auto, i64 lda, auto, auto, i64 lwork, auto) {
+    if (!one_of(uplo, "UL")) return 1;
+    if (n < 0) return 2;
+    if (lda < max(1, n)) return 4;
+    if (lwork < 1 && lwork != workspace_query) return 7;
+    return 0;
+};
+
 constexpr auto gtsv = [](i64 n, i64 nrhs, auto, auto, auto, auto, i64 ldb, auto) {
     if (n < 0) return 1;
     if (nrhs < 0) return 2;

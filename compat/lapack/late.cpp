@@ -1,14 +1,18 @@
 #include "compat/lapack/late.h"
 
-#include <cstdio>
-#include <cstring>
 #include <dlfcn.h>
 
 using orv::i32;
+using orv::i64;
+using orv::compat::Xerbla;
+
+// Weak: this library needs none, but the linker sees to it that a program's own is found.
+extern "C" {
+[[gnu::weak]] Xerbla<i32> xerbla_;
+[[gnu::weak]] Xerbla<i64> xerbla_64_;
+}
 
 namespace {
-
-using Xerbla = void(const char* routine, const i32* position, std::size_t length);
 
 // Stays open: what was found in it is called at any time.
 void* lapack_behind()
@@ -19,36 +23,31 @@ void* lapack_behind()
     return handle;
 }
 
-void* find_behind(const char* name)
+template <class Int> Xerbla<Int>* error_routine()
 {
-    if (void* next = dlsym(RTLD_NEXT, name)) return next;
-    void* const handle = lapack_behind();
-    return handle != nullptr ? dlsym(handle, name) : nullptr;
+    constexpr bool is_narrow = sizeof(Int) == sizeof(i32);
+    Xerbla<Int>* linked;
+    if constexpr (is_narrow) linked = xerbla_;
+    else linked = xerbla_64_;
+    if (linked != nullptr) return linked;
+    return reinterpret_cast<Xerbla<Int>*>(orv::compat::routine_behind(is_narrow ? "xerbla_" : "xerbla_64_"));
 }
 
 } // namespace
 
 void* orv::compat::routine_behind(const char* name)
 {
-    void* const found = find_behind(name);
-    static constinit std::atomic<bool> told{false};
-    if (found == nullptr && !told.exchange(true))
-        std::fprintf(
-            stderr,
-            "orv: %s is called with arguments that liborv_lapack leaves to the LAPACK behind it, and there is none: "
-            "link the program with one, or install liblapack.so.3\n",
-            name);
-    return found;
+    if (void* next = dlsym(RTLD_NEXT, name)) return next;
+    void* const handle = lapack_behind();
+    return handle != nullptr ? dlsym(handle, name) : nullptr;
 }
 
-// Names go upper-case, and short ones filled up with blanks.
-void orv::compat::report(const char* routine, i32 position)
+template <class Int> void orv::compat::report(const char* symbol, Int position)
 {
-    char name[] = "      \0\0";
-    for (std::size_t i = 0; i + 1 < sizeof name && routine[i] != '\0'; ++i)
-        name[i] = routine[i] >= 'a' ? static_cast<char>(routine[i] & 0xdf) : routine[i];
-    void* found = dlsym(RTLD_DEFAULT, "xerbla_");
-    if (found == nullptr) found = find_behind("xerbla_");
-    if (found != nullptr) reinterpret_cast<Xerbla*>(found)(name, &position, std::strlen(name));
-    else std::fprintf(stderr, " ** On entry to %s parameter number %2d had an illegal value\n", name, position);
+    const RoutineName routine(symbol);
+    auto* const xerbla = error_routine<Int>();
+    if (xerbla == nullptr) print_and_stop(routine.text, routine.length, position);
+    xerbla(routine.text, &position, routine.length);
 }
+template void orv::compat::report(const char*, i32);
+template void orv::compat::report(const char*, i64);

@@ -2,6 +2,7 @@
 // this library, for what no kernel covers.
 #pragma once
 
+#include "compat/report.h"
 #include "frame/types.h"
 
 #include <atomic>
@@ -9,7 +10,8 @@
 namespace orv::compat {
 
 // The routine of this name in the next library of the program that has it; else in liblapack.so.3, which is opened for
-// it. Null, the first time with a sentence on standard error, if there is none.
+// it. Null if there is none. A LAPACK that has the plain names with 64-bit integers is never asked: it cannot stand in
+// one process with the other kind.
 void* routine_behind(const char* name);
 
 template <class Name, void* find(Name), class F> class Late {
@@ -21,6 +23,7 @@ public:
         F* known = address_.load(std::memory_order_acquire);
         return known != nullptr ? known : resolve();
     }
+    Name name() const { return name_; }
 
 private:
     [[gnu::noinline, gnu::cold]] F* resolve()
@@ -34,7 +37,8 @@ private:
     std::atomic<F*> address_{nullptr};
 };
 
-// Reports a bad argument to xerbla_, the program's own if it has one.
-[[gnu::cold]] void report(const char* routine, i32 position);
+// Tells xerbla_, or xerbla_64_, of a call by its symbol: the program's own if it has one. A position is that of a bad
+// argument, or a number of compat/report.h.
+template <class Int> [[gnu::cold]] void report(const char* symbol, Int position);
 
 } // namespace orv::compat

@@ -18,61 +18,61 @@ template <class Norm> auto with_nan(const char* letter, const char* of_sum, Norm
     return sum != sum ? sum : value;
 }
 
-template <class T>
-using Lange = real_t<T>(const char*, const i32*, const i32*, const T*, const i32*, real_t<T>*, Length);
+template <class T, class Int>
+using Lange = real_t<T>(const char*, const Int*, const Int*, const T*, const Int*, real_t<T>*, Length);
 template <class T> using LangeKernel = real_t<T>(const char*, const i64*, const i64*, const T*, const i64*, real_t<T>*);
 
-template <class T>
-real_t<T> lange(Kernel<LangeKernel<T>>& kernel, Behind<Lange<T>>& behind, const char* norm, const i32* m, const i32* n,
-                const T* a, const i32* lda, real_t<T>* work)
+template <class T, class Int>
+real_t<T> lange(Kernel<LangeKernel<T>>& kernel, Routine<Int, Lange<T, Int>>& routine, const char* norm, const Int* m,
+                const Int* n, const T* a, const Int* lda, real_t<T>* work)
 {
     auto* const run = kernel.get();
-    if (run == nullptr) return behind(norm, m, n, a, lda, work, one_letter);
+    if (run == nullptr) return routine.hand_on(nullptr, norm, m, n, a, lda, work, one_letter);
     const i64 rows = *m, columns = *n, step = *lda;
     return with_nan(norm, "O", [&](const char* letter) { return run(letter, &rows, &columns, a, &step, work); });
 }
 
-template <class T>
-using Lansy = real_t<T>(const char*, const char*, const i32*, const T*, const i32*, real_t<T>*, Length, Length);
+template <class T, class Int>
+using Lansy = real_t<T>(const char*, const char*, const Int*, const T*, const Int*, real_t<T>*, Length, Length);
 template <class T>
 using LansyKernel = real_t<T>(const char*, const char*, const i64*, const T*, const i64*, real_t<T>*);
 
-template <class T>
-real_t<T> lansy(Kernel<LansyKernel<T>>& kernel, Behind<Lansy<T>>& behind, const char* norm, const char* uplo,
-                const i32* n, const T* a, const i32* lda, real_t<T>* work)
+template <class T, class Int>
+real_t<T> lansy(Kernel<LansyKernel<T>>& kernel, Routine<Int, Lansy<T, Int>>& routine, const char* norm,
+                const char* uplo, const Int* n, const T* a, const Int* lda, real_t<T>* work)
 {
     auto* const run = kernel.get();
-    if (run == nullptr) return behind(norm, uplo, n, a, lda, work, one_letter, one_letter);
+    if (run == nullptr) return routine.hand_on(nullptr, norm, uplo, n, a, lda, work, one_letter, one_letter);
     const i64 order = *n, step = *lda;
     return with_nan(norm, "F", [&](const char* letter) { return run(letter, uplo, &order, a, &step, work); });
 }
 
 } // namespace
 
-#define LANGE(name, T)                                                                                                 \
-    STANDARD real_t<T> name##_(const char* norm, const i32* m, const i32* n, const T* a, const i32* lda,               \
-                               real_t<T>* work)                                                                        \
+#define LANGE(name, T, end, Int)                                                                                       \
+    STANDARD real_t<T> name##end(const char* norm, const Int* m, const Int* n, const T* a, const Int* lda,             \
+                                 real_t<T>* work)                                                                      \
     {                                                                                                                  \
         static constinit Kernel<LangeKernel<T>> kernel{{"lapack_ps", "x" #name}};                                      \
-        static constinit Behind<Lange<T>> behind{#name "_"};                                                           \
-        return lange(kernel, behind, norm, m, n, a, lda, work);                                                        \
+        static constinit Routine<Int, Lange<T, Int>> routine{#name #end};                                              \
+        return lange(kernel, routine, norm, m, n, a, lda, work);                                                       \
     }
-#define LANSY(name, T)                                                                                                 \
-    STANDARD real_t<T> name##_(const char* norm, const char* uplo, const i32* n, const T* a, const i32* lda,           \
-                               real_t<T>* work)                                                                        \
+#define LANSY(name, T, end, Int)                                                                                       \
+    STANDARD real_t<T> name##end(const char* norm, const char* uplo, const Int* n, const T* a, const Int* lda,         \
+                                 real_t<T>* work)                                                                      \
     {                                                                                                                  \
         static constinit Kernel<LansyKernel<T>> kernel{{"lapack_ps", "x" #name}};                                      \
-        static constinit Behind<Lansy<T>> behind{#name "_"};                                                           \
-        return lansy(kernel, behind, norm, uplo, n, a, lda, work);                                                     \
+        static constinit Routine<Int, Lansy<T, Int>> routine{#name #end};                                              \
+        return lansy(kernel, routine, norm, uplo, n, a, lda, work);                                                    \
     }
 
-LANGE(slange, float)
-LANGE(dlange, double)
-LANGE(clange, cpx<float>)
-LANGE(zlange, cpx<double>)
-LANSY(slansy, float)
-LANSY(dlansy, double)
-LANSY(clansy, cpx<float>)
-LANSY(zlansy, cpx<double>)
-LANSY(clanhe, cpx<float>)
-LANSY(zlanhe, cpx<double>)
+ORV_BOTH_WIDTHS(LANGE, slange, float)
+ORV_BOTH_WIDTHS(LANGE, dlange, double)
+ORV_BOTH_WIDTHS(LANGE, clange, cpx<float>)
+ORV_BOTH_WIDTHS(LANGE, zlange, cpx<double>)
+ORV_BOTH_WIDTHS(LANSY, slansy, float)
+ORV_BOTH_WIDTHS(LANSY, dlansy, double)
+ORV_BOTH_WIDTHS(LANSY, clansy, cpx<float>)
+ORV_BOTH_WIDTHS(LANSY, zlansy, cpx<double>)
+ORV_BOTH_WIDTHS(LANSY, clanhe, cpx<float>)
+ORV_BOTH_WIDTHS(LANSY, zlanhe, cpx<double>)

@@ -1,5 +1,6 @@
-// What a routine of this library is made of: its name, the kernels that do the work, and the same routine of the LAPACK
-// behind it. Integers have 32 bits here and 64 in kernels.
+// What a routine of this library is made of: its symbol, the kernels that do the work, and the same routine of the
+// LAPACK behind it. A routine has two symbols, dpotrf_ with 32-bit integers and dpotrf_64_ with 64-bit ones, which
+// kernels have too.
 #pragma once
 
 #include "compat/lapack/late.h"
@@ -11,6 +12,8 @@
 #include <orv/lapack.h>
 
 #include <cstdlib>
+#include <limits>
+#include <type_traits>
 
 #define STANDARD extern "C" __attribute__((visibility("default")))
 
@@ -22,37 +25,47 @@ struct KernelName {
 inline void* find_kernel(KernelName name) { return orv_kernel(name.module, name.stem); }
 template <class F> using Kernel = Late<KernelName, find_kernel, F>;
 
-// F: the routine as C declares it, with the lengths of its strings at the end, which Fortran passes behind all else.
-template <class F> class Behind : Late<const char*, routine_behind, F> {
-public:
-    using Late<const char*, routine_behind, F>::Late;
-
-    // Passes the call on. Where there is nothing behind, the sentence on standard error is all that happens.
-    template <class... P> auto operator()(P... arguments)
-    {
-        F* const routine = this->get();
-        using R = decltype(routine(arguments...));
-        if (routine == nullptr) return R();
-        return routine(arguments...);
-    }
-};
 using Length = std::size_t;
 inline constexpr Length one_letter = 1;
 
-// Reports a bad argument if there is one, with its number as info, and says so.
-inline bool refused(const char* routine, i32* info, int bad)
-{
-    if (bad == 0) [[likely]]
-        return false;
-    if (info != nullptr) *info = -bad;
-    report(routine, bad);
-    return true;
-}
-
-// An array of integers widened for a kernel: a short one on the stack.
-class Widened {
+// A routine by its symbol. F: as C declares it, with the lengths of its strings at the end, which Fortran passes behind
+// all else. info is null where the routine has none.
+template <class Int, class F> class Routine : Late<const char*, routine_behind, F> {
 public:
-    Widened(const i32* from, i64 n) : Widened(n)
+    using Late<const char*, routine_behind, F>::Late;
+
+    // Reports a bad argument if there is one, with its number as info, and says so.
+    bool refuses(Int* info, int bad)
+    {
+        if (bad == 0) [[likely]]
+            return false;
+        tell(info, bad);
+        return true;
+    }
+
+    // Passes the call on. Where there is nothing behind, that is reported, and functions are NaN.
+    template <class... P> auto hand_on(Int* info, P... arguments)
+    {
+        F* const behind = this->get();
+        using R = decltype(behind(arguments...));
+        if (behind != nullptr) return behind(arguments...);
+        tell(info, not_carried_out + orv_branch_status());
+        if constexpr (!std::is_void_v<R>) return std::numeric_limits<R>::quiet_NaN();
+    }
+    bool has_one_behind() { return this->get() != nullptr; }
+
+private:
+    [[gnu::cold]] void tell(Int* info, int number)
+    {
+        if (info != nullptr) *info = -number;
+        report<Int>(this->name(), number);
+    }
+};
+
+// An array of integers as kernels have it, and what they leave there: a short one on the stack.
+template <class Int> class Widened {
+public:
+    Widened(const Int* from, i64 n) : Widened(n)
     {
         if (*this)
             for (i64 i = 0; i < n; ++i) data_[i] = from[i];
@@ -69,9 +82,9 @@ public:
     }
     explicit operator bool() const { return data_ != nullptr; }
     i64* data() { return data_; }
-    void put(i32* to, i64 n) const
+    void put(Int* to, i64 n) const
     {
-        for (i64 i = 0; i < n; ++i) to[i] = static_cast<i32>(data_[i]);
+        for (i64 i = 0; i < n; ++i) to[i] = static_cast<Int>(data_[i]);
     }
 
 private:
@@ -81,3 +94,6 @@ private:
 };
 
 } // namespace orv::compat
+
+// DEFINE(t, T, end, Int) in both widths: t and end are what the symbol begins and ends with.
+#define ORV_BOTH_WIDTHS(DEFINE, t, T) DEFINE(t, T, _, i32) DEFINE(t, T, _64_, i64)
