@@ -1,6 +1,6 @@
 /* bad_calls LIBRARY: opens a BLAS library and makes bad calls, each in a process of its own, since some libraries end
    the program. Prints a line a call: what was called, and what the library said. */
-#include "level2.h"
+#include "matrix_routines.h"
 
 #include <ctype.h>
 #include <dlfcn.h>
@@ -90,15 +90,15 @@ static void cblas(void)
 }
 
 /* Where matrices are stored by rows, the reference library copies some vectors of complex numbers without a look at
-   their stride, and calls gerc by the name of geru. */
-static int is_compared(const struct Level2* routine, int layout, const char* word)
+   their stride. */
+static int is_compared(const struct MatrixRoutine* routine, int layout, const char* word)
 {
     if (layout != 101) return 1;
-    return strcmp(routine->rest, "gerc") != 0 && (routine->rest[0] != 'h' || strncmp(word, "inc", 3) != 0);
+    return strncmp(word, "inc", 3) != 0 || (strcmp(routine->rest, "gerc") != 0 && routine->rest[0] != 'h');
 }
 
 /* Each argument that is checked bad by itself, and together with all after it. */
-static void vectors(const struct Level2* routine, char type)
+static void vectors(const struct MatrixRoutine* routine, char type)
 {
     char name[32], words[most_words][8];
     const int count = split(routine->arguments, words);
@@ -114,7 +114,7 @@ static void vectors(const struct Level2* routine, char type)
                         bad |= 1u << checked_index(words[i]);
                 if (bad != 0) {
                     SAY("%s %d %s to %s", name, layout, words[first], words[last]);
-                    if (call_level2(routine, type, function, layout == 100 ? by_pointer : by_cblas, layout, bad) ==
+                    if (call_routine(routine, type, function, layout == 100 ? by_pointer : by_cblas, layout, bad) ==
                         -1000)
                         puts("something was written");
                     OF_CALL;
@@ -132,8 +132,7 @@ int main(int count, char** arguments)
     if (library == NULL) return fprintf(stderr, "%s\n", dlerror()), 2;
     fortran("sgemm_"), fortran("dgemm_"), fortran("cgemm_"), fortran("zgemm_");
     cblas();
-    for (int i = 0; i < (int)(sizeof level2 / sizeof level2[0]); ++i)
-        for (const char* type = level2[i].types; *type != '\0'; ++type)
-            if (*type == 'd' || *type == 'z') vectors(&level2[i], *type);
+    for (int i = 0; i < (int)(sizeof matrix_routines / sizeof matrix_routines[0]); ++i)
+        for (const char* type = matrix_routines[i].types; *type != '\0'; ++type) vectors(&matrix_routines[i], *type);
     return 0;
 }

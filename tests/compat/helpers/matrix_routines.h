@@ -1,15 +1,15 @@
-/* The routines of level 2 by the words of their argument lists, and one way to call any of them. C and C++. */
-#ifndef LEVEL2_H
-#define LEVEL2_H
+/* The routines of levels 2 and 3 by the words of their argument lists, and one way to call any of them. C and C++. */
+#ifndef MATRIX_ROUTINES_H
+#define MATRIX_ROUTINES_H
 
 #include <string.h>
 
-struct Level2 {
+struct MatrixRoutine {
     const char *rest, *types; /* "gemv" for each of "sdcz" */
     const char* arguments;    /* a letter, an integer, a scalar (ralpha a real one) or an array each */
     const char* by_rows;      /* what is checked, in this order, where matrices are stored by rows */
 };
-static const struct Level2 level2[] = {
+static const struct MatrixRoutine matrix_routines[] = {
     {"gemv", "sdcz", "trans m n alpha a lda x incx beta y incy", "trans n m lda incx incy"},
     {"gbmv", "sdcz", "trans m n kl ku alpha a lda x incx beta y incy", "trans n m ku kl lda incx incy"},
     {"ger", "sd", "m n alpha x incx y incy a lda", "n m incy incx lda"},
@@ -35,6 +35,17 @@ static const struct Level2 level2[] = {
     {"tbsv", "sdcz", "uplo trans diag n k a lda x incx", "uplo trans diag n k lda incx"},
     {"tpmv", "sdcz", "uplo trans diag n a x incx", "uplo trans diag n incx"},
     {"tpsv", "sdcz", "uplo trans diag n a x incx", "uplo trans diag n incx"},
+    {"gemm", "sdcz", "trans transb m n k alpha a lda b ldb beta c ldc", "trans transb n m k ldb lda ldc"},
+    {"symm", "sdcz", "side uplo m n alpha a lda b ldb beta c ldc", "side uplo n m lda ldb ldc"},
+    {"hemm", "cz", "side uplo m n alpha a lda b ldb beta c ldc", "side uplo n m lda ldb ldc"},
+    {"trmm", "sdcz", "side uplo trans diag m n alpha a lda b ldb", "side uplo trans diag n m lda ldb"},
+    {"trsm", "sdcz", "side uplo trans diag m n alpha a lda b ldb", "side uplo trans diag n m lda ldb"},
+    {"syrk", "sdcz", "uplo trans n k alpha a lda beta c ldc", "uplo trans n k lda ldc"},
+    {"syrk", "cz", "uplo transs n k alpha a lda beta c ldc", "uplo transs n k lda ldc"},
+    {"herk", "cz", "uplo transh n k ralpha a lda rbeta c ldc", "uplo transh n k lda ldc"},
+    {"syr2k", "sdcz", "uplo trans n k alpha a lda b ldb beta c ldc", "uplo trans n k lda ldb ldc"},
+    {"syr2k", "cz", "uplo transs n k alpha a lda b ldb beta c ldc", "uplo transs n k lda ldb ldc"},
+    {"her2k", "cz", "uplo transh n k alpha a lda b ldb rbeta c ldc", "uplo transh n k lda ldb ldc"},
 };
 
 /* What may be bad of an argument: good and bad as a Fortran letter or number, good and bad as CBLAS has them. */
@@ -43,9 +54,23 @@ struct Checked {
     long good, bad, good_value, bad_value;
 };
 static const struct Checked checked[] = {
-    {"uplo", 'U', '/', 121, 123}, {"trans", 'T', 'U', 112, 110}, {"diag", 'N', 'T', 131, 133}, {"m", 3, -1, 3, -1},
-    {"n", 4, -1, 4, -1},          {"kl", 1, -1, 1, -1},          {"ku", 2, -1, 2, -1},         {"k", 2, -1, 2, -1},
-    {"lda", 5, 1, 5, 1},          {"incx", 1, 0, 1, 0},          {"incy", 1, 0, 1, 0},
+    {"side", 'L', 'l' + 1, 141, 143},
+    {"transb", 'T', 'U', 112, 114},
+    {"transs", 'T', 'C', 112, 113},
+    {"transh", 'C', 'T', 113, 112},
+    {"ldb", 5, 1, 5, 1},
+    {"ldc", 5, 1, 5, 1},
+    {"uplo", 'U', '/', 121, 123},
+    {"trans", 'T', 'U', 112, 110},
+    {"diag", 'N', 'T', 131, 133},
+    {"m", 3, -1, 3, -1},
+    {"n", 4, -1, 4, -1},
+    {"kl", 1, -1, 1, -1},
+    {"ku", 2, -1, 2, -1},
+    {"k", 2, -1, 2, -1},
+    {"lda", 5, 1, 5, 1},
+    {"incx", 1, 0, 1, 0},
+    {"incy", 1, 0, 1, 0},
 };
 enum { checked_words = sizeof checked / sizeof checked[0], most_words = 16 };
 
@@ -75,8 +100,8 @@ enum Passing { by_pointer, by_value, by_cblas };
    This processor's calling convention passes integers and pointers apart from floating-point numbers, and lets a caller
    pass more of both than are taken: so one type of function serves for all. Returns what a function with a status does,
    or -1000 if an operand changed. */
-static int call_level2(const struct Level2* routine, char type, void* function, enum Passing passing, int layout,
-                       unsigned bad)
+static int call_routine(const struct MatrixRoutine* routine, char type, void* function, enum Passing passing,
+                        int layout, unsigned bad)
 {
     typedef int Any(long, long, long, long, long, long, long, long, long, long, long, long, long, long, double, double,
                     double, double);
@@ -102,8 +127,8 @@ static int call_level2(const struct Level2* routine, char type, void* function, 
             const int is_bad = bad >> index & 1;
             held[i] = passing == by_cblas ? (is_bad ? c->bad_value : c->good_value) : is_bad ? c->bad : c->good;
             integers[next++] = passing == by_pointer ? (long)&held[i] : held[i];
-        } else if (strcmp(word, "a") == 0 || strcmp(word, "x") == 0 || strcmp(word, "y") == 0)
-            integers[next++] = (long)operands[word[0] == 'a' ? 0 : word[0] - 'w'];
+        } else if (word[1] == '\0') /* a and x, y or b, c */
+            integers[next++] = (long)operands[word[0] >= 'x' ? word[0] - 'w' : word[0] - 'a'];
         else {
             const int is_pair = is_complex && word[0] != 'r';
             if (passing == by_pointer || (passing == by_cblas && is_pair)) integers[next++] = (long)one;
