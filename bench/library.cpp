@@ -16,7 +16,7 @@
 namespace orv::bench {
 namespace {
 
-const std::string debian = "/usr/lib/x86_64-linux-gnu/";
+const std::string debian = ORV_SYSTEM_LIBRARIES "/"; // where Debian keeps libraries for this architecture
 constexpr unsigned everywhere = held | unrestricted;
 
 using Greeting = std::array<char, 64>; // what a worker says when its library is open: the processor it computes for
