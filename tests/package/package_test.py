@@ -11,6 +11,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import zlib
 
 HERE = pathlib.Path(__file__).resolve().parent
 cmake, build, version = sys.argv[1], pathlib.Path(sys.argv[2]).resolve(), sys.argv[3]
@@ -88,13 +89,39 @@ class Package(unittest.TestCase):
                 if "RUNPATH" in line or "RPATH" in line:
                     self.assertIn("[$ORIGIN", line, path)
 
+    def installed_files(self):
+        """Libraries and programs, without links."""
+        paths = [*self.prefix.glob("lib/*.so*"), *self.prefix.glob("lib/orv/*"), *self.prefix.glob("bin/*")]
+        found = [path for path in paths if path.is_file() and not path.is_symlink()]
+        self.assertGreaterEqual(len(found), 6)
+        return found
+
+    def test_symbols_are_in_files_of_their_own_where_debuggers_look(self):
+        for path in self.installed_files():
+            link = run("readelf", "--debug-dump=links", path)
+            name, checksum = re.search(r"info file: (\S+)\s+CRC value: (0x[0-9a-f]+)", link).groups()
+            separate = path.parent / ".debug" / name
+            self.assertEqual(zlib.crc32(separate.read_bytes()), int(checksum, 16), path)
+            for file, has in ((path, self.assertNotIn), (separate, self.assertIn)):
+                sections = run("readelf", "-SW", file).split()
+                has(".symtab", sections, file)
+                has(".debug_line", sections, file)
+
+    def test_runs_without_headers_and_debug_files(self):
+        prefix = self.folder / "runtime"
+        run(cmake, "--install", build, "--prefix", prefix, "--component", "runtime")
+        self.assertEqual({path.name for path in prefix.iterdir()}, {"bin", "lib"})
+        for pattern in ("*.debug", "*.pc", "*.cmake", "liborv.so"):
+            self.assertFalse([*prefix.rglob(pattern)], pattern)
+        self.assertIn(str(prefix), run(prefix / "bin/orv", "info"))
+
     def test_command_runs(self):
         self.assertIn(str(self.prefix), run(self.prefix / "bin/orv", "info"))
 
     def test_standing_in_needs_a_folder_of_its_own(self):
         """A library named libblas.so.3 in lib/ would be met by every program as soon as the linker's cache sees it."""
         self.assertFalse(list(self.prefix.glob("lib/libblas*")))
-        self.assertEqual([path.name for path in self.prefix.glob("lib/orv/*")], ["libblas.so.3"])
+        self.assertEqual([path.name for path in self.prefix.glob("lib/orv/*") if path.is_file()], ["libblas.so.3"])
 
     def test_stand_in_finds_the_core_from_there(self):
         program = self.folder / "stood_in"
