@@ -1,5 +1,6 @@
 /* The page: what the digits look like, where they lie on the first two components, and what the components are. */
 #include "digits.h"
+#include "examples/style.h"
 
 #include <math.h>
 #include <stdio.h>
@@ -8,16 +9,11 @@ static const char* const colour[classes] = {"#4269d0", "#e8871e", "#d6404e", "#3
                                             "#b8930b", "#8d5fb4", "#e0719a", "#8c6247", "#5c6370"};
 
 static const char* const style =
-    "body{font:16px/1.55 system-ui,sans-serif;color:#22252b;background:#fbfbf9;max-width:980px;margin:2.5em auto;"
-    "padding:0 1.5em}h1{font-size:1.9em;line-height:1.2;margin:0 0 .4em}h2{font-size:1.2em;margin:2.2em 0 .3em}"
-    "p{max-width:44em;margin:.4em 0 1em}.row{display:flex;flex-wrap:wrap;gap:14px}figure{margin:0;text-align:center}"
-    "figcaption{font-size:13px;color:#5c6370;line-height:1.35;margin-top:4px}svg{display:block}"
+    "body{max-width:980px}.row{display:flex;flex-wrap:wrap;gap:14px}figure{margin:0;text-align:center}"
+    "figcaption{font-size:13px;color:#5c6370;line-height:1.35;margin-top:4px}"
     ".picture{border:1px solid #d8d8d2;border-radius:3px}.map{width:100%;height:auto;background:#fff;"
-    "border:1px solid #d8d8d2;border-radius:6px}table{border-collapse:collapse;font-variant-numeric:tabular-nums}"
-    "td,th{padding:3px 14px 3px 0;text-align:right;font-weight:400}th{color:#5c6370;font-size:13px;"
-    "border-bottom:1px solid #d8d8d2}td:last-child,th:last-child{text-align:left}.bar{height:12px;border-radius:2px;"
-    "background:#4269d0;float:left}.sum{background:#c9d3f2}footer{margin:3em 0 1em;padding-top:1em;font-size:13px;"
-    "color:#5c6370;border-top:1px solid #d8d8d2}code{font-size:.93em}";
+    "border:1px solid #d8d8d2;border-radius:6px}td:last-child,th:last-child{text-align:left}.bar{height:12px;"
+    "border-radius:2px;background:#4269d0;float:left}.sum{background:#c9d3f2}";
 
 static int channel(double full, double strength) { return (int)(255 - (255 - full) * fmin(strength, 1) + 0.5); }
 
@@ -132,8 +128,8 @@ int write_page(const char* path, const struct digits* data, const struct analysi
     const double two = 100 * (result->variance[0] + result->variance[1]) / result->total_variance;
     fprintf(out,
             "<!doctype html><html lang=en><meta charset=utf-8><meta name=viewport content='width=device-width'>"
-            "<title>Handwritten digits in two dimensions</title><style>%s</style>\n",
-            style);
+            "<title>Handwritten digits in two dimensions</title><style>%s%s</style>\n",
+            common_style, style);
     fprintf(out, "<h1>Handwritten digits in two dimensions</h1>\n");
     fprintf(out,
             "<p>13 people wrote %d digits, which were scanned and shrunk to %d &times; %d pixels. Here is the "

@@ -1,4 +1,5 @@
 /* The page: what the matrix looks like, and how long its factors take, beside another run. */
+#include "examples/style.h"
 #include "factor.h"
 
 #include <math.h>
@@ -7,15 +8,10 @@
 #include <string.h>
 
 static const char* const style =
-    "body{font:16px/1.55 system-ui,sans-serif;color:#22252b;background:#fbfbf9;max-width:820px;margin:2.5em auto;"
-    "padding:0 1.5em}h1{font-size:1.9em;line-height:1.2;margin:0 0 .4em}h2{font-size:1.2em;margin:2.2em 0 .3em}"
-    "p{max-width:44em;margin:.4em 0 1em}svg{display:block}.spy{width:420px;max-width:100%;background:#fff;"
-    "border:1px solid #d8d8d2}pre{font-size:12px;line-height:1.4;color:#5c6370;white-space:pre-wrap}"
-    "table{border-collapse:collapse;font-variant-numeric:tabular-nums}td,th{padding:3px 16px 3px 0;text-align:right;"
-    "font-weight:400}th{color:#5c6370;font-size:13px;border-bottom:1px solid #d8d8d2}td:first-child,th:first-child{"
-    "text-align:left}.bar{height:18px;float:left}.row{clear:both;margin:.2em 0}.label{font-size:13px;color:#5c6370;"
-    "clear:both;padding-top:.6em}.key{display:inline-block;width:11px;height:11px;margin:0 5px 0 14px}footer{"
-    "margin:3em 0 1em;padding-top:1em;font-size:13px;color:#5c6370;border-top:1px solid #d8d8d2}code{font-size:.93em}";
+    ".spy{width:420px;max-width:100%;background:#fff;border:1px solid #d8d8d2}pre{font-size:12px;line-height:1.4;"
+    "color:#5c6370;white-space:pre-wrap}td:first-child,th:first-child{text-align:left}.bar{height:18px;float:left}"
+    ".row{clear:both;margin:.2em 0}.label{font-size:13px;color:#5c6370;clear:both;padding-top:.6em}"
+    ".key{display:inline-block;width:11px;height:11px;margin:0 5px 0 14px}";
 
 static void text(FILE* out, const char* s)
 {
@@ -111,8 +107,8 @@ int write_page(const char* path, const char* name, const struct matrix* matrix, 
     if (out == NULL) return -1;
     fprintf(out,
             "<!doctype html><html lang=en><meta charset=utf-8><meta name=viewport content='width=device-width'>"
-            "<title>A matrix, factored</title><style>%s</style>\n<h1>A matrix, factored</h1>\n<p><code>",
-            style);
+            "<title>A matrix, factored</title><style>%s%s</style>\n<h1>A matrix, factored</h1>\n<p><code>",
+            common_style, style);
     text(out, name);
     fprintf(out, "</code>: %d by %d, %ld elements are not 0; it is %ssymmetric.</p>\n", matrix->n, matrix->n,
             matrix->nonzeros, matrix->symmetric ? "" : "not ");

@@ -2,13 +2,13 @@
    precision. Only the second arrives at the solution.
 
    usage: refine [PAGE.html]    prints the table; with PAGE also draws it */
+#include "refine.h"
+
 #include <orv/orv.h>
 
 #include <math.h>
 #include <stdio.h>
 #include <stdlib.h>
-
-enum { n = 10, steps = 8 };
 
 /* The Hilbert matrix 1/(i + j + 1), times the least common multiple of its denominators: whole numbers, so that the
    matrix, and b = A * (1, ..., 1), are exact and the solution is known. Its condition number is 1.6e13. */
@@ -82,56 +82,26 @@ static void refine(const double* a, const double* b, const double* lu, const int
     }
 }
 
-/* Errors of 0 are drawn at the bottom. */
-static double height(double error) { return 20 + 300 * fmin(-log10(fmax(error, 1e-18)), 18) / 18; }
-
-static void curve(FILE* page, const double* error, const char* colour, const char* label)
-{
-    fprintf(page, "<polyline fill=none stroke-width=2.5 stroke=%s points='", colour);
-    for (int s = 0; s <= steps; ++s) fprintf(page, "%d,%.1f ", 60 + 60 * s, height(error[s]));
-    fprintf(page, "'/><text x=550 y=%.1f fill=%s>%s</text>\n", height(error[steps]) + 5, colour, label);
-}
-
-static int draw(const char* path, const double* plain, const double* extra)
-{
-    FILE* page = fopen(path, "w");
-    if (page == NULL) return perror(path), 1;
-    fprintf(page,
-            "<!doctype html>\n<meta charset=utf-8><title>Refinement</title>\n<h1>A Hilbert system of %d unknowns</h1>\n"
-            "<p>The largest error of the solution after each step of refinement, by the precision of the residual."
-            "\n<svg width=760 height=380 font-family=sans-serif font-size=14>\n",
-            n);
-    for (int digits = 0; digits <= 18; digits += 3) {
-        const double y = height(pow(10, -digits));
-        fprintf(page, "<line x1=60 x2=540 y1=%.1f y2=%.1f stroke=#ddd /><text x=8 y=%.1f>1e-%02d</text>\n", y, y, y + 5,
-                digits);
-    }
-    for (int s = 0; s <= steps; ++s) fprintf(page, "<text x=%d y=345>%d</text>\n", 56 + 60 * s, s);
-    fprintf(page, "<text x=250 y=370>steps of refinement</text>\n");
-    curve(page, plain, "#b33", "residual in double");
-    curve(page, extra, "#26a", "residual in extra precision");
-    fprintf(page, "</svg>\n</html>\n");
-    return fclose(page) == 0 ? 0 : (perror(path), 1);
-}
-
 int main(int count, char** words)
 {
-    double a[n * n], b[n], lu[n * n], plain[steps + 1], extra[steps + 1];
+    double a[n * n], b[n], lu[n * n];
+    struct errors error;
     int pivot[n];
     hilbert(a, b);
     for (int i = 0; i < n * n; ++i) lu[i] = a[i];
     factor(lu, pivot);
-    refine(a, b, lu, pivot, ORV_PREC_DOUBLE, plain);
-    refine(a, b, lu, pivot, ORV_PREC_EXTRA, extra);
+    refine(a, b, lu, pivot, ORV_PREC_DOUBLE, error.plain);
+    refine(a, b, lu, pivot, ORV_PREC_EXTRA, error.extra);
 
     printf("a Hilbert system of %d unknowns: the largest error by the precision of the residual\n\n", n);
     printf("step     double      extra\n");
-    for (int s = 0; s <= steps; ++s) printf("%4d  %9.1e  %9.1e\n", s, plain[s], extra[s]);
+    for (int s = 0; s <= steps; ++s) printf("%4d  %9.1e  %9.1e\n", s, error.plain[s], error.extra[s]);
 
     const double terms[] = {1e16, 1, -1e16};
     double in_double, in_extra;
     check(orv_xblas_dsum_x(3, terms, 1, &in_double, ORV_PREC_DOUBLE));
     check(orv_xblas_dsum_x(3, terms, 1, &in_extra, ORV_PREC_EXTRA));
     printf("\n1e16 + 1 - 1e16 = %g in double, %g in extra precision\n", in_double, in_extra);
-    return count > 1 ? draw(words[1], plain, extra) : 0;
+    if (count > 1 && write_page(words[1], &error) != 0) return perror(words[1]), 1;
+    return 0;
 }

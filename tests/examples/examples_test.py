@@ -127,6 +127,17 @@ class Refine(unittest.TestCase):
             self.assertIn("= 0 in double, 1 in extra precision", done.stdout)
             self.assertEqual(page.read_text().count("<polyline"), 2)
 
+    def test_draws_an_error_of_zero_below_the_scale(self):
+        with tempfile.TemporaryDirectory() as folder:
+            page = pathlib.Path(folder) / "refine.html"
+            zeros = run("refine", page).stdout.count(" 0.0e+00")
+            drawn = page.read_text()
+            ends = [float(point.split(",")[1]) for line in re.findall(r"points='(.*?)'", drawn) for point in line.split()]
+            hollow = [float(y) for y in re.findall(r"cy=([\d.]+) r=4 [^>]*fill='#fff'", drawn)]
+            self.assertEqual(len(hollow), zeros)
+            self.assertGreater(zeros, 0)
+            self.assertGreater(min(hollow), max(ends))
+
 
 class Factor(unittest.TestCase):
     """LAPACK factors matrices from files."""
