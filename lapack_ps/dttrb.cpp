@@ -80,13 +80,13 @@ template <bool with_side, class T> i64 factor(i64 n, T* dl, T* d, const T* du, T
 
 // A solve of one group of columns. Going inward, one end multiplies the row that it leaves by the inverted pivot
 // (`dividing`) and the other end does so going outward; transposition swaps their parts.
-template <Op op, class T, int columns> struct Solve {
+template <Transposition op, class T, int columns> struct Solve {
     i64 n;
     const T *dl, *d, *du;
     Group<T, columns> b;
 
     using R = Row<T, columns>;
-    static constexpr bool top_divides = op != Op::none;
+    static constexpr bool top_divides = op != Transposition::none;
 
     // From row `from`, whose elements x holds, to its neighbour, whose elements x becomes.
     template <bool dividing> ORV_INLINE void inward(R& x, i64 from, i64 to) const
@@ -127,7 +127,7 @@ template <Op op, class T, int columns> struct Solve {
     }
 };
 
-template <Op op, class T> void solve(i64 n, i64 nrhs, const T* dl, const T* d, const T* du, T* b, i64 ldb)
+template <Transposition op, class T> void solve(i64 n, i64 nrhs, const T* dl, const T* d, const T* du, T* b, i64 ldb)
 {
     const Meeting meeting(n);
     in_groups(nrhs, b, ldb, [&]<int columns>(const Group<T, columns>& group) {
@@ -140,9 +140,9 @@ template <Op op, class T> void solve(i64 n, i64 nrhs, const T* dl, const T* d, c
 template <class T> void solve(char trans, i64 n, i64 nrhs, const T* dl, const T* d, const T* du, T* b, i64 ldb)
 {
     if (n == 0) return;
-    if (fold(trans) == 'N') solve<Op::none>(n, nrhs, dl, d, du, b, ldb);
-    else if (!is_complex<T> || fold(trans) != 'C') solve<Op::transpose>(n, nrhs, dl, d, du, b, ldb);
-    else if constexpr (is_complex<T>) solve<Op::conjugate>(n, nrhs, dl, d, du, b, ldb);
+    if (fold(trans) == 'N') solve<Transposition::none>(n, nrhs, dl, d, du, b, ldb);
+    else if (!is_complex<T> || fold(trans) != 'C') solve<Transposition::plain>(n, nrhs, dl, d, du, b, ldb);
+    else if constexpr (is_complex<T>) solve<Transposition::conjugate>(n, nrhs, dl, d, du, b, ldb);
 }
 
 // Factors and solves. Returns info.
@@ -151,8 +151,8 @@ template <class T> i64 dtsvb(i64 n, i64 nrhs, T* dl, T* d, const T* du, T* b, i6
     if (n == 0 || nrhs == 0) return 0;
     const i64 info = nrhs == 1 ? factor<true>(n, dl, d, du, b) : factor<false>(n, dl, d, du, b);
     if (info != 0) return info;
-    if (nrhs == 1) Solve<Op::none, T, 1>{n, dl, d, du, {b, ldb}}.outward_all(Meeting(n));
-    else solve<Op::none>(n, nrhs, dl, d, du, b, ldb);
+    if (nrhs == 1) Solve<Transposition::none, T, 1>{n, dl, d, du, {b, ldb}}.outward_all(Meeting(n));
+    else solve<Transposition::none>(n, nrhs, dl, d, du, b, ldb);
     return 0;
 }
 

@@ -17,7 +17,7 @@
 namespace orv::lapack {
 namespace {
 
-template <Op op, class T> struct Factors {
+template <Transposition op, class T> struct Factors {
     i64 n;
     const T *dl, *du, *du2;
     const i64* ipiv;
@@ -26,7 +26,7 @@ template <Op op, class T> struct Factors {
 
     template <class Group, class OverPivot> void solve(const Group& b, const OverPivot& over_pivot) const
     {
-        if constexpr (op == Op::none) {
+        if constexpr (op == Transposition::none) {
             eliminate(
                 b, 0, n - 1, [&](i64 i) { return dl[i]; }, [&](i64 i) { return exchanged(i); });
             back_substitute(b, n, du, du2, over_pivot);
@@ -67,10 +67,10 @@ template <Op op, class T> struct Factors {
     }
 };
 
-template <Op op, class T> void gtts2(const Factors<op, T>& factors, i64 nrhs, const T* d, T* b, i64 ldb)
+template <Transposition op, class T> void gtts2(const Factors<op, T>& factors, i64 nrhs, const T* d, T* b, i64 ldb)
 {
     if (factors.n <= 0 || nrhs <= 0) return;
-    with_reciprocals<op == Op::conjugate>(factors.n, d, nrhs, [&](const T* reciprocals) {
+    with_reciprocals<op == Transposition::conjugate>(factors.n, d, nrhs, [&](const T* reciprocals) {
         if (reciprocals != nullptr)
             return in_groups(nrhs, b, ldb, [&](const auto& group) {
                 factors.solve(group, [&](auto row, i64 i) ORV_INLINE_LAMBDA { return reciprocals[i] * row; });
@@ -85,9 +85,9 @@ template <class T>
 void gtts2(i64 itrans, i64 n, i64 nrhs, const T* dl, const T* d, const T* du, const T* du2, const i64* ipiv, T* b,
            i64 ldb)
 {
-    if (itrans == 0) gtts2<Op::none, T>({n, dl, du, du2, ipiv}, nrhs, d, b, ldb);
-    else if (!is_complex<T> || itrans == 1) gtts2<Op::transpose, T>({n, dl, du, du2, ipiv}, nrhs, d, b, ldb);
-    else if constexpr (is_complex<T>) gtts2<Op::conjugate, T>({n, dl, du, du2, ipiv}, nrhs, d, b, ldb);
+    if (itrans == 0) gtts2<Transposition::none, T>({n, dl, du, du2, ipiv}, nrhs, d, b, ldb);
+    else if (!is_complex<T> || itrans == 1) gtts2<Transposition::plain, T>({n, dl, du, du2, ipiv}, nrhs, d, b, ldb);
+    else if constexpr (is_complex<T>) gtts2<Transposition::conjugate, T>({n, dl, du, du2, ipiv}, nrhs, d, b, ldb);
 }
 
 } // namespace

@@ -38,7 +38,7 @@ template <class T> struct Combination {
     }
 };
 
-struct Rows {
+struct RowRange {
     i64 from, to;
 };
 
@@ -48,7 +48,7 @@ void copy_columns(i64 n, T alpha, const T* a, i64 lda, T beta, Target target, Pa
 {
     const Combination<T> combination(alpha, beta);
     for (i64 j = 0; j < n; ++j) {
-        const Rows rows = part(j);
+        const RowRange rows = part(j);
         if (rows.from < rows.to) combination.apply(rows.to - rows.from, a + rows.from + j * lda, target(j, rows));
     }
 }
@@ -57,19 +57,19 @@ template <class T, class Target>
 void lacpy(const char* uplo, i64 m, i64 n, const T* a, i64 lda, T alpha, T beta, Target target)
 {
     if (orv_serv_lsame(uplo, "U", 1, 1))
-        copy_columns(n, alpha, a, lda, beta, target, [=](i64 j) { return Rows{0, min(j + 1, m)}; });
+        copy_columns(n, alpha, a, lda, beta, target, [=](i64 j) { return RowRange{0, min(j + 1, m)}; });
     else if (orv_serv_lsame(uplo, "L", 1, 1))
-        copy_columns(n, alpha, a, lda, beta, target, [=](i64 j) { return Rows{j, m}; });
-    else copy_columns(n, alpha, a, lda, beta, target, [=](i64) { return Rows{0, m}; });
+        copy_columns(n, alpha, a, lda, beta, target, [=](i64 j) { return RowRange{j, m}; });
+    else copy_columns(n, alpha, a, lda, beta, target, [=](i64) { return RowRange{0, m}; });
 }
 
 template <class T> auto at_its_place(T* b, i64 ldb)
 {
-    return [=](i64 j, Rows rows) { return b + rows.from + j * ldb; };
+    return [=](i64 j, RowRange rows) { return b + rows.from + j * ldb; };
 }
 template <class T> auto packed(T* b)
 {
-    return [b](i64, Rows rows) mutable {
+    return [b](i64, RowRange rows) mutable {
         T* const here = b;
         b += rows.to - rows.from;
         return here;

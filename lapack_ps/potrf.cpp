@@ -37,24 +37,24 @@ template <class T> ORV_INLINE vec<T> times_conj(vec<T> x, const T* w)
 
 // Who brings column j up to date: this file; a product with the columns before it; a dot product for the pivot and then
 // a product; or each finished column updates all that follow, so that nothing is left to do.
-enum class Update { here, product, dot_and_product, rank_one };
+enum class Updater { here, product, dot_and_product, rank_one };
 
 // How orders from `from` on are factored. Below, everything is done here, for a call costs more than the arithmetic.
 struct Path {
     i64 from;
-    Update update;
+    Updater updater;
     bool scal; // the column is scaled by the public routine
 };
 constexpr i64 never = INT64_MAX;
 template <class T, bool lower> constexpr Path path{};
-template <> constexpr Path path<float, true>{50, Update::here, true};
-template <> constexpr Path path<float, false>{never, Update::here, false};
-template <> constexpr Path path<double, true>{40, Update::product, false};
-template <> constexpr Path path<double, false>{50, Update::product, false};
-template <> constexpr Path path<cpx<float>, true>{20, Update::dot_and_product, true};
-template <> constexpr Path path<cpx<float>, false>{50, Update::dot_and_product, true};
-template <> constexpr Path path<cpx<double>, true>{40, Update::rank_one, true};
-template <> constexpr Path path<cpx<double>, false>{40, Update::dot_and_product, false};
+template <> constexpr Path path<float, true>{50, Updater::here, true};
+template <> constexpr Path path<float, false>{never, Updater::here, false};
+template <> constexpr Path path<double, true>{40, Updater::product, false};
+template <> constexpr Path path<double, false>{50, Updater::product, false};
+template <> constexpr Path path<cpx<float>, true>{20, Updater::dot_and_product, true};
+template <> constexpr Path path<cpx<float>, false>{50, Updater::dot_and_product, true};
+template <> constexpr Path path<cpx<double>, true>{40, Updater::rank_one, true};
+template <> constexpr Path path<cpx<double>, false>{40, Updater::dot_and_product, false};
 
 // L(i, j) of a lower triangle, conj(U(j, i)) of an upper one, which obeys the same formulas: the factor by its rows and
 // columns, whichever of them has neighbours in memory.
@@ -194,11 +194,11 @@ template <class T, bool lower> struct Triangle {
     bool column_by_calls(i64 j) const
     {
         constexpr Path p = path<T, lower>;
-        if constexpr (p.update == Update::here) rows<1, 8, vec<T>>(j, j, {1});
-        if constexpr (p.update == Update::product) subtract_product(j, j);
+        if constexpr (p.updater == Updater::here) rows<1, 8, vec<T>>(j, j, {1});
+        if constexpr (p.updater == Updater::product) subtract_product(j, j);
 
         R pivot = real_part(*at(j, j));
-        if constexpr (p.update == Update::dot_and_product) {
+        if constexpr (p.updater == Updater::dot_and_product) {
             const i64 step = lower ? lda : 1;
             pivot -= real_part(front::dotc(j, at(j, 0), step, at(j, 0), step));
         }
@@ -208,14 +208,14 @@ template <class T, bool lower> struct Triangle {
         const i64 i = j + 1;
         if (!positive || i == n) return positive;
 
-        if constexpr (p.update == Update::dot_and_product) {
+        if constexpr (p.updater == Updater::dot_and_product) {
             conjugate_row(j);
             subtract_product(i, j);
             conjugate_row(j);
         }
         if constexpr (p.scal) front::scal(n - i, 1 / root, at(i, j), lower ? 1 : lda);
         else scale(i, j, 1 / root);
-        if constexpr (p.update == Update::rank_one) front::her("Lower", n - i, R(-1), at(i, j), 1, at(i, i), lda);
+        if constexpr (p.updater == Updater::rank_one) front::her("Lower", n - i, R(-1), at(i, j), 1, at(i, i), lda);
         return true;
     }
 

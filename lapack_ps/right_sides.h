@@ -8,10 +8,10 @@
 namespace orv::lapack {
 
 // What op(A) is made of: elements of A, or for its conjugate transpose their conjugates.
-enum class Op { none, transpose, conjugate };
-template <Op op, class T> ORV_INLINE T coefficient(const T* x, i64 i)
+enum class Transposition { none, plain, conjugate };
+template <Transposition op, class T> ORV_INLINE T coefficient(const T* x, i64 i)
 {
-    return op == Op::conjugate ? conj(x[i]) : x[i];
+    return op == Transposition::conjugate ? conj(x[i]) : x[i];
 }
 
 // Element i of each column of a group.

@@ -50,7 +50,7 @@ template <class T, bool lower> struct Symmetric {
     i64 lda, n;
     i64* ipiv;
 
-    struct Rows {
+    struct RowRun {
         i64 first, count;
     };
     struct Largest {
@@ -60,11 +60,11 @@ template <class T, bool lower> struct Symmetric {
 
     static constexpr i64 forward = lower ? 1 : -1;
     T& at(i64 i, i64 j) const { return a[i + j * lda]; }
-    Rows beyond(i64 k) const { return lower ? Rows{k + 1, n - 1 - k} : Rows{0, k}; }
-    Rows from(i64 k) const { return lower ? Rows{k, n - k} : Rows{0, k + 1}; }
+    RowRun beyond(i64 k) const { return lower ? RowRun{k + 1, n - 1 - k} : RowRun{0, k}; }
+    RowRun from(i64 k) const { return lower ? RowRun{k, n - k} : RowRun{0, k + 1}; }
 
     // The first of the largest elements of column j in some rows; the largest of row i in the columns from k to i.
-    Largest largest_in_column(i64 j, Rows rows) const
+    Largest largest_in_column(i64 j, RowRun rows) const
     {
         Largest result{rows.first, 0};
         for (i64 i = rows.first; i < rows.first + rows.count; ++i)
@@ -82,7 +82,7 @@ template <class T, bool lower> struct Symmetric {
     // Rows and columns p and q of what is left change places; p lies beyond q.
     void exchange(i64 p, i64 q) const
     {
-        const Rows rows = beyond(p);
+        const RowRun rows = beyond(p);
         for (i64 i = rows.first; i < rows.first + rows.count; ++i) swap(at(i, q), at(i, p));
         for (i64 j = q + forward; j != p; j += forward) swap(at(j, q), at(p, j));
         swap(at(q, q), at(p, p));
@@ -91,7 +91,7 @@ template <class T, bool lower> struct Symmetric {
     // What is left, minus column * column^T / pivot; the column is divided by the pivot.
     void eliminate_one(i64 k) const
     {
-        const Rows rows = beyond(k);
+        const RowRun rows = beyond(k);
         if (rows.count == 0) return;
         const T reciprocal = 1 / at(k, k);
         T* const x = &at(rows.first, k);
@@ -108,7 +108,7 @@ template <class T, bool lower> struct Symmetric {
         for (i64 j = k + forward; j >= 0 && j < n; j += forward) {
             if (at(j, k) == 0) continue; // times an infinite reciprocal it would be NaN
             const T f = reciprocal * at(j, k);
-            const Rows rows = from(j);
+            const RowRun rows = from(j);
             subtract(rows.count, f, &at(rows.first, k), &at(rows.first, j));
         }
     }
@@ -122,7 +122,7 @@ template <class T, bool lower> struct Symmetric {
         const T f = 1 / (d_l * d_k - 1) / off;
         for (i64 j = l + forward; j >= 0 && j < n; j += forward) {
             const T w_k = f * (d_l * at(j, k) - at(j, l)), w_l = f * (d_k * at(j, l) - at(j, k));
-            const Rows rows = from(j);
+            const RowRun rows = from(j);
             subtract(rows.count, w_k, &at(rows.first, k), &at(rows.first, j));
             subtract(rows.count, w_l, &at(rows.first, l), &at(rows.first, j));
             at(j, k) = w_k, at(j, l) = w_l;

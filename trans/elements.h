@@ -64,19 +64,19 @@ template <class T> struct StridedTarget {
 template <class T> StridedTarget(T*, u64, u64) -> StridedTarget<T>;
 
 // The sum of two.
-template <class A, class B> struct Sum {
+template <class A, class B> struct SumOfSources {
     using element = typename A::element;
     static constexpr int lanes = A::lanes;
     A a;
     B b;
-    ORV_INLINE Sum at(u64 i, u64 j) const { return {a.at(i, j), b.at(i, j)}; }
+    ORV_INLINE SumOfSources at(u64 i, u64 j) const { return {a.at(i, j), b.at(i, j)}; }
     ORV_INLINE void ask(Level level, u64 i, u64 j) const { a.ask(level, i, j), b.ask(level, i, j); }
     template <int n> ORV_INLINE vec<element> get(u64 i, u64 j) const
     {
         return a.template get<n>(i, j) + b.template get<n>(i, j);
     }
 };
-template <class A, class B> Sum(A, B) -> Sum<A, B>;
+template <class A, class B> SumOfSources(A, B) -> SumOfSources<A, B>;
 
 template <class T> struct Target {
     T* p;

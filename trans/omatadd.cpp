@@ -21,9 +21,9 @@ void add(u64 rows, u64 cols, T alpha, const T* a, u64 lda, T beta, const T* b, u
     const Source from_a{a, lda, Scale<T, is_conjugating(opa)>(alpha)};
     const Source from_b{b, ldb, Scale<T, is_conjugating(opb)>(beta)};
     const Target to{c, ldc};
-    if constexpr (!is_transposing(opb)) rows_upwards(rows, cols, Sum{from_a, from_b}, to);
+    if constexpr (!is_transposing(opb)) rows_upwards(rows, cols, SumOfSources{from_a, from_b}, to);
     else if constexpr (!is_transposing(opa)) sweep_bands(cols, rows, from_b, ldb, SumTarget{to, from_a}, ldc);
-    else sweep_bands(cols, rows, Sum{from_a, from_b}, lda, to, ldc);
+    else sweep_bands(cols, rows, SumOfSources{from_a, from_b}, lda, to, ldc);
 }
 
 // One bit a letter; the sum of both operands' is the code that selects. Real types have no conjugates.
