@@ -65,6 +65,11 @@ def too_young(library):
     return found
 
 
+# Bytes of code a name, by module. Regular grids of names come out of few bodies; a form of a body for each name would be
+# megabytes. The aim is 1024; a module that grew before it was watched has what it takes today.
+CODE_PER_NAME = {"xblas": 2900}
+
+
 class Branch:
     @classmethod
     def setUpClass(cls):
@@ -113,6 +118,18 @@ class Branch:
 
     def test_holds_no_instruction_beyond_its_class(self):
         self.assertFalse(too_young(self.library)[:10])
+
+    def test_code_stays_within_its_bytes_a_name(self):
+        code = [words for words in map(str.split, run("nm", "-S", "--defined-only", self.library).splitlines())
+                if len(words) == 4 and words[2] in "tTwW"]
+        for module, limit in CODE_PER_NAME.items():
+            exported = re.compile(rf"orv_{module}_{self.tag}_")
+            inside = re.compile(rf"_Z\w*?3orv{len(module)}{module}")  # mangled: in the module's namespace
+            names = sum(exported.match(name) is not None for *_, name in code)
+            size = sum(int(size, 16) for _, size, _, name in code if exported.match(name) or inside.match(name))
+            with self.subTest(module=module):
+                self.assertGreater(names, 0)
+                self.assertLessEqual(size / names, limit, f"{size} bytes for {names} names")
 
 
 for tag in tags:
