@@ -48,6 +48,8 @@ void imatcopy(char ordering, char trans, u64 rows, u64 cols, T alpha, T* ab, u64
         return follow_cycles<false>(m, n, alpha, ab, lda, ldb);
     case 'C':
         return follow_cycles<conjugated>(m, n, alpha, ab, lda, ldb);
+    default: // a letter that names no operation
+        return;
     }
 }
 

@@ -39,8 +39,9 @@ constexpr unsigned code(char op)
         return r;
     case 'C':
         return c;
+    default:
+        return 0;
     }
-    return 0;
 }
 constexpr unsigned pair(unsigned a, unsigned b) { return a + 16 * b; }
 
@@ -90,6 +91,8 @@ template <class T> void add_real(unsigned code, const Operands<T>& o)
     case pair(t, c):
     case pair(c, c):
         return o.template add<'t', 't'>();
+    default: // a letter that names no operation
+        return;
     }
 }
 
@@ -128,6 +131,8 @@ template <class T> void add_complex(unsigned code, const Operands<T>& o)
         return o.template add_exchanged<'r', 't'>();
     case pair(c, r):
         return o.template add_exchanged<'r', 'c'>();
+    default: // a letter that names no operation
+        return;
     }
 }
 

@@ -26,6 +26,8 @@ void by_letters(char ordering, char trans, u64 rows, u64 cols, T alpha, const T*
         return transpose<false>(m, n, alpha, a, lda, stridea, b, ldb, strideb);
     case 'C':
         return transpose<conjugated>(m, n, alpha, a, lda, stridea, b, ldb, strideb);
+    default: // a letter that names no operation
+        return;
     }
 }
 
