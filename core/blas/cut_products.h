@@ -18,14 +18,15 @@ inline constexpr i64 least_side = 32;
 template <class T>
 inline constexpr i64 product_grain = 16'000'000 / static_cast<i64>(sizeof(real_t<T>)) / (is_complex<T> ? 4 : 1);
 
-template <class T> bool is_worth_sharing(double multiplications) { return multiplications >= 2.0 * product_grain<T>; }
+template <class T> bool is_worth_sharing(double multiplications)
+{
+    return eagerly(multiplications) >= 2.0 * product_grain<T>;
+}
 
 // Threads for so many multiplications, cut in `most` parts at most.
 template <class T> int threads_for_products(double multiplications, i64 most)
 {
-    if (!is_worth_sharing<T>(multiplications)) return 1;
-    const i64 work = static_cast<i64>(multiplications < 1e18 ? multiplications : 1e18);
-    return static_cast<int>(max(1, min(most, threads_for(work, product_grain<T>))));
+    return threads_for(multiplications, product_grain<T>, most);
 }
 
 inline double volume(i64 m, i64 n, i64 k)
@@ -33,19 +34,31 @@ inline double volume(i64 m, i64 n, i64 k)
     return static_cast<double>(m) * static_cast<double>(n) * static_cast<double>(k);
 }
 
-// A cut of m by n elements into one part a thread: rows by columns, the parts as square as may be, which reads the
-// least.
+// A cut of m by n elements into a part for each of some threads, rows by columns. Where that takes fewer of them, the
+// largest part, which all wait for, is smaller yet than where all have one: 7 would cut 100 by 100 in stripes of a tile.
 struct Grid {
     int rows = 1, columns = 1;
 
-    Grid(i64 m, i64 n, int parts)
+    Grid(i64 m, i64 n, int threads)
     {
-        double best = 0;
-        for (int r = 1; r <= parts; ++r) {
-            const double edges = static_cast<double>(m) / r + static_cast<double>(n) * r / parts;
-            if (parts % r != 0 || (best != 0 && edges >= best)) continue;
-            best = edges, rows = r, columns = parts / r;
+        double best = time(m, n);
+        for (int r = 1; r <= threads && r <= most_parts(m); ++r) {
+            const int c = static_cast<int>(min(threads / r, most_parts(n)));
+            const double t = time(longest_part(m, r), longest_part(n, c));
+            if (t < best) best = t, rows = r, columns = c;
         }
+    }
+    int parts() const { return rows * columns; }
+
+    static i64 most_parts(i64 side) { return max(1, side / least_side); }
+
+private:
+    static i64 longest_part(i64 side, int parts) { return even_part(side, parts, parts - 1, tile).size; }
+    // Of a part, in multiplications a step of depth: to pack or to read an element of A or B counts as 8 of them.
+    static double time(i64 m, i64 n)
+    {
+        return static_cast<double>(m) * static_cast<double>(n) +
+               8.0 * (static_cast<double>(m) + static_cast<double>(n));
     }
 };
 

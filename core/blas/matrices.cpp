@@ -17,7 +17,8 @@ template <class T, class E> struct GemmCut {
     {
         if (*alpha == zero<T>) return 1;
         const double products = std::is_same_v<T, E> ? volume(*m, *n, *k) : 0.5 * volume(*m, *n, *k);
-        return threads_for_products<T>(products, max(*m / least_side, 1) * max(*n / least_side, 1));
+        const int threads = threads_for_products<T>(products, Grid::most_parts(*m) * Grid::most_parts(*n));
+        return threads == 1 ? 1 : Grid(*m, *n, threads).parts();
     }
     template <class K>
     static void run(int index, int count, K* kernel, const char* transa, const char* transb, const i64* m, const i64* n,
@@ -25,6 +26,8 @@ template <class T, class E> struct GemmCut {
                     T* c, const i64* ldc)
     {
         const Grid grid(*m, *n, count);
+        if (index >= grid.parts())
+            return; // the system gave fewer members than there should be, and that is no good cut
         const Range rows = even_part(*m, grid.rows, index % grid.rows, tile);
         const Range columns = even_part(*n, grid.columns, index / grid.rows, tile);
         const E* const a_part = fold(*transa) == 'N' ? a + rows.begin : a + rows.begin * *lda;

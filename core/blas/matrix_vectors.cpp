@@ -15,10 +15,7 @@ namespace {
 // Threads for an operation that reads `elements` and is cut along n.
 template <class T> int threads_worth(double elements, i64 n)
 {
-    constexpr double least = 2.0 * grain / sizeof(T), most = 1e15;
-    if (elements < least) return 1;
-    const i64 bytes = static_cast<i64>(elements < most ? elements : most) * i64(sizeof(T));
-    return static_cast<int>(max(1, min(n / granule, threads_for(bytes, grain))));
+    return threads_for(elements * sizeof(T), grain, n / granule);
 }
 
 // By parts of y.

@@ -27,7 +27,7 @@ constexpr i64 most_pieces = 16;
 
 template <class T> int pieces_of(i64 n)
 {
-    const double worth = 0.5 * static_cast<double>(n) * static_cast<double>(n) * sizeof(T) / grain;
+    const double worth = eagerly(0.5 * static_cast<double>(n) * static_cast<double>(n) * sizeof(T)) / grain;
     return worth < 2 ? 1 : static_cast<int>(std::min<double>(worth, most_pieces));
 }
 
@@ -76,7 +76,7 @@ public:
         auto* const kernel = kernel_.get();
         if (kernel == nullptr) [[unlikely]]
             return last_status();
-        const int pieces = pieces_of<T>(*n), threads = threads_for(pieces, 1);
+        const int pieces = pieces_of<T>(*n), threads = pieces < 2 ? 1 : std::min(pieces, available_threads());
         if (threads == 1 || *alpha == zero<T> || orv_get_reproducible() ||
             !by_team(threads, pieces, uplo, *n, alpha, a, lda, x, incx, beta, y, incy))
             kernel(uplo, n, alpha, a, lda, x, incx, beta, y, incy);

@@ -1,7 +1,7 @@
 #include "core/team/team.h"
 
-#include "core/serv/settings.h"
 #include "core/serv/status.h"
+#include "core/team/eagerness.h"
 #include "orv/threads.h"
 
 #include <atomic>
@@ -53,6 +53,8 @@ int user_threads()
 constexpr unsigned exception_flags = 0x3f; // of MXCSR: sticky results, not modes
 
 } // namespace
+
+constinit std::atomic<double> eagerness{1};
 
 int available_threads()
 {
@@ -111,5 +113,7 @@ orv_status orv_set_thread_num_threads(int threads)
     if (status == ORV_OK) orv::core::own_threads = threads;
     return status;
 }
+
+void orv_team_set_eagerness(double times) { orv::core::eagerness.store(times, std::memory_order_relaxed); }
 
 int orv_get_num_threads() { return orv::core::available_threads(); }

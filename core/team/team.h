@@ -1,8 +1,10 @@
 // A team of threads for one call. Only team.cpp knows OpenMP; the host's own OpenMP settings are never touched.
 #pragma once
 
+#include "core/serv/settings.h"
 #include "frame/types.h"
 
+#include <atomic>
 #include <type_traits>
 
 namespace orv::core {
@@ -11,12 +13,18 @@ namespace orv::core {
 // region and in a child process after fork, whose parent's team did not come along.
 int available_threads();
 
-// Threads worth waking for `work` operations if each member should get at least `grain` of them. Small work costs
-// one comparison.
-inline int threads_for(i64 work, i64 grain)
+// How many times larger work is taken than it is when the core decides about sharing it; see eagerness.h.
+extern std::atomic<double> eagerness;
+inline double eagerly(double work) { return work * eagerness.load(std::memory_order_relaxed); }
+
+// Threads worth waking for so much work if each member should get at least `grain` of it, cut in `most` parts at most.
+// Every decision about sharing is made here. Small work costs a multiplication and a comparison.
+inline int threads_for(double work, double grain, i64 most = most_threads)
 {
-    if (work < 2 * grain) return 1;
-    return static_cast<int>(min(available_threads(), work / grain));
+    const double worth = eagerly(work);
+    if (!(worth >= 2 * grain) || most < 2) return 1;
+    const i64 shares = worth < most_threads * grain ? static_cast<i64>(worth / grain) : most_threads;
+    return static_cast<int>(min(available_threads(), min(most, shares)));
 }
 
 void run_team(int threads, void (*body)(void* argument, int index, int count), void* argument);

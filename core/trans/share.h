@@ -18,7 +18,7 @@ constexpr u64 edge(u64 size, int parts, int index)
 
 template <class T> int threads_worth(u64 rows, u64 cols)
 {
-    return threads_for(static_cast<i64>(rows * cols * sizeof(T)), grain);
+    return threads_for(static_cast<double>(rows) * static_cast<double>(cols) * sizeof(T), grain);
 }
 
 } // namespace orv::core::trans
