@@ -17,7 +17,7 @@ struct Family {
     Plan (*plan)(Setting&);
     // What a run goes through: lines of values, "m=1|4|9 n=5" for m of 1, of 4 and of 9, each in all types and with all
     // combinations of letters, or with the type and the letters that stand before the values. threads=1|all is one
-    // thread, and all where there are more.
+    // thread, and all where there are more. A line with times= draws so many problems at random, n=20..300 a size.
     std::vector<const char*> sweeps;
     std::vector<Routine> routines;
 };

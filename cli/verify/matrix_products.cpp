@@ -76,12 +76,17 @@ Plan trsm(Setting& s)
     return {{{{}, {t.product({1, 0}, after(t.b)), {-t.alpha, op(t.b)}}, t.roundings()}}};
 }
 
-const std::vector<const char*> products{
-    "m=1|3|4|5|9|17 n=1|4|5|9 k=0|1|2|8|33", "m=17 n=9 k=255|256|257|300 lda=310 ldb=311 ldc=20",
-    "m=13|70 n=7|65 k=31 alpha=1 beta=0|1",  "m=129 n=33 k=65",
-    "s nt m=220 n=200 k=210 threads=1|all",  "d tn m=170 n=160 k=180 threads=1|all",
-    "c nc m=140 n=130 k=135 threads=1|all",  "z cn m=110 n=105 k=115 threads=1|all",
-    "sc tc m=140 n=150 k=145 threads=1|all", "dz nn m=120 n=125 k=145 threads=1|all"};
+const std::vector<const char*> products{"m=1|3|4|5|9|17 n=1|4|5|9 k=0|1|2|8|33",
+                                        "m=17 n=9 k=255|256|257|300 lda=310 ldb=311 ldc=20",
+                                        "m=13|70 n=7|65 k=31 alpha=1 beta=0|1",
+                                        "m=129 n=33 k=65",
+                                        "s nt m=220 n=200 k=210 threads=1|all",
+                                        "d tn m=170 n=160 k=180 threads=1|all",
+                                        "c nc m=140 n=130 k=135 threads=1|all",
+                                        "z cn m=110 n=105 k=115 threads=1|all",
+                                        "sc tc m=140 n=150 k=145 threads=1|all",
+                                        "dz nn m=120 n=125 k=145 threads=1|all",
+                                        "times=12 m=33..260 n=33..260 k=9..40 threads=2..8 eager=100000"};
 const std::vector<const char*> by_sides{"m=1|3|4|5|8|9|17|33 n=1|2|4|5|9|17",
                                         "m=70 n=9 lda=80 ldb=75 ldc=71 alpha=1 beta=0|1",
                                         "m=9 n=70",
@@ -90,11 +95,17 @@ const std::vector<const char*> by_sides{"m=1|3|4|5|8|9|17|33 n=1|2|4|5|9|17",
                                         "s lu m=210 n=220 threads=1|all",
                                         "d rl m=190 n=180 threads=1|all",
                                         "c ll m=140 n=150 threads=1|all",
-                                        "z ru m=120 n=110 threads=1|all"};
-const std::vector<const char*> updates{"n=1|2|3|4|5|8|9|17|33 k=0|1|2|5|9|17", "n=70 k=300 lda=301 ldc=75",
-                                       "n=55|56|130 k=31 alpha=1 beta=0|1",    "n=257 k=9",
-                                       "s un n=260 k=280 threads=1|all",       "d ln n=210 k=220 threads=1|all",
-                                       "c un n=180 k=190 threads=1|all",       "z ln n=140 k=150 threads=1|all"};
+                                        "z ru m=120 n=110 threads=1|all",
+                                        "times=8 m=33..130 n=33..130 threads=2..8 eager=100000"};
+const std::vector<const char*> updates{"n=1|2|3|4|5|8|9|17|33 k=0|1|2|5|9|17",
+                                       "n=70 k=300 lda=301 ldc=75",
+                                       "n=55|56|130 k=31 alpha=1 beta=0|1",
+                                       "n=257 k=9",
+                                       "s un n=260 k=280 threads=1|all",
+                                       "d ln n=210 k=220 threads=1|all",
+                                       "c un n=180 k=190 threads=1|all",
+                                       "z ln n=140 k=150 threads=1|all",
+                                       "times=24 n=65..300 k=1..9 threads=2..8 eager=100000"};
 const std::vector<const char*> triangles{"m=1|2|3|4|5|8|9|16|17|33 n=1|2|4|5|9|17",
                                          "m=70 n=9 lda=80 ldb=75 alpha=1",
                                          "m=9 n=70",
@@ -104,7 +115,8 @@ const std::vector<const char*> triangles{"m=1|2|3|4|5|8|9|16|17|33 n=1|2|4|5|9|1
                                          "s lunn m=260 n=280 threads=1|all",
                                          "d rltn m=230 n=210 threads=1|all",
                                          "c llcu m=180 n=190 threads=1|all",
-                                         "z runn m=150 n=140 threads=1|all"};
+                                         "z runn m=150 n=140 threads=1|all",
+                                         "times=8 m=33..130 n=33..130 threads=2..8 eager=100000"};
 
 } // namespace
 

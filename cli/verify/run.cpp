@@ -1,5 +1,9 @@
 #include "cli/verify/run.h"
 
+#include "cli/verify/random.h"
+#include "cli/verify/slots.h"
+#include "core/team/eagerness.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -20,62 +24,6 @@ const Routine& routine_of(const Family& family, const std::string& type)
     throw Mistake(std::string(family.name) + " wants a type behind its name, one of " + types_of(family) +
                   (type.empty() ? "" : ", not \"" + type + '"'));
 }
-
-// The arguments of a call by address: arrays, and values that stand here.
-class Slots {
-public:
-    Slots(Setting& setting, const Problem& resolved, Arrays& arrays)
-    {
-        values_.resize(setting.arguments().size());
-        auto value = values_.begin();
-        for (const Argument& a : setting.arguments()) {
-            Array* const array = arrays.find(a.name);
-            if (array == nullptr) store(setting, resolved, a, *value);
-            addresses_.push_back(array ? array->data() : value->bytes);
-            ++value;
-        }
-    }
-    void* const* data() const { return addresses_.data(); }
-
-private:
-    struct Value {
-        alignas(16) std::byte bytes[16];
-        template <class T> void set(T value) { new (bytes) T(value); }
-    };
-
-    static void store(Setting& setting, const Problem& resolved, const Argument& a, Value& value)
-    {
-        if (a.kind == 'l') return value.set(setting.letter(a.name));
-        if (a.kind == 'o') return value.set(a.name == "prec" ? precision(*resolved.find("prec")) : option(setting, a));
-        if (a.kind == 'i') return value.set<i64>(std::stoll(*resolved.find(a.name)));
-        const Number number = setting.scalar(a.name);
-        const cpx<float> narrow{static_cast<float>(number.re), static_cast<float>(number.im)};
-        if (a.kind == 's') value.set(narrow.re);
-        else if (a.kind == 'c') value.set(narrow);
-        else if (a.kind == 'd') value.set(number.re);
-        else value.set(number);
-    }
-    static int precision(const std::string& name)
-    {
-        return name == "single"   ? ORV_PREC_SINGLE
-               : name == "double" ? ORV_PREC_DOUBLE
-               : name == "extra"  ? ORV_PREC_EXTRA
-                                  : ORV_PREC_INDIGENOUS;
-    }
-    static int option(const Setting& setting, const Argument& a)
-    {
-        const char letter = setting.letter(a.name);
-        if (a.name == "order") return letter == 'r' ? ORV_ROW_MAJOR : ORV_COLUMN_MAJOR;
-        if (a.name == "uplo") return letter == 'u' ? ORV_UPPER : ORV_LOWER;
-        if (a.name == "diag") return letter == 'u' ? ORV_UNIT_DIAG : ORV_NON_UNIT_DIAG;
-        if (a.name == "side") return letter == 'l' ? ORV_LEFT_SIDE : ORV_RIGHT_SIDE;
-        if (a.name == "conj") return letter == 'c' ? ORV_CONJ : ORV_NO_CONJ;
-        return letter == 'n' ? ORV_NO_TRANS : letter == 't' ? ORV_TRANS : ORV_CONJ_TRANS;
-    }
-
-    std::vector<Value> values_;
-    std::vector<void*> addresses_;
-};
 
 // All combinations of letters that the arguments take.
 std::vector<std::string> combinations(const std::vector<Argument>& arguments)
@@ -106,6 +54,28 @@ std::vector<std::string> alternatives(const std::string& name, const std::string
     return all;
 }
 
+// A line with times= draws so many problems: letters, and of each name one of its values, of 20..300 any from 20 to
+// 300. It draws the same with every run: what was right once is right again, or something has changed.
+void draw(const Family& family, const Routine& routine, const Problem& sweep, const std::vector<std::string>& letters,
+          std::vector<Problem>& all)
+{
+    u64 seed = 0;
+    for (const char c : family.name + std::string(routine.type) + sweep.text()) seed = 31 * seed + static_cast<u64>(c);
+    Random random(seed);
+    for (i64 i = std::stoll(*sweep.find("times")); i > 0; --i) {
+        Problem problem(family.name, routine.type, random.of(letters));
+        for (const auto& [name, values] : sweep.values) {
+            if (name == "times") continue;
+            const auto choice = alternatives(name, values);
+            const std::string& value = random.of(choice);
+            const std::size_t dots = value.find("..");
+            if (dots == value.npos) problem.with(name, value);
+            else problem.with(name, random.size(std::stoll(value), std::stoll(value.substr(dots + 2))));
+        }
+        all.push_back(problem);
+    }
+}
+
 // The problems of one line of a sweep.
 void expand(const Family& family, const Routine& routine, const char* line, std::vector<Problem>& all)
 {
@@ -113,9 +83,10 @@ void expand(const Family& family, const Routine& routine, const char* line, std:
     const std::string &type = sweep.family, &given = sweep.type; // a word further to the front than in a problem
     if (!type.empty() && type != routine.type) return;
     const auto arguments = arguments_of(family, routine);
+    const auto letters = given.empty() ? combinations(arguments) : std::vector{given};
+    if (sweep.find("times")) return draw(family, routine, sweep, letters, all);
     std::vector<Problem> problems;
-    for (const std::string& letters : given.empty() ? combinations(arguments) : std::vector{given})
-        problems.emplace_back(family.name, routine.type, letters);
+    for (const std::string& word : letters) problems.emplace_back(family.name, routine.type, word);
     for (const auto& [name, values] : sweep.values) {
         if (name == "prec" && arguments.back().name != name) continue;
         std::vector<Problem> more;
@@ -158,6 +129,7 @@ Outcome run(const Problem& problem)
     Setting setting(*family, routine_of(*family, problem.type), problem);
     const Plan plan = family->plan(setting);
     const i64 shift = setting.extra("shift", 0, 0, 15), threads = setting.extra("threads", 1, 1, 1024);
+    const i64 eager = problem.find("eager") ? setting.extra("eager", 1, 1, 1'000'000'000) : 1;
     const i64 seed = setting.extra("seed", 1, 0, std::numeric_limits<i64>::max());
     Outcome outcome{setting.resolved(), {}};
 
@@ -167,9 +139,11 @@ Outcome run(const Problem& problem)
     i64 position = 0;
     Array* const result = arrays.find("result");
     orv_set_num_threads(static_cast<int>(threads));
+    orv_team_set_eagerness(static_cast<double>(eager));
     const Routine& routine = setting.routine();
     const orv_status status = routine.call(routine, slots.data(), result ? result->data() : &position);
     orv_set_num_threads(0);
+    orv_team_set_eagerness(1);
     if (status != -setting.refused())
         outcome.fault = "answered " + std::to_string(status) + " (" + orv_status_text(status) + "), not " +
                         std::to_string(-setting.refused());

@@ -1,5 +1,7 @@
 #include "cli/verify/storage.h"
 
+#include "cli/verify/random.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -11,22 +13,6 @@ constexpr std::size_t margin = 256; // bytes of NaN on either side
 constexpr i64 most_elements = i64(1) << 26;
 
 std::size_t real_width(char kind) { return kind == 's' || kind == 'c' ? 4 : 8; }
-
-// A generator of its own, so that a line gives the same data everywhere (Steele, Lea, Flood, OOPSLA 2014, 453-472).
-class Random {
-public:
-    explicit Random(u64 seed) : state_(seed) {}
-    double operator()() // uniform in [-1, 1)
-    {
-        u64 z = state_ += 0x9e3779b97f4a7c15u;
-        z = (z ^ z >> 30) * 0xbf58476d1ce4e5b9u;
-        z = (z ^ z >> 27) * 0x94d049bb133111ebu;
-        return static_cast<double>(static_cast<i64>(z ^ z >> 31)) * 0x1p-63;
-    }
-
-private:
-    u64 state_;
-};
 
 void fill(Array& a, const View& v, std::vector<bool>& filled, Random& random)
 {

@@ -61,18 +61,19 @@ std::vector<const char*> and_also(std::vector<const char*> sweeps, std::initiali
 
 Group transpositions()
 {
+    const char* const drawn = "times=12 rows=17..300 cols=17..300 alpha=1|0.5 threads=2..8 eager=100000";
     return {"trans",
             "copies and transpositions",
             {{"omatcopy",
               "ordering trans:ntrc rows cols alpha a lda b ldb",
               omatcopy,
               and_also(moves, {"s ct rows=740 cols=730 threads=1|all", "d rt rows=530 cols=520 threads=1|all",
-                               "c cc rows=530 cols=520 threads=1|all", "z rn rows=370 cols=380 threads=1|all"}),
+                               "c cc rows=530 cols=520 threads=1|all", "z rn rows=370 cols=380 threads=1|all", drawn}),
               {ALL(omatcopy)}},
              {"omatcopy2",
               "ordering trans:ntrc rows cols alpha a lda stridea b ldb strideb",
               omatcopy,
-              {"rows=1|4|5|17|33 cols=1|3|4|9|64 stridea=1|2 strideb=1|3"},
+              {"rows=1|4|5|17|33 cols=1|3|4|9|64 stridea=1|2 strideb=1|3", drawn},
               {ALL(omatcopy2)}},
              {"omatadd",
               "ordering transa:ntrc transb:ntrc rows cols alpha a lda beta b ldb c ldc",
@@ -83,7 +84,8 @@ Group transpositions()
               "ordering trans:ntrc rows cols alpha ab lda ldb",
               imatcopy,
               and_also(moves, {"s ct rows=740 cols=740|730 threads=1|all", "d rt rows=530 cols=530|520 threads=1|all",
-                               "c cc rows=530 cols=530|520 threads=1|all", "z rt rows=380 cols=370|380 threads=1|all"}),
+                               "c cc rows=530 cols=530|520 threads=1|all", "z rt rows=380 cols=370|380 threads=1|all",
+                               drawn, "times=12 rows=80|129|257 cols=80|129|257 threads=3..8 eager=100000"}),
               {ALL(imatcopy)}}}};
 }
 

@@ -22,7 +22,7 @@ Without more: computes some ten thousand small problems, every family of routine
 paths change, and compares with plain loops in a wider type. An error is told as a share of its bound: the textbook's
 limit of what rounding can do to that sum, so that at most 1 is right. Elements that are no part of a result must
 keep their bits, and what is not to be read holds NaN. Where large problems are shared among threads, they are run
-with one thread and with all. Exit status 0 if all is right, else 1.
+with one thread and with all, and smaller ones of sizes drawn at random as if they were large. Exit status 0 if all is right, else 1.
 
 With families, or groups of them, only those. With a problem, that one; failures and failing tests print such lines:
 
@@ -30,7 +30,8 @@ With families, or groups of them, only those. With a problem, that one; failures
 
 TYPE and LETTERS are those of the routine (dgemm of a transposed and a plain matrix). Values that are left out
 are moderate ones, leading dimensions the smallest that will do, strides 1. Besides the arguments there are seed=
-(of the data), threads=, and shift=: how many reals arrays stand behind a multiple of 64 bytes.)";
+(of the data), threads=, eager=: problems so many times smaller than usual are shared among threads, and shift=: how
+many reals arrays stand behind a multiple of 64 bytes.)";
 
 double seconds() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
 

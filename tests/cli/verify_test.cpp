@@ -203,6 +203,11 @@ TEST_F(VerifyOfWrongRoutines, sees_an_element_left_out_at_one_length_only)
 }
 TEST_F(VerifyOfWrongRoutines, sees_a_sum_in_too_narrow_a_type) { expect_repeatable("dsdot", "largest error"); }
 TEST_F(VerifyOfWrongRoutines, sees_an_element_written_too_many) { expect_repeatable("copy", "\nwrote outside of y\n"); }
+TEST_F(VerifyOfWrongRoutines, sees_a_corner_left_out_at_few_sizes_by_several_threads_only)
+{
+    expect_repeatable("syrk",
+                      "^syrk s .* threads=[2-8] eager=.*\nlargest error \\S+ at c\\((64,64|128,128|192,192)\\)");
+}
 TEST_F(VerifyOfWrongRoutines, sees_a_status) { expect_repeatable("scal", "\nanswered 5 .*memory.*, not 0\n"); }
 TEST_F(VerifyOfWrongRoutines, sees_what_is_read_though_it_may_not_be)
 {
@@ -237,7 +242,8 @@ TEST(VerifyFull, finds_everything_right)
     const Outcome o = verify("");
     EXPECT_EQ(o.status, 0) << o.text;
     EXPECT_SAYS(o, "\nall right\n");
-    // Large problems are run by a team too, wherever there is one.
+    // Large problems are run by a team too, wherever there is one, and small ones as if they were large.
+    EXPECT_EQ(problem("gemm d tn m=70 n=60 k=18 threads=3 eager=1000").status, 0);
     EXPECT_EQ(problem("gemm d tn m=170 n=160 k=180 threads=3").status, 0);
 }
 
