@@ -76,8 +76,9 @@ std::vector<Argument> arguments_of(const Family& family, const Routine& routine)
     return all;
 }
 
-Setting::Setting(const Family& family, const Routine& routine, const Problem& problem)
-    : family_(family), routine_(routine), problem_(problem), arguments_(arguments_of(family, routine))
+Setting::Setting(const Family& family, const Routine& routine, const Problem& problem, bool by_rows)
+    : family_(family), routine_(routine), problem_(problem), by_rows_(by_rows),
+      arguments_(arguments_of(family, routine))
 {
     std::string expected;
     std::size_t count = 0;
@@ -85,8 +86,8 @@ Setting::Setting(const Family& family, const Routine& routine, const Problem& pr
         if (!a.letters.empty()) {
             expected += (count++ ? "; " : "") + a.name + ": " + alternatives(a.letters);
             if (count > problem.letters.size()) continue;
-            const char letter = problem.letters[count - 1] | 0x20;
-            if (a.letters.find(letter) != a.letters.npos) letters_[a.name] = letter;
+            const char letter = problem.letters[count - 1];
+            if (a.letters.find(letter | 0x20) != a.letters.npos) letters_[a.name] = letter;
         }
     if (letters_.size() == count && count == problem.letters.size()) return;
     if (count == 0)
@@ -106,7 +107,7 @@ char Setting::kind_of(const std::string& name) const
 char Setting::letter(const std::string& name) const
 {
     const auto found = letters_.find(name);
-    return found == letters_.end() ? '?' : found->second;
+    return found == letters_.end() ? '?' : fold(found->second) | 0x20;
 }
 
 i64 Setting::whole(const std::string& name, i64 otherwise, i64 least, i64 most, const std::string& expected)
@@ -146,10 +147,10 @@ i64 Setting::leading(const std::string& name, i64 least)
     return least;
 }
 
-i64 Setting::stride(const std::string& name)
+i64 Setting::stride(const std::string& name, bool zero)
 {
     const i64 value = whole(name, 1, -1000, 1000, "a whole number from -1000 to 1000");
-    if (value == 0) throw Mistake(what(name) + "a stride other than 0");
+    if (value == 0 && !zero) throw Mistake(what(name) + "a stride other than 0");
     return value;
 }
 
@@ -182,9 +183,9 @@ char Setting::work()
     throw Mistake(what("prec") + "single, double, indigenous or extra, not " + name);
 }
 
-View Setting::vector(const std::string& name, i64 n, const std::string& by)
+View Setting::vector(const std::string& name, i64 n, const std::string& by, bool zero)
 {
-    const i64 inc = by.empty() ? 1 : stride(by);
+    const i64 inc = by.empty() ? 1 : stride(by, zero);
     return {.array = name, .rows = n, .base = inc < 0 ? (1 - n) * inc : 0, .row = inc};
 }
 

@@ -15,8 +15,8 @@ std::vector<Argument> arguments_of(const Family& family, const Routine& routine)
 
 class Setting {
 public:
-    // Throws Mistake, like all that follows.
-    Setting(const Family& family, const Routine& routine, const Problem& problem);
+    // Throws Mistake, like all that follows. by_rows: of a routine without a letter for it, as CBLAS has it.
+    Setting(const Family& family, const Routine& routine, const Problem& problem, bool by_rows = false);
 
     const std::vector<Argument>& arguments() const { return arguments_; }
     const Routine& routine() const { return routine_; }
@@ -24,13 +24,14 @@ public:
     char kind_of(const std::string& name) const; // 0: there is no such argument
 
     char letter(const std::string& name) const; // in lower case; '?' if there is no such argument
+    char given_letter(const std::string& name) const { return letters_.at(name); }
     bool is_complex(const std::string& name) const { return kind_of(name) == 'c' || kind_of(name) == 'z'; }
 
-    // Whole numbers: a dimension, a leading dimension, a stride (not 0), any other that need not be an argument. A
-    // leading dimension that is too small is a problem of its own: the routine has to refuse it.
+    // Whole numbers: a dimension, a leading dimension, a stride (0 only if said), any other that need not be an
+    // argument. A leading dimension that is too small is a problem of its own: the routine has to refuse it.
     i64 size(const std::string& name, i64 otherwise = 5);
     i64 leading(const std::string& name, i64 least);
-    i64 stride(const std::string& name);
+    i64 stride(const std::string& name, bool zero = false);
     i64 extra(const std::string& name, i64 otherwise, i64 least, i64 most);
 
     // As the argument holds it, rounded to its type; 1 if there is no such argument.
@@ -47,7 +48,7 @@ public:
     i64 diagonals(i64 order) const; // at most, beside the main one
 
     // Views of arguments. Matrices stand by columns unless a letter order or ordering says rows.
-    View vector(const std::string& name, i64 n, const std::string& stride);
+    View vector(const std::string& name, i64 n, const std::string& stride, bool zero = false);
     View matrix(const std::string& name, const std::string& leading, i64 rows, i64 columns, i64 gap = 1);
     // op of it is rows by columns.
     View matrix_for(char op, const std::string& name, const std::string& leading, i64 rows, i64 columns);
@@ -65,11 +66,12 @@ private:
     i64 whole(const std::string& name, i64 otherwise, i64 least, i64 most, const std::string& expected);
     const std::string* given(const std::string& name) const { return problem_.find(name); }
     std::string what(const std::string& name) const { return std::string(family_.name) + ": " + name + "= wants "; }
-    bool by_rows() const { return letter("order") == 'r' || letter("ordering") == 'r'; }
+    bool by_rows() const { return by_rows_ || letter("order") == 'r' || letter("ordering") == 'r'; }
 
     const Family& family_;
     const Routine& routine_;
     const Problem& problem_;
+    bool by_rows_;
     std::vector<Argument> arguments_;
     std::map<std::string, char> letters_;
     std::map<std::string, std::string> values_; // decided

@@ -39,7 +39,7 @@ Slots::Slots(Setting& setting, const Problem& resolved, Arrays& arrays)
 
 void Slots::store(Setting& setting, const Problem& resolved, const Argument& a, Value& value)
 {
-    if (a.kind == 'l') return value.set(setting.letter(a.name));
+    if (a.kind == 'l') return value.set(setting.given_letter(a.name));
     if (a.kind == 'o') return value.set(a.name == "prec" ? precision(*resolved.find("prec")) : option(setting, a));
     if (a.kind == 'i') return value.set<i64>(std::stoll(*resolved.find(a.name)));
     const Number number = setting.scalar(a.name);

@@ -136,6 +136,11 @@ void Arrays::remember()
     for (auto& [name, array] : arrays_) array.remember();
 }
 
+void Arrays::restore()
+{
+    for (auto& [name, array] : arrays_) array.restore();
+}
+
 Elements::Elements(const Operand& operand, const Arrays& arrays)
     : operand_(operand), array_(operand.view.array.empty() ? nullptr : &arrays.at(operand.view.array)),
       turned_(operand.op == 't' || operand.op == 'c')

@@ -4,6 +4,7 @@
 #include "cli/verify/setting.h"
 
 #include <cstddef>
+#include <string_view>
 
 namespace orv::verify {
 
@@ -23,10 +24,17 @@ public:
     void set_whole(i64 i, i64 value);
 
     void remember() { before_ = now_; }
+    void restore() { now_ = before_; }
+    bool same_bits(const Array& other) const { return bytes() == other.bytes(); }
     // Position of an element that changed though it may not, n (or -1) for one behind (before) the array; -2: none.
     i64 touched(const std::vector<bool>& may_change) const;
 
 private:
+    std::string_view bytes() const
+    {
+        return {reinterpret_cast<const char*>(now_.data()) + start_, static_cast<std::size_t>(n_) * width_};
+    }
+
     char kind_;
     i64 n_;
     std::size_t width_, start_;
@@ -43,6 +51,12 @@ public:
     Array* find(const std::string& name);
     const Array& at(const std::string& name) const;
     void remember();
+    void restore(); // what was remembered, at the same addresses
+
+    auto begin() { return arrays_.begin(); } // pairs of a name and an array
+    auto end() { return arrays_.end(); }
+    auto begin() const { return arrays_.begin(); }
+    auto end() const { return arrays_.end(); }
 
     // Throws nothing; a sentence about the first array that was written where it may not be, or none.
     std::string touched(const Plan& plan) const;

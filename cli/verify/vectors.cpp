@@ -9,10 +9,12 @@ constexpr double elementwise = 8;
 
 View x_of(Setting& s) { return s.vector("x", s.size("n"), "incx"); }
 View y_of(Setting& s) { return s.vector("y", s.size("n"), "incy"); }
+// Vectors that are only read may be one element, met n times.
+View read_only(Setting& s, const char* name) { return s.vector(name, s.size("n"), std::string("inc") + name, true); }
 
 Plan axpy(Setting& s)
 {
-    const View x = x_of(s), y = y_of(s);
+    const View x = read_only(s, "x"), y = y_of(s);
     return {{{after(y), {{s.scalar("alpha"), op(x)}, {s.scalar("beta"), op(y)}}, elementwise}}};
 }
 Plan scal(Setting& s)
@@ -20,7 +22,7 @@ Plan scal(Setting& s)
     const View x = x_of(s);
     return {{{after(x), {{s.scalar("alpha"), op(x)}}, elementwise}}};
 }
-Plan copy(Setting& s) { return {{{after(y_of(s)), {{{1, 0}, op(x_of(s))}}}}}; }
+Plan copy(Setting& s) { return {{{after(y_of(s)), {{{1, 0}, op(read_only(s, "x"))}}}}}; }
 Plan swap(Setting& s)
 {
     const View x = x_of(s), y = y_of(s);
@@ -29,7 +31,7 @@ Plan swap(Setting& s)
 
 template <char left> Plan dot(Setting& s)
 {
-    const View x = x_of(s), y = y_of(s);
+    const View x = read_only(s, "x"), y = read_only(s, "y");
     return {{{after(s.element("result")), {{{1, 0}, op(x, left), op(y)}}, roundings_of_sum(x.rows)}}};
 }
 // Floats, summed in double.
