@@ -34,6 +34,9 @@ inline Range triangle_part(bool upper, i64 n, int parts, int index)
     return {edge(index), edge(index + 1) - edge(index)};
 }
 
+// So many parts have a granule of columns at least: the part of the longest columns is n/2/parts of them wide.
+constexpr i64 most_triangle_parts(i64 n) { return n / (2 * granule); }
+
 // Elements of a vector of n as a vector of the same stride.
 template <class T> T* part(T* x, i64 n, i64 inc, Range r)
 {

@@ -12,10 +12,10 @@ using namespace orv::core;
 
 namespace {
 
-// Threads for an operation that reads `elements` and is cut along n.
-template <class T> int threads_worth(double elements, i64 n)
+// Threads for an operation that reads so many elements and is cut in `most` parts at most.
+template <class T> int threads_worth(double elements, i64 most)
 {
-    return threads_for(elements * sizeof(T), grain, n / granule);
+    return threads_for(elements * sizeof(T), grain, most);
 }
 
 // By parts of y.
@@ -23,7 +23,7 @@ template <class T> struct GemvCut {
     static i64 results(const char* trans, const i64* m, const i64* n) { return fold(*trans) == 'N' ? *m : *n; }
     template <class... P> static int threads(const char* trans, const i64* m, const i64* n, P...)
     {
-        return threads_worth<T>(static_cast<double>(*m) * static_cast<double>(*n), results(trans, m, n));
+        return threads_worth<T>(static_cast<double>(*m) * static_cast<double>(*n), results(trans, m, n) / granule);
     }
     template <class K>
     static void run(int index, int count, K* kernel, const char* trans, const i64* m, const i64* n, const T* alpha,
@@ -41,7 +41,7 @@ template <class T> struct GemvCut {
 template <class T> struct GerCut {
     template <class... P> static int threads(const i64* m, const i64* n, P...)
     {
-        return threads_worth<T>(static_cast<double>(*m) * static_cast<double>(*n), *n);
+        return threads_worth<T>(static_cast<double>(*m) * static_cast<double>(*n), *n / granule);
     }
     template <class K>
     static void run(int index, int count, K* kernel, const i64* m, const i64* n, const T* alpha, const T* x,
@@ -54,7 +54,7 @@ template <class T> struct GerCut {
 
 template <class T> int threads_for_triangle(i64 n)
 {
-    return threads_worth<T>(0.5 * static_cast<double>(n) * static_cast<double>(n), n);
+    return threads_worth<T>(0.5 * static_cast<double>(n) * static_cast<double>(n), most_triangle_parts(n));
 }
 
 template <class T> struct SyrCut {
