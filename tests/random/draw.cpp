@@ -42,8 +42,6 @@ void add_values(Problem& p, const std::vector<Argument>& arguments, double most,
         return std::ranges::any_of(arguments, [&](const Argument& a) { return a.name == name; });
     };
     const bool vector = p.letters.empty() && !has("m"), cubic = !vector && (has("c") || has("side"));
-    // The reference library lets these alone; here they walk a vector from its far end, as all others do.
-    const bool one_way = p.family == "scal" || p.family == "asum";
     const i64 least = p.family.starts_with("xblas_"); // those refuse to do nothing
     const double largest = vector ? most / 100 : std::pow(most, cubic ? 1 / 3.0 : 0.5);
     for (const Argument& a : arguments) {
@@ -52,7 +50,7 @@ void add_values(Problem& p, const std::vector<Argument>& arguments, double most,
         if (is("m", "n", "rows", "cols") || (is("k") && cubic))
             p.with(a.name, vector ? random.size(least, longest) : side(random, least, longest));
         else if (is("k", "kl", "ku")) p.with(a.name, random.from(0, random.one_in(2) ? 3 : 50));
-        else if (a.name.starts_with("inc")) p.with(a.name, one_way ? std::abs(stride(random)) : stride(random));
+        else if (a.name.starts_with("inc")) p.with(a.name, stride(random));
         else if (a.name.starts_with("stride")) p.with(a.name, random.from(1, 3));
         else if (is("alpha", "beta"))
             p.with(a.name, scalar(random, a.kind == 'c' || a.kind == 'z', a.kind == 's' || a.kind == 'c'));
