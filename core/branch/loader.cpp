@@ -14,15 +14,13 @@
 // mathematics library that the core brings along.
 #include "core/branch/loader.h"
 
-#include "core/branch/branches.h"
 #include "core/branch/file.h"
-#include "core/serv/processor.h"
+#include "core/branch/kinds.h"
 #include "core/serv/settings.h"
 #include "core/serv/status.h"
 #include "frame/types.h"
 #include "orv/branch.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -30,21 +28,12 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <elf.h>
-#include <iterator>
 #include <link.h>
 #include <pthread.h>
+#include <unistd.h>
 
 namespace orv::core {
 namespace {
-
-struct Kind {
-    const char *tag, *file;
-    int code;
-    unsigned needs; // of Feature
-};
-#define KIND(tag, code, needs) {#tag, "liborv_" #tag ".so", code, needs},
-constexpr Kind kinds[] = {ORV_EACH_BRANCH(KIND)};
-constexpr const Kind& humblest = kinds[std::size(kinds) - 1];
 
 constexpr const char* code_symbol = "dll_cpu_version"; // answers the code of its kind
 
@@ -140,35 +129,65 @@ void keep_without_handle(void* handle)
     if (dlsym(RTLD_DEFAULT, code_symbol) == dlsym(handle, code_symbol)) dlclose(handle);
 }
 
-bool can_run(const Kind& kind) { return (kind.needs & ~processor().features) == 0; }
-
-const Kind* kind_of(int code)
-{
-    return std::find_if(std::begin(kinds), std::end(kinds), [=](const Kind& kind) { return kind.code == code; });
-}
-
 void refuse_processor(const Kind& kind)
 {
-    const auto missing = missing_feature(kind.needs);
+    const auto [name, since] = name_of_first(lacking(kind));
+    if (&kind == &humblest)
+        return refuse(ORV_OLD_PROCESSOR,
+                      "this processor (%s) lacks %s, which all kernels use: run the program on one made since %d",
+                      processor().name, name, since);
     refuse(ORV_OLD_PROCESSOR,
-           "this processor (%s) lacks %s, which all kernels use: run the program on one made since %d",
-           processor().name, missing.name, missing.since);
+           "this processor (%s) lacks %s, which the kernels %s use: run the program on one made since %d, or let orv "
+           "choose, without ORV_BRANCH and ORV_BRANCH_PATH",
+           processor().name, name, kind.tag, since);
 }
 
-void open_once()
+bool set_path(const char* folder, const Kind& kind)
 {
-    char folder[PATH_MAX];
-    if (!find_core(folder)) {
-        if (wanted_memory()) return refuse_for_want_of_memory();
-        return refuse(ORV_NO_BRANCH, "liborv.so cannot find out where it lies: link it as a shared library");
-    }
-    const Kind* const best = std::find_if(std::begin(kinds), std::end(kinds), can_run);
-    if (best == std::end(kinds)) return refuse_processor(humblest);
+    return std::snprintf(branch.path, sizeof branch.path, "%s/%s", folder, kind.file) < PATH_MAX;
+}
 
-    if (const char* given = text(Setting::branch_path)) std::snprintf(branch.path, sizeof branch.path, "%s", given);
-    else if (std::snprintf(branch.path, sizeof branch.path, "%s/%s", folder, best->file) >= PATH_MAX)
-        return refuse(ORV_NO_BRANCH, "the path of %s is too long: install orv in another folder", best->file);
+// The best kind for this processor that is installed; the best of all if none is. Null if the processor is too old.
+const Kind* best_in(const char* folder)
+{
+    const auto can_run = [](const Kind& kind) { return lacking(kind) == 0; };
+    const Kind* const installed = find_kind(
+        [&](const Kind& kind) { return can_run(kind) && set_path(folder, kind) && access(branch.path, F_OK) == 0; });
+    return installed ? installed : find_kind(can_run);
+}
 
+// The kind of kernels in an opened library, with its version in the record; null if it is none.
+const Kind* recognise(void* handle)
+{
+    const auto cpu_version = reinterpret_cast<int (*)()>(dlsym(handle, code_symbol));
+    if (cpu_version == nullptr) return nullptr;
+    Note note{reinterpret_cast<void*>(cpu_version), branch.version, sizeof branch.version};
+    dl_iterate_phdr(read_note, &note);
+    return find_kind([code = cpu_version()](const Kind& kind) { return kind.code == code; });
+}
+
+// Whether an opened library may serve; wanted is null if any kind may.
+bool accept(void* handle, const Kind* wanted)
+{
+    const Kind* const found = recognise(handle);
+    if (found == nullptr || std::strcmp(branch.version, ORV_VERSION) != 0)
+        refuse(ORV_BRANCH_MISMATCH,
+               "%s is not the library of kernels of version %s (it %s%s): install both libraries from one build, or "
+               "correct ORV_BRANCH_PATH",
+               branch.path, ORV_VERSION, branch.version[0] ? "has version " : "tells no version", branch.version);
+    else if (wanted != nullptr && found != wanted)
+        refuse(ORV_BRANCH_MISMATCH,
+               "%s holds the kernels %s, not %s: install both libraries from one build, or correct ORV_BRANCH and "
+               "ORV_BRANCH_PATH",
+               branch.path, found->tag, wanted->tag);
+    else if (lacking(*found)) refuse_processor(*found);
+    else branch.kind = found;
+    return branch.kind != nullptr;
+}
+
+// Opens the file at the path in the record.
+void open_path(const Kind* wanted)
+{
     if (const FileSize size = look_at_file(branch.path); size.there < size.told)
         return refuse(
             ORV_NO_BRANCH, "%s is cut short: it has %llu of the %llu bytes that it tells of itself; install orv again",
@@ -179,28 +198,40 @@ void open_once()
         return refuse(ORV_NO_BRANCH,
                       "the library of kernels cannot be opened (%s): put %s of version %s beside liborv.so, or set "
                       "ORV_BRANCH_PATH to its path",
-                      linker_reason(), best->file, ORV_VERSION);
+                      linker_reason(), (wanted ? *wanted : humblest).file, ORV_VERSION);
     }
-
-    const auto cpu_version = reinterpret_cast<int (*)()>(dlsym(handle, code_symbol));
-    Note note{reinterpret_cast<void*>(cpu_version), branch.version, sizeof branch.version};
-    if (cpu_version != nullptr) dl_iterate_phdr(read_note, &note);
-    const Kind* const opened = cpu_version != nullptr ? kind_of(cpu_version()) : std::end(kinds);
-    if (opened == std::end(kinds) || std::strcmp(branch.version, ORV_VERSION) != 0) {
-        refuse(ORV_BRANCH_MISMATCH,
-               "%s is not the library of kernels of version %s (it %s%s): install both libraries from one build, or "
-               "correct ORV_BRANCH_PATH",
-               branch.path, ORV_VERSION, branch.version[0] ? "has version " : "tells no version", branch.version);
+    if (!accept(handle, wanted)) {
         dlclose(handle);
         return;
     }
-    if (!can_run(*opened)) {
-        dlclose(handle);
-        return refuse_processor(*opened);
-    }
     keep_without_handle(handle);
-    branch.kind = opened;
     branch.status = ORV_OK;
+}
+
+void open_once()
+{
+    char folder[PATH_MAX];
+    if (!find_core(folder)) {
+        if (wanted_memory()) return refuse_for_want_of_memory();
+        return refuse(ORV_NO_BRANCH, "liborv.so cannot find out where it lies: link it as a shared library");
+    }
+    const Kind* wanted = nullptr;
+    if (const char* tag = text(Setting::branch)) {
+        wanted = find_kind([=](const Kind& kind) { return std::strcmp(kind.tag, tag) == 0; });
+        if (wanted == nullptr)
+            return refuse(ORV_BAD_SETTING, "ORV_BRANCH=\"%.60s\" is no name of kernels: give one of%s", tag,
+                          known_tags);
+        if (lacking(*wanted)) return refuse_processor(*wanted);
+    }
+    if (const char* given = text(Setting::branch_path)) {
+        std::snprintf(branch.path, sizeof branch.path, "%s", given);
+        return open_path(wanted);
+    }
+    if (wanted == nullptr) wanted = best_in(folder);
+    if (wanted == nullptr) return refuse_processor(humblest);
+    if (!set_path(folder, *wanted))
+        return refuse(ORV_NO_BRANCH, "the path of %s is too long: install orv in another folder", wanted->file);
+    open_path(wanted);
 }
 
 } // namespace

@@ -21,11 +21,6 @@ constexpr Answers here = {[](unsigned leaf, unsigned subleaf) {
                               return low;
                           }};
 
-constexpr FeatureName feature_names[] = {
-    {sse42, "SSE4.2", 2009},
-    {avx2, "AVX2, or runs a system that does not keep its registers", 2013},
-};
-
 Processor found;
 
 } // namespace
@@ -36,13 +31,6 @@ const Processor& processor()
     static pthread_once_t once = PTHREAD_ONCE_INIT;
     pthread_once(&once, [] { found = understand(here); });
     return found;
-}
-
-const FeatureName& missing_feature(unsigned features)
-{
-    const FeatureName* name = feature_names;
-    while ((features & name->feature & ~processor().features) == 0) ++name;
-    return *name;
 }
 
 } // namespace orv::core

@@ -11,13 +11,6 @@ enum Feature : unsigned {
     avx2 = 1 << 1,  // with fused operations, and an operating system that keeps the wide registers
 };
 
-// How users know a feature, and the year since when usual processors have it.
-struct FeatureName {
-    Feature feature;
-    const char* name;
-    int since;
-};
-
 struct Processor {
     char name[49]; // as the processor tells it
     char vendor[13];
@@ -28,8 +21,12 @@ struct Processor {
 
 const Processor& processor();
 
-// The first of these features that the processor lacks; there must be one.
-const FeatureName& missing_feature(unsigned features);
+// How users know the first of some features, and the year since when usual processors have it.
+struct FeatureName {
+    const char* name;
+    int since;
+};
+FeatureName name_of_first(unsigned features);
 
 // How a processor is asked, so that others than this one can be understood, too.
 struct Registers {

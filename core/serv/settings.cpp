@@ -22,6 +22,7 @@ bool whole_number(const char* text, i64 low, i64 high, i64* value)
 
 bool thread_count(const char* text, i64* value) { return whole_number(text, 1, most_threads, value); }
 bool switch_value(const char* text, i64* value) { return whole_number(text, 0, 1, value); }
+bool any_name(const char*, i64*) { return true; } // the loader refuses what it does not know
 bool file_path(const char* text, i64*) { return std::strchr(text, '/') != nullptr; }
 
 // Bytes, or with a letter KiB, MiB, GiB.
@@ -58,8 +59,10 @@ constexpr Row table[settings] = {
     {"ORV_MEMORY_LIMIT", "work memory kept for reuse", "64M for each processor", byte_count,
      "bytes, or a number with K, M or G such as 512M", default_memory_limit},
     {"ORV_REPRODUCIBLE", "1: the same bits on every run", "0", switch_value, "0 or 1", zero_by_default},
-    {"ORV_BRANCH_PATH", "the library of kernels", "the best for this processor", file_path,
-     "the path of a file, with a /", zero_by_default},
+    {"ORV_BRANCH", "the kernels, by name", "the best for this processor", any_name, "the name of kernels",
+     zero_by_default},
+    {"ORV_BRANCH_PATH", "the library of kernels", "beside liborv.so", file_path, "the path of a file, with a /",
+     zero_by_default},
 };
 
 struct Value {

@@ -5,8 +5,8 @@
 
 namespace orv::core {
 
-enum class Setting { num_threads, memory_limit, reproducible, branch_path };
-inline constexpr int settings = 4;
+enum class Setting { num_threads, memory_limit, reproducible, branch, branch_path };
+inline constexpr int settings = 5;
 
 inline constexpr int most_threads = 1024;
 

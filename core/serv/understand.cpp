@@ -10,13 +10,18 @@ namespace {
 
 // Each feature is a set of bits in leaf 1 (c) and in leaf 7 (b), and of the states that the operating system must keep.
 constexpr unsigned sse_state = 1 << 1, avx_state = 1 << 2;
-struct FeatureBits {
+struct FeatureRow {
     Feature feature;
+    FeatureName name;
     unsigned leaf1, leaf7, states;
 };
-constexpr FeatureBits feature_bits[] = {
-    {sse42, bit_SSE3 | bit_SSSE3 | bit_SSE4_1 | bit_SSE4_2 | bit_POPCNT, 0, 0},
-    {avx2, bit_AVX | bit_FMA | bit_OSXSAVE, bit_AVX2, sse_state | avx_state},
+constexpr FeatureRow feature_rows[] = {
+    {sse42, {"SSE4.2", 2009}, bit_SSE3 | bit_SSSE3 | bit_SSE4_1 | bit_SSE4_2 | bit_POPCNT, 0, 0},
+    {avx2,
+     {"AVX2, or runs a system that does not keep its registers", 2013},
+     bit_AVX | bit_FMA | bit_OSXSAVE,
+     bit_AVX2,
+     sse_state | avx_state},
 };
 
 unsigned read_features(const Answers& answers)
@@ -25,7 +30,7 @@ unsigned read_features(const Answers& answers)
     const unsigned states = leaf1 & bit_OSXSAVE ? answers.kept_states() : 0;
     const auto has = [](unsigned have, unsigned wanted) { return (have & wanted) == wanted; };
     unsigned features = 0;
-    for (const FeatureBits& f : feature_bits)
+    for (const FeatureRow& f : feature_rows)
         if (has(leaf1, f.leaf1) && has(leaf7, f.leaf7) && has(states, f.states)) features |= f.feature;
     return features;
 }
@@ -64,6 +69,13 @@ void read_name(const Answers& answers, Processor& p)
 }
 
 } // namespace
+
+FeatureName name_of_first(unsigned features)
+{
+    const FeatureRow* row = feature_rows;
+    while ((row->feature & features) == 0) ++row;
+    return row->name;
+}
 
 Processor understand(const Answers& answers)
 {

@@ -41,6 +41,7 @@ TEST(Settings, take_effect)
     EXPECT_SAYS(info("ORV_MEMORY_LIMIT=512M"), "up to 512 MiB kept");
     EXPECT_SAYS(info("ORV_MEMORY_LIMIT=3G"), "up to 3 GiB kept");
     EXPECT_SAYS(info("ORV_MEMORY_LIMIT=0"), "up to 0 bytes kept");
+    EXPECT_SAYS(info("ORV_BRANCH=" + std::string(orv_branch_name())), orv_branch_name() + std::string(", version"));
     EXPECT_SAYS(info("ORV_REPRODUCIBLE=1"), "the same bits on every run\n\n");
     EXPECT_SILENT(info("ORV_REPRODUCIBLE=0 ORV_NUM_THREADS="), "makes no sense");
 }
@@ -61,6 +62,7 @@ TEST(Settings, that_make_no_sense_are_named_and_the_default_holds)
     const std::string path = info("ORV_BRANCH_PATH=kernels.so");
     EXPECT_SAYS(path, "makes no sense: give the path of a file, with a /");
     EXPECT_SAYS(path, std::string(orv_branch_name()) + ", version");
+    EXPECT_SAYS(info("ORV_BRANCH=odd"), "none: ORV_BRANCH=\"odd\" is no name of kernels: give one of");
     const std::string helper = ORV_HELPERS "/core_guest " ORV_CORE " check";
     EXPECT_EQ(run("ORV_REPRODUCIBLE=2 " + helper).text.substr(0, 25), "6 ORV_REPRODUCIBLE=\"2\" ma");
 }

@@ -9,8 +9,11 @@
 ORV_API const char* orv_version(void);
 ORV_API const char* orv_path(void);
 
-/* ORV_OK if the kernels can run; else ORV_OLD_PROCESSOR, ORV_NO_BRANCH or ORV_BRANCH_MISMATCH, and orv_last_error()
-   says what to do. */
+/* ORV_OK if the kernels can run; else ORV_OLD_PROCESSOR, ORV_NO_BRANCH, ORV_BRANCH_MISMATCH, ORV_NO_MEMORY or
+   ORV_BAD_SETTING, and orv_last_error() says what to do.
+
+   Of the kernels that are installed beside liborv.so, those that use most of this processor are taken, once and for all
+   of the process. The environment variable ORV_BRANCH names others ("mc3"), and ORV_BRANCH_PATH another file. */
 ORV_API orv_status orv_branch_status(void);
 
 /* Name of the branch of kernels that runs on this processor ("mc3"), its version, and the path of its library. Name and

@@ -1,5 +1,6 @@
 /* A library that is, or pretends to be, a branch: TAG and VERSION say what it tells, UNRESOLVED lets it ask for a
-   symbol that nobody has. It imports from the core and from the mathematics library without naming either as needed. */
+   symbol that nobody has, KIND gives it a kernel with that in the name. It imports from the core and from the
+   mathematics library without naming either as needed. */
 struct note {
     unsigned name_size, text_size, type;
     char name[4];
@@ -9,6 +10,12 @@ __attribute__((section(".note.orv"), used, aligned(4))) static const struct note
     4, sizeof VERSION > 1 ? 16 : 0, sizeof VERSION > 1 ? 1 : 2, "orv", VERSION};
 
 __attribute__((visibility("default"))) int dll_cpu_version(void) { return TAG; }
+
+#ifdef KIND
+#define KERNEL_(kind) orv_test_##kind##_code
+#define KERNEL(kind) KERNEL_(kind)
+__attribute__((visibility("default"))) int KERNEL(KIND)(void) { return TAG; }
+#endif
 
 #ifdef UNRESOLVED
 void orv_serv_of_another_time(void);

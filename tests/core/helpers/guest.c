@@ -1,5 +1,6 @@
 /* guest CORE VERB: a program that opens the core privately, as the extensions of interpreters do.
      check   print orv_check() and the sentence
+     kind    print the name of the kernels that were chosen, and the code that a kernel of theirs returns
      call    call through_core_and_libm of the branch and print the result
      close   open, use and close the core 20 times, with threads that outlive it; nothing may stay in memory
      stack   the first use of everything in a thread with a stack of 128 KiB
@@ -40,6 +41,15 @@ static int check(void)
 }
 
 static void* symbol(const char* name) { return ((void* (*)(const char*))find("orv_branch_symbol"))(name); }
+
+static int kind(void)
+{
+    if (((int (*)(void))find("orv_branch_status"))() != 0) return check();
+    void* (*kernel)(const char*, const char*) = (void* (*)(const char*, const char*))find("orv_kernel");
+    int (*code)(void) = (int (*)(void))kernel("test", "code");
+    if (code == NULL) return check(), 1;
+    return printf("%s %d\n", ((const char* (*)(void))find("orv_branch_name"))(), code()) < 0;
+}
 
 static int call(void)
 {
@@ -178,6 +188,7 @@ int main(int count, char** words)
     if (strcmp(verb, "modes") == 0) return keep_modes(path);
     open_core(path);
     if (strcmp(verb, "check") == 0) return check();
+    if (strcmp(verb, "kind") == 0) return kind();
     if (strcmp(verb, "call") == 0) return call();
     if (strcmp(verb, "starve") == 0) return starve();
     return 2;
