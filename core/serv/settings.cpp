@@ -1,5 +1,6 @@
 #include "core/serv/settings.h"
 
+#include "core/serv/status.h"
 #include "orv/settings.h"
 
 #include <cstdio>
@@ -88,6 +89,8 @@ void read(const Row& row, Value& value, char* problem)
                       row.name, text, row.expected, row.fallback);
 }
 
+// The first call that needs a setting also leaves what makes no sense in orv_last_error(), since a program that never
+// calls orv_check() would not hear of it.
 void read_all()
 {
     for (int i = 0; i < settings; ++i) {
@@ -96,6 +99,7 @@ void read_all()
         if (all_problems[0] != 0) std::strcat(all_problems, "\n");
         std::strcat(all_problems, problems[i]);
     }
+    if (all_problems[0] != 0) fail(ORV_BAD_SETTING, "%s", all_problems);
 }
 
 const Value& value(int index)

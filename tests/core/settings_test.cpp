@@ -46,6 +46,19 @@ TEST(Settings, take_effect)
     EXPECT_SILENT(info("ORV_REPRODUCIBLE=0 ORV_NUM_THREADS="), "makes no sense");
 }
 
+TEST(Settings, that_make_no_sense_are_told_by_the_public_status)
+{
+    const std::string sentence = "ORV_NUM_THREADS=\"banana\" makes no sense: give a whole number from 1 to 1024; the "
+                                 "default is used (as OpenMP)\n";
+    const auto guest = [](const std::string& environment, const std::string& verb) {
+        return run(environment + " " ORV_HELPERS "/core_guest " ORV_CORE " " + verb).text;
+    };
+    EXPECT_EQ(guest("ORV_NUM_THREADS=banana", "check"), std::to_string(ORV_BAD_SETTING) + " " + sentence);
+    EXPECT_EQ(guest("ORV_NUM_THREADS=banana", "first"), "before: \n0 and 5 after: " + sentence);
+    EXPECT_EQ(guest("ORV_NUM_THREADS=2", "check"), "0 \n");
+    EXPECT_EQ(guest("ORV_NUM_THREADS=2", "first"), "before: \n0 and 5 after: \n");
+}
+
 TEST(Settings, that_make_no_sense_are_named_and_the_default_holds)
 {
     const std::string plain = info("OMP_NUM_THREADS=3");

@@ -23,7 +23,9 @@ enum {
 ORV_API const char* orv_status_text(orv_status status);
 
 /* The sentence of the calling thread's latest failure, with names and values, and what to do; empty if no call of this
-   thread failed yet. A successful call leaves it alone. Valid until the thread's next failure. */
+   thread failed yet. A successful call leaves it alone, but for the first one of the process that needs an environment
+   variable: if one of them makes no sense, that call computes with the default in its place, returns 0 all the same,
+   and leaves the sentence here. Valid until the thread's next failure. */
 ORV_API const char* orv_last_error(void);
 
 /* Tries what every computation rests on: processor, kernels, environment. 0, or the first thing that is wrong with its

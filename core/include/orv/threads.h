@@ -2,7 +2,8 @@
    ORV_NUM_THREADS or a call below says otherwise, and orv never changes OpenMP's own settings.
 
    The first of these that is set decides: orv_set_thread_num_threads, orv_set_num_threads, ORV_NUM_THREADS, OpenMP.
-   Small problems take one thread whatever is set; so do calls from inside a parallel region, and calls in a child
+   An ORV_NUM_THREADS that makes no sense counts as not set; orv_check() tells, and orv_last_error() after the first
+   call. Small problems take one thread whatever is set; so do calls from inside a parallel region, and calls in a child
    process after fork. */
 #ifndef ORV_THREADS_H
 #define ORV_THREADS_H

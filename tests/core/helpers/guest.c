@@ -1,6 +1,7 @@
 /* guest CORE VERB: a program that opens the core privately, as the extensions of interpreters do.
      check   print orv_check() and the sentence
      kind    print the name of the kernels that were chosen, and the code that a kernel of theirs returns
+     first   print orv_last_error() before the first computation, its status, and orv_last_error() after it
      call    call through_core_and_libm of the branch and print the result
      close   open, use and close the core 20 times, with threads that outlive it; nothing may stay in memory
      stack   the first use of everything in a thread with a stack of 128 KiB
@@ -38,6 +39,18 @@ static int check(void)
     int (*status)(void) = (int (*)(void))find("orv_check");
     const char* (*sentence)(void) = (const char* (*)(void))find("orv_last_error");
     return printf("%d %s\n", status(), sentence()) < 0;
+}
+
+static int first(void)
+{
+    int (*daxpy)(int64_t, double, const double*, int64_t, double*, int64_t) =
+        (int (*)(int64_t, double, const double*, int64_t, double*, int64_t))find("orv_daxpy");
+    const char* (*sentence)(void) = (const char* (*)(void))find("orv_last_error");
+    const double x = 1;
+    double y = 2;
+    printf("before: %s\n", sentence());
+    printf("%d", daxpy(1, 3, &x, 1, &y, 1));
+    return printf(" and %g after: %s\n", y, sentence()) < 0;
 }
 
 static void* symbol(const char* name) { return ((void* (*)(const char*))find("orv_branch_symbol"))(name); }
@@ -189,6 +202,7 @@ int main(int count, char** words)
     open_core(path);
     if (strcmp(verb, "check") == 0) return check();
     if (strcmp(verb, "kind") == 0) return kind();
+    if (strcmp(verb, "first") == 0) return first();
     if (strcmp(verb, "call") == 0) return call();
     if (strcmp(verb, "starve") == 0) return starve();
     return 2;
