@@ -5,8 +5,8 @@
 // ((A0+A1) + (A2+A3)) + ((A4+A5) + (A6+A7)), then its lanes (lane 0 + lane 1; of four lanes (0 + 2) + (1 + 3)), and to
 // that the reals left are added one by one. A register holds 4 singles, 2 doubles, 2 pairs of singles or 1 of doubles.
 #include "blas/ladder.h"
+#include "frame/kernels/blas.h"
 #include "frame/simd.h"
-#include "frame/symbol.h"
 
 namespace orv::blas {
 namespace {

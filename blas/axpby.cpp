@@ -3,7 +3,7 @@
 // Vectors and strides as for axpy. Two roundings for the products, one for the sum. Neither alpha nor beta has a
 // special value: a NaN in y stays one even if beta is 0. n <= 0 leaves y alone.
 #include "blas/ladder.h"
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 namespace orv::blas {
 namespace {

@@ -12,8 +12,8 @@
 //
 // A complex product is four such real sums: of re*re, im*im, re*im and im*re. They meet at the very end, so the
 // conjugating form differs in two signs only.
+#include "frame/kernels/blas.h"
 #include "frame/simd.h"
-#include "frame/symbol.h"
 
 #include <type_traits>
 

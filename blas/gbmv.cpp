@@ -7,7 +7,7 @@
 // in the band or in x reaches y. No memory is taken but some 22 KiB of the stack where a stride is not 1.
 #include "blas/beta.h"
 #include "blas/structured_mv.h"
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 namespace orv::blas {
 namespace {

@@ -9,7 +9,7 @@
 #include "blas/beta.h"
 #include "blas/gemv_kernels.h"
 #include "blas/level1.h"
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 namespace orv::blas {
 namespace {

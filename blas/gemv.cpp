@@ -2,8 +2,8 @@
 
 #include "blas/beta.h"
 #include "blas/stretch.h"
+#include "frame/kernels/blas.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 
 namespace orv::blas {
 namespace {

@@ -1,6 +1,6 @@
 #include "blas/gemv_kernels.h"
 
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 namespace orv::blas {
 namespace {

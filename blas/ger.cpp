@@ -5,7 +5,7 @@
 #include "blas/ger.h"
 
 #include "blas/rank_update.h"
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 namespace orv {
 namespace {

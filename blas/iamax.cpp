@@ -2,8 +2,8 @@
 //
 // Both are one search for the greatest key: the key of an element is its magnitude, or minus its magnitude.
 #include "blas/ladder.h"
+#include "frame/kernels/blas.h"
 #include "frame/simd.h"
-#include "frame/symbol.h"
 
 namespace orv::blas {
 namespace {

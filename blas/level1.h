@@ -1,7 +1,7 @@
 // The vector kernels by type, for the routines built from them.
 #pragma once
 
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 #include "frame/types.h"
 
 namespace orv::blas {

@@ -9,8 +9,8 @@
 #include "blas/beta.h"
 #include "blas/gemv_kernels.h"
 #include "blas/level1.h"
+#include "frame/kernels/blas.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 
 // By way of its symbol: the product in single precision asks for the reproducibility state itself.
 #define REAL_GEMV(name, R)                                                                                             \

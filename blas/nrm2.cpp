@@ -6,8 +6,8 @@
 //
 // A stride's sign does not matter: the vector starts at x and goes on by |incx|.
 #include "blas/ladder.h"
+#include "frame/kernels/blas.h"
 #include "frame/simd.h"
-#include "frame/symbol.h"
 
 namespace orv::blas {
 namespace {

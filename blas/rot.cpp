@@ -6,7 +6,7 @@
 //
 // Published source: Lawson, Hanson, Kincaid, Krogh, Basic Linear Algebra Subprograms for Fortran Usage, 1979.
 #include "blas/ladder.h"
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 namespace orv::blas {
 namespace {

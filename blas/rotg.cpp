@@ -1,5 +1,5 @@
 // Plane rotations that turn (a, b) into (r, 0).
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 #include "frame/types.h"
 
 namespace orv {

@@ -1,6 +1,6 @@
 // Modified Givens rotations: the 2 by 2 matrix H that makes the second component of H (sqrt(d1) x1, sqrt(d2) y1)
 // zero, without square roots.
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 #include "frame/types.h"
 
 namespace orv {

@@ -10,8 +10,8 @@
 // twice, the results follow one another in the order of x, except that gthrz reads a second time what it has cleared.
 //
 // Published source: Dodson, Grimes, Lewis, Sparse Extensions to the Fortran Basic Linear Algebra Subprograms, 1991.
+#include "frame/kernels/blas.h"
 #include "frame/simd.h"
-#include "frame/symbol.h"
 
 namespace orv::blas {
 namespace {

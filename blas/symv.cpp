@@ -8,8 +8,8 @@
 // or x reaches y. No memory is taken but some 22 KiB of the stack where a stride is not 1.
 #include "blas/beta.h"
 #include "blas/structured_mv.h"
+#include "frame/kernels/blas.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 
 namespace orv::blas {
 namespace {

@@ -32,8 +32,8 @@
 // _cnr: the twin that a routine leaves for unless the reproducibility state is 1. It fixes the order above: the bits of
 // the result depend on nothing but the values of the operands. The fast bodies keep that order too, so they are shared.
 #include "blas/rank_update.h"
+#include "frame/kernels/blas.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 
 namespace orv::blas {
 namespace {

@@ -9,8 +9,8 @@
 // Complex solves have two bodies: _f walks the band in strips like all triangles, _vial1 goes column by column through
 // the vector kernels. Both read and write the same elements and treat special values alike.
 #include "blas/triangle.h"
+#include "frame/kernels/blas.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 
 // The vector kernels by type.
 #define VECTOR_KERNELS(T, axpy_name, dotu_name, dotc_name)                                                             \

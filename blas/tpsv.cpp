@@ -6,7 +6,7 @@
 //
 // n <= 0 leaves x alone; a negative incx addresses x from its far end. No memory is taken.
 #include "blas/triangle.h"
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 namespace orv::blas {
 

@@ -8,7 +8,7 @@
 // triangle.h, are multiplied in place by a kernel of their own, the rectangles beside them by the matrix-vector
 // product. No memory is taken.
 #include "blas/triangle.h"
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 // The products by type.
 #define DRIVER(name, T)                                                                                                \

@@ -9,7 +9,7 @@
 // parallel, takes what a block's solution means for the unsolved rest (N), or what the solved rest means for the next
 // block (T, C). No memory is taken.
 #include "blas/triangle.h"
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 // The public products; alpha is -1 and beta is 1 in every call.
 #define PUBLIC_GEMV(name, T)                                                                                           \

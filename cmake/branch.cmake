@@ -55,6 +55,7 @@ function(orv_kernel_options target tag flags)
   target_include_directories(${target} INTERFACE ${generated}/${tag})
   target_compile_options(${target} INTERFACE
     ${flags}                   # the branch's instruction set
+    -pedantic-errors           # a kernel that differs from its prototype is an error, not a warning
     -ffp-contract=off          # one rounding for each product and each sum
     -fno-math-errno            # square roots are one instruction, no call
     -fno-exceptions -fno-rtti -fno-threadsafe-statics

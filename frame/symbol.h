@@ -8,11 +8,7 @@
 #define ORV_KERNEL_OF(module, tag, name) ORV_KERNEL_OF_(module, tag, name)
 #define ORV_KERNEL_OF_(module, tag, name) orv_##module##_##tag##_##name
 
-// One line a module, so that a kernel file writes BLAS(xdaxpy) and the reader greps for it.
-// The names of transposition carry a second orv_ behind the tag.
-#define BLAS(name) ORV_KERNEL(blas, name)
-#define LAPACK_PS(name) ORV_KERNEL(lapack_ps, name)
-#define TRANS(name) ORV_KERNEL(trans, orv_##name)
+// A module's own macro stands in its header of prototypes, frame/kernels/: BLAS(xdaxpy), for the reader to grep.
 
 // Tables that a caller may look up carry the branch tag but no module.
 #define ORV_TABLE(name) ORV_TABLE_OF(ORV_BRANCH_TAG, name)

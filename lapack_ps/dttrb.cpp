@@ -19,7 +19,7 @@
 // n = 0 does nothing but info = 0, and so does dtsvb with nrhs = 0. No memory is taken.
 //
 // Published source: Dongarra, Bunch, Moler, Stewart, LINPACK Users' Guide, 1979 (ptsl, for positive definite ones).
-#include "frame/symbol.h"
+#include "frame/kernels/lapack_ps.h"
 #include "lapack_ps/right_sides.h"
 
 namespace orv::lapack {

@@ -11,7 +11,7 @@
 // left is updated, by the public routines. No memory is taken.
 //
 // Published source: Anderson et al., LAPACK Users' Guide, 3rd ed., 1999 (getc2).
-#include "frame/symbol.h"
+#include "frame/kernels/lapack_ps.h"
 #include "lapack_ps/front_ends.h"
 #include "lapack_ps/scalar.h"
 

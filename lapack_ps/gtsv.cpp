@@ -9,7 +9,7 @@
 // without right-hand sides the elimination takes place. No memory is taken.
 //
 // Published source: Anderson et al., LAPACK Users' Guide, 3rd ed., 1999 (gtsv).
-#include "frame/symbol.h"
+#include "frame/kernels/lapack_ps.h"
 #include "lapack_ps/right_sides.h"
 
 namespace orv::lapack {

@@ -10,7 +10,7 @@
 // or where there is no memory, each element is divided. n <= 0 or nrhs <= 0 does nothing.
 //
 // Published source: Anderson et al., LAPACK Users' Guide, 3rd ed., 1999 (gtts2).
-#include "frame/symbol.h"
+#include "frame/kernels/lapack_ps.h"
 #include "lapack_ps/reciprocals.h"
 #include "lapack_ps/right_sides.h"
 

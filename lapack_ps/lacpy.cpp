@@ -9,9 +9,9 @@
 //
 // Each product and the sum are rounded once; no factor is special, so a NaN in B stays even if beta is 0. What is
 // outside of the part is neither read nor written. A and B do not overlap.
+#include "frame/kernels/lapack_ps.h"
 #include "frame/serv.h"
 #include "frame/simd.h"
-#include "frame/symbol.h"
 
 namespace orv::lapack {
 namespace {

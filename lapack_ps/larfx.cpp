@@ -9,9 +9,9 @@
 //
 // and work is not used. Above, work takes n (left) or m (right) elements: a public matrix-vector product fills it, and
 // a public update takes it from there.
+#include "frame/kernels/lapack_ps.h"
 #include "frame/serv.h"
 #include "frame/simd.h"
-#include "frame/symbol.h"
 #include "lapack_ps/front_ends.h"
 
 #include <utility>

@@ -4,8 +4,8 @@
 //
 // n elements at steps incx and incy, c (real) and s (as x) both at steps incc; a negative step starts at the far end,
 // with a step of 0 the rotations follow one another. n < 1 leaves x and y alone.
+#include "frame/kernels/lapack_ps.h"
 #include "frame/simd.h"
-#include "frame/symbol.h"
 
 namespace orv::lapack {
 namespace {

@@ -15,8 +15,8 @@
 //
 // Published sources: M. Gu and S. Eisenstat, A divide-and-conquer algorithm for the bidiagonal SVD, SIAM J. Matrix
 // Anal. Appl. 16, 1995: z is computed anew from the roots, and so the vectors are orthogonal however close roots are.
+#include "frame/kernels/lapack_ps.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 #include "lapack_ps/front_ends.h"
 #include "lapack_ps/scalar.h"
 

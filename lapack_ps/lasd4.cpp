@@ -13,8 +13,8 @@
 //              three poles finds none: info is what that routine told.
 //
 // Published source: R.-C. Li, Solving secular equations stably and efficiently, LAPACK Working Note 89, 1994.
+#include "frame/kernels/lapack_ps.h"
 #include "frame/simd.h"
-#include "frame/symbol.h"
 #include "lapack_ps/front_ends.h"
 #include "lapack_ps/scalar.h"
 

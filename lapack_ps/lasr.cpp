@@ -12,7 +12,7 @@
 // All rotations go over eight columns before the next eight are met, so each column is read and written once, and the
 // row that a rotation shares with the next one stays in registers. Four columns that remain go the same way, less than
 // four singly. With lda = 0 four columns at a time share their memory: each rotation meets it four times.
-#include "frame/symbol.h"
+#include "frame/kernels/lapack_ps.h"
 #include "lapack_ps/lanes.h"
 
 namespace orv::lapack {

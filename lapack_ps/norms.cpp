@@ -13,9 +13,9 @@
 //
 // Of complex elements |a| is sqrt(re^2 + im^2). Where the norm shows that such squares have overflowed, or might have
 // lost digits below the least normal number, it is computed once more with scaled squares.
+#include "frame/kernels/lapack_ps.h"
 #include "frame/serv.h"
 #include "frame/simd.h"
-#include "frame/symbol.h"
 #include "lapack_ps/front_ends.h"
 
 #include <type_traits>

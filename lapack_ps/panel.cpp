@@ -20,7 +20,7 @@
 //
 // with the same bits on either path.
 #include "lapack_ps/panel.h"
-#include "frame/symbol.h"
+#include "frame/kernels/lapack_ps.h"
 
 namespace orv::lapack {
 namespace {

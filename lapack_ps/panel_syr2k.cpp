@@ -10,7 +10,7 @@
 //
 // Without transposition four columns of A and B go into a column of C at a time, else two elements of a column of C are
 // computed by their inner products at a time. Elements go through registers where everything is in step.
-#include "frame/symbol.h"
+#include "frame/kernels/lapack_ps.h"
 #include "lapack_ps/panel.h"
 
 #include <type_traits>

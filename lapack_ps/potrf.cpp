@@ -16,7 +16,7 @@
 // is taken.
 //
 // Published source: Anderson et al., LAPACK Users' Guide, 3rd ed., 1999 (potf2).
-#include "frame/symbol.h"
+#include "frame/kernels/lapack_ps.h"
 #include "lapack_ps/front_ends.h"
 #include "lapack_ps/lanes.h"
 #include "lapack_ps/scalar.h"

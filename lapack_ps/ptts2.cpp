@@ -9,7 +9,7 @@
 // or where there is no memory, each element is divided. n = 1 is one call of the public scaling. n < 1 does nothing.
 //
 // Published source: Anderson et al., LAPACK Users' Guide, 3rd ed., 1999 (ptts2).
-#include "frame/symbol.h"
+#include "frame/kernels/lapack_ps.h"
 #include "lapack_ps/front_ends.h"
 #include "lapack_ps/reciprocals.h"
 #include "lapack_ps/right_sides.h"

@@ -4,8 +4,8 @@
 //   rot3   s := (x + v1*y + v2*z)*tau,      x -= s,  y -= s*conj(v1),  z -= s*conj(v2)
 //
 // summed from the left. All vectors run with unit stride: the strides are not read. n < 1 leaves them alone.
+#include "frame/kernels/lapack_ps.h"
 #include "frame/simd.h"
-#include "frame/symbol.h"
 
 namespace orv::lapack {
 namespace {

@@ -9,9 +9,9 @@
 //
 // A(i,j) := A(i,j) + x(i)*(alpha*x(j)), each product and sum by the plain formulas, for every column with x(j) other
 // than (0, 0); a column with x(j) = (0, 0) is left alone, so NaN in x does not reach it.
+#include "frame/kernels/lapack_ps.h"
 #include "frame/serv.h"
 #include "frame/simd.h"
-#include "frame/symbol.h"
 
 namespace orv::lapack {
 namespace {

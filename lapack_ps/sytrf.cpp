@@ -14,7 +14,7 @@
 //
 // Published source: Bunch and Kaufman, Some Stable Methods for Calculating Inertia and Solving Symmetric Linear
 // Systems, Math. Comp. 31, 1977; Anderson et al., LAPACK Users' Guide, 3rd ed., 1999 (sytf2).
-#include "frame/symbol.h"
+#include "frame/kernels/lapack_ps.h"
 #include "lapack_ps/front_ends.h"
 #include "lapack_ps/lanes.h"
 

@@ -1,5 +1,5 @@
 // Copies without transposition: ?omatcopy2_n, ?omatcopy2_r.
-#include "frame/symbol.h"
+#include "frame/kernels/trans.h"
 #include "trans/omatcopy.h"
 #include "trans/rows.h"
 

@@ -4,7 +4,7 @@
 // after. Squares whose leading dimension stays are exchanged by tiles; the others follow cycles.
 #include "trans/imatcopy.h"
 
-#include "frame/symbol.h"
+#include "frame/kernels/trans.h"
 
 namespace orv::trans {
 namespace {

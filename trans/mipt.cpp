@@ -1,6 +1,6 @@
 // In place without a square's symmetry and without work space: ?imatcopy_mipt_t and _c follow cycles, ?imatcopy_mipt_n
 // and _r only change the leading dimension.
-#include "frame/symbol.h"
+#include "frame/kernels/trans.h"
 #include "trans/imatcopy.h"
 #include "trans/rows.h"
 

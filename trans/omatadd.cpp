@@ -5,7 +5,7 @@
 // shape that op makes of it, and neither may overlap C, except that an operand that is not transposed may be C itself.
 // Matrices are row-major, ld the distance of their rows. Each product and the sum are rounded once; no factor is
 // special, so NaN always spreads.
-#include "frame/symbol.h"
+#include "frame/kernels/trans.h"
 #include "trans/rows.h"
 #include "trans/sweep.h"
 

@@ -4,7 +4,7 @@
 // ordering: R says that rows of A are lda apart and elements of a row stridea, C the same of columns. Either case; any
 // other letter leaves B alone. rows and cols are those of A.
 #include "trans/omatcopy.h"
-#include "frame/symbol.h"
+#include "frame/kernels/trans.h"
 
 namespace orv::trans {
 namespace {

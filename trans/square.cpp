@@ -1,7 +1,7 @@
 // Squares in place, tile by tile: ?sqtrans, the shares of a team, and the general exchange.
 #include "trans/square.h"
 
-#include "frame/symbol.h"
+#include "frame/kernels/trans.h"
 #include "trans/imatcopy.h"
 #include "trans/rows.h"
 

@@ -1,5 +1,5 @@
 // Transposition out of place: ?omatcopy2_t, ?omatcopy2_c.
-#include "frame/symbol.h"
+#include "frame/kernels/trans.h"
 #include "trans/omatcopy.h"
 #include "trans/sweep.h"
 

@@ -3,8 +3,8 @@
 // Whatever the order, an element of C gets one sum per block of the depth, blocks ascending. Alpha is multiplied into
 // packed A. The last block of the depth may be shallower; its panels still stand as far apart as those of a full one.
 #include "blas/gemm/driver.h"
+#include "frame/kernels/blas.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 
 namespace orv::gemm {
 namespace {

@@ -1,8 +1,8 @@
 // C := alpha*op(A)*op(B) + beta*C: the order of early exits, and which of the bodies serves.
 #include "blas/gemm/blocks.h"
 #include "blas/ger.h"
+#include "frame/kernels/blas.h"
 #include "frame/simd.h"
-#include "frame/symbol.h"
 
 namespace orv::gemm {
 

@@ -1,5 +1,5 @@
 // Slots of the dispatcher that this branch needs nothing for: the symbols exist, the bodies are empty.
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 #define SLOT(name)                                                                                                     \
     ORV_EXPORT void BLAS(name)() {}

@@ -5,7 +5,7 @@
 // dgemm_ker1 is the second record of doubles: the scheme of fewer loads.
 #include "blas/gemm/kernel.h"
 
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 namespace orv::gemm {
 namespace {

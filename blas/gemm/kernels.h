@@ -2,7 +2,7 @@
 #pragma once
 
 #include "blas/gemm/gemm.h"
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 namespace orv::gemm {
 

@@ -1,7 +1,7 @@
 // Packing of blocks into panels: ?gemm_copya? and ?gemm_copyb?.
 #include "blas/gemm/pack.h"
 
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 namespace orv::gemm {
 namespace {

@@ -1,7 +1,7 @@
 // The product without work areas, for small operands and for want of memory; and the scaling of C.
 #include "blas/gemm/direct.h"
 #include "blas/gemm/driver.h"
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 namespace orv::gemm {
 namespace {

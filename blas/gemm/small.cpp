@@ -1,8 +1,8 @@
 // Products of depth 1 to 10 with at most 10 rows and columns, one routine a depth: no scaling of C, no work area.
 #include "blas/gemm/direct.h"
 #include "blas/gemm/driver.h"
+#include "frame/kernels/blas.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 
 namespace orv::gemm {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "blas/gemm/gemm.h"
 #include "blas/gemm/sizes.h"
-#include "frame/symbol.h"
+#include "frame/kernels/blas.h"
 
 namespace orv::gemm {
 

@@ -10,20 +10,21 @@
 #include "blas/gemm/direct.h"
 #include "blas/gemm/driver.h"
 #include "blas/gemm/pack.h"
+#include "frame/kernels/blas.h"
 #include "frame/serv.h"
-#include "frame/symbol.h"
 
 namespace orv::gemm {
-namespace {
-
-constexpr i64 row_unit = 12, column_unit = 4, depth_unit = 2;
-constexpr char name[] = "xdgemm";
 
 // Where a kernel works: C(0:m, 0:n), and the depth of the panels.
 struct Patch {
     double* c;
     i64 ldc, m, n, k;
 };
+
+namespace {
+
+constexpr i64 row_unit = 12, column_unit = 4, depth_unit = 2;
+constexpr char name[] = "xdgemm";
 
 // Fills those block sizes that are 0. Blocks are at most `deep` steps deep; up to twice that, a product splits evenly.
 void block_sizes(i64 deep, i64 m, i64 n, i64 k, i64* mb, i64* nb, i64* kb, i64 m_unit, i64 n_unit, i64 k_unit)
@@ -170,10 +171,9 @@ void in_panels(const Product<double>& x, i64 mb, i64 nb, i64 kb, double* a_panel
         }
 
     constexpr i64 unit = 1;
-    for (i64 j = columns; j < x.n; ++j)
-        BLAS(xdgemv)
-        (&x.transa, na ? &x.m : &x.k, na ? &x.k : &x.m, &x.alpha, x.a, &x.lda, corner(x.b, x.ldb, x.transb, 0, j),
-         nb_plain ? &unit : &x.ldb, &one<double>, x.c + j * x.ldc, &unit);
+    for (i64 j = columns; j < x.n; ++j) BLAS(xdgemv)
+    (&x.transa, na ? &x.m : &x.k, na ? &x.k : &x.m, &x.alpha, x.a, &x.lda, corner(x.b, x.ldb, x.transb, 0, j),
+     nb_plain ? &unit : &x.ldb, &one<double>, x.c + j * x.ldc, &unit);
 }
 
 void product(Product<double> x, BlockSizes& sizes)
