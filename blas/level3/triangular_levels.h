@@ -3,6 +3,7 @@
 
 #include "blas/gemm/blocks.h"
 #include "blas/level3/triangular.h"
+#include "frame/kernels/blas.h"
 
 #include <utility>
 
@@ -104,9 +105,9 @@ template <Task task, class T> struct WorkBlock {
     }
 };
 
-// What x?trsm and x?trmm return, as x?gemm_par does. Who takes them for functions without a result loses nothing; the
-// caller that has to tell its own caller need not listen to the service layer, which may be another's.
-enum class Done : i32 { yes = 0, no_memory = 1 };
+// What x?trsm and x?trmm return, as x?gemm_par does: the caller that has to tell its own caller need not listen to the
+// service layer, which may be another's.
+using kernels::blas::Done;
 
 // Runs body(work); false, and nothing done, if there is no memory. The kernel is chosen before the memory is taken.
 template <Task task, class T, class Body> bool with_work_block(const Body& body)

@@ -73,9 +73,8 @@ template <class T> struct SyrCut {
     }
 
 private:
-    static inline constinit Kernel<void(const char*, const i64*, const T*, const T*, const i64*, T*, const i64*,
-                                        const i64*)>
-        member{{"blas", std::is_same_v<T, float> ? "xssyr_in_thread" : "xdsyr_in_thread"}};
+    static inline constinit Kernel member{
+        kernels::of_type<T, kernels::blas::xssyr_in_thread, kernels::blas::xdsyr_in_thread>()};
 };
 
 template <class T> struct Syr2Cut {
@@ -94,9 +93,8 @@ template <class T> struct Syr2Cut {
     }
 
 private:
-    static inline constinit Kernel<void(const char*, const i64*, const T*, const T*, const i64*, const T*, const i64*,
-                                        T*, const i64*, const i64*)>
-        member{{"blas", std::is_same_v<T, float> ? "xssyr2_in_thread" : "xdsyr2_in_thread"}};
+    static inline constinit Kernel member{
+        kernels::of_type<T, kernels::blas::xssyr2_in_thread, kernels::blas::xdsyr2_in_thread>()};
 };
 
 template <auto& F> using Gemv = Shared<F, arguments::gemv, GemvCut<value_argument<F, 3>>>;

@@ -13,6 +13,7 @@
 #include "core/serv/status.h"
 #include "frame/export.h"
 #include "frame/interface.h"
+#include "frame/kernels/blas.h"
 
 // In the library a complex number is the type that kernels know; it is passed and returned like C's own.
 #define ORV_COMPLEX_FLOAT orv::cpx<float>
@@ -36,7 +37,7 @@ template <class R> R failed()
 // The body of a routine that takes whatever comes: its kernel.
 template <auto& F> class Direct {
 public:
-    constexpr explicit Direct(KernelName kernel) : kernel_(kernel) {}
+    template <class Prototype> constexpr explicit Direct(Prototype kernel) : kernel_(kernel) {}
 
     template <class... P> result_of<F> operator()(P... arguments)
     {
@@ -144,7 +145,7 @@ void by_pointer_to(result_of<F>* result, const char* name, Body& body, P... poin
 // The body and the form by value of a routine.
 #define ORV_BLAS_BY_VALUE(arity, name, Body, kernel)                                                                   \
     namespace {                                                                                                        \
-    constinit Body<orv_##name> name##_body{{"blas", #kernel}};                                                         \
+    constinit Body<orv_##name> name##_body{kernels::blas::kernel()};                                                   \
     }                                                                                                                  \
     result_of<orv_##name> orv_##name(ORV_PARAMETERS_##arity(value_argument, orv_##name))                               \
     {                                                                                                                  \

@@ -10,7 +10,7 @@ namespace orv::core {
 // Cut::run(index, count, kernel, arguments...) is the part of one.
 template <auto& F, auto check, class Cut> class Shared {
 public:
-    constexpr explicit Shared(KernelName kernel) : kernel_(kernel) {}
+    template <class Prototype> constexpr explicit Shared(Prototype kernel) : kernel_(kernel) {}
 
     template <class... P> [[gnu::always_inline]] orv_status operator()(P... arguments)
     {

@@ -32,34 +32,24 @@ template <class T> int pieces_of(i64 n)
 }
 
 // Kernels by type. y1 += alpha*B*x1 and y2 += alpha*op(B)*x2 in one pass over B:
-template <class T>
-using BothProducts = void(const i64* m, const i64* n, const T* alpha, const T* b, const i64* ldb, const T* x1,
-                          const i64* incx1, const T* x2, const i64* incx2, const T* beta, T* y1, const i64* incy1,
-                          T* y2, const i64* incy2);
-using BothUnitProducts = void(const i64* m, const i64* n, const cpx<double>* alpha, const cpx<double>* b,
-                              const i64* ldb, const cpx<double>* x1, const cpx<double>* x2, cpx<double>* y1,
-                              cpx<double>* y2);
-template <class T> using Copy = void(const i64* n, const T* x, const i64* incx, T* y, const i64* incy);
-template <class R> using Axpy = void(const i64* n, const R* alpha, const R* x, const i64* incx, R* y, const i64* incy);
-
 template <class T> struct Kernels;
 template <> struct Kernels<float> {
-    static inline constinit Kernel<BothProducts<float>> both{{"blas", "sgem2vu"}};
-    static inline constinit Kernel<Copy<float>> copy{{"blas", "xscopy"}};
-    static inline constinit Kernel<Axpy<float>> axpy{{"blas", "xsaxpy"}};
+    static inline constinit Kernel both{kernels::blas::sgem2vu()};
+    static inline constinit Kernel copy{kernels::blas::xscopy()};
+    static inline constinit Kernel axpy{kernels::blas::xsaxpy()};
 };
 template <> struct Kernels<double> {
-    static inline constinit Kernel<BothProducts<double>> both{{"blas", "dgem2vu"}};
-    static inline constinit Kernel<Copy<double>> copy{{"blas", "xdcopy"}};
-    static inline constinit Kernel<Axpy<double>> axpy{{"blas", "xdaxpy"}};
+    static inline constinit Kernel both{kernels::blas::dgem2vu()};
+    static inline constinit Kernel copy{kernels::blas::xdcopy()};
+    static inline constinit Kernel axpy{kernels::blas::xdaxpy()};
 };
 template <> struct Kernels<cpx<float>> {
-    static inline constinit Kernel<BothProducts<cpx<float>>> both{{"blas", "cgem2vc_f"}};
-    static inline constinit Kernel<Copy<cpx<float>>> copy{{"blas", "xccopy"}};
+    static inline constinit Kernel both{kernels::blas::cgem2vc_f()};
+    static inline constinit Kernel copy{kernels::blas::xccopy()};
 };
 template <> struct Kernels<cpx<double>> {
-    static inline constinit Kernel<BothUnitProducts> both{{"blas", "zgem2vc_f"}};
-    static inline constinit Kernel<Copy<cpx<double>>> copy{{"blas", "xzcopy"}};
+    static inline constinit Kernel both{kernels::blas::zgem2vc_f()};
+    static inline constinit Kernel copy{kernels::blas::xzcopy()};
 };
 
 template <auto& F> class Symv {
@@ -67,7 +57,7 @@ template <auto& F> class Symv {
     using R = real_t<T>;
 
 public:
-    constexpr explicit Symv(KernelName kernel) : kernel_(kernel) {}
+    template <class Prototype> constexpr explicit Symv(Prototype kernel) : kernel_(kernel) {}
 
     orv_status operator()(const char* uplo, const i64* n, const T* alpha, const T* a, const i64* lda, const T* x,
                           const i64* incx, const T* beta, T* y, const i64* incy)

@@ -59,12 +59,8 @@ void walk(i64 n, int index, int count, const Triangle& triangle, const Rectangle
 }
 
 template <class T>
-using General = void(const char* transa, const char* transb, const i64* m, const i64* n, const i64* k, const T* alpha,
-                     const T* a, const i64* lda, const T* b, const i64* ldb, const T* beta, T* c, const i64* ldc);
-template <class T> constinit Kernel<General<T>> general{{"blas", "xsgemm"}};
-template <> constinit Kernel<General<double>> general<double>{{"blas", "xdgemm"}};
-template <> constinit Kernel<General<cpx<float>>> general<cpx<float>>{{"blas", "xcgemm"}};
-template <> constinit Kernel<General<cpx<double>>> general<cpx<double>>{{"blas", "xzgemm"}};
+constinit Kernel general{
+    kernels::of_type<T, kernels::blas::xsgemm, kernels::blas::xdgemm, kernels::blas::xcgemm, kernels::blas::xzgemm>()};
 
 template <class T, class F> constexpr T as_element(F f)
 {
@@ -162,7 +158,7 @@ template <auto& R> struct ByTwo {
 
 template <auto& R, class Cut> class Update {
 public:
-    constexpr explicit Update(KernelName kernel) : kernel_(kernel) {}
+    template <class Prototype> constexpr explicit Update(Prototype kernel) : kernel_(kernel) {}
 
     template <class... P> [[gnu::always_inline]] orv_status operator()(P... arguments)
     {

@@ -12,22 +12,16 @@ using namespace orv::core;
 namespace {
 
 // B := alpha*B, and the solve or product without memory, which takes uplo and transa as three flags.
-template <class T> using Scale = void(const i64* m, const i64* n, const T* alpha, T* b, const i64* ldb);
 template <class T>
-using Plain = void(const char* side, const char* is_upper, const char* is_n, const char* is_t, const char* diag,
-                   const i64* m, const i64* n, const T* a, const i64* lda, T* b, const i64* ldb);
-
-template <class T> constexpr KernelName scale_name{"blas", "sgemm_mscale"};
-template <> constexpr KernelName scale_name<double>{"blas", "dgemm_mscale"};
-template <> constexpr KernelName scale_name<cpx<float>>{"blas", "cgemm_mscale"};
-template <> constexpr KernelName scale_name<cpx<double>>{"blas", "zgemm_mscale"};
-template <auto& F> constexpr KernelName plain_name{};
+using Scale = kernels::of_type<T, kernels::blas::sgemm_mscale, kernels::blas::dgemm_mscale, kernels::blas::cgemm_mscale,
+                               kernels::blas::zgemm_mscale>;
+template <auto& F> struct PlainOf;
 
 template <auto& F> class Triangular {
     using T = value_argument<F, 6>;
 
 public:
-    constexpr explicit Triangular(KernelName kernel) : kernel_(kernel) {}
+    template <class Prototype> constexpr explicit Triangular(Prototype kernel) : kernel_(kernel) {}
 
     template <class... P> [[gnu::always_inline]] orv_status operator()(P... arguments)
     {
@@ -36,7 +30,7 @@ public:
         if (kernel == nullptr) [[unlikely]]
             return last_status();
         if (const int threads = threads_worth(arguments...); threads > 1) share(threads, kernel, arguments...);
-        else if (kernel(arguments...) != done) [[unlikely]]
+        else if (kernel(arguments...) != Done::yes) [[unlikely]]
             return fail(ORV_NO_MEMORY,
                         "no memory is left for a product with a triangular matrix or a solve: the matrix "
                         "is as it was");
@@ -44,8 +38,8 @@ public:
     }
 
 private:
-    using Solve = pointer_form<F, i64>; // with a result: `done`, or else B is as it was
-    static constexpr int done = 0;
+    using Solve = kernels::blas::Trmm<T>;
+    using Done = kernels::blas::Done;
 
     template <class... P>
     static int threads_worth(const char* side, const char*, const char*, const char*, const i64* m, const i64* n,
@@ -69,7 +63,7 @@ private:
             const Range r = even_part(left ? *n : *m, count, index, tile);
             const i64 *const rows = left ? m : &r.size, *const columns = left ? &r.size : n;
             T* const part = b + r.begin * (left ? *ldb : 1);
-            if (kernel(side, uplo, trans, diag, rows, columns, alpha, a, lda, part, ldb) == done) return;
+            if (kernel(side, uplo, trans, diag, rows, columns, alpha, a, lda, part, ldb) == Done::yes) return;
             const char is_upper = fold(*uplo) == 'U', is_n = fold(*trans) == 'N', is_t = fold(*trans) == 'T';
             scale.get()(rows, columns, alpha, part, ldb);
             plain.get()(side, &is_upper, &is_n, &is_t, diag, rows, columns, a, lda, part, ldb);
@@ -77,15 +71,17 @@ private:
     }
 
     Kernel<Solve> kernel_;
-    static inline constinit Kernel<Plain<T>> plain{plain_name<F>};
-    static inline constinit Kernel<Scale<T>> scale{scale_name<T>};
+    static inline constinit Kernel plain{typename PlainOf<F>::Kernel()};
+    static inline constinit Kernel scale{Scale<T>()};
 };
 
 } // namespace
 
 #define TRIANGULAR(name)                                                                                               \
     namespace {                                                                                                        \
-    template <> constexpr KernelName plain_name<orv_##name>{"blas", #name "_pst"};                                     \
+    template <> struct PlainOf<orv_##name> {                                                                           \
+        using Kernel = kernels::blas::name##_pst;                                                                      \
+    };                                                                                                                 \
     }                                                                                                                  \
     ORV_BLAS(11, name, Triangular, x##name)
 

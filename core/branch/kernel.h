@@ -1,6 +1,6 @@
 // A kernel of the branch, found by its name at the first call and by one load afterwards.
 //
-//   constinit Kernel<void(const i64*, ...)> xdaxpy{{"blas", "xdaxpy"}};     a constant-initialised static
+//   constinit Kernel xdaxpy{kernels::blas::xdaxpy()};       a constant-initialised static, by its prototype
 //   return xdaxpy.run(&n, &alpha, x, &incx, y, &incy);                        ORV_OK, or why it cannot run
 //
 // Where the kernel returns a value: if (auto* dnrm2 = xdnrm2.get()) return dnrm2(...); else last_status() tells.
@@ -10,12 +10,17 @@
 #include "core/serv/status.h"
 
 #include <atomic>
+#include <type_traits>
 
 namespace orv::core {
 
 template <class Signature> class Kernel {
 public:
     constexpr explicit Kernel(KernelName name) : name_(name) {}
+    template <class Prototype> constexpr explicit Kernel(Prototype) : name_{Prototype::module, Prototype::stem}
+    {
+        static_assert(std::is_same_v<Signature, typename Prototype::signature>);
+    }
 
     // The kernel, or null with the reason recorded.
     Signature* get()
@@ -43,5 +48,7 @@ private:
     KernelName name_;
     std::atomic<Signature*> address_{nullptr};
 };
+
+template <class Prototype> Kernel(Prototype) -> Kernel<typename Prototype::signature>;
 
 } // namespace orv::core

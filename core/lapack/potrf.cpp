@@ -3,6 +3,7 @@
 // syrk, so that large matrices take their time there.
 #include "core/branch/kernel.h"
 #include "core/serv/status.h"
+#include "frame/kernels/lapack_ps.h"
 #include "frame/lapack_arguments.h"
 
 #define ORV_COMPLEX_FLOAT orv::cpx<float>
@@ -15,11 +16,9 @@ using namespace orv::core;
 
 namespace {
 
-template <class T> using SmallKernel = void(const char* uplo, const i64* n, T* a, const i64* lda, i64* info);
-
 // A kernel for one triangle, and the largest order it is called for: up to there it computes in registers all the way.
 template <class T> struct Small {
-    Kernel<SmallKernel<T>> kernel;
+    Kernel<kernels::lapack_ps::Potrf<T>> kernel;
     i64 largest;
 };
 
@@ -27,9 +26,8 @@ template <class T> struct Small {
 template <class T> struct Steps;
 #define STEPS(t, T, syrk, largest_lower, largest_upper)                                                                \
     template <> struct Steps<T> {                                                                                      \
-        static inline constinit Small<T> lower{Kernel<SmallKernel<T>>({"lapack_ps", #t "potrf_l_small"}),              \
-                                               largest_lower},                                                         \
-            upper{Kernel<SmallKernel<T>>({"lapack_ps", #t "potrf_u_small"}), largest_upper};                           \
+        static inline constinit Small<T> lower{Kernel(kernels::lapack_ps::t##potrf_l_small()), largest_lower},         \
+            upper{Kernel(kernels::lapack_ps::t##potrf_u_small()), largest_upper};                                      \
         static orv_status solve(bool is_upper, i64 m, i64 n, const T* a, i64 lda, T* b, i64 ldb)                       \
         {                                                                                                              \
             return orv_##t##trsm(is_upper ? 'L' : 'R', is_upper ? 'U' : 'L', 'C', 'N', m, n, one<T>, a, lda, b, ldb);  \
@@ -100,7 +98,7 @@ private:
 
     bool upper_;
     Small<T>& small_;
-    SmallKernel<T>* kernel_;
+    kernels::lapack_ps::Potrf<T>* kernel_;
     i64 lda_;
 };
 

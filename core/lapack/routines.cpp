@@ -1,6 +1,7 @@
 // Tridiagonal systems by elimination from both ends, and scaled copies: each routine is its kernel behind a check of
 // the arguments.
 #include "core/blas/routine.h"
+#include "frame/kernels/lapack_ps.h"
 #include "frame/lapack_arguments.h"
 #include "orv/lapack.h"
 
@@ -20,7 +21,7 @@ template <auto& F> using Lacpy3 = Checked<F, arguments::lacpy3>;
 // ROUTINE(number of arguments, name, body, kernel)
 #define ROUTINE(arity, name, Body, kernel)                                                                             \
     namespace {                                                                                                        \
-    constinit Body<orv_##name> name##_body{{"lapack_ps", #kernel}};                                                    \
+    constinit Body<orv_##name> name##_body{kernels::lapack_ps::kernel()};                                              \
     }                                                                                                                  \
     orv_status orv_##name(ORV_PARAMETERS_##arity(value_argument, orv_##name))                                          \
     {                                                                                                                  \

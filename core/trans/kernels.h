@@ -1,46 +1,29 @@
-// The kernels of matrix copy and transposition that the core calls: kernels<double>.omatcopy. All arguments pass by
-// value.
+// The kernels of matrix copy and transposition that the core calls, by type: Kernels<double>::omatcopy.
 #pragma once
 
 #include "core/branch/kernel.h"
-#include "frame/export.h"
-#include "frame/types.h"
+#include "frame/kernels/trans.h"
 
 namespace orv::core::trans {
 
-template <class T> struct Kernels {
-    // (ordering, trans, rows, cols, alpha, a, lda, b, ldb); in the others the steps in a row stand behind lda and ldb
-    Kernel<void(char, char, u64, u64, T, const T*, u64, T*, u64)> omatcopy;
-    Kernel<void(char, char, u64, u64, T, const T*, u64, u64, T*, u64, u64)> omatcopy2, omatcopy2_seq;
-    // (rows, cols, alpha, a, lda, stridea, b, ldb, strideb), row-major
-    Kernel<void(u64, u64, T, const T*, u64, u64, T*, u64, u64)> omatcopy2_t;
-    // (ordering, transa, transb, rows, cols, alpha, a, lda, beta, b, ldb, c, ldc)
-    Kernel<void(char, char, char, u64, u64, T, const T*, u64, T, const T*, u64, T*, u64)> omatadd;
-    // (ordering, trans, rows, cols, alpha, ab, lda, ldb)
-    Kernel<void(char, char, u64, u64, T, T*, u64, u64)> imatcopy;
-    // (n, alpha, ab, lda); (n, ab, lda, member, members)
-    Kernel<void(u64, T, T*, u64)> square_t;
-    Kernel<void(u64, T*, u64, u64, u64)> square_t_team;
-};
+template <class T> struct Kernels;
 
-template <class T> Kernels<T> kernels;
-
+#define ORV_TRANS_KERNEL(name, symbol) static inline constinit Kernel name{kernels::trans::symbol()};
 #define ORV_TRANS_KERNELS(t, T)                                                                                        \
-    template <> inline constinit Kernels<T> kernels<T>                                                                 \
-    {                                                                                                                  \
-        .omatcopy = decltype(Kernels<T>::omatcopy)({"trans", "orv_" #t "omatcopy"}),                                   \
-        .omatcopy2 = decltype(Kernels<T>::omatcopy2)({"trans", "orv_" #t "omatcopy2"}),                                \
-        .omatcopy2_seq = decltype(Kernels<T>::omatcopy2_seq)({"trans", "orv_" #t "omatcopy2_seq"}),                    \
-        .omatcopy2_t = decltype(Kernels<T>::omatcopy2_t)({"trans", "orv_" #t "omatcopy2_t"}),                          \
-        .omatadd = decltype(Kernels<T>::omatadd)({"trans", "orv_" #t "omatadd"}),                                      \
-        .imatcopy = decltype(Kernels<T>::imatcopy)({"trans", "orv_" #t "imatcopy"}),                                   \
-        .square_t = decltype(Kernels<T>::square_t)({"trans", "orv_" #t "imatcopy_square_t"}),                          \
-        .square_t_team = decltype(Kernels<T>::square_t_team)({"trans", "orv_" #t "imatcopy_square_t_team"}),           \
-    }
+    template <> struct Kernels<T> {                                                                                    \
+        ORV_TRANS_KERNEL(omatcopy, t##omatcopy)                                                                        \
+        ORV_TRANS_KERNEL(omatcopy2, t##omatcopy2)                                                                      \
+        ORV_TRANS_KERNEL(omatcopy2_seq, t##omatcopy2_seq)                                                              \
+        ORV_TRANS_KERNEL(omatcopy2_t, t##omatcopy2_t)                                                                  \
+        ORV_TRANS_KERNEL(omatadd, t##omatadd)                                                                          \
+        ORV_TRANS_KERNEL(imatcopy, t##imatcopy)                                                                        \
+        ORV_TRANS_KERNEL(square_t, t##imatcopy_square_t)                                                               \
+        ORV_TRANS_KERNEL(square_t_team, t##imatcopy_square_t_team)                                                     \
+    };
 
-ORV_TRANS_KERNELS(s, float);
-ORV_TRANS_KERNELS(d, double);
-ORV_TRANS_KERNELS(c, cpx<float>);
-ORV_TRANS_KERNELS(z, cpx<double>);
+ORV_TRANS_KERNELS(s, float)
+ORV_TRANS_KERNELS(d, double)
+ORV_TRANS_KERNELS(c, cpx<float>)
+ORV_TRANS_KERNELS(z, cpx<double>)
 
 } // namespace orv::core::trans

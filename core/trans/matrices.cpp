@@ -14,7 +14,7 @@
 
 using namespace orv;
 using namespace orv::core;
-using core::trans::kernels;
+using core::trans::Kernels;
 
 namespace {
 
@@ -47,7 +47,7 @@ orv_status omatcopy(char ordering, char trans, i64 rows, i64 cols, T alpha, cons
         copy<T>(by_rows ? rows : cols, by_rows ? cols : rows, a, lda, b, ldb);
         return ORV_OK;
     }
-    return kernels<T>.omatcopy.run(ordering, trans, rows, cols, alpha, a, lda, b, ldb);
+    return Kernels<T>::omatcopy.run(ordering, trans, rows, cols, alpha, a, lda, b, ldb);
 }
 
 template <class T>
@@ -56,7 +56,7 @@ orv_status omatcopy2(char ordering, char trans, i64 rows, i64 cols, T alpha, con
 {
     if (const int bad = arguments::omatcopy2(ordering, trans, rows, cols, alpha, a, lda, stridea, b, ldb, strideb))
         return -bad;
-    return kernels<T>.omatcopy2.run(ordering, trans, rows, cols, alpha, a, lda, stridea, b, ldb, strideb);
+    return Kernels<T>::omatcopy2.run(ordering, trans, rows, cols, alpha, a, lda, stridea, b, ldb, strideb);
 }
 
 template <class T>
@@ -65,7 +65,7 @@ orv_status omatadd(char ordering, char transa, char transb, i64 rows, i64 cols, 
 {
     if (const int bad = arguments::omatadd(ordering, transa, transb, rows, cols, alpha, a, lda, beta, b, ldb, c, ldc))
         return -bad;
-    return kernels<T>.omatadd.run(ordering, transa, transb, rows, cols, alpha, a, lda, beta, b, ldb, c, ldc);
+    return Kernels<T>::omatadd.run(ordering, transa, transb, rows, cols, alpha, a, lda, beta, b, ldb, c, ldc);
 }
 
 template <class T> orv_status imatcopy(char ordering, char trans, i64 rows, i64 cols, T alpha, T* ab, i64 lda, i64 ldb)
@@ -76,7 +76,7 @@ template <class T> orv_status imatcopy(char ordering, char trans, i64 rows, i64 
         const i64 m = by_rows ? rows : cols, n = by_rows ? cols : rows;
         if (core::trans::turn(trans, m, n, alpha, ab, lda, ldb)) return ORV_OK;
     }
-    return kernels<T>.imatcopy.run(ordering, trans, rows, cols, alpha, ab, lda, ldb);
+    return Kernels<T>::imatcopy.run(ordering, trans, rows, cols, alpha, ab, lda, ldb);
 }
 
 orv_status reported(const char* routine, orv_status status)

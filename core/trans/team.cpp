@@ -1,6 +1,7 @@
 // Transposition by a team: what kernels ask for when a matrix is large enough to be shared. The work of each member is
 // again a kernel's.
 #include "core/trans/kernels.h"
+#include "frame/export.h"
 #include "core/trans/share.h"
 
 #include <cstring>
@@ -9,7 +10,7 @@ using namespace orv;
 using namespace orv::core;
 using core::trans::edge;
 using core::trans::granule;
-using core::trans::kernels;
+using core::trans::Kernels;
 using core::trans::threads_worth;
 
 namespace {
@@ -19,7 +20,7 @@ template <class T>
 void omatcopy2_par(char ordering, char trans, u64 rows, u64 cols, T alpha, const T* a, u64 lda, u64 stridea, T* b,
                    u64 ldb, u64 strideb)
 {
-    auto* const kernel = kernels<T>.omatcopy2_seq.get();
+    auto* const kernel = Kernels<T>::omatcopy2_seq.get();
     if (kernel == nullptr) return;
     const int threads = threads_worth<T>(rows, cols);
     const char order = fold(ordering), op = fold(trans);
@@ -44,7 +45,7 @@ void omatcopy2_par(char ordering, char trans, u64 rows, u64 cols, T alpha, const
 // on the stack.
 template <class T> void turn_rest(u64 n, u64 tiled, T* ab, u64 ld)
 {
-    auto* const turn = kernels<T>.omatcopy2_t.get();
+    auto* const turn = Kernels<T>::omatcopy2_t.get();
     constexpr u64 width = 64, unit = 64 / sizeof(T);
     const u64 rest = n - tiled;
     const T one = orv::one<T>;
@@ -56,13 +57,13 @@ template <class T> void turn_rest(u64 n, u64 tiled, T* ab, u64 ld)
         turn(rest, w, one, across, ld, 1, down, ld, 1);
         for (u64 i = 0; i < rest; ++i) std::memcpy(across + i * ld, block + i * w, w * sizeof(T));
     }
-    kernels<T>.square_t.get()(rest, one, ab + tiled * ld + tiled, ld);
+    Kernels<T>::square_t.get()(rest, one, ab + tiled * ld + tiled, ld);
 }
 
 // Nonzero if the square is transposed; 0 leaves the work to the caller.
 template <class T> int square_t_par(u64 n, T* ab, u64 ld)
 {
-    auto* const kernel = kernels<T>.square_t_team.get();
+    auto* const kernel = Kernels<T>::square_t_team.get();
     const int threads = threads_worth<T>(n, n);
     // One thread takes rows of tiles in groups, which shares go without: two are slower than one alone.
     if (threads <= 2 || kernel == nullptr) return 0;

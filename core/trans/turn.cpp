@@ -57,7 +57,7 @@ template <class T> i64 panel_side(i64 longer, i64 shorter)
 
 // to := alpha*op(from), m by n elements before.
 template <class T> struct Turning {
-    decltype(kernels<T>.omatcopy2_seq.get()) kernel;
+    decltype(Kernels<T>::omatcopy2_seq.get()) kernel;
     char op;
     T alpha;
     void operator()(i64 m, i64 n, const T* from, i64 ld_from, T* to, i64 ld_to) const
@@ -147,7 +147,7 @@ template <class T> bool turn_by_copy(i64 m, i64 n, T* ab, i64 lda, i64 ldb, cons
 template <class T> bool turn(char op, i64 m, i64 n, T alpha, T* ab, i64 lda, i64 ldb)
 {
     if (m == 0 || n == 0) return true;
-    const Turning<T> turning{kernels<T>.omatcopy2_seq.get(), op, alpha};
+    const Turning<T> turning{Kernels<T>::omatcopy2_seq.get(), op, alpha};
     if (turning.kernel == nullptr) return false;
     const bool gaps = lda != n || ldb != m, small = m * n * static_cast<i64>(sizeof(T)) <= budget;
     return gaps || small ? turn_by_copy(m, n, ab, lda, ldb, turning) : turn_by_panels(m, n, ab, turning);

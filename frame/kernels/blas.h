@@ -205,9 +205,14 @@ using Her2k = void(const char* uplo, const char* trans, const i64* n, const i64*
                    const i64* lda, const T* b, const i64* ldb, const real_t<T>* beta, T* c, const i64* ldc);
 using SyrkGetBufs = void(void** block);
 
+// Without work memory B is as it came. Who takes these kernels for functions without a result loses nothing.
+enum class Done : i32 { yes = 0, no_memory = 1 };
 template <class T>
-using Trmm = void(const char* side, const char* uplo, const char* transa, const char* diag, const i64* m, const i64* n,
+using Trmm = Done(const char* side, const char* uplo, const char* transa, const char* diag, const i64* m, const i64* n,
                   const T* alpha, const T* a, const i64* lda, T* b, const i64* ldb);
+template <class T>
+using TrmmSmall = void(const char* side, const char* uplo, const char* transa, const char* diag, const i64* m,
+                       const i64* n, const T* alpha, const T* a, const i64* lda, T* b, const i64* ldb);
 template <class T>
 using Ptrmm = void(const char* side, const char* uplo, const char* transa, const char* diag, const i64* m, const i64* n,
                    const T* alpha, const T* a, T* b, const i64* ldb);
