@@ -9,27 +9,23 @@
 // parallel, takes what a block's solution means for the unsolved rest (N), or what the solved rest means for the next
 // block (T, C). No memory is taken.
 #include "blas/triangle.h"
+#include "frame/imports.h"
 #include "frame/kernels/blas.h"
-
-// The public products; alpha is -1 and beta is 1 in every call.
-#define PUBLIC_GEMV(name, T)                                                                                           \
-    extern "C" void name(const char* trans, const orv::i64* m, const orv::i64* n, const T* alpha, const T* a,          \
-                         const orv::i64* lda, const T* x, const orv::i64* incx, const T* beta, T* y,                   \
-                         const orv::i64* incy);                                                                        \
-    static void subtract_product(char trans, orv::i64 m, orv::i64 n, const T* a, orv::i64 lda, const T* x, T* y,       \
-                                 orv::i64 inc)                                                                         \
-    {                                                                                                                  \
-        const T minus = -orv::one<T>, plus = orv::one<T>;                                                              \
-        name(&trans, &m, &n, &minus, a, &lda, x, &inc, &plus, y, &inc);                                                \
-    }
-
-PUBLIC_GEMV(orv_blas_sgemv, float)
-PUBLIC_GEMV(orv_blas_dgemv, double)
-PUBLIC_GEMV(orv_blas_cgemv, orv::cpx<float>)
-PUBLIC_GEMV(orv_blas_zgemv, orv::cpx<double>)
 
 namespace orv::blas {
 namespace {
+
+// The public products; alpha is -1 and beta is 1 in every call.
+#define PUBLIC_GEMV(t, T)                                                                                              \
+    void subtract_product(char trans, i64 m, i64 n, const T* a, i64 lda, const T* x, T* y, i64 inc)                    \
+    {                                                                                                                  \
+        const T minus = -one<T>, plus = one<T>;                                                                        \
+        orv_blas_##t##gemv(&trans, &m, &n, &minus, a, &lda, x, &inc, &plus, y, &inc);                                  \
+    }
+PUBLIC_GEMV(s, float)
+PUBLIC_GEMV(d, double)
+PUBLIC_GEMV(c, cpx<float>)
+PUBLIC_GEMV(z, cpx<double>)
 
 constexpr i64 block_columns = 32;
 

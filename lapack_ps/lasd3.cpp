@@ -20,18 +20,11 @@
 #include "lapack_ps/front_ends.h"
 #include "lapack_ps/scalar.h"
 
-extern "C" {
-void LAPACK_PS(slasd4)(const orv::i64*, const orv::i64*, const float*, const float*, float*, const float*, float*,
-                       float*, orv::i64*);
-void LAPACK_PS(dlasd4)(const orv::i64*, const orv::i64*, const double*, const double*, double*, const double*, double*,
-                       double*, orv::i64*);
-}
-
 namespace orv::lapack {
 namespace {
 
-template <class R> constexpr auto lasd4 = LAPACK_PS(dlasd4);
-template <> constexpr auto lasd4<float> = LAPACK_PS(slasd4);
+template <class R> constexpr auto lasd4 = kernels::lapack_ps::LAPACK_PS(dlasd4);
+template <> constexpr auto lasd4<float> = kernels::lapack_ps::LAPACK_PS(slasd4);
 
 float sign(float size, float of) { return orv_serv_s_sign(&size, &of); }
 double sign(double size, double of) { return orv_serv_d_sign(&size, &of); }

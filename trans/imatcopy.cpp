@@ -4,6 +4,7 @@
 // after. Squares whose leading dimension stays are exchanged by tiles; the others follow cycles.
 #include "trans/imatcopy.h"
 
+#include "frame/imports.h"
 #include "frame/kernels/trans.h"
 
 namespace orv::trans {
@@ -58,7 +59,6 @@ void imatcopy(char ordering, char trans, u64 rows, u64 cols, T alpha, T* ab, u64
 
 // The core library's threaded form is imported under the name of the last argument.
 #define IMATCOPY(name, T, team)                                                                                        \
-    extern "C" int team(u64 n, T* ab, u64 ld);                                                                         \
     ORV_EXPORT void TRANS(name)(char ordering, char trans, u64 rows, u64 cols, T alpha, T* ab, u64 lda, u64 ldb)       \
     {                                                                                                                  \
         trans::imatcopy<T, team>(ordering, trans, rows, cols, alpha, ab, lda, ldb);                                    \

@@ -4,6 +4,7 @@
 // ordering: R says that rows of A are lda apart and elements of a row stridea, C the same of columns. Either case; any
 // other letter leaves B alone. rows and cols are those of A.
 #include "trans/omatcopy.h"
+#include "frame/imports.h"
 #include "frame/kernels/trans.h"
 
 namespace orv::trans {
@@ -51,8 +52,6 @@ void omatcopy2(char ordering, char trans, u64 rows, u64 cols, T alpha, const T* 
 
 // The core library's threaded form is imported under the name of the last argument.
 #define OMATCOPY(name, T, team)                                                                                        \
-    extern "C" void team(char ordering, char trans, u64 rows, u64 cols, T alpha, const T* a, u64 lda, u64 stridea,     \
-                         T* b, u64 ldb, u64 strideb);                                                                  \
     ORV_EXPORT void TRANS(name)(char ordering, char trans, u64 rows, u64 cols, T alpha, const T* a, u64 lda, T* b,     \
                                 u64 ldb)                                                                               \
     {                                                                                                                  \

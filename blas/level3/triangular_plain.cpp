@@ -2,24 +2,16 @@
 // Side L goes through B column by column, side R adds columns of B to columns. The kernels named by side, uplo and
 // transa are this path, too.
 #include "blas/level3/triangular.h"
-
-// Columns of a product are added by the public routine, which may go parallel; those of a solve by our own.
-#define AXPY(name, T)                                                                                                  \
-    void name(const orv::i64* n, const T* alpha, const T* x, const orv::i64* incx, T* y, const orv::i64* incy);
-#define AXPYS(t, T) extern "C" AXPY(orv_blas_##t##axpy, T) ORV_EXPORT AXPY(BLAS(x##t##axpy), T)
-
-AXPYS(s, float)
-AXPYS(d, double)
-AXPYS(c, orv::cpx<float>)
-AXPYS(z, orv::cpx<double>)
+#include "frame/imports.h"
 
 namespace orv::level3 {
 namespace {
 
-template <class T> using Axpy = void(const i64*, const T*, const T*, const i64*, T*, const i64*);
+// Columns of a product are added by the public routine, which may go parallel; those of a solve by our own.
+using kernels::blas::Axpy;
 template <Task task, class T> constexpr Axpy<T>* axpy = nullptr;
 #define AXPY_OF(t, T)                                                                                                  \
-    template <> constexpr Axpy<T>* axpy<Task::solve, T> = BLAS(x##t##axpy);                                            \
+    template <> constexpr Axpy<T>* axpy<Task::solve, T> = kernels::blas::BLAS(x##t##axpy);                             \
     template <> constexpr Axpy<T>* axpy<Task::multiply, T> = orv_blas_##t##axpy;
 AXPY_OF(s, float)
 AXPY_OF(d, double)
