@@ -1,3 +1,4 @@
+#include "frame/kernels/blas.h"
 #include "tests/blas/reduction.h"
 #include "tests/support/bounds.h"
 
@@ -6,23 +7,11 @@
 namespace orv::test {
 namespace {
 
-double dnrm2(i64 n, const double* x, i64 inc)
-{
-    return kernel<double(const i64*, const double*, const i64*)>("blas", "dnrm2")(&n, x, &inc);
-}
+double dnrm2(i64 n, const double* x, i64 inc) { return kernel<kernels::blas::dnrm2>()(&n, x, &inc); }
 double norm(i64 n, const double* x, i64 inc) { return dnrm2(n, x, inc); }
-double norm(i64 n, const cpx<double>* x, i64 inc)
-{
-    return kernel<double(const i64*, const cpx<double>*, const i64*)>("blas", "dznrm2")(&n, x, &inc);
-}
-float norm(i64 n, const float* x, i64 inc)
-{
-    return kernel<float(const i64*, const float*, const i64*)>("blas", "snrm2")(&n, x, &inc);
-}
-float norm(i64 n, const cpx<float>* x, i64 inc)
-{
-    return kernel<float(const i64*, const cpx<float>*, const i64*)>("blas", "scnrm2")(&n, x, &inc);
-}
+double norm(i64 n, const cpx<double>* x, i64 inc) { return kernel<kernels::blas::dznrm2>()(&n, x, &inc); }
+float norm(i64 n, const float* x, i64 inc) { return kernel<kernels::blas::snrm2>()(&n, x, &inc); }
+float norm(i64 n, const cpx<float>* x, i64 inc) { return kernel<kernels::blas::scnrm2>()(&n, x, &inc); }
 
 // Reals in the order of storage: a stride's sign does not matter.
 template <class T> std::vector<real_t<T>> reals(i64 n, const T* x, i64 inc)

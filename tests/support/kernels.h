@@ -21,6 +21,12 @@ template <class Signature, class... Parts> Signature* kernel(const char* module,
     return reinterpret_cast<Signature*>(kernel_address(module, name));
 }
 
+// kernel<kernels::blas::xdaxpy>(), with the signature of its prototype
+template <class Prototype> typename Prototype::signature* kernel()
+{
+    return reinterpret_cast<typename Prototype::signature*>(kernel_address(Prototype::module, Prototype::stem));
+}
+
 // Letter of an element type in a symbol.
 template <class T> inline constexpr char letter = '?';
 template <> inline constexpr char letter<float> = 's';
