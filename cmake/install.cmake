@@ -29,7 +29,8 @@ install(TARGETS orv_blas_twin EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INST
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orv/compat)
 install(TARGETS orv_lapack LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ${libraries})
 install(TARGETS orv_blas LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/orv COMPONENT runtime NAMELINK_SKIP)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/core/include/orv DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/core/include/orv ${PROJECT_SOURCE_DIR}/frame/include/orv
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/compat/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orv/compat)
 
 # orv_split(TARGET FOLDER): takes the symbols of what has been installed in FOLDER to FOLDER/.debug. The file is made by

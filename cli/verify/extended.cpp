@@ -55,9 +55,9 @@ const char* type_of(const char* member, const char* operation)
         ->c_str();
 }
 
-#define PRECISE(name, ...) routine<orv_xblas_##name>(type_of(#name, operation)),
-#define PRECISE_X(name, ...) routine<orv_xblas_##name>(type_of(#name, operation)),
-#define MEMBERS(list, op) [](const char* operation) -> std::vector<Routine> { return {list(PRECISE, op)}; }(#op)
+#define MEMBER(op, t, ab, a, b, x, more) routine<orv_xblas_##t##op##ab##x>(type_of(#t #op #ab #x, operation)),
+#define MEMBERS(op)                                                                                                    \
+    [](const char* operation) -> std::vector<Routine> { return {ORV_XBLAS_MEMBERS_##op(MEMBER, op, )}; }(#op)
 
 } // namespace
 
@@ -76,9 +76,6 @@ Group extended()
                                                   "n=33 k=5 lda=7 incx=-1"};
     const std::vector<const char*> sides{"m=1|3|5 n=1|4 prec=all"};
     const std::vector<const char*> products{"m=1|3|5 n=1|4 k=1|2|9 prec=all"};
-#define TWO_INPUTS(op) MEMBERS(ORV_XBLAS_TWO_INPUTS, op)
-#define HERMITIAN(op) MEMBERS(ORV_XBLAS_HERMITIAN, op)
-#define ONE_INPUT(op) MEMBERS(ORV_XBLAS_ONE_INPUT, op)
     const char *full = "order uplo n alpha a lda x incx beta y incy",
                *full2 = "order uplo n alpha a lda x tail incx beta y incy",
                *band = "order uplo n k alpha a lda x incx beta y incy",
@@ -88,32 +85,31 @@ Group extended()
     return {
         "xblas",
         "extended and mixed precision",
-        {{"xblas_dot", "conj n alpha x incx beta y incy r", dot, vectors, TWO_INPUTS(dot)},
-         {"xblas_sum", "n x incx r", sum, {"n=0|1|2|3|4|5|9|33 prec=all", "n=7 incx=-1"}, MEMBERS(ORV_XBLAS_SUM, sum)},
-         {"xblas_axpby", "n alpha x incx beta y incy", axpby, vectors, ONE_INPUT(axpby)},
-         {"xblas_waxpby", "n alpha x incx beta y incy w incw", axpby, vectors, TWO_INPUTS(waxpby)},
-         {"xblas_gemv", "order trans m n alpha a lda x incx beta y incy", gemv, general, TWO_INPUTS(gemv)},
-         {"xblas_gemv2", "order trans m n alpha a lda x tail incx beta y incy", gemv, general, TWO_INPUTS(gemv2)},
-         {"xblas_gbmv", "order trans m n kl ku alpha a lda x incx beta y incy", gbmv, general_bands, TWO_INPUTS(gbmv)},
+        {{"xblas_dot", "conj n alpha x incx beta y incy r", dot, vectors, MEMBERS(dot)},
+         {"xblas_sum", "n x incx r", sum, {"n=0|1|2|3|4|5|9|33 prec=all", "n=7 incx=-1"}, MEMBERS(sum)},
+         {"xblas_axpby", "n alpha x incx beta y incy", axpby, vectors, MEMBERS(axpby)},
+         {"xblas_waxpby", "n alpha x incx beta y incy w incw", axpby, vectors, MEMBERS(waxpby)},
+         {"xblas_gemv", "order trans m n alpha a lda x incx beta y incy", gemv, general, MEMBERS(gemv)},
+         {"xblas_gemv2", "order trans m n alpha a lda x tail incx beta y incy", gemv, general, MEMBERS(gemv2)},
+         {"xblas_gbmv", "order trans m n kl ku alpha a lda x incx beta y incy", gbmv, general_bands, MEMBERS(gbmv)},
          {"xblas_gbmv2", "order trans m n kl ku alpha a lda x tail incx beta y incy", gbmv, general_bands,
-          TWO_INPUTS(gbmv2)},
-         {"xblas_symv", full, symv, halves, TWO_INPUTS(symv)},
-         {"xblas_hemv", full, hemv, halves, HERMITIAN(hemv)},
-         {"xblas_symv2", full2, symv, halves, TWO_INPUTS(symv2)},
-         {"xblas_hemv2", full2, hemv, halves, HERMITIAN(hemv2)},
-         {"xblas_sbmv", band, symv, bands, TWO_INPUTS(sbmv)},
-         {"xblas_hbmv", band, hemv, bands, HERMITIAN(hbmv)},
-         {"xblas_spmv", packed, symv, halves, TWO_INPUTS(spmv)},
-         {"xblas_hpmv", packed, hemv, halves, HERMITIAN(hpmv)},
-         {"xblas_ge_sum_mv", "order m n alpha a lda x incx beta b ldb y incy", ge_sum_mv, general,
-          TWO_INPUTS(ge_sum_mv)},
-         {"xblas_trmv", triangle, trmv, triangles, ONE_INPUT(trmv)},
-         {"xblas_tpmv", "order uplo trans diag n alpha a x incx", trmv, triangles, ONE_INPUT(tpmv)},
-         {"xblas_trsv", triangle, trsv, triangles, ONE_INPUT(trsv)},
-         {"xblas_tbsv", "order uplo trans diag n k alpha a lda x incx", trsv, band_triangles, ONE_INPUT(tbsv)},
-         {"xblas_gemm", "order transa transb m n k alpha a lda b ldb beta c ldc", gemm, products, TWO_INPUTS(gemm)},
-         {"xblas_symm", sided, symm, sides, TWO_INPUTS(symm)},
-         {"xblas_hemm", sided, hemm, sides, HERMITIAN(hemm)}}};
+          MEMBERS(gbmv2)},
+         {"xblas_symv", full, symv, halves, MEMBERS(symv)},
+         {"xblas_hemv", full, hemv, halves, MEMBERS(hemv)},
+         {"xblas_symv2", full2, symv, halves, MEMBERS(symv2)},
+         {"xblas_hemv2", full2, hemv, halves, MEMBERS(hemv2)},
+         {"xblas_sbmv", band, symv, bands, MEMBERS(sbmv)},
+         {"xblas_hbmv", band, hemv, bands, MEMBERS(hbmv)},
+         {"xblas_spmv", packed, symv, halves, MEMBERS(spmv)},
+         {"xblas_hpmv", packed, hemv, halves, MEMBERS(hpmv)},
+         {"xblas_ge_sum_mv", "order m n alpha a lda x incx beta b ldb y incy", ge_sum_mv, general, MEMBERS(ge_sum_mv)},
+         {"xblas_trmv", triangle, trmv, triangles, MEMBERS(trmv)},
+         {"xblas_tpmv", "order uplo trans diag n alpha a x incx", trmv, triangles, MEMBERS(tpmv)},
+         {"xblas_trsv", triangle, trsv, triangles, MEMBERS(trsv)},
+         {"xblas_tbsv", "order uplo trans diag n k alpha a lda x incx", trsv, band_triangles, MEMBERS(tbsv)},
+         {"xblas_gemm", "order transa transb m n k alpha a lda b ldb beta c ldc", gemm, products, MEMBERS(gemm)},
+         {"xblas_symm", sided, symm, sides, MEMBERS(symm)},
+         {"xblas_hemm", sided, hemm, sides, MEMBERS(hemm)}}};
 }
 
 } // namespace orv::verify
