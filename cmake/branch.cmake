@@ -82,7 +82,6 @@ endfunction()
 # The parts of a complex sum are two chains of additions that run side by side; the compiler would put both in one
 # register and shuffle them for every product.
 file(GLOB extended ${PROJECT_SOURCE_DIR}/xblas/*.cpp)
-set_source_files_properties(${extended} PROPERTIES COMPILE_OPTIONS -fno-tree-slp-vectorize)
-# Where elements do not meet, vectors of them are the compiler's work, for all types.
-set_source_files_properties(${PROJECT_SOURCE_DIR}/xblas/axpby.cpp PROPERTIES COMPILE_OPTIONS
-                            "-fno-tree-slp-vectorize;-ftree-loop-vectorize;-fvect-cost-model=dynamic")
+# Loops whose elements do not meet say so (omp simd, without OpenMP). All files of a folder have the same flags: they
+# share inline functions, of which the linker keeps any one.
+set_source_files_properties(${extended} PROPERTIES COMPILE_OPTIONS "-fno-tree-slp-vectorize;-fopenmp-simd")

@@ -13,6 +13,9 @@
 #define ORV_COUNT(...) ORV_COUNTED(__VA_ARGS__, 16, 15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0)
 #define ORV_COUNTED(_1, _2, _3, _4, _5, _6, _7, _8, _9, _10, _11, _12, _13, _14, _15, _16, n, ...) n
 
+#define ORV_COUNT_REST(...) ORV_COUNT_BEHIND_FIRST(__VA_ARGS__) // without the first
+#define ORV_COUNT_BEHIND_FIRST(first, ...) ORV_COUNT(__VA_ARGS__)
+
 // Some parameters a0, a1, ... with the types type<F, 0>, type<F, 1>, ..., and their names.
 #define ORV_PARAMETERS(count, type, F) ORV_JOIN(ORV_PARAMETERS_, count)(type, F)
 #define ORV_NAMES(count) ORV_JOIN(ORV_NAMES_, count)

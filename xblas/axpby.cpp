@@ -20,7 +20,7 @@ template <class Y, class F, class X> ORV_INLINE auto combined(Y y, F beta, X x, 
 }
 
 template <class N, class T, class A, class B>
-void combine(i64 n, T alpha, const A* x, i64 incx, T beta, const B* y, i64 incy, T* w, i64 incw)
+[[gnu::noinline]] void combine(i64 n, T alpha, const A* x, i64 incx, T beta, const B* y, i64 incy, T* w, i64 incw)
 {
     const auto a = factor<N>(&alpha), b = factor<N>(&beta);
     x = first(x, n, incx);
@@ -28,14 +28,16 @@ void combine(i64 n, T alpha, const A* x, i64 incx, T beta, const B* y, i64 incy,
     w = first(w, n, incw);
     const auto next = [=](const A* xi, const B* yi, T* wi)
                           ORV_INLINE_LAMBDA { *wi = stored<T>(combined(factor<N>(yi), b, factor<N>(xi), a)); };
-    // Neighbours in memory: the compiler takes several elements at once, each in the same operations.
+    // Neighbours in memory: the compiler takes several elements at once, each in the same operations. w is x, or y, or
+    // neither.
     if (incx == 1 && incy == 1 && incw == 1)
+#pragma omp simd
         for (i64 i = 0; i < n; ++i) next(x + i, y + i, w + i);
     else
         for (i64 i = 0; i < n; ++i, x += incx, y += incy, w += incw) next(x, y, w);
 }
 
-template <class T, class A>
+template <class T, class A, class>
 void axpby(Routine routine, i64 n, T alpha, const A* x, i64 incx, T beta, T* y, i64 incy, Prec prec)
 {
     if (!known(prec)) return;
@@ -59,7 +61,7 @@ void waxpby(Routine routine, i64 n, T alpha, const A* x, i64 incx, T beta, const
 
 } // namespace
 
-XBLAS_ONE_INPUT(axpby, 8, 8, 7, 7, "_x")
-XBLAS_TWO_INPUTS(waxpby, 10, 10, 9, 9, "_x")
+XBLAS_VECTORS(axpby, _x)
+XBLAS_VECTORS(waxpby, _x)
 
 } // namespace orv::xblas

@@ -62,27 +62,49 @@ template <class P, int vectors, class T> constexpr Terms product_terms(T alpha, 
     return {alpha != one<T> || (always && read), read};
 }
 
+// Real numbers are closed where they stand, complex ones by a function compiled once for all routines: their last step
+// would be most of the code of many.
 template <class P, class T> class Closing {
     using N = typename P::One;
     using Factor = decltype(factor<N>(static_cast<const T*>(nullptr)));
 
 public:
-    Closing(Terms terms, T alpha, T beta) : terms_(terms), alpha_(factor<N>(&alpha)), beta_(factor<N>(&beta)) {}
+    Closing(Terms terms, T alpha, T beta) : terms_(terms), alpha_(scalar(alpha)), beta_(scalar(beta)) {}
 
     template <class Sum> ORV_INLINE void operator()(Sum s, T* r) const
     {
         const auto sum = unnamed(widened<T>(s));
-        close(terms_.alpha ? unnamed(product(sum, alpha_)) : sum, r);
+        if constexpr (!is_complex<T>) store(sum, r);
+        else out_of_line(sum, r);
     }
     // r := alpha*head + alpha*tail + beta*r, added from left to right.
     template <class Sum> ORV_INLINE void operator()(Sum h, Sum t, T* r) const
     {
         const auto head = unnamed(widened<T>(h)), tail = unnamed(widened<T>(t));
-        close(terms_.alpha ? plus_product(product(head, alpha_), tail, alpha_) : plus(head, tail), r);
+        if constexpr (!is_complex<T>) store(head, tail, r);
+        else out_of_line(head, tail, r);
     }
 
 private:
-    template <class Sum> ORV_INLINE void close(Sum sum, T* r) const
+    [[gnu::noinline]] static Factor split_by_call(T a) { return factor<N>(&a); }
+    ORV_INLINE static Factor scalar(T a)
+    {
+        if constexpr (is_complex<T> && std::is_same_v<P, Extra>) return split_by_call(a);
+        else return factor<N>(&a);
+    }
+
+    template <class Sum> [[gnu::noinline]] void out_of_line(Sum sum, T* r) const { store(sum, r); }
+    template <class Sum> [[gnu::noinline]] void out_of_line(Sum head, Sum tail, T* r) const { store(head, tail, r); }
+
+    template <class Sum> ORV_INLINE void store(Sum sum, T* r) const
+    {
+        add_old(terms_.alpha ? unnamed(product(sum, alpha_)) : sum, r);
+    }
+    template <class Sum> ORV_INLINE void store(Sum head, Sum tail, T* r) const
+    {
+        add_old(terms_.alpha ? plus_product(product(head, alpha_), tail, alpha_) : plus(head, tail), r);
+    }
+    template <class Sum> ORV_INLINE void add_old(Sum sum, T* r) const
     {
         if (terms_.beta) sum = plus_product(sum, factor<N>(r), beta_);
         *r = stored<T>(rounded(sum));
@@ -93,13 +115,13 @@ private:
 };
 
 // y := beta*y, the product in the arithmetic N.
-template <class N, class T> void scale(i64 n, T beta, T* y, i64 incy)
+template <class N, class T> [[gnu::noinline]] void scale(i64 n, T beta, T* y, i64 incy)
 {
     const auto by = factor<N>(&beta);
     for (i64 i = 0; i < n; ++i, y += incy) *y = stored<T>(rounded(product(factor<N>(y), by)));
 }
 
-template <class T> void clear(i64 n, T* y, i64 incy)
+template <class T> [[gnu::noinline]] void clear(i64 n, T* y, i64 incy)
 {
     for (i64 i = 0; i < n; ++i, y += incy) *y = zero<T>;
 }

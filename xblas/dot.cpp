@@ -27,6 +27,6 @@ void dot(Routine routine, Conj conj, i64 n, T alpha, const A* x, i64 incx, T bet
 
 } // namespace
 
-XBLAS_TWO_INPUTS(dot, 10, 10, 9, 9, "_x")
+XBLAS_VECTORS(dot, _x)
 
 } // namespace orv::xblas

@@ -5,7 +5,7 @@
 // Each element is one sum over the columns in their order, two for head and tail. y is read and multiplied whatever
 // alpha and beta are, so NaN in it stays; only with alpha = 0 and beta = 1 nothing happens. Bad: see `refuses`.
 #include "xblas/members.h"
-#include "xblas/rows.h"
+#include "xblas/products.h"
 
 namespace orv::xblas {
 namespace {
@@ -27,37 +27,24 @@ bool refuses(Routine routine, Order order, Trans trans, i64 m, i64 n, i64 kl, i6
 }
 
 // Row i of op(A) has the columns i - below .. i + above that exist.
-struct BandRows {
-    static constexpr int parts = 1;
-    i64 rows, columns, below, above;
-    i64 diagonal, diagonal_step, step; // of A: where (0, 0) stands, from (i, i) to the next, along a row
-    Use use;
-
-    BandRows(Order order, Trans trans, i64 m, i64 n, i64 kl, i64 ku, i64 lda)
-        : rows(m), columns(n), below(kl), above(ku), diagonal(order == Order::column_major ? ku : kl),
-          diagonal_step(lda), step(order == Order::column_major ? lda - 1 : 1),
-          use(trans == Trans::conjugate ? Use::conjugated : Use::stored)
-    {
-        if (!is_transposed(trans)) return;
-        rows = n, columns = m, below = ku, above = kl;
-        step = lda - step;
-    }
-    i64 width() const { return min(columns, below + above + 1); }
-    i64 first_column(i64 i) const { return max(0, i - below); }
-    template <class F> ORV_INLINE void walks(i64 i, F walk) const
-    {
-        const i64 from = first_column(i), to = min(columns, i + above + 1);
-        walk({diagonal + i * diagonal_step + (from - i) * step, step, 0, max(0, to - from)}, use);
-    }
-};
-
-template <class T, class A, class... B>
-void compute(Prec prec, const BandRows& rows, T alpha, const A* a, i64 incx, T beta, T* y, i64 incy, const B*... x)
+Rows band_rows(Order order, Trans trans, i64 m, i64 n, i64 kl, i64 ku, i64 lda)
 {
-    if (rows.rows == 0 || rows.columns == 0 || (alpha == zero<T> && beta == one<T>)) return;
+    const bool by_columns = order == Order::column_major, as_stored = !is_transposed(trans);
+    const bool along_columns = by_columns == as_stored; // rows of op(A) cross those of the storage
+    return Rows::band(as_stored ? n : m, as_stored ? kl : ku, as_stored ? ku : kl, by_columns ? ku : kl, lda,
+                      along_columns ? lda - 1 : 1, trans == Trans::conjugate ? Use::conjugated : Use::stored);
+}
+
+// tail: of x, or null.
+template <class T, class A, class B>
+[[gnu::noinline]] void compute(Prec prec, i64 m, const Rows& rows, T alpha, const A* a, const B* x, const B* tail,
+                               i64 incx, T beta, T* y, i64 incy)
+{
+    if (m == 0 || rows.columns == 0 || (alpha == zero<T> && beta == one<T>)) return;
     with_arithmetic<T>(prec, [&]<class P>(P) {
-        multiply(rows.rows, rows, a, incx, Closing<P, T>(all_terms, alpha, beta), first(y, rows.rows, incy), incy,
-                 first(x, rows.columns, incx)...);
+        multiply<P>(m, rows, a, first(x, rows.columns, incx),
+                    tail != nullptr ? first(tail, rows.columns, incx) : nullptr, incx,
+                    Closing<P, T>(all_terms, alpha, beta), first(y, m, incy), incy);
     });
 }
 
@@ -66,7 +53,8 @@ void gbmv(Routine routine, Order order, Trans trans, i64 m, i64 n, i64 kl, i64 k
           const B* x, i64 incx, T beta, T* y, i64 incy, Prec prec)
 {
     if (!known(prec) || refuses(routine, order, trans, m, n, kl, ku, lda, incx, incy, 0)) return;
-    compute(prec, BandRows(order, trans, m, n, kl, ku, lda), alpha, a, incx, beta, y, incy, x);
+    compute<T, A, B>(prec, is_transposed(trans) ? n : m, band_rows(order, trans, m, n, kl, ku, lda), alpha, a, x,
+                     nullptr, incx, beta, y, incy);
 }
 
 template <class T, class A, class B>
@@ -74,12 +62,13 @@ void gbmv2(Routine routine, Order order, Trans trans, i64 m, i64 n, i64 kl, i64 
            const B* head_x, const B* tail_x, i64 incx, T beta, T* y, i64 incy, Prec prec)
 {
     if (!known(prec) || refuses(routine, order, trans, m, n, kl, ku, lda, incx, incy, 1)) return;
-    compute(prec, BandRows(order, trans, m, n, kl, ku, lda), alpha, a, incx, beta, y, incy, head_x, tail_x);
+    compute(prec, is_transposed(trans) ? n : m, band_rows(order, trans, m, n, kl, ku, lda), alpha, a, head_x, tail_x,
+            incx, beta, y, incy);
 }
 
 } // namespace
 
-XBLAS_TWO_INPUTS(gbmv, 15, 14, 14, 13, "_x")
-XBLAS_TWO_INPUTS(gbmv2, 16, 15, 15, 14, "_x")
+XBLAS_MATRICES(gbmv, _x)
+XBLAS_MATRICES(gbmv2, _x)
 
 } // namespace orv::xblas

@@ -4,7 +4,7 @@
 // leaves A unread, beta = 0 leaves B unread, both 0 set y to 0; a factor of 1 beside one of 0 multiplies nothing. Bad:
 // prec; then, unless m = 0 or n = 0, the others as below.
 #include "xblas/members.h"
-#include "xblas/rows.h"
+#include "xblas/products.h"
 
 namespace orv::xblas {
 namespace {
@@ -22,35 +22,43 @@ bool refuses(Routine routine, Order order, i64 m, i64 n, i64 lda, i64 incx, i64 
     return false;
 }
 
-template <class P, class T, class SumA, class SumB> ORV_INLINE T combined(SumA sum_a, T alpha, SumB sum_b, T beta)
+template <class P, class T, class Sum> [[gnu::noinline]] T combined(Sum sum_a, T alpha, Sum sum_b, T beta)
 {
     using N = typename P::One;
-    const auto a = unnamed(widened<T>(sum_a)), b = unnamed(widened<T>(sum_b));
-    return stored<T>(rounded(plus_product(unnamed(product(a, factor<N>(&alpha))), b, factor<N>(&beta))));
+    return stored<T>(rounded(plus_product(unnamed(product(sum_a, factor<N>(&alpha))), sum_b, factor<N>(&beta))));
+}
+
+template <class P, class T, class A, class B>
+[[gnu::noinline]] void multiply_both(i64 m, const Rows& rows_a, T alpha, const A* a, const B* x, i64 incx,
+                                     const Rows& rows_b, T beta, const A* b, T* y, i64 incy)
+{
+    const auto store = [&](auto sum_a, auto sum_b) {
+        *y = combined<P>(unnamed(widened<T>(sum_a)), alpha, unnamed(widened<T>(sum_b)), beta);
+        y += incy;
+    };
+    i64 i = 0;
+    for (const i64 fours = rows_in_fours(m, rows_a); i < fours; i += 4) {
+        sum_of<typename P::One, A, B> of_a[4], of_b[4];
+        row_sums<P>(rows_a, i, a, x, incx, of_a);
+        row_sums<P>(rows_b, i, b, x, incx, of_b);
+        for (int l = 0; l < 4; ++l) store(of_a[l], of_b[l]);
+    }
+    for (; i < m; ++i) store(row_sum<P>(rows_a, i, a, x, incx), row_sum<P>(rows_b, i, b, x, incx));
 }
 
 template <class P, class T, class A, class B>
 void multiply(Order order, i64 m, i64 n, T alpha, const A* a, i64 lda, const B* x, i64 incx, T beta, const A* b,
               i64 ldb, T* y, i64 incy)
 {
-    x = first(x, n, incx);
-    y = first(y, m, incy);
-    const bool by_rows = order == Order::row_major;
-    const auto rows = [&](i64 ld) { return DenseRows{n, by_rows ? 1 : ld, by_rows ? ld : 1, Use::stored}; };
-    const auto alone = [&](const A* matrix, i64 ld, T by) {
-        multiply(m, rows(ld), matrix, incx, Closing<P, T>({by != one<T>, false}, by, zero<T>), y, incy, x);
-    };
     if (alpha == zero<T> && beta == zero<T>) return clear(m, y, incy);
-    if (alpha == zero<T>) return alone(b, ldb, beta);
-    if (beta == zero<T>) return alone(a, lda, alpha);
-    i64 i = 0;
-    const Several<B> v{x, incx};
-    for (const i64 fours = rows_in_fours(m, rows(lda)); i < fours; i += 4) {
-        const auto of_a = row_sums<P>(rows(lda), i, a, v), of_b = row_sums<P>(rows(ldb), i, b, v);
-        for (int l = 0; l < 4; ++l, y += incy) *y = combined<P>(of_a.row[l], alpha, of_b.row[l], beta);
-    }
-    for (; i < m; ++i, y += incy)
-        *y = combined<P>(row_sum<P>(rows(lda), i, a, v), alpha, row_sum<P>(rows(ldb), i, b, v), beta);
+    const bool by_rows = order == Order::row_major;
+    const auto rows = [&](i64 ld) { return Rows::dense(m, n, by_rows ? 1 : ld, by_rows ? ld : 1); };
+    if (alpha != zero<T> && beta != zero<T>)
+        return multiply_both<P>(m, rows(lda), alpha, a, x, incx, rows(ldb), beta, b, y, incy);
+    const bool is_a = beta == zero<T>;
+    const T by = is_a ? alpha : beta;
+    multiply<P, T, A, B>(m, rows(is_a ? lda : ldb), is_a ? a : b, x, nullptr, incx,
+                         Closing<P, T>({by != one<T>, false}, by, zero<T>), y, incy);
 }
 
 template <class T, class A, class B>
@@ -59,12 +67,14 @@ void ge_sum_mv(Routine routine, Order order, i64 m, i64 n, T alpha, const A* a, 
 {
     if (!known(prec)) return void(routine.bad(14, prec));
     if (m == 0 || n == 0 || refuses(routine, order, m, n, lda, incx, ldb, incy)) return;
+    x = first(x, n, incx);
+    y = first(y, m, incy);
     with_arithmetic<T>(prec,
                        [&]<class P>(P) { multiply<P>(order, m, n, alpha, a, lda, x, incx, beta, b, ldb, y, incy); });
 }
 
 } // namespace
 
-XBLAS_TWO_INPUTS(ge_sum_mv, 14, 13, 13, 12, "")
+XBLAS_MATRICES(ge_sum_mv, )
 
 } // namespace orv::xblas

@@ -8,8 +8,8 @@
 //
 // Each element is one sum over k in its order. Nothing happens if m, n or k is 0, so k = 0 does not scale C, or if
 // alpha is 0 and beta 1. Any order but 102 is row-major. Bad: see `refuses`.
+#include "xblas/closing.h"
 #include "xblas/members.h"
-#include "xblas/rows.h"
 
 namespace orv::xblas {
 namespace {
@@ -26,6 +26,29 @@ bool refuses(Routine routine, Order order, Trans transa, Trans transb, i64 m, i6
     return false;
 }
 
+// C := alpha*A*B + beta*C in the form of close. a: row 0 of A, and a_down to the next; b: column 0 of B, with apart to
+// the next. Columns go in fours, which share the elements of A.
+template <class P, class T, class A, class B>
+ORV_INLINE void multiply(i64 m, i64 n, i64 k, Shared<A> a, i64 a_down, Several<B> b, const Closing<P, T>& close, T* c,
+                         i64 row_step, i64 column_step)
+{
+    for (i64 i = 0; i < m; ++i, a.at += a_down, c += row_step) {
+        Several<B> column = b;
+        T* to = c;
+        i64 j = 0;
+        for (; j + 4 <= n; j += 4, column.at += 4 * b.apart) {
+            FourSums<P, A, B> sums;
+            add_products<P>(k, a, column, sums);
+            for (int l = 0; l < 4; ++l, to += column_step) close(result(sums, l), to);
+        }
+        for (; j < n; ++j, column.at += b.apart, to += column_step) {
+            sum_of<typename P::One, A, B> sum{};
+            add_products<P>(k, a, column, sum);
+            close(sum, to);
+        }
+    }
+}
+
 template <class T, class A, class B>
 void gemm(Routine routine, Order order, Trans transa, Trans transb, i64 m, i64 n, i64 k, T alpha, const A* a, i64 lda,
           const B* b, i64 ldb, T beta, T* c, i64 ldc, Prec prec)
@@ -35,21 +58,20 @@ void gemm(Routine routine, Order order, Trans transa, Trans transb, i64 m, i64 n
     const bool columns = order == Order::column_major;
     const i64 row_step = columns ? 1 : ldc, column_step = columns ? ldc : 1;
     const bool a_runs_down = columns == !is_transposed(transa), b_runs_down = columns == !is_transposed(transb);
-    const DenseRows rows{k, a_runs_down ? lda : 1, a_runs_down ? 1 : lda,
-                         transa == Trans::conjugate ? Use::conjugated : Use::stored};
+    const Shared<A> row{a, a_runs_down ? lda : 1, 0, sign(transa)};
     const Several<B> column{b, b_runs_down ? 1 : ldb, b_runs_down ? ldb : 1, sign(transb)};
     with_arithmetic<T>(prec, [&]<class P>(P) {
         if (alpha == zero<T>) {
             for (i64 i = 0; i < m; ++i) scale<Plain<typename P::number>>(n, beta, c + i * row_step, column_step);
         } else {
             const Closing<P, T> close({alpha != one<T>, beta != zero<T>}, alpha, beta);
-            multiply(m, n, rows, a, column, close, c, row_step, column_step);
+            multiply(m, n, k, row, a_runs_down ? 1 : lda, column, close, c, row_step, column_step);
         }
     });
 }
 
 } // namespace
 
-XBLAS_TWO_INPUTS(gemm, 15, 14, 14, 13, "_x")
+XBLAS_MATRICES(gemm, _x)
 
 } // namespace orv::xblas

@@ -9,8 +9,8 @@
 //
 // Each element is one sum over the columns in their order; that of gemv2 has two sums, for head and tail. Any order but
 // 102 is row-major. Bad: see `refuses`. The bound for lda is the storage's in gemv and the length of y in gemv2.
+#include "xblas/closing.h"
 #include "xblas/members.h"
-#include "xblas/rows.h"
 
 namespace orv::xblas {
 namespace {
@@ -47,33 +47,32 @@ bool refuses2(Routine routine, Trans trans, i64 m, i64 n, i64 lda, i64 incx, i64
     return false;
 }
 
-// Rows of A in fours, which share the elements of x.
+// Rows of A in fours, which share the elements of x. x: the vector, or its head and its tail.
 template <class P, class T, class A, class... B>
-void multiply(Shape s, const A* a, double sign, i64 incx, const Closing<P, T>& close, T* y, i64 incy, const B*... x)
+ORV_INLINE void multiply(Shape s, const A* a, double sign, i64 incx, const Closing<P, T>& close, T* y, i64 incy,
+                         const B*... x)
 {
-    i64 i = 0;
-    const auto rows = [&] { return Several<A>{a + i * s.row_step, s.column_step, s.row_step, sign}; };
-    const auto four = [&](const auto* v) {
-        FourSums<P, std::remove_cvref_t<decltype(*v)>, A> sums;
-        add_products<P>(s.columns, Shared<std::remove_cvref_t<decltype(*v)>>{v, incx}, rows(), sums);
+    const auto sum = [&]<class Sums, class V>(std::type_identity<Sums>, const V* v) {
+        Sums sums{};
+        add_products<P>(s.columns, Shared<V>{v, incx}, Several<A>{a, s.column_step, s.row_step, sign}, sums);
         return sums;
     };
-    const auto one = [&](const auto* v) {
-        sum_of<typename P::One, std::remove_cvref_t<decltype(*v)>, A> sum{};
-        add_products<P>(s.columns, Shared<std::remove_cvref_t<decltype(*v)>>{v, incx}, rows(), sum);
-        return sum;
+    const auto close_four = [&](const auto&... sums) {
+        const auto close_row = [&](int l) ORV_INLINE_LAMBDA { close(result<P>(sums, l)..., y + l * incy); };
+        if constexpr (sizeof...(sums) == 1) close_row(0), close_row(1), close_row(2), close_row(3); // registers by name
+        else
+            for (int l = 0; l < 4; ++l) close_row(l);
     };
-    for (; i + 4 <= s.rows; i += 4, y += 4 * incy) {
-        const auto close_four = [&](const auto&... sums) {
-            for (int l = 0; l < 4; ++l) close(result<P>(sums, l)..., y + l * incy);
-        };
-        close_four(four(x)...);
-    }
-    for (; i < s.rows; ++i, y += incy) close(one(x)..., y);
+    i64 i = 0;
+    for (; i + 4 <= s.rows; i += 4, a += 4 * s.row_step, y += 4 * incy)
+        close_four(sum(std::type_identity<FourSums<P, B, A>>(), x)...);
+    for (; i < s.rows; ++i, a += s.row_step, y += incy)
+        close(sum(std::type_identity<sum_of<typename P::One, B, A>>(), x)..., y);
 }
 
 template <class P, class T, class A, class... B>
-void compute(Shape s, Trans trans, T alpha, const A* a, i64 incx, T beta, T* y, i64 incy, const B*... x)
+[[gnu::noinline]] void compute(Shape s, Trans trans, T alpha, const A* a, i64 incx, T beta, T* y, i64 incy,
+                               const B*... x)
 {
     y = first(y, s.rows, incy);
     if (alpha == zero<T> && beta == zero<T>) return clear(s.rows, y, incy);
@@ -103,7 +102,7 @@ void gemv2(Routine routine, Order order, Trans trans, i64 m, i64 n, T alpha, con
 
 } // namespace
 
-XBLAS_TWO_INPUTS(gemv, 13, 12, 12, 11, "_x")
-XBLAS_TWO_INPUTS(gemv2, 14, 13, 13, 12, "_x")
+XBLAS_MATRICES(gemv, _x)
+XBLAS_MATRICES(gemv2, _x)
 
 } // namespace orv::xblas

@@ -4,7 +4,8 @@
 //   blas_<t><op>[_<a>[_<b>]][_x]    for Fortran
 //
 // op names the template (and the file: gemv, gemv2 in gemv.cpp), the letters t, a, b are its element types; without
-// them all are t. The same tokens make both, so that name and types cannot disagree. A body is declared once, by value:
+// them all are t. The same tokens of the list (orv/xblas_members.h) make both, so that name and types cannot disagree.
+// A body is declared once, by value, and has a B also where there is one input:
 //
 //   template <class T, class A, class B> void gemv(Routine, Order, Trans, i64 m, ..., T alpha, const A* a, ..., Prec);
 //
@@ -13,19 +14,12 @@
 // in the arithmetic of the result's type runs.
 #pragma once
 
-#include "frame/interface.h"
+#include "frame/grid.h"
 #include "frame/simd.h"
 #include "xblas/options.h"
+#include "xblas/types.h"
 
 namespace orv::xblas {
-
-// The letters of the types.
-namespace types {
-using s = float;
-using d = double;
-using c = cpx<float>;
-using z = cpx<double>;
-} // namespace types
 
 // The arguments of a body behind the Routine, in the form for C and for Fortran.
 template <class A> struct c_form {
@@ -79,76 +73,31 @@ template <auto& body, class... P> ORV_INLINE void from_fortran(const char* name,
 
 } // namespace orv::xblas
 
-// Exports one name in both forms. c, f: how many arguments the form for C and the form for Fortran have.
-#define XBLAS_EXPORT(name, body, c, f, reported)                                                                       \
-    ORV_EXPORT void XBLAS(BLAS_##name)(ORV_PARAMETERS_##c(c_argument, body))                                           \
-    {                                                                                                                  \
-        from_c<body>("BLAS_" reported, ORV_NAMES_##c);                                                                 \
-    }                                                                                                                  \
-    ORV_EXPORT void XBLAS(blas_##name)(ORV_PARAMETERS_##f(fortran_argument, body))                                     \
-    {                                                                                                                  \
-        from_fortran<body>("BLAS_" reported, ORV_NAMES_##f);                                                           \
-    }
-#define XBLAS_BODY(member, op, ...)                                                                                    \
+// Exports one member in both forms. count, rest: of the arguments of the form for C, and for Fortran.
+#define XBLAS_MEMBER(op, t, ab, a, b, x, reported, count, rest)                                                        \
     namespace {                                                                                                        \
-    constexpr auto& member = op<__VA_ARGS__>;                                                                          \
+    constexpr auto& t##op##ab##x = op<types::t, types::a, types::b>;                                                   \
+    }                                                                                                                  \
+    ORV_EXPORT void XBLAS(BLAS_##t##op##ab##x)(ORV_PARAMETERS(count, c_argument, t##op##ab##x))                        \
+    {                                                                                                                  \
+        from_c<t##op##ab##x>("BLAS_" #t #op #ab XBLAS_ENDING##x##reported, ORV_NAMES(count));                          \
+    }                                                                                                                  \
+    ORV_EXPORT void XBLAS(blas_##t##op##ab##x)(ORV_PARAMETERS(rest, fortran_argument, t##op##ab##x))                   \
+    {                                                                                                                  \
+        from_fortran<t##op##ab##x>("BLAS_" #t #op #ab XBLAS_ENDING##x##reported, ORV_NAMES(rest));                     \
     }
+// What a reported name ends in: _x where both the member and its family's reports have it.
+#define XBLAS_ENDING_x_x "_x"
+#define XBLAS_ENDING_x
+#define XBLAS_ENDING
 
-// One member: t, types all the same, only with _x. cx, fx count arguments with prec, c, f without; x is "_x" if the
-// name is reported with it.
-#define XBLAS_PURE(t, op, cx, fx, x, ...)                                                                              \
-    XBLAS_BODY(t##op, op, __VA_ARGS__)                                                                                 \
-    XBLAS_EXPORT(t##op##_x, t##op, cx, fx, #t #op x)
-// One member with suffix ab, with and without _x.
-#define XBLAS_MIXED(t, op, ab, cx, fx, c, f, x, ...)                                                                   \
-    XBLAS_BODY(t##op##_##ab, op, __VA_ARGS__)                                                                          \
-    XBLAS_EXPORT(t##op##_##ab##_x, t##op##_##ab, cx, fx, #t #op "_" #ab x)                                             \
-    XBLAS_EXPORT(t##op##_##ab, t##op##_##ab, c, f, #t #op "_" #ab)
-
-#define XBLAS_PURE_1(t, op, cx, fx, x) XBLAS_PURE(t, op, cx, fx, x, types::t, types::t)
-#define XBLAS_PURE_2(t, op, cx, fx, x) XBLAS_PURE(t, op, cx, fx, x, types::t, types::t, types::t)
-#define XBLAS_MIXED_1(t, op, a, cx, fx, c, f, x) XBLAS_MIXED(t, op, a, cx, fx, c, f, x, types::t, types::a)
-#define XBLAS_MIXED_2(t, op, a, b, cx, fx, c, f, x)                                                                    \
-    XBLAS_MIXED(t, op, a##_##b, cx, fx, c, f, x, types::t, types::a, types::b)
-
-// The members of a family, by the shape of its inputs.
-#define XBLAS_TWO_INPUTS(op, ...)                                                                                      \
-    XBLAS_ALL_PURE_2(op, __VA_ARGS__)                                                                                  \
-    XBLAS_MIXED_2(d, op, d, s, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(d, op, s, d, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(d, op, s, s, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(c, op, c, s, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(c, op, s, c, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(c, op, s, s, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(z, op, c, c, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(z, op, c, z, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(z, op, z, c, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(z, op, d, d, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(z, op, d, z, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(z, op, z, d, __VA_ARGS__)
-#define XBLAS_HERMITIAN(op, ...)                                                                                       \
-    XBLAS_COMPLEX_PURE_2(op, __VA_ARGS__)                                                                              \
-    XBLAS_MIXED_2(c, op, c, s, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(z, op, c, c, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(z, op, c, z, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(z, op, z, c, __VA_ARGS__)                                                                            \
-    XBLAS_MIXED_2(z, op, z, d, __VA_ARGS__)
-#define XBLAS_ONE_INPUT(op, ...)                                                                                       \
-    XBLAS_ALL_PURE_1(op, __VA_ARGS__)                                                                                  \
-    XBLAS_MIXED_1(d, op, s, __VA_ARGS__)                                                                               \
-    XBLAS_MIXED_1(c, op, s, __VA_ARGS__)                                                                               \
-    XBLAS_MIXED_1(z, op, c, __VA_ARGS__)                                                                               \
-    XBLAS_MIXED_1(z, op, d, __VA_ARGS__)
-
-#define XBLAS_ALL_PURE_2(op, cx, fx, c, f, x)                                                                          \
-    XBLAS_PURE_2(s, op, cx, fx, x)                                                                                     \
-    XBLAS_PURE_2(d, op, cx, fx, x)                                                                                     \
-    XBLAS_COMPLEX_PURE_2(op, cx, fx, c, f, x)
-#define XBLAS_COMPLEX_PURE_2(op, cx, fx, c_, f, x)                                                                     \
-    XBLAS_PURE_2(c, op, cx, fx, x)                                                                                     \
-    XBLAS_PURE_2(z, op, cx, fx, x)
-#define XBLAS_ALL_PURE_1(op, cx, fx, c_, f, x)                                                                         \
-    XBLAS_PURE_1(s, op, cx, fx, x)                                                                                     \
-    XBLAS_PURE_1(d, op, cx, fx, x)                                                                                     \
-    XBLAS_PURE_1(c, op, cx, fx, x)                                                                                     \
-    XBLAS_PURE_1(z, op, cx, fx, x)
+// All members of an operation on vectors, and of one on matrices, which has an order for C. reported: _x if members
+// with prec report under their name, nothing if they do under that without _x.
+#define XBLAS_VECTORS(op, reported) ORV_XBLAS_MEMBERS_##op(XBLAS_OF_VECTORS, op, reported)
+#define XBLAS_MATRICES(op, reported) ORV_XBLAS_MEMBERS_##op(XBLAS_OF_MATRICES, op, reported)
+#define XBLAS_OF_VECTORS(op, t, ab, a, b, x, reported)                                                                 \
+    XBLAS_MEMBER(op, t, ab, a, b, x, reported, ORV_COUNT(ORV_XBLAS_ARGUMENTS_##op(, , ) ORV_XBLAS_PREC##x),            \
+                 ORV_COUNT(ORV_XBLAS_ARGUMENTS_##op(, , ) ORV_XBLAS_PREC##x))
+#define XBLAS_OF_MATRICES(op, t, ab, a, b, x, reported)                                                                \
+    XBLAS_MEMBER(op, t, ab, a, b, x, reported, ORV_COUNT(ORV_XBLAS_ARGUMENTS_##op(, , ) ORV_XBLAS_PREC##x),            \
+                 ORV_COUNT_REST(ORV_XBLAS_ARGUMENTS_##op(, , ) ORV_XBLAS_PREC##x))

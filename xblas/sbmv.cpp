@@ -19,22 +19,20 @@ bool refuses(Routine routine, Order order, Uplo uplo, i64 n, i64 k, i64 lda, i64
 }
 
 template <Kind kind, class T, class A, class B>
-void band(Routine routine, Order order, Uplo uplo, i64 n, i64 k, T alpha, const A* a, i64 lda, const B* x, i64 incx,
-          T beta, T* y, i64 incy, Prec prec)
+[[gnu::noinline]] void band(Routine routine, Order order, Uplo uplo, i64 n, i64 k, T alpha, const A* a, i64 lda,
+                            const B* x, i64 incx, T beta, T* y, i64 incy, Prec prec)
 {
     if (!known(prec)) return void(routine.bad(13, prec));
     if (nothing_to_do(n, alpha, beta) || refuses(routine, order, uplo, n, k, lda, incx, incy)) return;
-    with_arithmetic<T>(prec, [&]<class P>(P) {
-        multiply_or_scale<P, Plain<typename P::number>>(n, rows_of<kind>(Half::band(order, uplo, n, k, lda), uplo),
-                                                        alpha, a, incx, beta, y, incy, x);
-    });
+    multiply_or_scale<T, A, B>(prec, n, Rows::band(kind, order, uplo, n, k, lda), alpha, a, x, nullptr, incx, beta, y,
+                               incy);
 }
 template <class T, class A, class B> constexpr auto& sbmv = band<Kind::symmetric, T, A, B>;
 template <class T, class A, class B> constexpr auto& hbmv = band<Kind::hermitian, T, A, B>;
 
 } // namespace
 
-XBLAS_TWO_INPUTS(sbmv, 13, 12, 12, 11, "_x")
-XBLAS_HERMITIAN(hbmv, 13, 12, 12, 11, "")
+XBLAS_MATRICES(sbmv, _x)
+XBLAS_MATRICES(hbmv, )
 
 } // namespace orv::xblas

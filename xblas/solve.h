@@ -158,21 +158,45 @@ template <class P, class A, class T> ORV_INLINE auto start(T alpha, const T* x)
     return as_sum<sum_of<N, A, T>>(product(factor<N>(x), factor<N>(&alpha)));
 }
 
-// value - solved[j]*t(0) - solved[j + 1]*t(1) - ..., count terms, those of t a step apart.
+// value - solved[j]*t(0) - solved[j + 1]*t(1) - ..., count terms, those of t a step apart. Complex terms are long:
+// their loop is called, to be compiled once for both solves and both halves of a ring.
+template <class P, class Sum, class A, class T>
+ORV_INLINE Sum subtracted_here(Sum value, const Solved<P, T>& solved, i64 j, i64 count, const A* t, i64 step,
+                               double sign)
+{
+    const auto subtract_next = [&]() ORV_INLINE_LAMBDA {
+        value = plus(value, negated(product(solved[j], factor<typename P::One>(t, sign))));
+        ++j, t += step;
+    };
+    if constexpr (!is_complex<T>) in_pairs(count, subtract_next);
+    else
+        for (; count > 0; --count) subtract_next();
+    return value;
+}
+template <class P, class Sum, class A, class T>
+[[gnu::noinline]] Sum subtracted_by_call(Sum value, const Solved<P, T>& solved, i64 j, i64 count, const A* t, i64 step,
+                                         double sign)
+{
+    return subtracted_here<P>(value, solved, j, count, t, step, sign);
+}
 template <class P, class Sum, class A, class T>
 ORV_INLINE Sum subtracted(Sum value, const Solved<P, T>& solved, i64 j, i64 count, const A* t, i64 step, double sign)
 {
-    in_pairs(count, [&]() ORV_INLINE_LAMBDA {
-        value = plus(value, negated(product(solved[j], factor<typename P::One>(t, sign))));
-        ++j, t += step;
-    });
-    return value;
+    if constexpr (!is_complex<T>) return subtracted_here<P>(value, solved, j, count, t, step, sign);
+    else return subtracted_by_call<P>(value, solved, j, count, t, step, sign);
 }
 
-// value over the diagonal element, unless that is 1.
+// value over the diagonal element.
+template <class P, class Sum, class A> [[gnu::noinline]] Sum divided_by_call(Sum value, const A* diagonal, double sign)
+{
+    return as_sum<Sum>(quotient(value, factor<typename P::One>(diagonal, sign)));
+}
+// The same unless that is 1.
 template <class P, class Sum, class A> ORV_INLINE Sum divided(Sum value, const A* diagonal, bool unit, double sign)
 {
-    return unit ? value : as_sum<Sum>(quotient(value, factor<typename P::One>(diagonal, sign)));
+    if (unit) return value;
+    if constexpr (std::is_arithmetic_v<Sum>) return value / factor<typename P::One>(diagonal, sign);
+    else return divided_by_call<P>(value, diagonal, sign);
 }
 
 } // namespace orv::xblas

@@ -16,21 +16,18 @@ bool refuses(Routine routine, Order order, Uplo uplo, i64 incx, i64 incy)
 }
 
 template <Kind kind, class T, class A, class B>
-void packed(Routine routine, Order order, Uplo uplo, i64 n, T alpha, const A* ap, const B* x, i64 incx, T beta, T* y,
-            i64 incy, Prec prec)
+[[gnu::noinline]] void packed(Routine routine, Order order, Uplo uplo, i64 n, T alpha, const A* ap, const B* x,
+                              i64 incx, T beta, T* y, i64 incy, Prec prec)
 {
     if (!known(prec) || nothing_to_do(n, alpha, beta) || refuses(routine, order, uplo, incx, incy)) return;
-    with_arithmetic<T>(prec, [&]<class P>(P) {
-        multiply_or_scale<P, Plain<typename P::number>>(
-            n, rows_of<kind>(PackedHalf{n, rows_run_before(order, uplo)}, uplo), alpha, ap, incx, beta, y, incy, x);
-    });
+    multiply_or_scale<T, A, B>(prec, n, Rows::packed(kind, order, uplo, n), alpha, ap, x, nullptr, incx, beta, y, incy);
 }
 template <class T, class A, class B> constexpr auto& spmv = packed<Kind::symmetric, T, A, B>;
 template <class T, class A, class B> constexpr auto& hpmv = packed<Kind::hermitian, T, A, B>;
 
 } // namespace
 
-XBLAS_TWO_INPUTS(spmv, 11, 10, 10, 9, "_x")
-XBLAS_HERMITIAN(hpmv, 11, 10, 10, 9, "_x")
+XBLAS_MATRICES(spmv, _x)
+XBLAS_MATRICES(hpmv, _x)
 
 } // namespace orv::xblas

@@ -31,7 +31,7 @@ template <class Sum, class R> void add_elements(i64 n, const cpx<R>* x, i64 incx
     else *r = {static_cast<R>(re.h), static_cast<R>(im.h)};
 }
 
-template <class T, class> void sum(Routine routine, i64 n, const T* x, i64 incx, T* r, Prec prec)
+template <class T, class, class> void sum(Routine routine, i64 n, const T* x, i64 incx, T* r, Prec prec)
 {
     if (!known(prec)) return;
     if (n < 0) return void(routine.bad(1, n));
@@ -43,6 +43,6 @@ template <class T, class> void sum(Routine routine, i64 n, const T* x, i64 incx,
 
 } // namespace
 
-XBLAS_ALL_PURE_1(sum, 5, 5, , , "_x")
+XBLAS_VECTORS(sum, _x)
 
 } // namespace orv::xblas

@@ -26,9 +26,10 @@ template <class L> struct Several {
 struct Walk {
     i64 at, step, bend, count;
 };
+constexpr i64 distance(i64 few, i64 step, i64 bend) { return few * step + (few * (few - 1) >> 1) * bend; }
 constexpr Walk without_first(Walk w, i64 few = 1)
 {
-    return {w.at + few * w.step + few * (few - 1) / 2 * w.bend, w.step + few * w.bend, w.bend, w.count - few};
+    return {w.at + distance(few, w.step, w.bend), w.step + few * w.bend, w.bend, w.count - few};
 }
 
 // Four rows one below the other of a stored matrix a, of each the columns from `column` on as far as its walk goes.

@@ -3,12 +3,14 @@
 
 #include "xblas/pairs.h"
 #include "xblas/sums.h"
+#include "xblas/types.h"
 
 namespace orv::xblas {
 namespace {
 
-// offset: how far behind v.at the operand of each result is.
-template <class N, int groups, class S, class L, class Sum, class Sign>
+// offset: how far behind v.at the operand of each result is. in_two_loops: two terms a trip where steps do not grow,
+// for short terms.
+template <class N, int groups, bool in_two_loops, class S, class L, class Sum, class Sign>
 ORV_INLINE void run(i64 n, Shared<S> s, Several<L> v, const i64* offset, Sum* sums, Sign s_sign, Sign v_sign)
 {
     constexpr int lanes = lanes_of<typename N::lane>;
@@ -24,20 +26,23 @@ ORV_INLINE void run(i64 n, Shared<S> s, Several<L> v, const i64* offset, Sum* su
         s.at += s.step;
         v.at += v.step;
     };
-    if (s.bend == 0 && v.bend == 0) in_pairs(n, add_next);
+    if (in_two_loops && s.bend == 0 && v.bend == 0) in_pairs(n, add_next);
     else
         for (i64 k = 0; k < n; ++k, s.step += s.bend, v.step += v.bend) add_next();
     for (int g = 0; g < groups; ++g) sums[g] = kept[g];
 }
-template <class N, int groups, class S, class L, class Sum>
+template <class N, int groups, bool in_two_loops, class S, class L, class Sum>
 ORV_INLINE void run(i64 n, Shared<S> s, Several<L> v, const i64* offset, Sum* sums)
 {
     if constexpr (is_complex<S> || is_complex<L>)
-        if (s.sign < 0 || v.sign < 0) return run<N, groups>(n, s, v, offset, sums, s.sign, v.sign);
-    run<N, groups>(n, s, v, offset, sums, AsStored(), AsStored());
+        if (s.sign < 0 || v.sign < 0) return run<N, groups, in_two_loops>(n, s, v, offset, sums, s.sign, v.sign);
+    run<N, groups, in_two_loops>(n, s, v, offset, sums, AsStored(), AsStored());
 }
 
 constexpr i64 alone[] = {0};
+
+template <class P> constexpr bool is_plain = !std::is_same_v<P, Extra>;
+template <class S, class L> constexpr bool are_real = !is_complex<S> && !is_complex<L>;
 
 } // namespace
 
@@ -45,7 +50,8 @@ template <class P, class S, class L>
 sum_of<typename P::One, S, L> compiled::with_products(sum_of<typename P::One, S, L> sum, i64 n, const S* s, i64 s_step,
                                                       const L* v, i64 v_step, i64 s_bend, double s_sign, double v_sign)
 {
-    run<typename P::One, 1>(n, Shared<S>{s, s_step, s_bend, s_sign}, Several<L>{v, v_step, 0, v_sign}, alone, &sum);
+    run<typename P::One, 1, is_plain<P> || are_real<S, L>>(n, Shared<S>{s, s_step, s_bend, s_sign},
+                                                           Several<L>{v, v_step, 0, v_sign}, alone, &sum);
     return sum;
 }
 template <class P, class S, class L>
@@ -53,8 +59,8 @@ void compiled::add_products(i64 n, const S* s, i64 s_step, const L* v, i64 v_ste
                             double s_sign, double v_sign, i64 s_bend, i64 v_apart)
 {
     const i64 offset[] = {0, v_apart, 2 * v_apart, 3 * v_apart};
-    run<typename P::Four, FourSums<P, S, L>::groups>(n, Shared<S>{s, s_step, s_bend, s_sign},
-                                                     Several<L>{v, v_step, 0, v_sign}, offset, sums.group);
+    run<typename P::Four, FourSums<P, S, L>::groups, is_plain<P>>(n, Shared<S>{s, s_step, s_bend, s_sign},
+                                                                  Several<L>{v, v_step, 0, v_sign}, offset, sums.group);
 }
 
 // The columns that all four rows have run side by side. What a row has before and behind them, it runs alone.
@@ -66,8 +72,8 @@ void compiled::add_rows(const FourRows& rows, const A* a, double sign, const B* 
     const i64 from = rows.column[3], to = max(from, last_end);
     const auto add_part = [&](int l, i64 begin, i64 end) {
         const Walk w = without_first(rows.walk[l], begin - rows.column[l]);
-        run<typename P::One, 1>(end - begin, Shared<A>{a + w.at, w.step, w.bend, sign},
-                                Several<B>{x + begin * incx, incx}, alone, &sums[l]);
+        orv::xblas::add_products<P>(end - begin, Shared<A>{a + w.at, w.step, w.bend, sign},
+                                    Several<B>{x + begin * incx, incx}, sums[l]);
     };
     for (int l = 0; l < 4; ++l) add_part(l, rows.column[l], min(from, rows.column[l] + rows.walk[l].count));
     if (to > from) {
@@ -79,9 +85,9 @@ void compiled::add_rows(const FourRows& rows, const A* a, double sign, const B* 
             if constexpr (four.lanes == 2) four.group[l / 2] = in_lanes(sums[l], sums[l + 1]);
             else four.group[l] = sums[l];
         }
-        run<typename P::Four, four.groups>(to - from, Shared<B>{x + from * incx, incx},
-                                           Several<A>{a + at[0], rows.walk[3].step, 0, sign, rows.walk[3].bend}, offset,
-                                           four.group);
+        run<typename P::Four, four.groups, is_plain<P> && are_real<A, B>>(
+            to - from, Shared<B>{x + from * incx, incx},
+            Several<A>{a + at[0], rows.walk[3].step, 0, sign, rows.walk[3].bend}, offset, four.group);
         for (int l = 0; l < 4; ++l) sums[l] = as_sum<sum_of<typename P::One, A, B>>(result(four, l));
     }
     for (int l = 0; l < 4; ++l) add_part(l, max(to, rows.column[l]), rows.column[l] + rows.walk[l].count);
@@ -93,21 +99,5 @@ void compiled::add_rows(const FourRows& rows, const A* a, double sign, const B* 
     template void compiled::add_products<P>(i64, const S*, i64, const L*, i64, FourSums<P, S, L>&, double, double,     \
                                             i64, i64);                                                                 \
     template void compiled::add_rows<P>(const FourRows&, const S*, double, const L*, i64, sum_of<P::One, S, L>*);
-
-// Every pair of types that two inputs of one routine have.
-#define XBLAS_SUMS_NARROW(P)                                                                                           \
-    XBLAS_SUMS(P, float, float)                                                                                        \
-    XBLAS_SUMS(P, float, cpx<float>)                                                                                   \
-    XBLAS_SUMS(P, cpx<float>, float)                                                                                   \
-    XBLAS_SUMS(P, cpx<float>, cpx<float>)
-#define XBLAS_SUMS_WIDE(P)                                                                                             \
-    XBLAS_SUMS(P, double, double)                                                                                      \
-    XBLAS_SUMS(P, double, float)                                                                                       \
-    XBLAS_SUMS(P, float, double)                                                                                       \
-    XBLAS_SUMS(P, double, cpx<double>)                                                                                 \
-    XBLAS_SUMS(P, cpx<double>, double)                                                                                 \
-    XBLAS_SUMS(P, cpx<double>, cpx<float>)                                                                             \
-    XBLAS_SUMS(P, cpx<float>, cpx<double>)                                                                             \
-    XBLAS_SUMS(P, cpx<double>, cpx<double>)
 
 } // namespace orv::xblas

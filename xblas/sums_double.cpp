@@ -2,7 +2,6 @@
 
 namespace orv::xblas {
 
-XBLAS_SUMS_NARROW(Double)
-XBLAS_SUMS_WIDE(Double)
+XBLAS_PAIRS(XBLAS_SUMS, Double)
 
 } // namespace orv::xblas

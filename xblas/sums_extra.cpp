@@ -2,7 +2,6 @@
 
 namespace orv::xblas {
 
-XBLAS_SUMS_NARROW(Extra)
-XBLAS_SUMS_WIDE(Extra)
+XBLAS_PAIRS(XBLAS_SUMS, Extra)
 
 } // namespace orv::xblas

@@ -2,6 +2,6 @@
 
 namespace orv::xblas {
 
-XBLAS_SUMS_NARROW(Single)
+XBLAS_NARROW_PAIRS(XBLAS_SUMS, Single)
 
 } // namespace orv::xblas

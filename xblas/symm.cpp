@@ -18,20 +18,17 @@ bool refuses(Order order, Side side, i64 m, i64 n, i64 lda, i64 ldb, i64 ldc)
     return side == Side::right && lda < n;
 }
 
-template <Kind kind, class T, class A, class B>
-void both_kinds(Routine, Order order, Side side, Uplo uplo, i64 m, i64 n, T alpha, const A* a, i64 lda, const B* b,
-                i64 ldb, T beta, T* c, i64 ldc, Prec prec)
+template <class T, class A, class B>
+[[gnu::noinline]] void compute(Kind kind, Order order, Side side, Uplo uplo, i64 m, i64 n, T alpha, const A* a, i64 lda,
+                               const B* b, i64 ldb, T beta, T* c, i64 ldc, Prec prec)
 {
-    if (!known(prec) || refuses(order, side, m, n, lda, ldb, ldc)) return;
     if (alpha == zero<T> && beta == one<T>) return;
     // A multiplies from the left or, all matrices transposed, from the right.
     const bool left = side == Side::left;
     const i64 length = left ? m : n, others = left ? n : m;
     const bool along = (order == Order::column_major && left) || (order == Order::row_major && !left);
     const i64 row_step = along ? 1 : ldc, column_step = along ? ldc : 1;
-    const Several<B> column{b, along ? 1 : ldb, along ? ldb : 1};
-    const Half half = Half::full(order, uplo, length, lda);
-    const Uplo seen = left == (uplo != Uplo::lower) ? Uplo::upper : Uplo::lower; // transposed: the other triangle
+    const Rows as_stored = Rows::full(kind, order, uplo, length, lda), rows = left ? as_stored : as_stored.mirrored();
     with_arithmetic<T>(prec, [&]<class P>(P) {
         if (alpha == zero<T>) {
             for (i64 i = 0; i < length; ++i)
@@ -39,15 +36,24 @@ void both_kinds(Routine, Order order, Side side, Uplo uplo, i64 m, i64 n, T alph
             return;
         }
         const Closing<P, T> close({alpha != one<T>, beta != zero<T>}, alpha, beta);
-        multiply(length, others, rows_of<kind>(half, seen), a, column, close, c, row_step, column_step);
+        multiply<P>(length, others, rows, a, Several<B>{b, along ? 1 : ldb, along ? ldb : 1}, close, c, row_step,
+                    column_step);
     });
+}
+
+template <Kind kind, class T, class A, class B>
+[[gnu::noinline]] void both_kinds(Routine, Order order, Side side, Uplo uplo, i64 m, i64 n, T alpha, const A* a,
+                                  i64 lda, const B* b, i64 ldb, T beta, T* c, i64 ldc, Prec prec)
+{
+    if (!known(prec) || refuses(order, side, m, n, lda, ldb, ldc)) return;
+    compute(kind, order, side, uplo, m, n, alpha, a, lda, b, ldb, beta, c, ldc, prec);
 }
 template <class T, class A, class B> constexpr auto& symm = both_kinds<Kind::symmetric, T, A, B>;
 template <class T, class A, class B> constexpr auto& hemm = both_kinds<Kind::hermitian, T, A, B>;
 
 } // namespace
 
-XBLAS_TWO_INPUTS(symm, 14, 13, 13, 12, "_x")
-XBLAS_HERMITIAN(hemm, 14, 13, 13, 12, "_x")
+XBLAS_MATRICES(symm, _x)
+XBLAS_MATRICES(hemm, _x)
 
 } // namespace orv::xblas

@@ -5,32 +5,31 @@
 #pragma once
 
 #include "xblas/members.h"
-#include "xblas/rows.h"
+#include "xblas/products.h"
 
 namespace orv::xblas {
-
-enum class Kind { symmetric, hermitian };
 
 template <class T> constexpr bool nothing_to_do(i64 n, T alpha, T beta)
 {
     return n < 1 || (alpha == zero<T> && beta == one<T>);
 }
 
-// The rows of a matrix of this kind. What lies before the diagonal of an upper Hermitian matrix is conjugated.
-template <Kind kind, class Storage> auto rows_of(const Storage& half, Uplo uplo)
-{
-    if constexpr (kind == Kind::symmetric) return SymmetricRows<Storage>{half};
-    else return HermitianRows<Storage>{half, uplo != Uplo::lower};
-}
-
-// N: the arithmetic of beta*y where alpha is 0.
-template <class P, class N, class Rows, class T, class A, class... B>
-void multiply_or_scale(i64 n, const Rows& rows, T alpha, const A* a, i64 incx, T beta, T* y, i64 incy, const B*... x)
+// tail: of x, or null. scales_in_extra: where alpha is 0, extra precision scales y in extra precision.
+template <class T, class A, class B>
+[[gnu::noinline]] void multiply_or_scale(Prec prec, i64 n, const Rows& rows, T alpha, const A* a, const B* x,
+                                         const B* tail, i64 incx, T beta, T* y, i64 incy, bool scales_in_extra = false)
 {
     y = first(y, n, incy);
-    if (alpha == zero<T>) return scale<N>(n, beta, y, incy);
-    multiply(n, rows, a, incx, Closing<P, T>(product_terms<P, sizeof...(x)>(alpha, beta), alpha, beta), y, incy,
-             first(x, n, incx)...);
+    with_arithmetic<T>(prec, [&]<class P>(P) {
+        if (alpha == zero<T>) {
+            if constexpr (is_complex<T>) // all that is Hermitian
+                if (scales_in_extra) return scale<typename P::One>(n, beta, y, incy);
+            return scale<Plain<typename P::number>>(n, beta, y, incy);
+        }
+        const Terms terms = tail != nullptr ? product_terms<P, 2>(alpha, beta) : product_terms<P, 1>(alpha, beta);
+        multiply<P>(n, rows, a, first(x, n, incx), tail != nullptr ? first(tail, n, incx) : nullptr, incx,
+                    Closing<P, T>(terms, alpha, beta), y, incy);
+    });
 }
 
 } // namespace orv::xblas

@@ -23,24 +23,13 @@ bool refuses2(Routine routine, i64 n, i64 lda, i64 incx, i64 incy)
     return false;
 }
 
-template <Kind kind, class T, class A, class... B>
-void compute(Order order, Uplo uplo, i64 n, T alpha, const A* a, i64 lda, i64 incx, T beta, T* y, i64 incy, Prec prec,
-             const B*... x)
-{
-    with_arithmetic<T>(prec, [&]<class P>(P) {
-        // In extra precision a Hermitian routine also scales in extra precision, as no other family does.
-        using N = std::conditional_t<kind == Kind::hermitian, typename P::One, Plain<typename P::number>>;
-        multiply_or_scale<P, N>(n, rows_of<kind>(Half::full(order, uplo, n, lda), uplo), alpha, a, incx, beta, y, incy,
-                                x...);
-    });
-}
-
 template <class T, class A, class B>
-void symv(Routine routine, Order order, Uplo uplo, i64 n, T alpha, const A* a, i64 lda, const B* x, i64 incx, T beta,
-          T* y, i64 incy, Prec prec)
+[[gnu::noinline]] void symv(Routine routine, Order order, Uplo uplo, i64 n, T alpha, const A* a, i64 lda, const B* x,
+                            i64 incx, T beta, T* y, i64 incy, Prec prec)
 {
     if (!known(prec) || nothing_to_do(n, alpha, beta) || refuses(routine, n, lda, incx, incy)) return;
-    compute<Kind::symmetric>(order, uplo, n, alpha, a, lda, incx, beta, y, incy, prec, x);
+    multiply_or_scale<T, A, B>(prec, n, Rows::full(Kind::symmetric, order, uplo, n, lda), alpha, a, x, nullptr, incx,
+                               beta, y, incy);
 }
 
 template <class T, class A, class B>
@@ -52,24 +41,26 @@ void hemv(Routine routine, Order order, Uplo uplo, i64 n, T alpha, const A* a, i
     if (!known(order)) return void(routine.bad(1, order));
     if (!known(uplo)) return void(routine.bad(2, uplo));
     if (refuses(routine, n, lda, incx, incy)) return;
-    compute<Kind::hermitian>(order, uplo, n, alpha, a, lda, incx, beta, y, incy, prec, x);
+    multiply_or_scale<T, A, B>(prec, n, Rows::full(Kind::hermitian, order, uplo, n, lda), alpha, a, x, nullptr, incx,
+                               beta, y, incy, true);
 }
 
 template <Kind kind, class T, class A, class B>
-void both_parts(Routine routine, Order order, Uplo uplo, i64 n, T alpha, const A* a, i64 lda, const B* x_head,
-                const B* x_tail, i64 incx, T beta, T* y, i64 incy, Prec prec)
+[[gnu::noinline]] void both_parts(Routine routine, Order order, Uplo uplo, i64 n, T alpha, const A* a, i64 lda,
+                                  const B* x_head, const B* x_tail, i64 incx, T beta, T* y, i64 incy, Prec prec)
 {
     if (!known(prec) || nothing_to_do(n, alpha, beta) || refuses2(routine, n, lda, incx, incy)) return;
-    compute<kind>(order, uplo, n, alpha, a, lda, incx, beta, y, incy, prec, x_head, x_tail);
+    multiply_or_scale(prec, n, Rows::full(kind, order, uplo, n, lda), alpha, a, x_head, x_tail, incx, beta, y, incy,
+                      kind == Kind::hermitian);
 }
 template <class T, class A, class B> constexpr auto& symv2 = both_parts<Kind::symmetric, T, A, B>;
 template <class T, class A, class B> constexpr auto& hemv2 = both_parts<Kind::hermitian, T, A, B>;
 
 } // namespace
 
-XBLAS_TWO_INPUTS(symv, 12, 11, 11, 10, "_x")
-XBLAS_TWO_INPUTS(symv2, 13, 12, 12, 11, "_x")
-XBLAS_HERMITIAN(hemv, 12, 11, 11, 10, "")
-XBLAS_HERMITIAN(hemv2, 13, 12, 12, 11, "_x")
+XBLAS_MATRICES(symv, _x)
+XBLAS_MATRICES(symv2, _x)
+XBLAS_MATRICES(hemv, )
+XBLAS_MATRICES(hemv2, _x)
 
 } // namespace orv::xblas

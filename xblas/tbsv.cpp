@@ -26,7 +26,7 @@ bool refuses(Routine routine, Order order, Uplo uplo, Trans trans, Diag diag, i6
     return false;
 }
 
-template <class T, class A>
+template <class T, class A, class>
 void tbsv(Routine routine, Order order, Uplo uplo, Trans trans, Diag diag, i64 n, i64 k, T alpha, const A* t, i64 ldt,
           T* x, i64 incx, Prec prec)
 {
@@ -83,6 +83,6 @@ void tbsv(Routine routine, Order order, Uplo uplo, Trans trans, Diag diag, i64 n
 
 } // namespace
 
-XBLAS_ONE_INPUT(tbsv, 12, 11, 11, 10, "_x")
+XBLAS_MATRICES(tbsv, _x)
 
 } // namespace orv::xblas

@@ -6,6 +6,7 @@
 //
 // alpha = 0 sets x to 0 in trmv, without reading anything; tpmv always multiplies. trmv reports any bad argument with
 // code 0, but n < 1 as bad; tpmv takes any trans and diag.
+#include "xblas/closing.h"
 #include "xblas/members.h"
 #include "xblas/rows.h"
 
@@ -48,7 +49,7 @@ bool refuses(Order order, Uplo uplo, Trans trans, Diag diag, i64 n, i64 ldt, i64
     return !known(order) || !known(uplo) || !known(trans) || !known(diag) || ldt < n || incx == 0;
 }
 
-template <class T, class A>
+template <class T, class A, class>
 void trmv(Routine routine, Order order, Uplo uplo, Trans trans, Diag diag, i64 n, T alpha, const A* t, i64 ldt, T* x,
           i64 incx, Prec prec)
 {
@@ -78,7 +79,7 @@ void trmv(Routine routine, Order order, Uplo uplo, Trans trans, Diag diag, i64 n
     });
 }
 
-template <class T, class A>
+template <class T, class A, class>
 void tpmv(Routine routine, Order order, Uplo uplo, Trans trans, Diag diag, i64 n, T alpha, const A* tp, T* x, i64 incx,
           Prec prec)
 {
@@ -87,19 +88,20 @@ void tpmv(Routine routine, Order order, Uplo uplo, Trans trans, Diag diag, i64 n
     if (!known(uplo)) return void(routine.bad(2, uplo));
     if (incx == 0) return void(routine.bad(9, incx));
     x = first(x, n, incx);
-    const PackedHalf half{n, rows_run_before(order, uplo)};
+    const Rows rows = Rows::packed(Kind::whole, order, uplo, n);
+    const bool run_before = rows_run_before(order, uplo);
     const bool upper = (uplo == Uplo::upper) == !is_transposed(trans), unit = diag == Diag::unit;
     with_arithmetic<T>(prec, [&]<class P>(P) {
         const Closing<P, T> close({true, false}, alpha, zero<T>);
         for (i64 row = 0; row < n; ++row) {
             const i64 i = upper ? row : n - 1 - row;
-            const Walk rest = half.from_diagonal(i), behind = without_first(rest);
+            const Walk rest = rows.from_diagonal(i), behind = without_first(rest);
             T* const xi = x + i * incx;
             RowSum<P, T, A> sum;
-            if (!upper) sum.add(tp, half.before(i), sign(trans), x, incx);
-            else if (half.run_before) sum.add(tp, backwards(behind), sign(trans), x + (n - 1) * incx, -incx);
+            if (!upper) sum.add(tp, rows.before(i), sign(trans), x, incx);
+            else if (run_before) sum.add(tp, backwards(behind), sign(trans), x + (n - 1) * incx, -incx);
             sum.add_diagonal(tp + rest.at, unit, sign(trans), xi);
-            if (upper && !half.run_before) sum.add(tp, behind, sign(trans), xi + incx, incx);
+            if (upper && !run_before) sum.add(tp, behind, sign(trans), xi + incx, incx);
             close(sum(), xi);
         }
     });
@@ -107,7 +109,7 @@ void tpmv(Routine routine, Order order, Uplo uplo, Trans trans, Diag diag, i64 n
 
 } // namespace
 
-XBLAS_ONE_INPUT(trmv, 11, 10, 10, 9, "_x")
-XBLAS_ONE_INPUT(tpmv, 10, 9, 9, 8, "_x")
+XBLAS_MATRICES(trmv, _x)
+XBLAS_MATRICES(tpmv, _x)
 
 } // namespace orv::xblas

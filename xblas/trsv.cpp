@@ -17,7 +17,7 @@ bool refuses(Order order, Uplo uplo, Trans trans, Diag diag, i64 n, i64 ldt, i64
     return !known(order) || !known(uplo) || !known(trans) || !known(diag) || ldt < n || incx == 0;
 }
 
-template <class T, class A>
+template <class T, class A, class>
 void trsv(Routine routine, Order order, Uplo uplo, Trans trans, Diag diag, i64 n, T alpha, const A* t, i64 ldt, T* x,
           i64 incx, Prec prec)
 {
@@ -48,6 +48,6 @@ void trsv(Routine routine, Order order, Uplo uplo, Trans trans, Diag diag, i64 n
 
 } // namespace
 
-XBLAS_ONE_INPUT(trsv, 11, 10, 10, 9, "")
+XBLAS_MATRICES(trsv, )
 
 } // namespace orv::xblas
