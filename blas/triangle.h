@@ -73,14 +73,18 @@ template <class T> ORV_INLINE vec<T> product(vec<T> a, vec<T> b)
 
 // b / op(d). Complex numbers: b*conj(u) / (d.re*u.re + d.im*u.im) with u = d/max(|d.re|, |d.im|), a part of which is 1
 // or -1: the quotient of Smith (Algorithm 116, 1962) bit for bit, but without his branch. What comes between exceeds
-// neither operands nor quotient by more than a factor of two. d = 0 gives NaN.
+// neither operands nor quotient by more than a factor of two. d = 0 gives NaN; of an infinite d, u is that of the largest
+// number, and the quotient 0.
 template <Op op, class T> ORV_INLINE vec<T> quotient(vec<T> b, T d)
 {
     if constexpr (is_complex<T>) {
         using R = real_t<T>;
         if constexpr (op == Op::conjugate) d = conj(d);
-        const R re = magnitude(d.re), im = magnitude(d.im), larger = re > im ? re : im;
-        const T u{d.re / larger, d.im / larger};
+        constexpr R most = sizeof(R) == sizeof(float) ? R(__FLT_MAX__) : R(__DBL_MAX__);
+        const auto finite = [most](R a) { return a > most ? most : a < -most ? -most : a; };
+        const T f{finite(d.re), finite(d.im)};
+        const R re = magnitude(f.re), im = magnitude(f.im), larger = re > im ? re : im;
+        const T u{f.re / larger, f.im / larger};
         const R t = d.re * u.re + d.im * u.im;
         return {(factor<T>(conj(u)) * b).r / splat(T{t, t}).r};
     } else return b / splat(d);

@@ -85,7 +85,7 @@ def check_factors(routine, unit, zero, operand, named, spreads):
                 call = Marked(routine, letter, function, size, unit)
                 named_places = call.named(named)
                 for place in split(zero):
-                    call.put(place, 0.0)
+                    call.put(place.removeprefix("inf "), math.inf if place.startswith("inf ") else 0.0)
                 if operand:
                     call.put(operand, value)
                 return call, call.run(), named_places
@@ -93,6 +93,12 @@ def check_factors(routine, unit, zero, operand, named, spreads):
             if named == "none":
                 plain = call_with(1.0)[1]
                 bad = [special for special in (math.nan, math.inf, -math.inf) if call_with(special)[1] != plain]
+            elif zero.startswith("inf "):
+                if " im " in zero and letter not in "cz":
+                    continue
+                call, _, expected = call_with(math.nan)
+                bad = (call.places(lambda part: True) - call.places(lambda part: part != 0)) ^ expected
+                bad |= call.places(lambda part: not math.isfinite(part))
             else:
                 call, _, expected = call_with(math.nan)
                 bad = call.places(spreads) ^ expected
