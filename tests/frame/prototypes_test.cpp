@@ -12,14 +12,16 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// What follows the tag in the names of abi/<module>.txt.
+// What follows the tag in the names of abi/<module>.txt and <module>.probable.txt.
 Names exported(const std::string& module)
 {
     const std::string prefix = "orv_" + module + "_";
     Names names;
-    std::ifstream list(ORV_ABI "/" + module + ".txt");
-    for (std::string line; std::getline(list, line);)
-        if (line.starts_with(prefix)) names.insert(line.substr(line.find('_', prefix.size()) + 1));
+    for (const char* sort : {".txt", ".probable.txt"}) {
+        std::ifstream list(ORV_ABI "/" + module + sort);
+        for (std::string line; std::getline(list, line);)
+            if (line.starts_with(prefix)) names.insert(line.substr(line.find('_', prefix.size()) + 1));
+    }
     return names;
 }
 
