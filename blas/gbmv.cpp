@@ -22,14 +22,11 @@ void gbmv(Op op, i64 m, i64 n, i64 kl, i64 ku, T alpha, const T* a, i64 lda, con
     y = first(y, leny, incy);
     apply_beta(leny, beta, y, incy);
     if (alpha == zero<T>) return;
-    const auto multiply = [&]<Pass pass>() {
-        const i64 columns = min(n, m + ku); // those behind have no rows
-        structured_mv<pass>(GeneralBand<const T>{a, lda, m, kl, ku}, m, columns, factor<T>(alpha), x, incx, y, incy);
-    };
-    if (op == Op::none) return multiply.template operator()<Pass{.direct = true, .ahead = true}>();
-    if constexpr (is_complex<T>)
-        if (op == Op::conjugate) return multiply.template operator()<Pass{.across = Op::conjugate, .ahead = true}>();
-    multiply.template operator()<Pass{.across = Op::transpose, .ahead = true}>();
+    const i64 columns = min(n, m + ku); // those behind have no rows
+    with_op<T>(op, [&]<Op op>() {
+        structured_mv<pass_of<op>>(general_band(a, lda, m, kl, ku), columns, alpha, x, incx, y, incy,
+                                   {.ahead = Ahead::next_strip});
+    });
 }
 
 } // namespace

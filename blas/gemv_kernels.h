@@ -26,6 +26,15 @@ template <class T> constexpr Op op_of(char trans)
     return is_complex<T> && fold(trans) == 'C' ? Op::conjugate : Op::transpose;
 }
 
+// body<op>() for an operation known when the program runs. Real matrices are never conjugated.
+template <class T, class Body> ORV_INLINE void with_op(Op op, const Body& body)
+{
+    if (op == Op::none) return body.template operator()<Op::none>();
+    if constexpr (is_complex<T>)
+        if (op == Op::conjugate) return body.template operator()<Op::conjugate>();
+    body.template operator()<Op::transpose>();
+}
+
 // From this size on, half of a second-level cache, a kernel asks ahead for what it will read of a matrix.
 inline constexpr i64 far_bytes = 1 << 20;
 template <class T> constexpr bool is_far(i64 m, i64 n) { return m * n * static_cast<i64>(sizeof(T)) >= far_bytes; }

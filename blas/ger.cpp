@@ -12,34 +12,19 @@ namespace {
 
 using namespace blas;
 
-template <class T> struct Rectangle {
-    T* a;
-    i64 lda, m;
-    T* column(i64 j) const { return a + j * lda; }
-    Rows rows(i64 /* all alike */) const { return {0, m}; }
-};
-
-template <bool conjugated, class T> struct Outer {
-    using Element = T;
-    static constexpr int terms = 1;
-    T alpha;
-    StridedVector<T> vectors[1], y;
-    Factors<T, 1> factors(i64 j) const { return {{alpha * (conjugated ? conj(y[j]) : y[j])}}; }
-};
-
-template <bool conjugated, class T>
-void rank_one(i64 m, i64 n, T alpha, const T* x, i64 incx, const T* y, i64 incy, T* a, i64 lda)
+template <class T>
+void rank_one(bool conjugated, i64 m, i64 n, T alpha, const T* x, i64 incx, const T* y, i64 incy, T* a, i64 lda)
 {
     if (m <= 0 || n <= 0 || alpha == zero<T>) return;
-    const Outer<conjugated, T> outer = {alpha, {{m, x, incx}}, {n, y, incy}};
-    update_columns<Diagonal::general>(Rectangle<T>{a, lda, m}, {0, n}, outer);
+    const RankUpdate<T, 1> update = {alpha, {{m, x, incx}}, {n, y, incy}, conjugated, false};
+    update_columns(rectangle(a, lda, m, n), {0, n}, update, Diagonal::general, false);
 }
 
 } // namespace
 
 template <class T> void ger(i64 m, i64 n, T alpha, const T* x, i64 incx, const T* y, i64 incy, T* a, i64 lda)
 {
-    rank_one<false>(m, n, alpha, x, incx, y, incy, a, lda);
+    rank_one(false, m, n, alpha, x, incx, y, incy, a, lda);
 }
 template void ger(i64, i64, double, const double*, i64, const double*, i64, double*, i64);
 
@@ -47,7 +32,7 @@ template void ger(i64, i64, double, const double*, i64, const double*, i64, doub
     ORV_EXPORT void BLAS(name)(const i64* m, const i64* n, const T* alpha, const T* x, const i64* incx, const T* y,    \
                                const i64* incy, T* a, const i64* lda)                                                  \
     {                                                                                                                  \
-        rank_one<conjugated>(*m, *n, *alpha, x, *incx, y, *incy, a, *lda);                                             \
+        rank_one(conjugated, *m, *n, *alpha, x, *incx, y, *incy, a, *lda);                                             \
     }
 
 GER(sger, float, false)

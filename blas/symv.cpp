@@ -14,63 +14,41 @@
 namespace orv::blas {
 namespace {
 
-// How a pass differs from the usual one.
-enum class Way {
-    usual,
-    aligned, // stores to y on 16 bytes
-    in_order // the reproducible twins: in one chain for each sum
-};
-
-enum class Shape { near, far, band }; // far: beyond the second-level cache
-
-template <Way way, Shape shape, class T>
-constexpr Pass pass{.direct = true,
-                    .across = is_complex<T> ? Op::conjugate : Op::transpose,
-                    .one_lane = way == Way::in_order,
-                    .align_y = way == Way::aligned,
-                    .ahead = shape == Shape::band,
-                    .far = shape == Shape::far};
-
 template <class T> bool nothing_to_do(i64 n, T alpha, T beta) { return n <= 0 || (alpha == zero<T> && beta == one<T>); }
 
-// triangle<half>() makes the storage.
-template <Way way, Shape shape, class T, class Storage>
-void symv(char uplo, i64 n, T alpha, const Storage& triangle, const T* x, i64 incx, T beta, T* y, i64 incy)
+template <Pass pass, class T>
+void symv(Half half, i64 n, T alpha, const Storage<const T>& triangle, const T* x, i64 incx, T beta, T* y, i64 incy,
+          Manner manner)
 {
     if (nothing_to_do(n, alpha, beta)) return;
     x = first(x, n, incx);
     y = first(y, n, incy);
     apply_beta(n, beta, y, incy);
     if (alpha == zero<T>) return;
-    const auto multiply = [&]<Half half>() {
-        const OffDiagonal<half, decltype(triangle.template operator()<half>())> side{
-            triangle.template operator()<half>()};
-        structured_mv<pass<way, shape, T>>(side, n, n, factor<T>(alpha), x, incx, y, incy);
-    };
-    if (half_of(uplo) == Half::upper) multiply.template operator()<Half::upper>();
-    else multiply.template operator()<Half::lower>();
+    structured_mv<pass>(off_diagonal(half, triangle), n, alpha, x, incx, y, incy, manner);
 }
 
-template <Way way, class T>
+template <Pass pass, class T>
 void full(char uplo, i64 n, T alpha, const T* a, i64 lda, const T* x, i64 incx, T beta, T* y, i64 incy)
 {
-    const auto triangle = [=]<Half half>() { return FullTriangle<const T, half>{a, lda, n}; };
-    if constexpr (way == Way::usual)
-        if (is_far<T>(n, n / 2)) return symv<way, Shape::far>(uplo, n, alpha, triangle, x, incx, beta, y, incy);
-    symv<way, Shape::near>(uplo, n, alpha, triangle, x, incx, beta, y, incy);
+    const Half half = half_of(uplo);
+    symv<pass>(half, n, alpha, full_triangle(half, a, lda, n), x, incx, beta, y, incy,
+               {.ahead = is_far<T>(n, n / 2) ? Ahead::further_on : Ahead::nothing});
 }
 
 template <class T> void packed(char uplo, i64 n, T alpha, const T* a, const T* x, i64 incx, T beta, T* y, i64 incy)
 {
-    const auto triangle = [=]<Half half>() { return PackedTriangle<const T, half>{a, n}; };
-    symv<Way::usual, Shape::near>(uplo, n, alpha, triangle, x, incx, beta, y, incy);
+    const Half half = half_of(uplo);
+    symv<pass_of_both<T>>(half, n, alpha, packed_triangle(half, a, n), x, incx, beta, y, incy, {});
 }
 
-template <Way way, class T>
-void band(char uplo, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* x, i64 incx, T beta, T* y, i64 incy)
+template <Pass pass, class T>
+void band(char uplo, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* x, i64 incx, T beta, T* y, i64 incy,
+          bool on_boundary = false)
 {
-    const auto triangle = [=]<Half half>() { return BandTriangle<const T, half>{a, lda, n, k}; };
-    symv<way, Shape::band>(uplo, n, alpha, triangle, x, incx, beta, y, incy);
+    const Half half = half_of(uplo);
+    symv<pass>(half, n, alpha, band_triangle(half, a, lda, n, k), x, incx, beta, y, incy,
+               {.on_boundary = on_boundary, .ahead = Ahead::next_strip});
 }
 
 } // namespace
@@ -78,8 +56,11 @@ void band(char uplo, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* x, i64
 #define FULL_ARGUMENTS(T)                                                                                              \
     const char *uplo, const i64 *n, const T *alpha, const T *a, const i64 *lda, const T *x, const i64 *incx,           \
         const T *beta, T *y, const i64 *incy
-#define FULL(name, T, way)                                                                                             \
-    ORV_EXPORT void BLAS(name)(FULL_ARGUMENTS(T)) { full<way>(*uplo, *n, *alpha, a, *lda, x, *incx, *beta, y, *incy); }
+#define FULL(name, T, pass)                                                                                            \
+    ORV_EXPORT void BLAS(name)(FULL_ARGUMENTS(T))                                                                      \
+    {                                                                                                                  \
+        full<pass<T>>(*uplo, *n, *alpha, a, *lda, x, *incx, *beta, y, *incy);                                          \
+    }
 #define PACKED(name, T)                                                                                                \
     ORV_EXPORT void BLAS(name)(const char* uplo, const i64* n, const T* alpha, const T* a, const T* x,                 \
                                const i64* incx, const T* beta, T* y, const i64* incy)                                  \
@@ -89,32 +70,32 @@ void band(char uplo, i64 n, i64 k, T alpha, const T* a, i64 lda, const T* x, i64
 #define BAND_ARGUMENTS(T)                                                                                              \
     const char *uplo, const i64 *n, const i64 *k, const T *alpha, const T *a, const i64 *lda, const T *x,              \
         const i64 *incx, const T *beta, T *y, const i64 *incy
-#define BAND(name, T, way)                                                                                             \
+#define BAND(name, T, pass)                                                                                            \
     ORV_EXPORT void BLAS(name)(BAND_ARGUMENTS(T))                                                                      \
     {                                                                                                                  \
-        band<way>(*uplo, *n, *k, *alpha, a, *lda, x, *incx, *beta, y, *incy);                                          \
+        band<pass<T>>(*uplo, *n, *k, *alpha, a, *lda, x, *incx, *beta, y, *incy);                                      \
     }
 
-FULL(xdsymv, double, Way::usual)
-FULL(chemv, cpx<float>, Way::usual)
-FULL(zhemv, cpx<double>, Way::usual)
+FULL(xdsymv, double, pass_of_both)
+FULL(chemv, cpx<float>, pass_of_both)
+FULL(zhemv, cpx<double>, pass_of_both)
 PACKED(sspmv, float)
 PACKED(dspmv, double)
 PACKED(chpmv, cpx<float>)
 PACKED(zhpmv, cpx<double>)
-BAND(ssbmv, float, Way::usual)
-BAND(zhbmv, cpx<double>, Way::usual)
+BAND(ssbmv, float, pass_of_both)
+BAND(zhbmv, cpx<double>, pass_of_both)
 
 // The reproducible twins keep the order of structured_mv.h with one lane.
-FULL(xssymv_cnr, float, Way::in_order)
-BAND(dsbmv_cnr, double, Way::in_order)
-BAND(chbmv_cnr, cpx<float>, Way::in_order)
+FULL(xssymv_cnr, float, pass_in_order)
+BAND(dsbmv_cnr, double, pass_in_order)
+BAND(chbmv_cnr, cpx<float>, pass_in_order)
 
 ORV_EXPORT void BLAS(xssymv)(FULL_ARGUMENTS(float))
 {
     if (nothing_to_do(*n, *alpha, *beta)) return;
     if (orv_serv_cbwr_get(1) != 1) return BLAS(xssymv_cnr)(uplo, n, alpha, a, lda, x, incx, beta, y, incy);
-    full<Way::usual>(*uplo, *n, *alpha, a, *lda, x, *incx, *beta, y, *incy);
+    full<pass_of_both<float>>(*uplo, *n, *alpha, a, *lda, x, *incx, *beta, y, *incy);
 }
 
 ORV_EXPORT void BLAS(dsbmv)(BAND_ARGUMENTS(double))
@@ -122,15 +103,14 @@ ORV_EXPORT void BLAS(dsbmv)(BAND_ARGUMENTS(double))
     if (nothing_to_do(*n, *alpha, *beta)) return;
     if (orv_serv_cbwr_get(1) != 1) return BLAS(dsbmv_cnr)(uplo, n, k, alpha, a, lda, x, incx, beta, y, incy);
     // On 16 bytes, or one element away from it.
-    if (is_aligned(y, 8)) band<Way::aligned>(*uplo, *n, *k, *alpha, a, *lda, x, *incx, *beta, y, *incy);
-    else band<Way::usual>(*uplo, *n, *k, *alpha, a, *lda, x, *incx, *beta, y, *incy);
+    band<pass_of_both<double>>(*uplo, *n, *k, *alpha, a, *lda, x, *incx, *beta, y, *incy, is_aligned(y, 8));
 }
 
 ORV_EXPORT void BLAS(chbmv)(BAND_ARGUMENTS(cpx<float>))
 {
     if (nothing_to_do(*n, *alpha, *beta)) return;
     if (orv_serv_cbwr_get(1) != 1) return BLAS(chbmv_cnr)(uplo, n, k, alpha, a, lda, x, incx, beta, y, incy);
-    band<Way::usual>(*uplo, *n, *k, *alpha, a, *lda, x, *incx, *beta, y, *incy);
+    band<pass_of_both<cpx<float>>>(*uplo, *n, *k, *alpha, a, *lda, x, *incx, *beta, y, *incy);
 }
 
 } // namespace orv::blas

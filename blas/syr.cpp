@@ -38,54 +38,35 @@
 namespace orv::blas {
 namespace {
 
-template <class T> struct RankOne {
-    using Element = T;
-    using Scalar = real_t<T>;
-    static constexpr int terms = 1;
-    Scalar alpha;
-    StridedVector<T> vectors[1];
-
-    RankOne(i64 n, Scalar alpha, const T* x, i64 incx) : alpha(alpha), vectors{{n, x, incx}} {}
-    Factors<T, 1> factors(i64 j) const { return {{alpha * conj(vectors[0][j])}}; }
-};
-
-template <class T> struct RankTwo {
-    using Element = T;
-    using Scalar = T;
-    static constexpr int terms = 2;
-    Scalar alpha;
-    StridedVector<T> vectors[2];
-
-    RankTwo(i64 n, Scalar alpha, const T* x, i64 incx, const T* y, i64 incy)
-        : alpha(alpha), vectors{{n, x, incx}, {n, y, incy}}
-    {
-    }
-    Factors<T, 2> factors(i64 j) const { return {{alpha * conj(vectors[1][j]), conj(alpha * vectors[0][j])}}; }
-};
+template <class T> RankUpdate<T, 1> rank_one(i64 n, real_t<T> alpha, const T* x, i64 incx)
+{
+    const StridedVector<T> v{n, x, incx};
+    return {element<T>::make(alpha), {v}, v, true, true};
+}
+template <class T> RankUpdate<T, 2> rank_two(i64 n, T alpha, const T* x, i64 incx, const T* y, i64 incy)
+{
+    return {alpha, {{n, x, incx}, {n, y, incy}}};
+}
 
 template <class Scalar> bool nothing_to_do(i64 n, Scalar alpha) { return n <= 0 || alpha == zero<Scalar>; }
 
-template <class Storage, class Update> void update_triangle(const Storage& a, Columns columns, const Update& update)
-{
-    constexpr bool hermitian = is_complex<typename Update::Element>;
-    update_columns<hermitian ? Diagonal::real : Diagonal::general>(a, columns, update);
-}
+template <class T> constexpr Diagonal diagonal = is_complex<T> ? Diagonal::real : Diagonal::general;
 
 // n columns of a triangle of order first + n: the last ones of the upper, the first ones of the lower.
-template <class T, class Update> void update_full(char uplo, i64 n, const Update& update, T* a, i64 lda, i64 first)
+template <class T, int terms>
+void update_full(char uplo, i64 n, const RankUpdate<T, terms>& update, T* a, i64 lda, i64 first)
 {
     if (nothing_to_do(n, update.alpha)) return;
     const i64 order = first + n;
-    if (fold(uplo) == 'U')
-        update_triangle(FullTriangle<T, Half::upper>{a - first * lda, lda, order}, {first, order}, update);
-    else update_triangle(FullTriangle<T, Half::lower>{a, lda, order}, {0, n}, update);
+    const bool upper = half_of(uplo) == Half::upper;
+    update_columns(full_triangle(half_of(uplo), upper ? a - first * lda : a, lda, order),
+                   upper ? Columns{first, order} : Columns{0, n}, update, diagonal<T>, true);
 }
 
-template <class T, class Update> void update_packed(char uplo, i64 n, const Update& update, T* a)
+template <class T, int terms> void update_packed(char uplo, i64 n, const RankUpdate<T, terms>& update, T* a)
 {
     if (nothing_to_do(n, update.alpha)) return;
-    if (fold(uplo) == 'U') update_triangle(PackedTriangle<T, Half::upper>{a, n}, {0, n}, update);
-    else update_triangle(PackedTriangle<T, Half::lower>{a, n}, {0, n}, update);
+    update_columns(packed_triangle(half_of(uplo), a, n), {0, n}, update, diagonal<T>, false);
 }
 
 // A routine's twin takes over where results are to be reproducible. A call with nothing to do doesn't ask.
@@ -100,14 +81,14 @@ template <class T> bool leaves_for_twin(i64 n, T alpha)
 
 template <class T> void syr(RANK_ONE(T), const i64* lda, const i64* first)
 {
-    update_full(*uplo, *n, RankOne<T>(*first + *n, *alpha, x, *incx), a, *lda, *first);
+    update_full(*uplo, *n, rank_one(*first + *n, *alpha, x, *incx), a, *lda, *first);
 }
 template <class T> void syr2(RANK_TWO(T), const i64* lda, const i64* first)
 {
-    update_full(*uplo, *n, RankTwo<T>(*first + *n, *alpha, x, *incx, y, *incy), a, *lda, *first);
+    update_full(*uplo, *n, rank_two(*first + *n, *alpha, x, *incx, y, *incy), a, *lda, *first);
 }
-template <class T> void spr(RANK_ONE(T)) { update_packed(*uplo, *n, RankOne<T>(*n, *alpha, x, *incx), a); }
-template <class T> void spr2(RANK_TWO(T)) { update_packed(*uplo, *n, RankTwo<T>(*n, *alpha, x, *incx, y, *incy), a); }
+template <class T> void spr(RANK_ONE(T)) { update_packed(*uplo, *n, rank_one(*n, *alpha, x, *incx), a); }
+template <class T> void spr2(RANK_TWO(T)) { update_packed(*uplo, *n, rank_two(*n, *alpha, x, *incx, y, *incy), a); }
 
 constexpr i64 whole = 0; // the share that starts with column 0
 

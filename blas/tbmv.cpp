@@ -14,10 +14,8 @@ namespace orv::blas {
     ORV_EXPORT void BLAS(name)(const char* uplo, const char* trans, const char* diag, const i64* n, const i64* k,      \
                                const T* a, const i64* lda, T* x, const i64* incx)                                      \
     {                                                                                                                  \
-        with_form<T>(form_of<T>(*uplo, *trans, *diag), [&]<Form form>() {                                              \
-            const BandTriangle<const T, form.half> band{a, *lda, *n, *k};                                              \
-            in_place<Task::multiply, form>(band, *n, first(x, *n, *incx), *incx);                                      \
-        });                                                                                                            \
+        const Form form = form_of<T>(*uplo, *trans, *diag);                                                            \
+        in_place<Task::multiply>(form, band_triangle(form.half, a, *lda, *n, *k), *n, first(x, *n, *incx), *incx);     \
     }
 
 TBMV(stbmv, float)

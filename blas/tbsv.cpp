@@ -39,33 +39,32 @@ VECTOR_KERNELS(orv::cpx<double>, xzaxpy_a, zdotu, zdotc)
 namespace orv::blas {
 namespace {
 
-template <Form form, class T> void by_strips(i64 n, i64 k, const T* a, i64 lda, T* x, i64 incx)
+template <class T> void by_strips(Form form, i64 n, i64 k, const T* a, i64 lda, T* x, i64 incx)
 {
-    in_place<Task::solve, form>(BandTriangle<const T, form.half>{a, lda, n, k}, n, x, incx);
+    in_place<Task::solve>(form, band_triangle(form.half, a, lda, n, k), n, x, incx);
 }
 
-template <Form form, class T> void by_columns(i64 n, i64 k, const T* a, i64 lda, T* x, i64 incx)
+template <class T> void by_columns(Form form, i64 n, i64 k, const T* a, i64 lda, T* x, i64 incx)
 {
-    const BandTriangle<const T, form.half> band{a, lda, n, k};
+    const Storage<const T> band = band_triangle(form.half, a, lda, n, k);
     const auto solve = [=](i64 j) {
         const T* const column = band.column(j);
-        const Rows rest = beside<form.half>(band, {j, j + 1});
+        const Rows rest = beside(form.half, band, {j, j + 1});
         const i64 rows = rest.to - rest.from;
         T* const others = x + (incx < 0 ? rest.to - 1 : rest.from) * incx; // the lowest address
         T* const own = x + j * incx;
         vec<T> v = load_first<1>(own);
-        if constexpr (form.op != Op::none) {
+        if (form.op != Op::none) {
             const T known = dot(form.op == Op::conjugate, rows, column + rest.from, others, incx);
             v = v - load_first<1>(&known);
         }
-        v = divided<form>(v, column + j);
+        if (!form.unit)
+            v = form.op == Op::conjugate ? quotient<Op::conjugate>(v, column[j]) : quotient<Op::none>(v, column[j]);
         store_first<1>(own, v);
-        if constexpr (form.op == Op::none) add_multiple(rows, -*own, column + rest.from, others, incx);
+        if (form.op == Op::none) add_multiple(rows, -*own, column + rest.from, others, incx);
     };
-    if constexpr (ascending<Task::solve, form>)
-        for (i64 j = 0; j < n; ++j) solve(j);
-    else
-        for (i64 j = n - 1; j >= 0; --j) solve(j);
+    const bool up = ascending(Task::solve, form);
+    for (i64 j = 0; j < n; ++j) solve(up ? j : n - 1 - j);
 }
 
 // The letters as the service layer reads them.
@@ -88,7 +87,7 @@ template <class T> Form form_by_service(const char* uplo, const char* trans, con
     ORV_EXPORT void BLAS(name)(ARGUMENTS(T))                                                                           \
     {                                                                                                                  \
         if (*n <= 0) return;                                                                                           \
-        with_form<T>(form_of_letters, [&]<Form form>() { body<form>(*n, *k, a, *lda, first(x, *n, *incx), *incx); });  \
+        body(form_of_letters, *n, *k, a, *lda, first(x, *n, *incx), *incx);                                            \
     }
 
 TBSV(stbsv, float, form_of<float>(*uplo, *trans, *diag), by_strips)

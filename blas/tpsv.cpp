@@ -14,9 +14,8 @@ namespace orv::blas {
     ORV_EXPORT void BLAS(name)(const char* uplo, const char* trans, const char* diag, const i64* n, const T* a, T* x,  \
                                const i64* incx)                                                                        \
     {                                                                                                                  \
-        with_form<T>(form_of<T>(*uplo, *trans, *diag), [&]<Form form>() {                                              \
-            in_place<Task::solve, form>(PackedTriangle<const T, form.half>{a, *n}, *n, first(x, *n, *incx), *incx);    \
-        });                                                                                                            \
+        const Form form = form_of<T>(*uplo, *trans, *diag);                                                            \
+        in_place<Task::solve>(form, packed_triangle(form.half, a, *n), *n, first(x, *n, *incx), *incx);                \
     }
 
 TPSV(stpsv, float)

@@ -32,16 +32,16 @@ namespace {
 
 constexpr i64 block_columns = 64;
 
-template <Form form, class T> void trmv(i64 n, const T* a, i64 lda, T* x, i64 incx)
+template <class T> void trmv(Form form, i64 n, const T* a, i64 lda, T* x, i64 incx)
 {
-    const auto add = [](auto... arguments) { add_product(arguments...); };
-    in_place_by_blocks<Task::multiply, form>(n, block_columns, a, lda, x, incx, add);
+    AddRectangle<T>* const add = add_product;
+    in_place_by_blocks<Task::multiply>(form, n, block_columns, a, lda, x, incx, add);
 }
 
 // A triangle by itself.
-template <Form form, class T> void multiply_block(i64 n, const T* a, i64 lda, T* x, i64 incx)
+template <class T> void multiply_block(Form form, i64 n, const T* a, i64 lda, T* x, i64 incx)
 {
-    in_place<Task::multiply, form>(FullTriangle<const T, form.half>{a, lda, n}, n, x, incx);
+    in_place<Task::multiply>(form, full_triangle(form.half, a, lda, n), n, x, incx);
 }
 
 } // namespace
@@ -52,8 +52,7 @@ template <Form form, class T> void multiply_block(i64 n, const T* a, i64 lda, T*
 #define TRMV(name, T, body)                                                                                            \
     ORV_EXPORT void BLAS(name)(ARGUMENTS(T))                                                                           \
     {                                                                                                                  \
-        with_form<T>(form_of<T>(*uplo, *trans, *diag),                                                                 \
-                     [&]<Form form>() { body<form>(*n, a, *lda, first(x, *n, *incx), *incx); });                       \
+        body(form_of<T>(*uplo, *trans, *diag), *n, a, *lda, first(x, *n, *incx), *incx);                               \
     }
 
 TRMV(xstrmv, float, trmv)
@@ -79,9 +78,8 @@ TRMV(ztrmv_in, cpx<double>, multiply_block)
     ORV_EXPORT void BLAS(name)(ARGUMENTS(T), const i64* count, const i64* first_column)                                \
     {                                                                                                                  \
         const i64 j = *first_column;                                                                                   \
-        with_form<T>(form_of<T>(*uplo, *trans, *diag), [&]<Form form>() {                                              \
-            trmv<form>(*count, a + j * (*lda + 1), *lda, first(x, *n, *incx) + j * *incx, *incx);                      \
-        });                                                                                                            \
+        trmv(form_of<T>(*uplo, *trans, *diag), *count, a + j * (*lda + 1), *lda, first(x, *n, *incx) + j * *incx,      \
+             *incx);                                                                                                   \
     }
 
 TRMV_IN_THREAD(xstrmv_in_thread, float)

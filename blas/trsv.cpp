@@ -29,16 +29,16 @@ PUBLIC_GEMV(z, cpx<double>)
 
 constexpr i64 block_columns = 32;
 
-template <Form form, class T> void trsv(i64 n, const T* a, i64 lda, T* x, i64 incx)
+template <class T> void trsv(Form form, i64 n, const T* a, i64 lda, T* x, i64 incx)
 {
-    const auto subtract = [](auto... arguments) { subtract_product(arguments...); };
-    in_place_by_blocks<Task::solve, form>(n, block_columns, a, lda, x, incx, subtract);
+    AddRectangle<T>* const subtract = subtract_product;
+    in_place_by_blocks<Task::solve>(form, n, block_columns, a, lda, x, incx, subtract);
 }
 
 // A triangle by itself.
-template <Form form, class T> void solve_block(i64 n, const T* a, i64 lda, T* x, i64 incx)
+template <class T> void solve_block(Form form, i64 n, const T* a, i64 lda, T* x, i64 incx)
 {
-    in_place<Task::solve, form>(FullTriangle<const T, form.half>{a, lda, n}, n, x, incx);
+    in_place<Task::solve>(form, full_triangle(form.half, a, lda, n), n, x, incx);
 }
 
 } // namespace
@@ -47,8 +47,7 @@ template <Form form, class T> void solve_block(i64 n, const T* a, i64 lda, T* x,
     ORV_EXPORT void BLAS(name)(const char* uplo, const char* trans, const char* diag, const i64* n, const T* a,        \
                                const i64* lda, T* x, const i64* incx)                                                  \
     {                                                                                                                  \
-        with_form<T>(form_of<T>(*uplo, *trans, *diag),                                                                 \
-                     [&]<Form form>() { trsv<form>(*n, a, *lda, first(x, *n, *incx), *incx); });                       \
+        trsv(form_of<T>(*uplo, *trans, *diag), *n, a, *lda, first(x, *n, *incx), *incx);                               \
     }
 
 TRSV(strsv, float)
@@ -61,7 +60,7 @@ TRSV(ztrsv, cpx<double>)
 #define BLOCK(t, T, uplo, trans, diag)                                                                                 \
     ORV_EXPORT void BLAS(t##trsv_##uplo##trans##diag)(const i64* n, const T* a, const i64* lda, T* x, const i64* incx) \
     {                                                                                                                  \
-        solve_block<form_of<T>(#uplo[0], #trans[0], #diag[0])>(*n, a, *lda, first(x, *n, *incx), *incx);               \
+        solve_block(form_of<T>(#uplo[0], #trans[0], #diag[0]), *n, a, *lda, first(x, *n, *incx), *incx);               \
     }
 #define BLOCKS(t, T, trans)                                                                                            \
     BLOCK(t, T, l, trans, n) BLOCK(t, T, l, trans, u) BLOCK(t, T, u, trans, n) BLOCK(t, T, u, trans, u)

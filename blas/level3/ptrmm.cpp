@@ -17,8 +17,7 @@ constexpr char routine[] = "xtrmm";
 // Column j of A begins, in its full form, at column(half, n, a, j).
 template <class T> const T* column(Half half, i64 n, const T* a, i64 j)
 {
-    if (half == Half::upper) return blas::PackedTriangle<const T, Half::upper>{a, n}.column(j);
-    return blas::PackedTriangle<const T, Half::lower>{a, n}.column(j);
+    return blas::packed_triangle(half, a, n).column(j);
 }
 
 // A(i:i+rows, j:j+columns), all of it stored.

@@ -20,11 +20,9 @@ AXPY_OF(z, cpx<double>)
 
 template <Task task, class T> void left(const Triangular<T>& x)
 {
-    blas::with_form<T>(x.form, [&]<blas::Form form>() {
-        const blas::FullTriangle<const T, form.half> a{x.a, x.lda, x.order};
-        const blas::Rows all{0, x.order};
-        for (i64 j = 0; j < x.others; ++j) blas::block_in_place<task, form>(a, all, all, x.b + j * x.ldb);
-    });
+    const auto a = blas::full_triangle(x.form.half, x.a, x.lda, x.order);
+    const blas::Rows all{0, x.order};
+    for (i64 j = 0; j < x.others; ++j) blas::block_in_place<task>(x.form, a, all, all, x.b + j * x.ldb);
 }
 
 // x := f(x) for n neighbours.

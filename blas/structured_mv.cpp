@@ -1,0 +1,99 @@
+
+#include "blas/stretch.h"
+#include "blas/strip.h"
+
+namespace orv::blas {
+template <Pass pass, class T> void strips(const WalkOf<pass, T>& walk, Rows columns)
+{
+    const WalkOf<pass, T> v = walk; // which stores to y cannot change
+    const auto next = [&]<int width>(i64 j) ORV_INLINE_LAMBDA {
+        strip<pass, width, T>(v, j, v.b.template neighbours<width>(j), v.b.template run<width>(j));
+    };
+    const bool four = v.b.meet(4), two = v.b.meet(2);
+    for (i64 j = columns.from; j < columns.to;) {
+        const i64 left = columns.to - j;
+        if (left >= 4 && four) next.template operator()<4>(j), j += 4;
+        else if (left >= 2 && two) next.template operator()<2>(j), j += 2;
+        else next.template operator()<1>(j), j += 1;
+    }
+}
+
+namespace {
+
+// Strided vectors go in copies: x and y of all rows that a block of columns meets, itself included, if that fits on a
+// small stack; else of 128 columns and of windows of rows.
+template <Pass pass, class T> void strided_strips(Walk<T, true> v, i64 n, const T* x, i64 incx, T* y, i64 incy)
+{
+    constexpr i64 window_rows = 8192 / sizeof(T), block_columns = 128;
+    Stretch<T, window_rows> x_rows, y_rows;
+    Stretch<T, block_columns> x_columns;
+    alignas(vector_bytes) T gain[block_columns]; // of the columns' own elements of y, which may be among the rows too
+    const Storage<const T> b = v.b;
+    for (i64 j = 0; j < n;) {
+        if constexpr (pass.both()) {
+            const Rows columns{j, min(n, j + window_rows / 2)};
+            const Rows met{min(b.rows(j).from, j), max(b.rows(columns.to - 1).to, columns.to)};
+            const i64 count = met.to - met.from;
+            if (count <= window_rows) {
+                v.x_row.v = v.x_column.v = x_rows.gather(count, x + met.from * incx, incx) - met.from;
+                v.y_row.v = v.y_column.v = y_rows.gather(count, y + met.from * incy, incy) - met.from;
+                v.diagonal = true;
+                v.b.all = b.all;
+                strips<pass, T>(v, columns);
+                y_rows.scatter(count, y + met.from * incy, incy);
+                j = columns.to;
+                continue;
+            }
+        }
+        const Rows columns{j, min(n, j + block_columns)};
+        const Rows rows{b.rows(j).from, b.rows(columns.to - 1).to};
+        for (T& e : gain) e = zero<T>;
+        v.y_column.v = gain - j;
+        if constexpr (pass.direct) v.x_column.v = x_columns.gather(columns.to - j, x + j * incx, incx) - j;
+        for (i64 i = rows.from; i < rows.to;) {
+            const Rows window{i, min(rows.to, i + window_rows)};
+            const i64 count = window.to - i;
+            if constexpr (pass.across != Op::none) v.x_row.v = x_rows.gather(count, x + i * incx, incx) - i;
+            if constexpr (pass.direct) v.y_row.v = y_rows.gather(count, y + i * incy, incy) - i;
+            v.diagonal = i == rows.from;
+            v.b.all = window;
+            strips<pass, T>(v, columns);
+            if constexpr (pass.direct) y_rows.scatter(count, y + i * incy, incy);
+            i = window.to;
+        }
+        if constexpr (pass.across != Op::none)
+            for (i64 c = j; c < columns.to; ++c) y[c * incy] = y[c * incy] + gain[c - j];
+        j = columns.to;
+    }
+}
+
+} // namespace
+
+template <Pass pass, class T>
+void structured_mv(const Storage<const T>& b, i64 n, T alpha, const T* x, i64 incx, T* y, i64 incy, Manner manner)
+{
+    WalkOf<pass, T> v{b,    factor<T>(alpha),   {x, incx},   {x, incx}, {y, incy}, {y, incy},
+                      true, manner.on_boundary, manner.ahead};
+    if constexpr (!pass.one_lane)
+        if (incx != 1 || incy != 1) return strided_strips<pass>(v, n, x, incx, y, incy);
+    strips<pass, T>(v, {0, n});
+}
+
+#define STRIPS(pass, T)                                                                                                \
+    template void strips<pass, T>(const WalkOf<pass, T>&, Rows);                                                       \
+    template void structured_mv<pass, T>(const Storage<const T>&, i64, T, const T*, i64, T*, i64, Manner);
+#define REAL(T)                                                                                                        \
+    STRIPS(pass_of<Op::none>, T)                                                                                       \
+    STRIPS(pass_of<Op::transpose>, T)                                                                                  \
+    STRIPS(pass_of_both<T>, T)
+#define COMPLEX(T) REAL(T) STRIPS(pass_of<Op::conjugate>, T)
+
+REAL(float)
+REAL(double)
+COMPLEX(cpx<float>)
+COMPLEX(cpx<double>)
+STRIPS(pass_in_order<float>, float)
+STRIPS(pass_in_order<double>, double)
+STRIPS(pass_in_order<cpx<float>>, cpx<float>)
+
+} // namespace orv::blas

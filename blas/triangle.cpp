@@ -1,0 +1,219 @@
+#include "blas/triangle.h"
+
+#include "blas/stretch.h"
+#include "blas/strip.h"
+
+namespace orv::blas {
+namespace {
+
+constexpr bool square_first(Task task, Op op) { return (task == Task::solve) == (op == Op::none); }
+
+// x(own) := op(square)^-1 * x(own), own being j..j+columns-1, from the first to the last column or back.
+template <Op op, int columns, class T>
+ORV_INLINE void solve_square(Form form, const Neighbours<const T>& b, i64 j, T* x)
+{
+    const bool up = ascending(Task::solve, form);
+    const i64 step = up ? 1 : -1, first = up ? j : j + columns - 1;
+    x += first;
+    vec<T> v[columns];
+#pragma GCC unroll 4
+    for (int s = 0; s < columns; ++s) v[s] = load_first<1>(x + s * step);
+#pragma GCC unroll 4
+    for (int s = 0; s < columns; ++s) {
+        const T* const column = (up ? b.at[s] : b.at[columns - 1 - s]) + first;
+        if constexpr (op != Op::none)
+#pragma GCC unroll 4
+            for (int solved = 0; solved < s; ++solved)
+                v[s] = v[s] - product(element_of<op>(column + solved * step), v[solved]);
+        if (!form.unit) v[s] = quotient<op>(v[s], column[s * step]);
+        if constexpr (op == Op::none)
+#pragma GCC unroll 4
+            for (int left = s + 1; left < columns; ++left)
+                v[left] = v[left] - product(element_of<op>(column + left * step), v[s]);
+    }
+#pragma GCC unroll 4
+    for (int s = 0; s < columns; ++s) store_first<1>(x + s * step, v[s]);
+}
+
+template <Op op, int columns, class T> ORV_INLINE void solve_strip(Form form, Walk<T, true>& v, i64 j, T* x)
+{
+    const Neighbours<const T> b = v.b.template neighbours<columns>(j);
+    if constexpr (op == Op::none) solve_square<op, columns>(form, b, j, x);
+    Run rest = v.b.template run<columns>(j);
+    if (form.half == Half::lower) rest.any.from = rest.shared.from = j + columns;
+    else rest.any.to = rest.shared.to = j;
+    strip<pass_of<op>, columns, T>(v, j, b, rest);
+    if constexpr (op != Op::none) solve_square<op, columns>(form, b, j, x);
+}
+
+template <Op op, int columns, class T> ORV_INLINE void multiply_strip(Form form, Walk<T, true>& v, i64 j, T* x)
+{
+    const Neighbours<const T> b = v.b.template neighbours<columns>(j);
+    // Elements come and go whole, or loads would wait for two stores.
+    T before[columns], own[columns];
+#pragma GCC unroll 4
+    for (int c = 0; c < columns; ++c) {
+        vec<T> e = load_first<1>(x + j + c);
+        store_first<1>(before + c, e);
+        if (!form.unit) e = product(element_of<op>(b.at[c] + j + c), e);
+        store_first<1>(own + c, e);
+    }
+    const auto put = [&] {
+#pragma GCC unroll 4
+        for (int c = 0; c < columns; ++c) store_first<1>(x + j + c, load_first<1>(own + c));
+    };
+    v.x_column.v = before - j, v.y_column.v = own - j;
+    if constexpr (op == Op::none) put();
+    strip<pass_of<op>, columns, T>(v, j, b, v.b.template run<columns>(j));
+    if constexpr (op != Op::none) put();
+}
+
+template <Task task, Op op, class T>
+void columns_in_place(Form form, const Storage<const T>& a, Rows block, Rows window, T* x)
+{
+    constexpr bool solve = task == Task::solve;
+    Walk<T, true> v{.b = solve ? a : off_diagonal(form.half, a),
+                    .alpha = factor<T>(solve ? -one<T> : one<T>),
+                    .x_row = {x, 1},
+                    .x_column = {x, 1},
+                    .y_row = {x, 1},
+                    .y_column = {x, 1}};
+    v.b.all = window;
+    const bool up = ascending(task, form), four = a.share_rows(4), two = a.share_rows(2);
+    const auto next = [&]<int columns>() ORV_INLINE_LAMBDA {
+        const i64 j = up ? block.from : block.to - columns;
+        if constexpr (solve) solve_strip<op, columns>(form, v, j, x);
+        else multiply_strip<op, columns>(form, v, j, x);
+        (up ? block.from : block.to) = up ? j + columns : j;
+    };
+    while (block.from < block.to) {
+        const i64 left = block.to - block.from;
+        if (left >= 4 && four) next.template operator()<4>();
+        else if (left >= 2 && two) next.template operator()<2>();
+        else next.template operator()<1>();
+    }
+}
+
+// Cuts 0..n-1 in blocks, each of which ends a multiple of `size` before n: what is left over stands at the low end.
+// For each, in the order of the task, triangle(block) and rectangle(block, next), the part beside it in the same
+// columns; next is the block whose triangle follows.
+template <class Triangle, class Rectangle>
+void by_blocks(Task task, Form form, i64 n, i64 size, const Triangle& triangle, const Rectangle& rectangle)
+{
+    const bool up = ascending(task, form), first = square_first(task, form.op);
+    for (i64 done = 0, count; done < n; done += count) {
+        count = up && done == 0 ? (n - 1) % size + 1 : min(size, n - done);
+        const i64 to = up ? done + count : n - done;
+        const Rows block{to - count, to};
+        if (first) triangle(block);
+        const Rows above{max(block.from - size, 0), block.from}, below{to, min(to + size, n)};
+        rectangle(block, !first ? block : up ? below : above);
+        if (!first) triangle(block);
+    }
+}
+
+// For strided x, a block's columns go along with two copies on the stack, 10 KiB together: of their own elements of x
+// and of a window of rows.
+constexpr i64 strided_block = 128;
+template <class T> constexpr i64 window_rows = 8192 / sizeof(T);
+
+// The rows of a block's columns, from the block outwards as far as a window reaches.
+template <class T> Rows near(Half half, const Storage<const T>& a, Rows block)
+{
+    const Rows rest = beside(half, a, block);
+    return half == Half::upper ? Rows{max(rest.from, block.to - window_rows<T>), block.to}
+                               : Rows{block.from, min(rest.to, block.from + window_rows<T>)};
+}
+
+// With the rows beyond: x(rows) += alpha*A(rows, block)*x(block), or x(block) += alpha*op(A(rows, block))*x(rows).
+template <class T>
+[[gnu::noinline]] void strided_rectangle(Form form, const Storage<const T>& a, Rows block, T alpha, T* x, i64 incx)
+{
+    const Rows all = beside(form.half, a, block), done = near(form.half, a, block);
+    const Rows beyond = form.half == Half::upper ? Rows{all.from, done.from} : Rows{done.to, all.to};
+    if (beyond.from >= beyond.to) return;
+    Stretch<T, strided_block> own_copy;
+    Stretch<T, window_rows<T>> copy;
+    T* const own = own_copy.gather(block.to - block.from, x + block.from * incx, incx) - block.from;
+    for (i64 i = beyond.from; i < beyond.to; i += window_rows<T>) {
+        const Rows window{i, min(beyond.to, i + window_rows<T>)};
+        T* const others = copy.gather(window.to - i, x + i * incx, incx) - i;
+        Walk<T, true> v{.b = off_diagonal(form.half, a),
+                        .alpha = factor<T>(alpha),
+                        .x_row = {others, 1},
+                        .x_column = {own, 1},
+                        .y_row = {others, 1},
+                        .y_column = {own, 1}};
+        v.b.all = window;
+        with_op<T>(form.op, [&]<Op op>() { strips<pass_of<op>, T>(v, block); });
+        if (form.op == Op::none) copy.scatter(window.to - i, x + i * incx, incx);
+    }
+    if (form.op != Op::none) own_copy.scatter(block.to - block.from, x + block.from * incx, incx);
+}
+
+} // namespace
+
+template <Task task, class T> void block_in_place(Form form, const Storage<const T>& a, Rows block, Rows window, T* x)
+{
+    with_op<T>(form.op, [&]<Op op>() { columns_in_place<task, op>(form, a, block, window, x); });
+}
+
+template <Task task, class T> void in_place(Form form, const Storage<const T>& a, i64 n, T* x, i64 incx)
+{
+    if (incx == 1) return block_in_place<task>(form, a, Rows{0, n}, Rows{0, n}, x);
+    const auto triangle = [=](Rows block) {
+        const Rows window = near(form.half, a, block);
+        const Rows changed = form.op == Op::none ? window : block;
+        Stretch<T, window_rows<T>> copy;
+        T* const own = copy.gather(window.to - window.from, x + window.from * incx, incx) - window.from;
+        block_in_place<task>(form, a, block, window, own);
+        for (i64 i = changed.from; i < changed.to; ++i) x[i * incx] = own[i];
+    };
+    const auto rectangle = [=](Rows block, Rows /* next */) {
+        strided_rectangle(form, a, block, task == Task::solve ? -one<T> : one<T>, x, incx);
+    };
+    if (n <= strided_block) triangle({0, n});
+    else by_blocks(task, form, n, strided_block, triangle, rectangle);
+}
+
+// The columns of a small triangle are too short for the processor to read ahead by itself. Of a large matrix it is
+// asked for before the rectangle that it comes after.
+template <Task task, class T>
+void in_place_by_blocks(Form form, i64 n, i64 size, const T* a, i64 lda, T* x, i64 incx, AddRectangle<T>* add)
+{
+    if (n <= size) return in_place<task>(form, full_triangle(form.half, a, lda, n), n, x, incx);
+    const bool none = form.op == Op::none, far = is_far<T>(n, n);
+    const char trans = none ? 'N' : form.op == Op::transpose ? 'T' : 'C';
+    const auto part = [=](Rows r) { return x + (incx < 0 ? r.to - 1 : r.from) * incx; };
+    const auto own = [=](Rows block) {
+        return full_triangle(form.half, a + block.from * (lda + 1), lda, block.to - block.from);
+    };
+    const auto ask_for = [](const Storage<const T>& t) {
+        for (i64 j = 0; j < t.all.to; ++j)
+            for (i64 i = t.rows(j).from; i < t.rows(j).to; i += cache_line / sizeof(T)) prefetch(t.column(j) + i);
+    };
+    const auto triangle = [=](Rows block) {
+        in_place<task>(form, own(block), block.to - block.from, x + block.from * incx, incx);
+    };
+    const auto rectangle = [=](Rows block, Rows next) {
+        if (far) ask_for(own(next));
+        const Rows rest = beside(form.half, full_triangle(form.half, a, lda, n), block);
+        if (rest.from == rest.to) return;
+        add(trans, rest.to - rest.from, block.to - block.from, a + rest.from + block.from * lda, lda,
+            part(none ? block : rest), part(none ? rest : block), incx);
+    };
+    by_blocks(task, form, n, size, triangle, rectangle);
+}
+
+#define IN_PLACE(task, T)                                                                                              \
+    template void block_in_place<task>(Form, const Storage<const T>&, Rows, Rows, T*);                                 \
+    template void in_place<task>(Form, const Storage<const T>&, i64, T*, i64);                                         \
+    template void in_place_by_blocks<task>(Form, i64, i64, const T*, i64, T*, i64, AddRectangle<T>*);
+#define SOLVE_AND_MULTIPLY(T) IN_PLACE(Task::solve, T) IN_PLACE(Task::multiply, T)
+
+SOLVE_AND_MULTIPLY(float)
+SOLVE_AND_MULTIPLY(double)
+SOLVE_AND_MULTIPLY(cpx<float>)
+SOLVE_AND_MULTIPLY(cpx<double>)
+
+} // namespace orv::blas
