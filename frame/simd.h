@@ -318,13 +318,18 @@ ORV_INLINE vec<cpx<double>> fold_lanes(vec<cpx<double>> a) { return a; }
 // as the plain formula (a.re*x.re - a.im*x.im, a.re*x.im + a.im*x.re).
 template <class T> struct factor {
     vec<T> value;
-    explicit factor(T a) : value(splat(a)) {}
+    explicit factor(T a, bool /* of reals nothing is conjugated */ = false) : value(splat(a)) {}
     ORV_INLINE T scalar() const { return value.r[0]; }
     ORV_INLINE vec<T> operator*(vec<T> x) const { return value * x; }
 };
 template <class R> struct factor<cpx<R>> {
     vec<cpx<R>> re, im;
     explicit factor(cpx<R> a) : re(splat(cpx<R>{a.re, a.re})), im(splat(cpx<R>{-a.im, a.im})) {}
+    // Multiplies the conjugates of vectors: signs of x go over to the factor, so the products are the same.
+    factor(cpx<R> a, bool conjugated) : factor(a)
+    {
+        if (conjugated) re = splat(cpx<R>{a.re, -a.re}), im = splat(cpx<R>{a.im, a.im});
+    }
     ORV_INLINE cpx<R> scalar() const { return {re.r[0], im.r[1]}; }
     ORV_INLINE vec<cpx<R>> operator*(vec<cpx<R>> x) const
     {

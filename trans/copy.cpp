@@ -5,22 +5,20 @@
 
 namespace orv::trans {
 
-template <bool conjugated, class T>
-void copy(u64 rows, u64 cols, T alpha, const T* a, u64 lda, u64 stridea, T* b, u64 ldb, u64 strideb)
+template <class T>
+void copy(bool conjugated, u64 rows, u64 cols, T alpha, const T* a, u64 lda, u64 stridea, T* b, u64 ldb, u64 strideb)
 {
-    const Scale<T, conjugated> op(alpha);
+    const Scale<T> op(alpha, conjugated);
     // Without gaps all rows are one, with one rest.
     if (lda == cols && ldb == cols && stridea == 1 && strideb == 1) cols *= rows, rows = 1;
     if (stridea == 1 && strideb == 1) rows_upwards(rows, cols, Source{a, lda, op}, Target{b, ldb});
     else rows_upwards(rows, cols, StridedSource{a, lda, stridea, op}, StridedTarget{b, ldb, strideb});
 }
 
-template void copy<false>(u64, u64, float, const float*, u64, u64, float*, u64, u64);
-template void copy<false>(u64, u64, double, const double*, u64, u64, double*, u64, u64);
-template void copy<false>(u64, u64, cpx<float>, const cpx<float>*, u64, u64, cpx<float>*, u64, u64);
-template void copy<false>(u64, u64, cpx<double>, const cpx<double>*, u64, u64, cpx<double>*, u64, u64);
-template void copy<true>(u64, u64, cpx<float>, const cpx<float>*, u64, u64, cpx<float>*, u64, u64);
-template void copy<true>(u64, u64, cpx<double>, const cpx<double>*, u64, u64, cpx<double>*, u64, u64);
+template void copy(bool, u64, u64, float, const float*, u64, u64, float*, u64, u64);
+template void copy(bool, u64, u64, double, const double*, u64, u64, double*, u64, u64);
+template void copy(bool, u64, u64, cpx<float>, const cpx<float>*, u64, u64, cpx<float>*, u64, u64);
+template void copy(bool, u64, u64, cpx<double>, const cpx<double>*, u64, u64, cpx<double>*, u64, u64);
 
 } // namespace orv::trans
 
@@ -28,7 +26,7 @@ template void copy<true>(u64, u64, cpx<double>, const cpx<double>*, u64, u64, cp
     ORV_EXPORT void TRANS(name)(u64 rows, u64 cols, T alpha, const T* a, u64 lda, u64 stridea, T* b, u64 ldb,          \
                                 u64 strideb)                                                                           \
     {                                                                                                                  \
-        trans::copy<conjugated>(rows, cols, alpha, a, lda, stridea, b, ldb, strideb);                                  \
+        trans::copy(conjugated, rows, cols, alpha, a, lda, stridea, b, ldb, strideb);                                  \
     }
 
 namespace orv {

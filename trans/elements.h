@@ -15,7 +15,7 @@ enum class Level { first, second };
 ORV_INLINE void ask(Level level, const void* p) { level == Level::first ? prefetch(p) : prefetch_second_level(p); }
 
 // What becomes of an element on its way. Moving keeps its bits; a complex scale multiplies in full, so that a scale of
-// 1 does not keep the bits of infinities and negative zeros.
+// 1 does not keep the bits of infinities and negative zeros. Conjugating on the way changes the factor only.
 template <class T, bool conjugated> struct Move {
     ORV_INLINE vec<T> operator()(vec<T> x) const
     {
@@ -23,10 +23,10 @@ template <class T, bool conjugated> struct Move {
         else return x;
     }
 };
-template <class T, bool conjugated> struct Scale {
+template <class T> struct Scale {
     factor<T> alpha;
-    explicit Scale(T a) : alpha(a) {}
-    ORV_INLINE vec<T> operator()(vec<T> x) const { return alpha * Move<T, conjugated>{}(x); }
+    explicit Scale(T a, bool conjugated = false) : alpha(a, conjugated) {}
+    ORV_INLINE vec<T> operator()(vec<T> x) const { return alpha * x; }
 };
 
 template <class T, class Op> struct Source {

@@ -20,7 +20,7 @@ template <class T, auto& team> void square_t(u64 n, T alpha, T* ab, u64 ld)
         if (n > small && team(n, ab, ld) != 0) return;
         if (turn_tiles(ab, n, ld) == 0) return;
     }
-    turn_square<false>(n, alpha, ab, ld);
+    turn_square(false, n, alpha, ab, ld);
 }
 
 template <class T, auto& team>
@@ -34,21 +34,21 @@ void imatcopy(char ordering, char trans, u64 rows, u64 cols, T alpha, T* ab, u64
     const bool square = rows == cols && lda == ldb, dense = square && rows == lda;
     if (square && trans == 'T') return square_t<T, team>(rows, alpha, ab, lda);
     if (square && trans == 'C')
-        return conjugated ? turn_square<conjugated>(rows, alpha, ab, lda) : square_t<T, team>(rows, alpha, ab, lda);
-    if (dense && trans == 'N') return scale_square<false>(rows, alpha, ab, lda);
-    if (dense && trans == 'R') return scale_square<conjugated>(rows, alpha, ab, lda);
+        return conjugated ? turn_square(conjugated, rows, alpha, ab, lda) : square_t<T, team>(rows, alpha, ab, lda);
+    if (dense && trans == 'N') return scale_square(false, rows, alpha, ab, lda);
+    if (dense && trans == 'R') return scale_square(conjugated, rows, alpha, ab, lda);
 
     if (ordering != 'R' && ordering != 'C') return;
     const u64 m = ordering == 'R' ? rows : cols, n = ordering == 'R' ? cols : rows;
     switch (trans) {
     case 'N':
-        return move_rows<false>(m, n, alpha, ab, lda, ldb);
+        return move_rows(false, m, n, alpha, ab, lda, ldb);
     case 'R':
-        return move_rows<conjugated>(m, n, alpha, ab, lda, ldb);
+        return move_rows(conjugated, m, n, alpha, ab, lda, ldb);
     case 'T':
-        return follow_cycles<false>(m, n, alpha, ab, lda, ldb);
+        return follow_cycles(false, m, n, alpha, ab, lda, ldb);
     case 'C':
-        return follow_cycles<conjugated>(m, n, alpha, ab, lda, ldb);
+        return follow_cycles(conjugated, m, n, alpha, ab, lda, ldb);
     default: // a letter that names no operation
         return;
     }
@@ -67,15 +67,15 @@ void imatcopy(char ordering, char trans, u64 rows, u64 cols, T alpha, T* ab, u64
     {                                                                                                                  \
         trans::square_t<T, team>(n, alpha, ab, lda);                                                                   \
     }                                                                                                                  \
-    ORV_EXPORT void TRANS(name##_square_n)(u64 n, T alpha, T * ab) { trans::scale_square<false>(n, alpha, ab, n); }
+    ORV_EXPORT void TRANS(name##_square_n)(u64 n, T alpha, T * ab) { trans::scale_square(false, n, alpha, ab, n); }
 #define CONJUGATED(name, T)                                                                                            \
     ORV_EXPORT void TRANS(name##_square_c)(u64 n, T alpha, T * ab, u64 lda)                                            \
     {                                                                                                                  \
-        trans::turn_square<true>(n, alpha, ab, lda);                                                                   \
+        trans::turn_square(true, n, alpha, ab, lda);                                                                   \
     }                                                                                                                  \
     ORV_EXPORT void TRANS(name##_square_r)(u64 n, T alpha, T * ab, u64 lda)                                            \
     {                                                                                                                  \
-        trans::scale_square<true>(n, alpha, ab, lda);                                                                  \
+        trans::scale_square(true, n, alpha, ab, lda);                                                                  \
     }
 
 namespace orv {

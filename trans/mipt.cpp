@@ -10,7 +10,7 @@ namespace orv::trans {
 // leading dimensions this is a permutation, a set of cycles. Each cycle is moved once, from the smallest of its
 // positions that holds an element; positions in the padding are passed through, but neither read nor the reason for a
 // write.
-template <bool conjugated, class T> void follow_cycles(u64 rows, u64 cols, T alpha, T* ab, u64 lda, u64 ldb)
+template <class T> void follow_cycles(bool conjugated, u64 rows, u64 cols, T alpha, T* ab, u64 lda, u64 ldb)
 {
     const auto next = [=](u64 p) { return p / lda + p % lda * ldb; };
     const auto op = [=](T x) { return alpha * (conjugated ? conj(x) : x); };
@@ -33,9 +33,9 @@ template <bool conjugated, class T> void follow_cycles(u64 rows, u64 cols, T alp
 }
 
 // Rows that move apart are taken from the last element to the first, so that nothing is overwritten unread.
-template <bool conjugated, class T> void move_rows(u64 rows, u64 cols, T alpha, T* ab, u64 lda, u64 ldb)
+template <class T> void move_rows(bool conjugated, u64 rows, u64 cols, T alpha, T* ab, u64 lda, u64 ldb)
 {
-    const Source from{ab, lda, Scale<T, conjugated>(alpha)};
+    const Source from{ab, lda, Scale<T>(alpha, conjugated)};
     const Target to{ab, ldb};
     if (lda < ldb) rows_downwards(rows, cols, from, to);
     else rows_upwards(rows, cols, from, to);
@@ -43,15 +43,21 @@ template <bool conjugated, class T> void move_rows(u64 rows, u64 cols, T alpha, 
 
 } // namespace orv::trans
 
+#define INSTANCES(T)                                                                                                   \
+    template void trans::follow_cycles(bool, u64, u64, T, T*, u64, u64);                                               \
+    template void trans::move_rows(bool, u64, u64, T, T*, u64, u64);
 #define MIPT(name, T, method, conjugated)                                                                              \
-    template void trans::method<conjugated>(u64, u64, T, T*, u64, u64);                                                \
     ORV_EXPORT void TRANS(name)(u64 rows, u64 cols, T alpha, T * ab, u64 lda, u64 ldb)                                 \
     {                                                                                                                  \
-        trans::method<conjugated>(rows, cols, alpha, ab, lda, ldb);                                                    \
+        trans::method(conjugated, rows, cols, alpha, ab, lda, ldb);                                                    \
     }
 
 namespace orv {
 
+INSTANCES(float)
+INSTANCES(double)
+INSTANCES(cpx<float>)
+INSTANCES(cpx<double>)
 MIPT(simatcopy_mipt_t, float, follow_cycles, false)
 MIPT(dimatcopy_mipt_t, double, follow_cycles, false)
 MIPT(cimatcopy_mipt_t, cpx<float>, follow_cycles, false)

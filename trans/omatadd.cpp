@@ -15,35 +15,18 @@ namespace {
 constexpr bool is_transposing(char op) { return op == 't' || op == 'c'; }
 constexpr bool is_conjugating(char op) { return op == 'r' || op == 'c'; }
 
-template <char opa, char opb, class T>
-void add(u64 rows, u64 cols, T alpha, const T* a, u64 lda, T beta, const T* b, u64 ldb, T* c, u64 ldc)
+// A is not transposed where B is not.
+template <class T>
+void add(char opa, char opb, u64 rows, u64 cols, T alpha, const T* a, u64 lda, T beta, const T* b, u64 ldb, T* c,
+         u64 ldc)
 {
-    const Source from_a{a, lda, Scale<T, is_conjugating(opa)>(alpha)};
-    const Source from_b{b, ldb, Scale<T, is_conjugating(opb)>(beta)};
+    const Source from_a{a, lda, Scale<T>(alpha, is_conjugating(opa))};
+    const Source from_b{b, ldb, Scale<T>(beta, is_conjugating(opb))};
     const Target to{c, ldc};
-    if constexpr (!is_transposing(opb)) rows_upwards(rows, cols, SumOfSources{from_a, from_b}, to);
-    else if constexpr (!is_transposing(opa)) sweep_bands(cols, rows, from_b, ldb, SumTarget{to, from_a}, ldc);
+    if (!is_transposing(opb)) rows_upwards(rows, cols, SumOfSources{from_a, from_b}, to);
+    else if (!is_transposing(opa)) sweep_bands(cols, rows, from_b, ldb, SumTarget{to, from_a}, ldc);
     else sweep_bands(cols, rows, SumOfSources{from_a, from_b}, lda, to, ldc);
 }
-
-// One bit a letter; the sum of both operands' is the code that selects. Real types have no conjugates.
-enum : unsigned { n = 1, t = 2, r = 4, c = 8 };
-constexpr unsigned code(char op)
-{
-    switch (fold(op)) {
-    case 'N':
-        return n;
-    case 'T':
-        return t;
-    case 'R':
-        return r;
-    case 'C':
-        return c;
-    default:
-        return 0;
-    }
-}
-constexpr unsigned pair(unsigned a, unsigned b) { return a + 16 * b; }
 
 template <class T> struct Operands {
     u64 rows, cols;
@@ -55,86 +38,27 @@ template <class T> struct Operands {
     u64 ldb;
     T* c;
     u64 ldc;
-
-    template <char opa, char opb> void add() const
-    {
-        trans::add<opa, opb>(rows, cols, alpha, a, lda, beta, b, ldb, c, ldc);
-    }
-    // With the operands exchanged, for pairs that have no routine of their own.
-    template <char opb, char opa> void add_exchanged() const
-    {
-        trans::add<opb, opa>(rows, cols, beta, b, ldb, alpha, a, lda, c, ldc);
-    }
 };
 
-template <class T> void add_real(unsigned code, const Operands<T>& o)
+// A letter in lower case, of real matrices without conjugates; 0 if it is none.
+template <class T> constexpr char operation(char letter)
 {
-    switch (code) {
-    case pair(n, n):
-    case pair(r, n):
-    case pair(n, r):
-    case pair(r, r):
-        return o.template add<'n', 'n'>();
-    case pair(n, t):
-    case pair(r, t):
-    case pair(n, c):
-    case pair(r, c):
-        return o.template add<'n', 't'>();
-    case pair(t, n):
-    case pair(c, n):
-    case pair(t, r):
-    case pair(c, r):
-        return o.template add_exchanged<'n', 't'>();
-    case pair(t, t): // exchanged though it has a routine; the sum is the same
-        return o.template add_exchanged<'t', 't'>();
-    case pair(c, t):
-    case pair(t, c):
-    case pair(c, c):
-        return o.template add<'t', 't'>();
-    default: // a letter that names no operation
-        return;
+    switch (fold(letter)) {
+    case 'N':
+        return 'n';
+    case 'T':
+        return 't';
+    case 'R':
+        return is_complex<T> ? 'r' : 'n';
+    case 'C':
+        return is_complex<T> ? 'c' : 't';
+    default:
+        return 0;
     }
 }
 
-template <class T> void add_complex(unsigned code, const Operands<T>& o)
-{
-    switch (code) {
-    case pair(n, n):
-        return o.template add<'n', 'n'>();
-    case pair(n, t):
-        return o.template add<'n', 't'>();
-    case pair(n, c):
-        return o.template add<'n', 'c'>();
-    case pair(t, t):
-        return o.template add<'t', 't'>();
-    case pair(t, c):
-        return o.template add<'t', 'c'>();
-    case pair(c, c):
-        return o.template add<'c', 'c'>();
-    case pair(r, n):
-        return o.template add<'r', 'n'>();
-    case pair(r, t):
-        return o.template add<'r', 't'>();
-    case pair(r, c):
-        return o.template add<'r', 'c'>();
-    case pair(r, r):
-        return o.template add<'r', 'r'>();
-    case pair(t, n):
-        return o.template add_exchanged<'n', 't'>();
-    case pair(c, n):
-        return o.template add_exchanged<'n', 'c'>();
-    case pair(c, t):
-        return o.template add_exchanged<'t', 'c'>();
-    case pair(n, r):
-        return o.template add_exchanged<'r', 'n'>();
-    case pair(t, r):
-        return o.template add_exchanged<'r', 't'>();
-    case pair(c, r):
-        return o.template add_exchanged<'r', 'c'>();
-    default: // a letter that names no operation
-        return;
-    }
-}
+// Pairs that have a routine of their own have their operations in this order; others go with the operands exchanged.
+constexpr int rank(char op) { return op == 'r' ? 0 : op == 'n' ? 1 : op == 't' ? 2 : 3; }
 
 // The letter of the ordering as in ?omatcopy. A letter that is none leaves C alone.
 template <class T> void omatadd(char ordering, char transa, char transb, Operands<T> o)
@@ -145,9 +69,13 @@ template <class T> void omatadd(char ordering, char transa, char transb, Operand
         const u64 rows = o.rows;
         o.rows = o.cols, o.cols = rows;
     } else if (ordering != 'R') return;
-    const unsigned a = code(transa), b = code(transb);
-    if constexpr (is_complex<T>) add_complex(pair(a, b), o);
-    else add_real(pair(a, b), o);
+    const char opa = operation<T>(transa), opb = operation<T>(transb);
+    if (opa == 0 || opb == 0) return;
+    // Of real matrices T with T goes exchanged though it has a routine; the sum is the same.
+    const bool twice_t = !is_complex<T> && fold(transa) == 'T' && fold(transb) == 'T';
+    if (rank(opa) > rank(opb) || twice_t)
+        add(opb, opa, o.rows, o.cols, o.beta, o.b, o.ldb, o.alpha, o.a, o.lda, o.c, o.ldc);
+    else add(opa, opb, o.rows, o.cols, o.alpha, o.a, o.lda, o.beta, o.b, o.ldb, o.c, o.ldc);
 }
 
 } // namespace
@@ -163,7 +91,7 @@ template <class T> void omatadd(char ordering, char transa, char transb, Operand
     ORV_EXPORT void TRANS(name##_##opa##opb)(u64 rows, u64 cols, T alpha, const T* a, u64 lda, T beta, const T* b,     \
                                              u64 ldb, T* c, u64 ldc)                                                   \
     {                                                                                                                  \
-        trans::add<#opa[0], #opb[0]>(rows, cols, alpha, a, lda, beta, b, ldb, c, ldc);                                 \
+        trans::add(#opa[0], #opb[0], rows, cols, alpha, a, lda, beta, b, ldb, c, ldc);                                 \
     }
 #define REAL(name, T) OMATADD(name, T) PAIR(name, T, n, n) PAIR(name, T, n, t) PAIR(name, T, t, t)
 #define COMPLEX(name, T)                                                                                               \

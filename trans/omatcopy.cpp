@@ -20,13 +20,13 @@ void by_letters(char ordering, char trans, u64 rows, u64 cols, T alpha, const T*
     const u64 m = ordering == 'R' ? rows : cols, n = ordering == 'R' ? cols : rows;
     switch (fold(trans)) {
     case 'N':
-        return copy<false>(m, n, alpha, a, lda, stridea, b, ldb, strideb);
+        return copy(false, m, n, alpha, a, lda, stridea, b, ldb, strideb);
     case 'R':
-        return copy<conjugated>(m, n, alpha, a, lda, stridea, b, ldb, strideb);
+        return copy(conjugated, m, n, alpha, a, lda, stridea, b, ldb, strideb);
     case 'T':
-        return transpose<false>(m, n, alpha, a, lda, stridea, b, ldb, strideb);
+        return transpose(false, m, n, alpha, a, lda, stridea, b, ldb, strideb);
     case 'C':
-        return transpose<conjugated>(m, n, alpha, a, lda, stridea, b, ldb, strideb);
+        return transpose(conjugated, m, n, alpha, a, lda, stridea, b, ldb, strideb);
     default: // a letter that names no operation
         return;
     }

@@ -7,14 +7,14 @@
 
 namespace orv::trans {
 
-template <bool conjugated, class T> void scale_square(u64 n, T alpha, T* ab, u64 ld)
+template <class T> void scale_square(bool conjugated, u64 n, T alpha, T* ab, u64 ld)
 {
-    rows_upwards(n, n, Source{ab, ld, Scale<T, conjugated>(alpha)}, Target{ab, ld});
+    rows_upwards(n, n, Source{ab, ld, Scale<T>(alpha, conjugated)}, Target{ab, ld});
 }
 
-template <bool conjugated, class T> void turn_square(u64 n, T alpha, T* ab, u64 ld)
+template <class T> void turn_square(bool conjugated, u64 n, T alpha, T* ab, u64 ld)
 {
-    turn_square(n, ab, ld, Scale<T, conjugated>(alpha));
+    turn_square(n, ab, ld, Scale<T>(alpha, conjugated));
 }
 
 constexpr i64 not_aligned = 6, done = 0;
@@ -78,18 +78,16 @@ template <class T> void share_of_team(u64 n, T* ab, u64 ld, u64 tid, u64 team_si
         trans::exchange_row(a, b, lda, count);                                                                         \
     }
 
-#define INSTANCES(T, conjugated)                                                                                       \
-    template void trans::scale_square<conjugated>(u64, T, T*, u64);                                                    \
-    template void trans::turn_square<conjugated>(u64, T, T*, u64);
+#define INSTANCES(T)                                                                                                   \
+    template void trans::scale_square(bool, u64, T, T*, u64);                                                          \
+    template void trans::turn_square(bool, u64, T, T*, u64);
 
 namespace orv {
 
-INSTANCES(float, false)
-INSTANCES(double, false)
-INSTANCES(cpx<float>, false)
-INSTANCES(cpx<double>, false)
-INSTANCES(cpx<float>, true)
-INSTANCES(cpx<double>, true)
+INSTANCES(float)
+INSTANCES(double)
+INSTANCES(cpx<float>)
+INSTANCES(cpx<double>)
 SQUARE(s, float)
 SQUARE(d, double)
 SQUARE(c, cpx<float>)
