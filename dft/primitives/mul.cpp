@@ -6,15 +6,19 @@
 namespace orv::dft {
 namespace {
 
+// With any constant but one, a sum of two products of 16 bits stays within 32.
+constexpr t_16sc both_lowest{INT16_MIN, INT16_MIN};
+template <class T> using ByMost = std::conditional_t<std::is_same_v<T, t_16sc>, ProductInRange, Product>;
+
 template <class T> void scaled_by_constant(const T* a, T c, T* dst, i32 n, i32 factor)
 {
-    if (c == T{}) clear(dst, n);
-    else if (c == one<T> && factor == 0) copy(a, dst, n);
-    else if constexpr (std::is_same_v<T, t_16sc>) {
-        constexpr t_16sc both_lowest{INT16_MIN, INT16_MIN};
-        if (c == both_lowest) scaled<Product>(Array<T>{a}, Constant<T>{c}, dst, n, factor);
-        else scaled<ProductInRange>(Array<T>{a}, Constant<T>{c}, dst, n, factor);
-    } else scaled<Product>(Array<T>{a}, Constant<T>{c}, dst, n, factor);
+    const Array<T> from{a};
+    const Constant<T> by{c};
+    if (c == T{}) return clear(dst, n);
+    if (c == one<T> && factor == 0) return copy(a, dst, n);
+    if constexpr (std::is_same_v<T, t_16sc>)
+        if (c == both_lowest) return scaled<Product>(from, by, dst, n, factor);
+    scaled<ByMost<T>>(from, by, dst, n, factor);
 }
 
 template <class T> i32 multiply(const T* a, const T* b, T* dst, i32 n, i32 factor = 0)
@@ -90,7 +94,7 @@ PRIMITIVE(5, ympsMulC_32f16s_Sfs, multiply_to_16s)
 
 #define WORKERS(t, law, ...)                                                                                           \
     ORV_DFT_WORKER(TwoArrays, Product, Mul, t, law, __VA_ARGS__)                                                       \
-    ORV_DFT_WORKER(ArrayAndConstant, ProductInRange, MulC, t, law, __VA_ARGS__)
+    ORV_DFT_WORKER(ArrayAndConstant, ByMost<t_##t>, MulC, t, law, __VA_ARGS__)
 ORV_DFT_WORKERS(WORKERS)
 
 #define LOWEST(name, law, count) PRIMITIVE(count, ownsMulC_16sc_I_##name, ArrayAndConstant<Product, Law::law>::in_place)
