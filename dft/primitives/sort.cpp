@@ -5,6 +5,22 @@
 namespace orv::dft {
 namespace {
 
+// to[place of element i] := element(i), by digit `pass` of key(i).
+template <int pass, class T, class To, class Key, class Element>
+ORV_INLINE void scatter(To* to, i32 n, Histograms<T>& histograms, Key key, Element element)
+{
+    constexpr i32 together = 256;
+    t_32u places[together];
+    for (i32 i = 0; i < n; i += together) {
+        const i32 count = n - i < together ? n - i : together;
+        for (i32 j = 0; j < count; ++j) {
+            places[j] = histograms.template place<pass>(key(i + j));
+            prefetch(to + places[j]);
+        }
+        for (i32 j = 0; j < count; ++j) to[places[j]] = element(i + j);
+    }
+}
+
 template <Direction d, class T> i32 sort(T* data, T* temp, i32 n)
 {
     if (const Status s = refusal(n, data, temp)) return s;
@@ -23,10 +39,11 @@ template <Direction d, class T> i32 sort(T* data, T* temp, i32 n)
     histograms.places_from_counts();
     if (keys == to) to = from, from = keys;
     histograms.for_each_pass([&](auto pass) ORV_INLINE_LAMBDA {
-        for (i32 i = 0; i < n; ++i) {
-            const Key key = from[i];
-            to[histograms.template place<pass>(key)] = pass == R::passes - 1 ? R::template decode<d>(key) : key;
-        }
+        const auto key = [=](i32 i) ORV_INLINE_LAMBDA { return from[i]; };
+        const auto element = [=](i32 i) ORV_INLINE_LAMBDA {
+            return pass == R::passes - 1 ? R::template decode<d>(from[i]) : from[i];
+        };
+        scatter<pass>(to, n, histograms, key, element);
         Key* next = to;
         to = from, from = next;
     });
@@ -57,10 +74,9 @@ template <Direction d, class T> i32 sort_index(const T* keys, i32 key_stride, i3
     histograms.places_from_counts();
     i32 *to = R::passes % 2 == 0 ? temp : index, *from = R::passes % 2 == 0 ? index : temp;
     histograms.for_each_pass([&](auto pass) ORV_INLINE_LAMBDA {
-        for (i32 i = 0; i < n; ++i) {
-            const i32 element = pass == 0 ? i : from[i];
-            to[histograms.template place<pass>(key(element))] = element;
-        }
+        const auto element = [=](i32 i) ORV_INLINE_LAMBDA { return pass == 0 ? i : from[i]; };
+        const auto key_of = [=](i32 i) ORV_INLINE_LAMBDA { return key(element(i)); };
+        scatter<pass>(to, n, histograms, key_of, element);
         i32* next = to;
         to = from, from = next;
     });
