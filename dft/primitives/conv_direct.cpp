@@ -28,14 +28,9 @@ void cyclic4x4_32f32fc(const t_32f* x, const t_32fc* h, t_32fc* dst)
     convolve_cyclic<4, t_32fc>(x, h, dst, [](t_32fc sum) { return sum; });
 }
 
-// Sums of eight products stay below 2^34, so 40 and more make zeros of them, and -16 and less saturate all but zero.
 void cyclic8x8_16s(const t_16s* x, const t_16s* h, t_16s* dst, i32 factor)
 {
-    const auto scaled = [=](auto law) {
-        convolve_cyclic<8, i64>(x, h, dst, [=](i64 sum) { return narrowed<t_16s>(law(sum)); });
-    };
-    if (factor > 0) scaled(Down{static_cast<int>(min(factor, 40))});
-    else scaled(Up<t_16s>{static_cast<int>(-max(factor, -16))});
+    convolve_cyclic<8, i64>(x, h, dst, [=](i64 sum) { return scaled_number<t_16s>(sum, factor); });
 }
 i32 checked_cyclic8x8_16s(const t_16s* x, const t_16s* h, t_16s* dst, i32 factor)
 {

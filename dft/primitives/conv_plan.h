@@ -24,7 +24,8 @@ constexpr i32 order_of(i64 n)
 
 // What the low byte of an algorithm asks for.
 enum class Algorithm { automatic, direct, transform };
-constexpr bool is_algorithm(i32 kind) { return (kind & 0xff) <= static_cast<i32>(Algorithm::transform); }
+constexpr Algorithm algorithm_of(i32 kind) { return static_cast<Algorithm>(kind & 0xff); }
+constexpr bool is_algorithm(i32 kind) { return algorithm_of(kind) <= Algorithm::transform; }
 
 constexpr ConvolutionPlan plan_convolution(i64 n, i64 m, Algorithm algorithm = Algorithm::automatic)
 {

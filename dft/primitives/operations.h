@@ -58,6 +58,13 @@ struct Sum {
 
 template <class T, class W> ORV_INLINE T narrowed(W v) { return static_cast<T>(clamp(v, lowest<T>, highest<T>)); }
 
+// Any number below 2^62 by any factor: beyond these two nothing changes any more.
+template <class T> ORV_INLINE T scaled_number(i64 v, i32 factor)
+{
+    if (factor > 0) return narrowed<T>(Down{static_cast<int>(min(factor, 62))}(v));
+    return narrowed<T>(Up<T>{static_cast<int>(min(-i64{factor}, bits_of<T>))}(v));
+}
+
 // The whole operation: exact, by the law, saturated.
 template <class Op, class L> struct Scaled {
     L law;

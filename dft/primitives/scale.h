@@ -41,12 +41,12 @@ struct Down {
     }
 };
 
-// Result of type T, times 2^k. What saturates is held just outside of T's range first.
+// Result of type T, times 2^k. What is above T's range is held just outside of it first, so that it still saturates.
 template <class T> struct Up {
     int k;
     template <class V> ORV_INLINE V operator()(V v) const
     {
-        return clamp(v, (lowest<T> >> k) - 1, (highest<T> >> k) + 1) << k;
+        return clamp(v, lowest<T> >> k, (highest<T> >> k) + 1) << k;
     }
 };
 
