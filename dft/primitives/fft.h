@@ -11,24 +11,15 @@ struct YmpFftSpec; // the record that Init builds in the caller's memory
 // Where the division by the length goes.
 enum ScaleFlag : i32 { scale_forward = 1, scale_inverse = 2, scale_both = 4, scale_none = 8 };
 
-} // namespace orv::dft
-
-extern "C" {
-namespace orv::dft {
-
 #define ORV_DFT_DECLARE(t)                                                                                             \
-    i32 DFT(ympsFFTGetSize_R_##t)(i32 order, i32 flag, i32 hint, i32 * spec_bytes, i32 * init_bytes,                   \
-                                  i32 * buffer_bytes);                                                                 \
-    i32 DFT(ympsFFTInit_R_##t)(YmpFftSpec * *spec, i32 order, i32 flag, i32 hint, t_8u * memory, t_8u * init_memory);  \
-    i32 DFT(ympsFFTFwd_RToPerm_##t)(const t_##t* src, t_##t* dst, const YmpFftSpec* spec, t_8u* buffer);               \
-    i32 DFT(ympsFFTInv_PermToR_##t)(const t_##t* src, t_##t* dst, const YmpFftSpec* spec, t_8u* buffer);
+    ORV_EXPORT i32 DFT(ympsFFTGetSize_R_##t)(i32 order, i32 flag, i32 hint, i32 * spec_bytes, i32 * init_bytes,        \
+                                             i32 * buffer_bytes);                                                      \
+    ORV_EXPORT i32 DFT(ympsFFTInit_R_##t)(YmpFftSpec * *spec, i32 order, i32 flag, i32 hint, t_8u * memory,            \
+                                          t_8u * init_memory);                                                         \
+    ORV_EXPORT i32 DFT(ympsFFTFwd_RToPerm_##t)(const t_##t* src, t_##t* dst, const YmpFftSpec* spec, t_8u* buffer);    \
+    ORV_EXPORT i32 DFT(ympsFFTInv_PermToR_##t)(const t_##t* src, t_##t* dst, const YmpFftSpec* spec, t_8u* buffer);
 ORV_DFT_REAL(ORV_DFT_DECLARE)
 #undef ORV_DFT_DECLARE
-
-} // namespace orv::dft
-}
-
-namespace orv::dft {
 
 // The functions of one type.
 template <class T> struct RealEngine;

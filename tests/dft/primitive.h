@@ -15,7 +15,7 @@ namespace orv::test {
 
 using namespace orv::dft;
 
-template <class F> F* primitive(const std::string& name) { return kernel<F>("orv_dft_mc3_" + name); }
+template <class F> F* primitive(const std::string& name) { return kernel<F>("dft", name); }
 
 // The token of a type in a name: width in bits, then the kind.
 template <class T> std::string token()
