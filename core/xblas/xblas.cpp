@@ -65,9 +65,9 @@ static void keep(const char* routine, i64 code, i64 value, const char* form)
                         routine, static_cast<long long>(-code), text);
 }
 #define REPORT(tag, code, needs)                                                                                       \
-    ORV_EXPORT void orv_xblas_##tag##_BLAS_error(const char* routine, i64 number, i64 value, const char* form, ...)      \
+    ORV_EXPORT void orv_xblas_##tag##_BLAS_error(const char* routine, i64 number, i64 value, const char* form, ...)    \
     {                                                                                                                  \
-        keep(routine, number, value, form);                                                                              \
+        keep(routine, number, value, form);                                                                            \
     }
 ORV_EACH_BRANCH(REPORT)
 
