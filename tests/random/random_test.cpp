@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <ostream>
 #include <unistd.h>
 
 namespace orv::test {
@@ -42,6 +43,7 @@ struct Share {
     int calls, part;
     double most; // multiplications, about
 };
+void PrintTo(const Share& share, std::ostream* to) { *to << share.group << ", part " << share.part; }
 
 class RandomCalls : public testing::TestWithParam<Share> {};
 
