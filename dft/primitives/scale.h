@@ -36,7 +36,7 @@ struct Down {
     template <class V> ORV_INLINE V operator()(V v) const
     {
         const V half = (V{} + 1) << (s - 1);
-        const V whole = v >> s, rest = v & (half - 1 + half);
+        const V whole = v >> s, rest = v & ~((V{} - 1) << s);
         return whole - above(rest, half - (whole & 1));
     }
 };
