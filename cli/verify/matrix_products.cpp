@@ -86,7 +86,7 @@ const std::vector<const char*> products{"m=1|3|4|5|9|17 n=1|4|5|9 k=0|1|2|8|33",
                                         "z cn m=110 n=105 k=115 threads=1|all",
                                         "sc tc m=140 n=150 k=145 threads=1|all",
                                         "dz nn m=120 n=125 k=145 threads=1|all",
-                                        "times=12 m=33..260 n=33..260 k=9..40 threads=2..8 eager=100000"};
+                                        "times=6 m=33..260 n=33..260 k=9..40 threads=2..8 eager=100000"};
 const std::vector<const char*> by_sides{"m=1|3|4|5|8|9|17|33 n=1|2|4|5|9|17",
                                         "m=70 n=9 lda=80 ldb=75 ldc=71 alpha=1 beta=0|1",
                                         "m=9 n=70",
@@ -96,7 +96,7 @@ const std::vector<const char*> by_sides{"m=1|3|4|5|8|9|17|33 n=1|2|4|5|9|17",
                                         "d rl m=190 n=180 threads=1|all",
                                         "c ll m=140 n=150 threads=1|all",
                                         "z ru m=120 n=110 threads=1|all",
-                                        "times=8 m=33..130 n=33..130 threads=2..8 eager=100000"};
+                                        "times=5 m=33..130 n=33..130 threads=2..8 eager=100000"};
 const std::vector<const char*> updates{"n=1|2|3|4|5|8|9|17|33 k=0|1|2|5|9|17",
                                        "n=70 k=300 lda=301 ldc=75",
                                        "n=55|56|130 k=31 alpha=1 beta=0|1",
@@ -116,7 +116,7 @@ const std::vector<const char*> triangles{"m=1|2|3|4|5|8|9|16|17|33 n=1|2|4|5|9|1
                                          "d rltn m=230 n=210 threads=1|all",
                                          "c llcu m=180 n=190 threads=1|all",
                                          "z runn m=150 n=140 threads=1|all",
-                                         "times=8 m=33..130 n=33..130 threads=2..8 eager=100000"};
+                                         "times=5 m=33..130 n=33..130 threads=2..8 eager=100000"};
 
 } // namespace
 

@@ -54,7 +54,7 @@ const std::vector<const char*> general{"m=0|1|3|4|5|8|9|17|33 n=1|2|4|5|7|8|9|16
                                        "d t m=1040 n=1030 threads=1|all",
                                        "c c m=1040 n=1030 threads=1|all",
                                        "z n m=740 n=730 threads=1|all",
-                                       "times=12 m=65..330 n=65..330 incx=1|-2 incy=1|-1 threads=2..8 eager=100000"};
+                                       "times=6 m=65..330 n=65..330 incx=1|-2 incy=1|-1 threads=2..8 eager=100000"};
 const std::vector<const char*> general_updates{
     "m=0|1|3|4|5|8|9|17|33 n=1|2|4|5|7|8|9|16|31",
     "m=7|300 n=5|70 lda=301 incx=-1 incy=2",
@@ -62,7 +62,7 @@ const std::vector<const char*> general_updates{
     "d m=1040 n=1030 threads=1|all",
     "c m=1040 n=1030 threads=1|all",
     "z m=740 n=730 threads=1|all",
-    "times=12 m=65..330 n=65..330 incx=1|-2 incy=1|-1 threads=2..8 eager=100000"};
+    "times=6 m=65..330 n=65..330 incx=1|-2 incy=1|-1 threads=2..8 eager=100000"};
 const std::vector<const char*> banded{"m=1|5|9|33 n=1|4|9|32 kl=0|1|3 ku=0|2",
                                       "m=70 n=65 kl=40 ku=7 lda=50 incx=-1 incy=2 beta=0|1"};
 const std::vector<const char*> halves{"n=0|1|2|3|4|5|7|8|9|15|16|17|31|32|33|63|64|65|100",
@@ -127,7 +127,7 @@ Plan trsv(Setting& s)
 
 Group matrix_vectors()
 {
-    const char* const drawn = "times=12 n=65..330 incx=1|-2 threads=2..8 eager=100000";
+    const char* const drawn = "times=8 n=65..330 incx=1|-2 threads=2..8 eager=100000";
     const auto shared = and_also(halves, {"s n=2060 threads=1|all", "d n=1460 threads=1|all", "c n=1460 threads=1|all",
                                           "z n=1030 threads=1|all", drawn});
     return {"level2",
