@@ -49,7 +49,7 @@ bool refuses2(Routine routine, Trans trans, i64 m, i64 n, i64 lda, i64 incx, i64
 
 // Rows of A in fours, which share the elements of x. x: the vector, or its head and its tail.
 template <class P, class T, class A, class... B>
-ORV_INLINE void multiply(Shape s, const A* a, double sign, i64 incx, const Closing<P, T>& close, T* y, i64 incy,
+ORV_INLINE void multiply(const Shape& s, const A* a, double sign, i64 incx, const Closing<P, T>& close, T* y, i64 incy,
                          const B*... x)
 {
     const auto sum = [&]<class Sums, class V>(std::type_identity<Sums>, const V* v) {
@@ -71,7 +71,7 @@ ORV_INLINE void multiply(Shape s, const A* a, double sign, i64 incx, const Closi
 }
 
 template <class P, class T, class A, class... B>
-[[gnu::noinline]] void compute(Shape s, Trans trans, T alpha, const A* a, i64 incx, T beta, T* y, i64 incy,
+[[gnu::noinline]] void compute(const Shape& s, Trans trans, T alpha, const A* a, i64 incx, T beta, T* y, i64 incy,
                                const B*... x)
 {
     y = first(y, s.rows, incy);
