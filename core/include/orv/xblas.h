@@ -42,7 +42,8 @@ typedef enum ORV_OPTION { ORV_NON_UNIT_DIAG = 131, ORV_UNIT_DIAG = 132 } orv_dia
 typedef enum ORV_OPTION { ORV_LEFT_SIDE = 141, ORV_RIGHT_SIDE = 142 } orv_side;
 typedef enum ORV_OPTION { ORV_CONJ = 191, ORV_NO_CONJ = 192 } orv_conj;
 /* single, double: the arithmetic of float, double; indigenous: the machine's own, double; extra: pairs of doubles, some
-   105 bits, of which the result is rounded once. A result of type d or z takes single for double. */
+   105 bits, of which the result is rounded once. A result of type d or z takes single for double. Where alpha is 0,
+   products of matrices (hemv apart, and gbmv) leave beta*y or beta*C in the arithmetic of the result's type. */
 typedef enum ORV_OPTION {
     ORV_PREC_SINGLE = 211,
     ORV_PREC_DOUBLE = 212,
