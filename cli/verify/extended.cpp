@@ -23,6 +23,14 @@ template <Plan (&plan)(Setting&)> Plan plain_without_alpha(Setting& s)
     return p;
 }
 
+// A band without neighbours is a division, which is made in double in place of extra precision.
+Plan tbsv(Setting& s)
+{
+    Plan p = trsv(s);
+    if (p.work == 'x' && s.size("k") == 0) p.work = 'd';
+    return p;
+}
+
 Plan dot(Setting& s)
 {
     const i64 n = s.size("n");
@@ -117,7 +125,7 @@ Group extended()
          {"xblas_trmv", triangle, trmv, triangles, MEMBERS(trmv)},
          {"xblas_tpmv", "order uplo trans diag n alpha a x incx", trmv, triangles, MEMBERS(tpmv)},
          {"xblas_trsv", triangle, trsv, triangles, MEMBERS(trsv)},
-         {"xblas_tbsv", "order uplo trans diag n k alpha a lda x incx", trsv, band_triangles, MEMBERS(tbsv)},
+         {"xblas_tbsv", "order uplo trans diag n k alpha a lda x incx", tbsv, band_triangles, MEMBERS(tbsv)},
          {"xblas_gemm", "order transa transb m n k alpha a lda b ldb beta c ldc", plain_without_alpha<gemm>, products,
           MEMBERS(gemm)},
          {"xblas_symm", sided, plain_without_alpha<symm>, sides, MEMBERS(symm)},
