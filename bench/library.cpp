@@ -89,7 +89,9 @@ std::vector<Library> libraries(const Places& p)
         {"openblas", openblas, held, false, {"OPENBLAS_CORETYPE=Nehalem"}, openblas_core, "Nehalem"},
         {"blis", blis, held, false, {"BLIS_ARCH_TYPE=5"}, blis_core, "penryn"},
         {"eigen", p.eigen + "/libbench_eigen_sse.so", held, false, {}},
-        {"fftw", p.eigen + "/libbench_fftw.so", held, false, {}},
+        {"orv", p.orv + "/libbench_fft_orv.so", everywhere, false, {}},
+        {"fftw", p.eigen + "/libbench_fftw_sse.so", held, false, {}},
+        {"fftw patient", p.eigen + "/libbench_fftw_sse.so", held, false, {"BENCH_FFTW=patient"}},
         {"reference", debian + "blas/libblas.so.3", held, false, {}},
         {"lapack", // the reference LAPACK, on the same BLAS
          debian + "lapack/liblapack.so.3",
@@ -105,6 +107,7 @@ std::vector<Library> libraries(const Places& p)
         {"openblas", openblas, unrestricted, false, {}, openblas_core, ""},
         {"blis", blis, unrestricted, false, {}, blis_core, ""},
         {"eigen", p.eigen + "/libbench_eigen_native.so", unrestricted, false, {}},
+        {"fftw", p.eigen + "/libbench_fftw_native.so", unrestricted, false, {}},
         {"orv 1", p.orv + "/libblas.so.3", threaded, false, {"ORV_NUM_THREADS=1"}},
         {"orv 2", p.orv + "/libblas.so.3", threaded, false, {"ORV_NUM_THREADS=2"}},
         {"openblas 1", openblas, threaded, false, {"OPENBLAS_CORETYPE=Nehalem"}, openblas_core, "Nehalem"},

@@ -1,0 +1,64 @@
+// FFTW behind the routines that bench/fft.cpp times, planned as BENCH_FFTW says: "patient", or by measurements.
+#include "bench/fft_plans.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <fftw3.h>
+
+namespace orv::bench {
+namespace {
+
+unsigned effort()
+{
+    const char* word = std::getenv("BENCH_FFTW");
+    return word != nullptr && std::strcmp(word, "patient") == 0 ? FFTW_PATIENT : FFTW_MEASURE;
+}
+
+// FFTW by precision. Sources are not const there, and not written either: out of place they are preserved.
+template <bool single> struct Fftw;
+#define PRECISION(is_single, prefix, R)                                                                                \
+    template <> struct Fftw<is_single> {                                                                               \
+        using Real = R;                                                                                                \
+        using Complex = prefix##_complex;                                                                              \
+        using Plan = prefix##_plan;                                                                                    \
+        static Plan make(int n, Real* x, Complex* y)                                                                   \
+        {                                                                                                              \
+            return prefix##_plan_dft_r2c_1d(n, x, y, effort() | FFTW_PRESERVE_INPUT);                                  \
+        }                                                                                                              \
+        static Plan make(int n, Complex* x, Complex* y)                                                                \
+        {                                                                                                              \
+            return prefix##_plan_dft_1d(n, x, y, FFTW_FORWARD, effort());                                              \
+        }                                                                                                              \
+        static void run(Plan plan, Real* x, Complex* y) { prefix##_execute_dft_r2c(plan, x, y); }                      \
+        static void run(Plan plan, Complex* x, Complex* y) { prefix##_execute_dft(plan, x, y); }                       \
+    };
+PRECISION(false, fftw, double)
+PRECISION(true, fftwf, float)
+
+} // namespace
+
+template <Domain domain, bool single> struct Plan {
+    // Planning writes to its operands, so it gets others of the same alignment.
+    explicit Plan(int n)
+    {
+        const std::size_t bytes = sizeof(Complex) * (static_cast<std::size_t>(n) + 1);
+        void *from = fftw_malloc(bytes), *to = fftw_malloc(bytes);
+        plan = Library::make(n, static_cast<Source*>(from), static_cast<Complex*>(to));
+        fftw_free(from);
+        fftw_free(to);
+    }
+    void run(const void* x, void* y) const
+    {
+        Library::run(plan, static_cast<Source*>(const_cast<void*>(x)), static_cast<Complex*>(y));
+    }
+
+private:
+    using Library = Fftw<single>;
+    using Complex = typename Library::Complex;
+    using Source = std::conditional_t<domain == Domain::real, typename Library::Real, Complex>;
+    typename Library::Plan plan;
+};
+
+} // namespace orv::bench
+
+ORV_BENCH_TRANSFORMS

@@ -1,0 +1,52 @@
+// The library's transforms behind the routines that bench/fft.cpp times. A record is made at the first call of a length
+// and kept, as by a program that repeats a transform.
+#include "bench/fft_plans.h"
+#include "orv/branch.h"
+
+#include <bit>
+#include <cstddef>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+namespace orv::bench {
+namespace {
+
+template <class F> F* kernel(const std::string& name)
+{
+    void* found = orv_kernel("dft", name.c_str());
+    if (found == nullptr) throw std::runtime_error("no kernel " + name);
+    return reinterpret_cast<F*>(found);
+}
+
+} // namespace
+
+// Kernels of the engine for powers of two differ in their names only from those of the engine for other lengths.
+template <Domain domain, bool single> struct Plan {
+    explicit Plan(int n)
+    {
+        constexpr int no_scale = 8;
+        constexpr bool real = domain == Domain::real;
+        const bool power = std::has_single_bit(static_cast<unsigned>(n));
+        const std::string engine = power ? "ympsFFT" : "ympsDFT";
+        const std::string type = std::string(single ? "32f" : "64f") + (real ? "" : "c");
+        const std::string kind = (real ? "_R_" : "_C_") + type;
+        const int size = power ? std::countr_zero(static_cast<unsigned>(n)) : n;
+        kernel<int(void**, int, int, int)>(engine + "InitAlloc" + kind)(&spec, size, no_scale, 0);
+        int bytes = 0;
+        kernel<int(const void*, int*)>(engine + "GetBufSize" + kind)(spec, &bytes);
+        buffer = std::malloc(static_cast<std::size_t>(bytes) + 1);
+        forward = kernel<Forward>(engine + (real ? "Fwd_RToCCS_" : "Fwd_CToC_") + type);
+    }
+    void run(const void* x, void* y) const { forward(x, y, spec, buffer); }
+
+private:
+    using Forward = int(const void* src, void* dst, const void* spec, void* buffer);
+    void* spec = nullptr;
+    void* buffer = nullptr;
+    Forward* forward = nullptr;
+};
+
+} // namespace orv::bench
+
+ORV_BENCH_TRANSFORMS
