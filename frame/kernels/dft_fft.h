@@ -106,8 +106,9 @@ template <class T> using Recombine = void(T* data, i32 points, i32 direction, co
 #define ORV_DFT_PACKED(X, t) X(Perm, t) X(Pack, t) X(CCS, t)
 #define ORV_DFT_FIXED(X, ...)                                                                                          \
     X(_1, __VA_ARGS__)                                                                                                 \
-    X(_2, __VA_ARGS__) X(fwd_4, __VA_ARGS__) X(fwd_8, __VA_ARGS__) X(fwd_16, __VA_ARGS__) X(fwd_32, __VA_ARGS__)       \
-        X(inv_4, __VA_ARGS__) X(inv_8, __VA_ARGS__) X(inv_16, __VA_ARGS__) X(inv_32, __VA_ARGS__)
+    X(_2, __VA_ARGS__)                                                                                                 \
+    X(fwd_4, __VA_ARGS__) X(fwd_8, __VA_ARGS__) X(fwd_16, __VA_ARGS__) X(fwd_32, __VA_ARGS__) X(inv_4, __VA_ARGS__)    \
+        X(inv_8, __VA_ARGS__) X(inv_16, __VA_ARGS__) X(inv_32, __VA_ARGS__)
 
 namespace orv::kernels::dft {
 

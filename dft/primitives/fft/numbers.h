@@ -1,0 +1,100 @@
+// What butterflies compute with: complex numbers in one of three shapes, with the same operations.
+//
+//   cpx<R>         one number
+//   vec<cpx<R>>    a register of pairs
+//   split<R>       a register of real parts and one of imaginary parts
+#pragma once
+
+#include "dft/primitives/members.h"
+
+namespace orv::dft {
+
+template <class R> struct split {
+    vec<R> re, im;
+};
+template <class R> ORV_INLINE split<R> operator+(split<R> a, split<R> b) { return {a.re + b.re, a.im + b.im}; }
+template <class R> ORV_INLINE split<R> operator-(split<R> a, split<R> b) { return {a.re - b.re, a.im - b.im}; }
+template <class R> ORV_INLINE split<R> operator*(split<R> a, split<R> b)
+{
+    return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
+}
+template <class R> ORV_INLINE split<R> exchanged(split<R> a) { return {a.im, a.re}; }
+
+template <class C> struct number;
+template <class R> struct number<cpx<R>> {
+    using real = R;
+    static constexpr int lanes = 1;
+};
+template <class R> struct number<vec<cpx<R>>> {
+    using real = R;
+    static constexpr int lanes = vec<cpx<R>>::lanes;
+};
+template <class R> struct number<split<R>> {
+    using real = R;
+    static constexpr int lanes = vec<R>::lanes;
+};
+
+// Times a real number.
+template <class R> ORV_INLINE cpx<R> scaled_by(cpx<R> a, R by) { return by * a; }
+template <class R> ORV_INLINE vec<cpx<R>> scaled_by(vec<cpx<R>> a, R by)
+{
+    return lane_product(a, splat(cpx<R>{by, by}));
+}
+template <class R> ORV_INLINE split<R> scaled_by(split<R> a, R by) { return {a.re * splat(by), a.im * splat(by)}; }
+
+// a + b*r and a - b*r for r = -i forward, i inverse.
+template <bool forward, class R> ORV_INLINE void add_turned(cpx<R> a, cpx<R> b, cpx<R>& sum, cpx<R>& difference)
+{
+    const cpx<R> turned = forward ? cpx<R>{b.im, -b.re} : cpx<R>{-b.im, b.re};
+    sum = a + turned, difference = a - turned;
+}
+template <bool forward, class R>
+ORV_INLINE void add_turned(vec<cpx<R>> a, vec<cpx<R>> b, vec<cpx<R>>& sum, vec<cpx<R>>& difference)
+{
+    // add_sub turns by i; by -i, the other way round, the swapped pair has its imaginary part negated.
+    const vec<cpx<R>> turned = forward ? conj(swap_neighbours(b)) : swap_neighbours(conj(b));
+    sum = a + turned, difference = a - turned;
+}
+template <bool forward, class R> ORV_INLINE void add_turned(split<R> a, split<R> b, split<R>& sum, split<R>& difference)
+{
+    split<R>& to_minus_i = forward ? sum : difference;
+    split<R>& to_i = forward ? difference : sum;
+    const split<R> minus_i{a.re + b.im, a.im - b.re}, i{a.re - b.im, a.im + b.re};
+    to_minus_i = minus_i, to_i = i;
+}
+
+// Times a constant.
+template <class R> ORV_INLINE cpx<R> times(cpx<R> a, cpx<R> w) { return a * w; }
+template <class R> ORV_INLINE vec<cpx<R>> times(vec<cpx<R>> a, cpx<R> w)
+{
+    return lane_product(a, splat(cpx<R>{w.re, w.re})) + lane_product(swap_neighbours(a), splat(cpx<R>{-w.im, w.im}));
+}
+template <class R> ORV_INLINE split<R> times(split<R> a, cpx<R> w) { return a * split<R>{splat(w.re), splat(w.im)}; }
+
+// Each lane times a constant of its own.
+ORV_INLINE vec<cpx<float>> times_each(vec<cpx<float>> a, const cpx<float> (&w)[2])
+{
+    const vec<cpx<float>> re{_mm_setr_ps(w[0].re, w[0].re, w[1].re, w[1].re)};
+    const vec<cpx<float>> im{_mm_setr_ps(-w[0].im, w[0].im, -w[1].im, w[1].im)};
+    return lane_product(a, re) + lane_product(swap_neighbours(a), im);
+}
+ORV_INLINE split<float> times_each(split<float> a, const cpx<float> (&w)[4])
+{
+    return a * split<float>{{_mm_setr_ps(w[0].re, w[1].re, w[2].re, w[3].re)},
+                            {_mm_setr_ps(w[0].im, w[1].im, w[2].im, w[3].im)}};
+}
+ORV_INLINE split<double> times_each(split<double> a, const cpx<double> (&w)[2])
+{
+    return a * split<double>{{_mm_setr_pd(w[0].re, w[1].re)}, {_mm_setr_pd(w[0].im, w[1].im)}};
+}
+
+// The square of lanes by lanes numbers changes rows with columns.
+template <class R, int n> ORV_INLINE void transpose(split<R> (&x)[n])
+{
+    vec<R> re[n], im[n];
+    for (int i = 0; i < n; ++i) re[i] = x[i].re, im[i] = x[i].im;
+    transpose(re), transpose(im);
+    for (int i = 0; i < n; ++i) x[i] = {re[i], im[i]};
+}
+
+} // namespace orv::dft

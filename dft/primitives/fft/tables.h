@@ -1,0 +1,55 @@
+// The tables of records: reversed indices, and twiddles copied from a base of sines.
+#pragma once
+
+#include "dft/primitives/fft.h"
+#include "dft/primitives/fft/butterfly.h"
+#include "frame/dft.h"
+
+namespace orv::dft {
+
+inline constexpr i64 table_boundary = cache_line;
+constexpr i64 table_bytes(i64 count, i64 size) { return round_up(count * size, table_boundary); }
+template <class T> t_8u* behind_table(T* end)
+{
+    return reinterpret_cast<t_8u*>(round_up(static_cast<i64>(reinterpret_cast<std::uintptr_t>(end)), table_boundary));
+}
+
+constexpr i64 reversal_entries(i32 order) { return (i64{1} << (order - 2)) + 1; }
+
+// Any angle k of the 2^order of a base.
+template <class R> class Circle {
+public:
+    Circle(const R* sines, i32 order) : sines_(sines), order_(order) {}
+    i32 order() const { return order_; }
+    R sine(i64 k) const
+    {
+        const i64 quarter = i64{1} << (order_ - 2), place = k & (quarter - 1);
+        const i64 which = k >> (order_ - 2) & 3;
+        const R magnitude = sines_[which & 1 ? quarter - place : place];
+        return which & 2 ? -magnitude : magnitude;
+    }
+    R cosine(i64 k) const { return sine(k + (i64{1} << (order_ - 2))); }
+
+private:
+    const R* sines_;
+    i32 order_;
+};
+
+// The twiddles of one butterfly of 2^log rows over some columns, in the order in which a pass reads them: for each
+// block of columns and each row but the first, in bit-reversed order of the rows as in memory, a register of real and
+// one of imaginary parts. Column c of a transform of 2^order points has exp(-2*pi*i*row*c/2^order). Returns the end.
+template <class R>
+R* write_twiddles(const Circle<R>& circle, i32 order, int log, int rows, i64 begin, i64 columns, R* out)
+{
+    constexpr i64 lanes = vec<R>::lanes;
+    const i32 shift = circle.order() - order;
+    for (i64 c = begin; c < begin + columns; c += lanes)
+        for (int row = 1; row < rows; ++row, out += 2 * lanes)
+            for (i64 l = 0; l < lanes; ++l) {
+                const i64 angle = reversed(row, log) * (c + l) << shift;
+                out[l] = circle.cosine(angle), out[lanes + l] = -circle.sine(angle);
+            }
+    return out;
+}
+
+} // namespace orv::dft
