@@ -54,8 +54,10 @@ template <class T, Gemm<T>* small> ORV_INLINE void product(ORV_GEMM_ARGUMENTS(T)
 } // namespace
 
 #define DRIVER(t, T)                                                                                                   \
-    ORV_EXPORT Gemm<T> BLAS(t##gemm_sm_01_10);                                                                         \
-    ORV_EXPORT void BLAS(x##t##gemm)(ORV_GEMM_ARGUMENTS(T)) { product<T, BLAS(t##gemm_sm_01_10)>(ORV_GEMM_PASS); }
+    ORV_EXPORT void BLAS(x##t##gemm)(ORV_GEMM_ARGUMENTS(T))                                                            \
+    {                                                                                                                  \
+        product<T, kernels::blas::BLAS(t##gemm_sm_01_10)>(ORV_GEMM_PASS);                                              \
+    }
 
 DRIVER(s, float)
 DRIVER(d, double)

@@ -43,9 +43,7 @@ template <class T> constexpr T* corner(T* x, i64 ld, char op, i64 i, i64 j)
 }
 
 // The arguments of x?gemm, ?gemm_pst and the small products.
-template <class T>
-using Gemm = void(const char* transa, const char* transb, const i64* m, const i64* n, const i64* k, const T* alpha,
-                  const T* a, const i64* lda, const T* b, const i64* ldb, const T* beta, T* c, const i64* ldc);
+using kernels::blas::Gemm;
 #define ORV_GEMM_ARGUMENTS(T)                                                                                          \
     const char *transa, const char *transb, const i64 *m, const i64 *n, const i64 *k, const T *alpha, const T *a,      \
         const i64 *lda, const T *b, const i64 *ldb, const T *beta, T *c, const i64 *ldc

@@ -13,38 +13,22 @@
 // pass by value.
 #pragma once
 
-#include "frame/types.h"
+#include "frame/kernels/blas.h"
 
 namespace orv::gemm {
 
-template <class T> struct Desc;
-
-// Fills those of desc->mb, nb, kb that are 0.
-template <class T> using GetBlksSize = void(const i64* m, const i64* n, const i64* k, Desc<T>* desc);
-// Sizes and strides of the work areas; 1 if the mode is unknown, else 0.
-template <class T>
-using GetBufsSize = int(int selector, int mode, const i64* m, const i64* n, const i64* k, Desc<T>* desc);
-// Allocates the areas of a selector in one block and sets the buffer pointers; 1 if the selector is unknown, else 0.
-template <class T> using GetBufs = int(int selector, void** handle, Desc<T>* desc);
-
-// op(A) of m by k, times alpha, to panels at buffer.
-template <class T>
-using CopyA = void(const i64* m, const i64* k, const T* a, const i64* lda, T* buffer, const i64* stride,
-                   const T* alpha);
-// op(B) of k by n to panels at buffer; the last argument is null.
-template <class T>
-using CopyB = void(const i64* k, const i64* n, const T* b, const i64* ldb, T* buffer, const i64* stride,
-                   const T* unused);
-
-// Where B stands: packed, or in place, to be copied strip by strip into the scratch area by transb.
-enum BForm : i32 { b_packed = 2, b_in_place = 3 };
+using kernels::blas::CopyA;       // op(A) of m by k, times alpha, to panels at buffer
+using kernels::blas::CopyB;       // op(B) of k by n to panels at buffer; the last argument is null
+using kernels::blas::GetBlksSize; // fills those of desc->mb, nb, kb that are 0
+using kernels::blas::GetBufs;     // allocates the areas of a selector in one block; 1 if it is unknown, else 0
+using kernels::blas::GetBufsSize; // sizes and strides of the work areas; 1 if the mode is unknown, else 0
 
 // C(0:m, 0:n) := beta*C + A*B for packed A (alpha is already in it, the argument is 1). k is the depth of the block:
 // panels are round_up(k, 4) deep; of a B in place (b_stride is then its leading dimension) exactly k steps are read.
-template <class T>
-using Ker = void(const char* transa, const char* transb, const i64* m, const i64* n, const i64* k, const T* alpha,
-                 const T* a, const i64* a_stride, const T* b, const i64* b_stride, const T* beta, T* c, const i64* ldc,
-                 T* scratch, i32 b_form);
+using kernels::blas::GemmKernel;
+
+// Where B stands: packed, or in place, to be copied strip by strip into the scratch area by transb.
+enum BForm : i32 { b_packed = 2, b_in_place = 3 };
 
 // One row of a kernel table: ?_all_gemm_ker.
 template <class T> struct Record {
@@ -57,7 +41,7 @@ template <class T> struct Record {
     GetBufs<T>* get_bufs;
     CopyA<T>*copyan, *copyat, *copyac;
     CopyB<T>*copybn, *copybt, *copybc;
-    Ker<T>* ker;
+    GemmKernel<T>* ker;
     CopyA<T>* copya_ext;
     CopyB<T>* copyb_ext;
 };
@@ -85,7 +69,7 @@ template <class T> struct Desc {
     CopyA<T>* copya_ext;
     CopyB<T>* copyb_ext;
     i32 scratch_factor;
-    Ker<T>* ker;
+    GemmKernel<T>* ker;
     T* scratch_buffer;
     i64 scratch_bytes, scratch_align_shift;
 };

@@ -1,9 +1,9 @@
 #include "blas/gemm/tables.h"
 
-#include "blas/gemm/kernels.h"
-
 namespace orv::gemm {
 namespace {
+
+using namespace kernels::blas; // all by their symbols
 
 // Packing for external use: nothing inside the branch calls it, and the complex types have none.
 template <class F> constexpr F* no_ext = nullptr;

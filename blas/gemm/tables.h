@@ -1,9 +1,8 @@
-// The kernel tables, exported as data, and the sizing routines that their records point to.
+// The kernel tables, exported as data.
 #pragma once
 
 #include "blas/gemm/gemm.h"
 #include "blas/gemm/sizes.h"
-#include "frame/kernels/blas.h"
 
 namespace orv::gemm {
 
@@ -12,10 +11,7 @@ namespace orv::gemm {
     ORV_EXPORT const Record<T> ORV_TABLE(t##_all_gemm_ker)[sizes<T>.n_kernels];                                        \
     ORV_EXPORT const i32 ORV_TABLE(t##_opt_gemm_ker)[2];                                                               \
     inline const Record<T>* all_kernels(const Desc<T>*) { return ORV_TABLE(t##_all_gemm_ker); }                        \
-    inline const i32* best_kernels(const Desc<T>*) { return ORV_TABLE(t##_opt_gemm_ker); }                             \
-    ORV_EXPORT GetBlksSize<T> BLAS(t##gemm_get_blks_size);                                                             \
-    ORV_EXPORT GetBufsSize<T> BLAS(t##gemm_get_bufs_size);                                                             \
-    ORV_EXPORT GetBufs<T> BLAS(t##gemm_get_bufs);
+    inline const i32* best_kernels(const Desc<T>*) { return ORV_TABLE(t##_opt_gemm_ker); }
 
 ORV_GEMM_TABLES(s, float)
 ORV_GEMM_TABLES(d, double)

@@ -89,9 +89,6 @@ void multiply(const Patch& patch, const double* a, const double* b)
 
 } // namespace
 
-using BlockSizes = void(const i64* m, const i64* n, const i64* k, i64* mb, i64* nb, i64* kb, i64 m_unit, i64 n_unit,
-                        i64 k_unit);
-
 ORV_EXPORT void BLAS(dgemm_blk_info_bdz)(const i64* m, const i64* n, const i64* k, i64* mb, i64* nb, i64* kb,
                                          i64 m_unit, i64 n_unit, i64 k_unit)
 {
@@ -139,12 +136,9 @@ PACK_B(dgemm_copybt_bdz, adjacent)
 
 ORV_EXPORT void BLAS(dgemm_kernel_bdz)(const Patch* patch, const double* a, const double* b) { multiply(*patch, a, b); }
 
-ORV_EXPORT void BLAS(dgemm_mscale_brc)();
-ORV_EXPORT void BLAS(xdgemv)(const char* trans, const i64* m, const i64* n, const double* alpha, const double* a,
-                             const i64* lda, const double* x, const i64* incx, const double* beta, double* y,
-                             const i64* incy);
-
 namespace {
+
+using namespace kernels::blas; // called by their symbols
 
 void in_panels(const Product<double>& x, i64 mb, i64 nb, i64 kb, double* a_panels, double* b_panels)
 {
@@ -176,7 +170,7 @@ void in_panels(const Product<double>& x, i64 mb, i64 nb, i64 kb, double* a_panel
      nb_plain ? &unit : &x.ldb, &one<double>, x.c + j * x.ldc, &unit);
 }
 
-void product(Product<double> x, BlockSizes& sizes)
+void product(Product<double> x, BlkInfo& sizes)
 {
     if (x.beta != 1) BLAS(dgemm_mscale_brc)(), x.beta = 1;
     if (x.alpha == 0) return;

@@ -20,11 +20,10 @@ template <class Norm> auto with_nan(const char* letter, const char* of_sum, Norm
 
 template <class T, class Int>
 using Lange = real_t<T>(const char*, const Int*, const Int*, const T*, const Int*, real_t<T>*, Length);
-template <class T> using LangeKernel = real_t<T>(const char*, const i64*, const i64*, const T*, const i64*, real_t<T>*);
 
 template <class T, class Int>
-real_t<T> lange(Kernel<LangeKernel<T>>& kernel, Routine<Int, Lange<T, Int>>& routine, const char* norm, const Int* m,
-                const Int* n, const T* a, const Int* lda, real_t<T>* work)
+real_t<T> lange(Kernel<lapack_ps::Lange<T>>& kernel, Routine<Int, Lange<T, Int>>& routine, const char* norm,
+                const Int* m, const Int* n, const T* a, const Int* lda, real_t<T>* work)
 {
     auto* const run = kernel.get();
     if (run == nullptr) return routine.hand_on(nullptr, norm, m, n, a, lda, work, one_letter);
@@ -34,11 +33,9 @@ real_t<T> lange(Kernel<LangeKernel<T>>& kernel, Routine<Int, Lange<T, Int>>& rou
 
 template <class T, class Int>
 using Lansy = real_t<T>(const char*, const char*, const Int*, const T*, const Int*, real_t<T>*, Length, Length);
-template <class T>
-using LansyKernel = real_t<T>(const char*, const char*, const i64*, const T*, const i64*, real_t<T>*);
 
 template <class T, class Int>
-real_t<T> lansy(Kernel<LansyKernel<T>>& kernel, Routine<Int, Lansy<T, Int>>& routine, const char* norm,
+real_t<T> lansy(Kernel<lapack_ps::Lansy<T>>& kernel, Routine<Int, Lansy<T, Int>>& routine, const char* norm,
                 const char* uplo, const Int* n, const T* a, const Int* lda, real_t<T>* work)
 {
     auto* const run = kernel.get();
@@ -53,7 +50,7 @@ real_t<T> lansy(Kernel<LansyKernel<T>>& kernel, Routine<Int, Lansy<T, Int>>& rou
     STANDARD real_t<T> name##end(const char* norm, const Int* m, const Int* n, const T* a, const Int* lda,             \
                                  real_t<T>* work)                                                                      \
     {                                                                                                                  \
-        static constinit Kernel<LangeKernel<T>> kernel{{"lapack_ps", "x" #name}};                                      \
+        static constinit Kernel kernel{lapack_ps::x##name()};                                                          \
         static constinit Routine<Int, Lange<T, Int>> routine{#name #end};                                              \
         return lange(kernel, routine, norm, m, n, a, lda, work);                                                       \
     }
@@ -61,7 +58,7 @@ real_t<T> lansy(Kernel<LansyKernel<T>>& kernel, Routine<Int, Lansy<T, Int>>& rou
     STANDARD real_t<T> name##end(const char* norm, const char* uplo, const Int* n, const T* a, const Int* lda,         \
                                  real_t<T>* work)                                                                      \
     {                                                                                                                  \
-        static constinit Kernel<LansyKernel<T>> kernel{{"lapack_ps", "x" #name}};                                      \
+        static constinit Kernel kernel{lapack_ps::x##name()};                                                          \
         static constinit Routine<Int, Lansy<T, Int>> routine{#name #end};                                              \
         return lansy(kernel, routine, norm, uplo, n, a, lda, work);                                                    \
     }

@@ -12,8 +12,7 @@ namespace {
 template <class T, class Int>
 using Lasr = void(const char*, const char*, const char*, const Int*, const Int*, const real_t<T>*, const real_t<T>*, T*,
                   const Int*, Length, Length, Length);
-template <class T> using LasrKernel = void(const i64*, const i64*, const real_t<T>*, const real_t<T>*, T*, const i64*);
-template <class T> using LasrKernels = Kernel<LasrKernel<T>>[3][2]; // by pivot, V T B, and by direction, F B
+template <class T> using LasrKernels = Kernel<lapack_ps::Lasr<T>>[3][2]; // by pivot, V T B, and by direction, F B
 
 template <class T, class Int>
 void lasr(LasrKernels<T>& kernels, Routine<Int, Lasr<T, Int>>& routine, const char* side, const char* pivot,
@@ -30,12 +29,10 @@ void lasr(LasrKernels<T>& kernels, Routine<Int, Lasr<T, Int>>& routine, const ch
 
 template <class T, class Int>
 using Lartv = void(const Int*, T*, const Int*, T*, const Int*, const real_t<T>*, const T*, const Int*);
-template <class T>
-using LartvKernel = void(const i64*, T*, const i64*, T*, const i64*, const real_t<T>*, const T*, const i64*);
 
 template <class T, class Int>
-void lartv(Kernel<LartvKernel<T>>& kernel, Routine<Int, Lartv<T, Int>>& routine, const Int* n, T* x, const Int* incx,
-           T* y, const Int* incy, const real_t<T>* c, const T* s, const Int* incc)
+void lartv(Kernel<lapack_ps::Lartv<T>>& kernel, Routine<Int, Lartv<T, Int>>& routine, const Int* n, T* x,
+           const Int* incx, T* y, const Int* incy, const real_t<T>* c, const T* s, const Int* incc)
 {
     auto* const run = kernel.get();
     if (run == nullptr) return routine.hand_on(nullptr, n, x, incx, y, incy, c, s, incc);
@@ -47,11 +44,9 @@ void lartv(Kernel<LartvKernel<T>>& kernel, Routine<Int, Lartv<T, Int>>& routine,
 
 template <class T, class Int>
 using Larfx = void(const char*, const Int*, const Int*, const T*, const T*, T*, const Int*, T*, Length);
-template <class T>
-using LarfxKernel = void(const char*, const i64*, const i64*, const T*, const T*, T*, const i64*, T*);
 
 template <class T, class Int>
-void larfx(Kernel<LarfxKernel<T>>& kernel, Routine<Int, Larfx<T, Int>>& routine, const char* side, const Int* m,
+void larfx(Kernel<lapack_ps::Larfx<T>>& kernel, Routine<Int, Larfx<T, Int>>& routine, const char* side, const Int* m,
            const Int* n, const T* v, const T* tau, T* c, const Int* ldc, T* work)
 {
     auto* const run = kernel.get();
@@ -65,12 +60,9 @@ void larfx(Kernel<LarfxKernel<T>>& kernel, Routine<Int, Larfx<T, Int>>& routine,
 template <class T, class Int>
 using Lasd3 = void(const Int*, const Int*, const Int*, const Int*, T*, T*, const Int*, T*, T*, const Int*, const T*,
                    const Int*, T*, const Int*, T*, const Int*, const Int*, const Int*, T*, Int*);
-template <class T>
-using Lasd3Kernel = void(const i64*, const i64*, const i64*, const i64*, T*, T*, const i64*, T*, T*, const i64*,
-                         const T*, const i64*, T*, const i64*, T*, const i64*, const i64*, const i64*, T*, i64*);
 
 template <class T, class Int>
-void lasd3(Kernel<Lasd3Kernel<T>>& kernel, Routine<Int, Lasd3<T, Int>>& routine, const Int* nl, const Int* nr,
+void lasd3(Kernel<lapack_ps::Lasd3<T>>& kernel, Routine<Int, Lasd3<T, Int>>& routine, const Int* nl, const Int* nr,
            const Int* sqre, const Int* k, T* d, T* q, const Int* ldq, T* dsigma, T* u, const Int* ldu, const T* u2,
            const Int* ldu2, T* vt, const Int* ldvt, T* vt2, const Int* ldvt2, const Int* idxc, const Int* ctot, T* z,
            Int* info)
@@ -94,11 +86,10 @@ void lasd3(Kernel<Lasd3Kernel<T>>& kernel, Routine<Int, Lasd3<T, Int>>& routine,
 
 template <class T, class Int>
 using Lasd4 = void(const Int*, const Int*, const T*, const T*, T*, const T*, T*, T*, Int*);
-template <class T> using Lasd4Kernel = void(const i64*, const i64*, const T*, const T*, T*, const T*, T*, T*, i64*);
 
 template <class T, class Int>
-void lasd4(Kernel<Lasd4Kernel<T>>& kernel, Routine<Int, Lasd4<T, Int>>& routine, const Int* n, const Int* i, const T* d,
-           const T* z, T* delta, const T* rho, T* sigma, T* work, Int* info)
+void lasd4(Kernel<lapack_ps::Lasd4<T>>& kernel, Routine<Int, Lasd4<T, Int>>& routine, const Int* n, const Int* i,
+           const T* d, const T* z, T* delta, const T* rho, T* sigma, T* work, Int* info)
 {
     auto* const run = kernel.get();
     if (run == nullptr) return routine.hand_on(info, n, i, d, z, delta, rho, sigma, work, info);
@@ -114,10 +105,9 @@ void lasd4(Kernel<Lasd4Kernel<T>>& kernel, Routine<Int, Lasd4<T, Int>>& routine,
     STANDARD void t##lasr##end(const char* side, const char* pivot, const char* direct, const Int* m, const Int* n,    \
                                const real_t<T>* c, const real_t<T>* s, T* a, const Int* lda)                           \
     {                                                                                                                  \
-        using K = Kernel<LasrKernel<T>>;                                                                               \
-        static constinit LasrKernels<T> kernels{{K{{"lapack_ps", #t "lasr_lvf"}}, K{{"lapack_ps", #t "lasr_lvb"}}},    \
-                                                {K{{"lapack_ps", #t "lasr_ltf"}}, K{{"lapack_ps", #t "lasr_ltb"}}},    \
-                                                {K{{"lapack_ps", #t "lasr_lbf"}}, K{{"lapack_ps", #t "lasr_lbb"}}}};   \
+        static constinit LasrKernels<T> kernels{{Kernel(lapack_ps::t##lasr_lvf()), Kernel(lapack_ps::t##lasr_lvb())},  \
+                                                {Kernel(lapack_ps::t##lasr_ltf()), Kernel(lapack_ps::t##lasr_ltb())},  \
+                                                {Kernel(lapack_ps::t##lasr_lbf()), Kernel(lapack_ps::t##lasr_lbb())}}; \
         static constinit Routine<Int, Lasr<T, Int>> routine{#t "lasr" #end};                                           \
         lasr<T>(kernels, routine, side, pivot, direct, m, n, c, s, a, lda);                                            \
     }
@@ -125,7 +115,7 @@ void lasd4(Kernel<Lasd4Kernel<T>>& kernel, Routine<Int, Lasd4<T, Int>>& routine,
     STANDARD void t##lartv##end(const Int* n, T* x, const Int* incx, T* y, const Int* incy, const real_t<T>* c,        \
                                 const T* s, const Int* incc)                                                           \
     {                                                                                                                  \
-        static constinit Kernel<LartvKernel<T>> kernel{{"lapack_ps", #t "lartv"}};                                     \
+        static constinit Kernel kernel{lapack_ps::t##lartv()};                                                         \
         static constinit Routine<Int, Lartv<T, Int>> routine{#t "lartv" #end};                                         \
         lartv(kernel, routine, n, x, incx, y, incy, c, s, incc);                                                       \
     }
@@ -133,7 +123,7 @@ void lasd4(Kernel<Lasd4Kernel<T>>& kernel, Routine<Int, Lasd4<T, Int>>& routine,
     STANDARD void t##larfx##end(const char* side, const Int* m, const Int* n, const T* v, const T* tau, T* c,          \
                                 const Int* ldc, T* work)                                                               \
     {                                                                                                                  \
-        static constinit Kernel<LarfxKernel<T>> kernel{{"lapack_ps", #t "larfx"}};                                     \
+        static constinit Kernel kernel{lapack_ps::t##larfx()};                                                         \
         static constinit Routine<Int, Larfx<T, Int>> routine{#t "larfx" #end};                                         \
         larfx(kernel, routine, side, m, n, v, tau, c, ldc, work);                                                      \
     }
@@ -143,7 +133,7 @@ void lasd4(Kernel<Lasd4Kernel<T>>& kernel, Routine<Int, Lasd4<T, Int>>& routine,
                                 const Int* ldvt, T* vt2, const Int* ldvt2, const Int* idxc, const Int* ctot, T* z,     \
                                 Int* info)                                                                             \
     {                                                                                                                  \
-        static constinit Kernel<Lasd3Kernel<T>> kernel{{"lapack_ps", #t "lasd3"}};                                     \
+        static constinit Kernel kernel{lapack_ps::t##lasd3()};                                                         \
         static constinit Routine<Int, Lasd3<T, Int>> routine{#t "lasd3" #end};                                         \
         lasd3(kernel, routine, nl, nr, sqre, k, d, q, ldq, dsigma, u, ldu, u2, ldu2, vt, ldvt, vt2, ldvt2, idxc, ctot, \
               z, info);                                                                                                \
@@ -151,7 +141,7 @@ void lasd4(Kernel<Lasd4Kernel<T>>& kernel, Routine<Int, Lasd4<T, Int>>& routine,
     STANDARD void t##lasd4##end(const Int* n, const Int* i, const T* d, const T* z, T* delta, const T* rho, T* sigma,  \
                                 T* work, Int* info)                                                                    \
     {                                                                                                                  \
-        static constinit Kernel<Lasd4Kernel<T>> kernel{{"lapack_ps", #t "lasd4"}};                                     \
+        static constinit Kernel kernel{lapack_ps::t##lasd4()};                                                         \
         static constinit Routine<Int, Lasd4<T, Int>> routine{#t "lasd4" #end};                                         \
         lasd4(kernel, routine, n, i, d, z, delta, rho, sigma, work, info);                                             \
     }

@@ -1,9 +1,10 @@
-// What a routine of this library is made of: its symbol, the kernels that do the work, and the same routine of the
-// LAPACK behind it. A routine has two symbols, dpotrf_ with 32-bit integers and dpotrf_64_ with 64-bit ones, which
-// kernels have too.
+// What a routine of this library is made of: its symbol, the kernels that do the work (frame/kernels/lapack_ps.h), and
+// the same routine of the LAPACK behind it. A routine has two symbols, dpotrf_ with 32-bit integers and dpotrf_64_ with
+// 64-bit ones, which kernels have too.
 #pragma once
 
 #include "compat/lapack/late.h"
+#include "frame/kernels/lapack_ps.h"
 #include "frame/lapack_arguments.h"
 
 #define ORV_COMPLEX_FLOAT orv::cpx<float>
@@ -19,11 +20,20 @@
 
 namespace orv::compat {
 
+// A kernel by its prototype: constinit Kernel dgetc2{lapack_ps::dgetc2()}.
+namespace lapack_ps = kernels::lapack_ps;
 struct KernelName {
     const char *module, *stem;
 };
 inline void* find_kernel(KernelName name) { return orv_kernel(name.module, name.stem); }
-template <class F> using Kernel = Late<KernelName, find_kernel, F>;
+template <class F> struct Kernel : Late<KernelName, find_kernel, F> {
+    template <class Prototype>
+    constexpr explicit Kernel(Prototype) : Late<KernelName, find_kernel, F>({Prototype::module, Prototype::stem})
+    {
+        static_assert(std::is_same_v<F, typename Prototype::signature>);
+    }
+};
+template <class Prototype> Kernel(Prototype) -> Kernel<typename Prototype::signature>;
 
 using Length = std::size_t;
 inline constexpr Length one_letter = 1;

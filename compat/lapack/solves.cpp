@@ -24,10 +24,9 @@ void potrf(NativePotrf<T>* native, Routine<Int, Potrf<T, Int>>& routine, const c
 // ---- Tridiagonal systems: elimination with pivoting
 
 template <class T, class Int> using Gtsv = void(const Int*, const Int*, T*, T*, T*, T*, const Int*, Int*);
-template <class T> using GtsvKernel = void(const i64*, const i64*, T*, T*, T*, T*, const i64*, i64*);
 
 template <class T, class Int>
-void gtsv(Kernel<GtsvKernel<T>>& kernel, Routine<Int, Gtsv<T, Int>>& routine, const Int* n, const Int* nrhs, T* dl,
+void gtsv(Kernel<lapack_ps::Gtsv<T>>& kernel, Routine<Int, Gtsv<T, Int>>& routine, const Int* n, const Int* nrhs, T* dl,
           T* d, T* du, T* b, const Int* ldb, Int* info)
 {
     if (routine.refuses(info, arguments::gtsv(*n, *nrhs, dl, d, du, b, *ldb, info))) return;
@@ -45,13 +44,10 @@ using Gttrs = void(const char*, const Int*, const Int*, const T*, const T*, cons
 template <class T, class Int>
 using Gtts2 = void(const Int*, const Int*, const Int*, const T*, const T*, const T*, const T*, const Int*, T*,
                    const Int*);
-template <class T>
-using Gtts2Kernel = void(const i64*, const i64*, const i64*, const T*, const T*, const T*, const T*, const i64*, T*,
-                         const i64*);
 
 // False if it cannot be: there is no kernel, or no memory for the pivots.
 template <class T, class Int>
-bool gtts2(Kernel<Gtts2Kernel<T>>& kernel, i64 itrans, i64 n, i64 nrhs, const T* dl, const T* d, const T* du,
+bool gtts2(Kernel<lapack_ps::Gtts2<T>>& kernel, i64 itrans, i64 n, i64 nrhs, const T* dl, const T* d, const T* du,
            const T* du2, const Int* ipiv, T* b, i64 ldb)
 {
     if (n <= 0 || nrhs <= 0) return true;
@@ -64,7 +60,7 @@ bool gtts2(Kernel<Gtts2Kernel<T>>& kernel, i64 itrans, i64 n, i64 nrhs, const T*
 }
 
 template <class T, class Int>
-void gttrs(Kernel<Gtts2Kernel<T>>& kernel, Routine<Int, Gttrs<T, Int>>& routine, const char* trans, const Int* n,
+void gttrs(Kernel<lapack_ps::Gtts2<T>>& kernel, Routine<Int, Gttrs<T, Int>>& routine, const char* trans, const Int* n,
            const Int* nrhs, const T* dl, const T* d, const T* du, const T* du2, const Int* ipiv, T* b, const Int* ldb,
            Int* info)
 {
@@ -79,14 +75,11 @@ void gttrs(Kernel<Gtts2Kernel<T>>& kernel, Routine<Int, Gttrs<T, Int>>& routine,
 
 template <class T, class Int> using RealPttrs = void(const Int*, const Int*, const T*, const T*, T*, const Int*, Int*);
 template <class T, class Int> using RealPtts2 = void(const Int*, const Int*, const T*, const T*, T*, const Int*);
-template <class T> using RealPtts2Kernel = void(const i64*, const i64*, const T*, const T*, T*, const i64*);
 template <class T, class Int>
 using ComplexPttrs = void(const char*, const Int*, const Int*, const real_t<T>*, const T*, T*, const Int*, Int*,
                           Length);
 template <class T, class Int>
 using ComplexPtts2 = void(const Int*, const Int*, const Int*, const real_t<T>*, const T*, T*, const Int*);
-template <class T>
-using ComplexPtts2Kernel = void(const i64*, const i64*, const i64*, const real_t<T>*, const T*, T*, const i64*);
 
 template <class K, class... P> bool ran(Kernel<K>& kernel, P... arguments)
 {
@@ -96,7 +89,7 @@ template <class K, class... P> bool ran(Kernel<K>& kernel, P... arguments)
 }
 
 template <class T, class Int>
-void pttrs(Kernel<RealPtts2Kernel<T>>& kernel, Routine<Int, RealPttrs<T, Int>>& routine, const Int* n, const Int* nrhs,
+void pttrs(Kernel<lapack_ps::Ptts2<T>>& kernel, Routine<Int, RealPttrs<T, Int>>& routine, const Int* n, const Int* nrhs,
            const T* d, const T* e, T* b, const Int* ldb, Int* info)
 {
     if (routine.refuses(info, arguments::real_pttrs(*n, *nrhs, d, e, b, *ldb, info))) return;
@@ -106,7 +99,7 @@ void pttrs(Kernel<RealPtts2Kernel<T>>& kernel, Routine<Int, RealPttrs<T, Int>>& 
     if (!ran(kernel, &order, &columns, d, e, b, &step)) routine.hand_on(info, n, nrhs, d, e, b, ldb, info);
 }
 template <class T, class Int>
-void pttrs(Kernel<ComplexPtts2Kernel<T>>& kernel, Routine<Int, ComplexPttrs<T, Int>>& routine, const char* uplo,
+void pttrs(Kernel<lapack_ps::ComplexPtts2<T>>& kernel, Routine<Int, ComplexPttrs<T, Int>>& routine, const char* uplo,
            const Int* n, const Int* nrhs, const real_t<T>* d, const T* e, T* b, const Int* ldb, Int* info)
 {
     if (routine.refuses(info, arguments::complex_pttrs(*uplo, *n, *nrhs, d, e, b, *ldb, info))) return;
@@ -118,7 +111,7 @@ void pttrs(Kernel<ComplexPtts2Kernel<T>>& kernel, Routine<Int, ComplexPttrs<T, I
 }
 
 template <class T, class Int>
-void ptts2(Kernel<RealPtts2Kernel<T>>& kernel, Routine<Int, RealPtts2<T, Int>>& routine, const Int* n, const Int* nrhs,
+void ptts2(Kernel<lapack_ps::Ptts2<T>>& kernel, Routine<Int, RealPtts2<T, Int>>& routine, const Int* n, const Int* nrhs,
            const T* d, const T* e, T* b, const Int* ldb)
 {
     const i64 order = *n, columns = *nrhs, step = *ldb;
@@ -126,7 +119,7 @@ void ptts2(Kernel<RealPtts2Kernel<T>>& kernel, Routine<Int, RealPtts2<T, Int>>& 
     if (!ran(kernel, &order, &columns, d, e, b, &step)) routine.hand_on(nullptr, n, nrhs, d, e, b, ldb);
 }
 template <class T, class Int>
-void ptts2(Kernel<ComplexPtts2Kernel<T>>& kernel, Routine<Int, ComplexPtts2<T, Int>>& routine, const Int* iuplo,
+void ptts2(Kernel<lapack_ps::ComplexPtts2<T>>& kernel, Routine<Int, ComplexPtts2<T, Int>>& routine, const Int* iuplo,
            const Int* n, const Int* nrhs, const real_t<T>* d, const T* e, T* b, const Int* ldb)
 {
     const i64 above = *iuplo, order = *n, columns = *nrhs, step = *ldb;
@@ -137,11 +130,10 @@ void ptts2(Kernel<ComplexPtts2Kernel<T>>& kernel, Routine<Int, ComplexPtts2<T, I
 // ---- Complete pivoting
 
 template <class T, class Int> using Getc2 = void(const Int*, T*, const Int*, Int*, Int*, Int*);
-template <class T> using Getc2Kernel = void(const i64*, T*, const i64*, i64*, i64*, i64*);
 
 template <class T, class Int>
-void getc2(Kernel<Getc2Kernel<T>>& kernel, Routine<Int, Getc2<T, Int>>& routine, const Int* n, T* a, const Int* lda,
-           Int* ipiv, Int* jpiv, Int* info)
+void getc2(Kernel<lapack_ps::Getc2<T>>& kernel, Routine<Int, Getc2<T, Int>>& routine, const Int* n, T* a,
+           const Int* lda, Int* ipiv, Int* jpiv, Int* info)
 {
     const i64 order = *n, step = *lda;
     i64 last = 0;
@@ -166,7 +158,7 @@ void getc2(Kernel<Getc2Kernel<T>>& kernel, Routine<Int, Getc2<T, Int>>& routine,
 #define GTSV(t, T, end, Int)                                                                                           \
     STANDARD void t##gtsv##end(const Int* n, const Int* nrhs, T* dl, T* d, T* du, T* b, const Int* ldb, Int* info)     \
     {                                                                                                                  \
-        static constinit Kernel<GtsvKernel<T>> kernel{{"lapack_ps", #t "gtsv_small"}};                                 \
+        static constinit Kernel kernel{lapack_ps::t##gtsv_small()};                                                    \
         static constinit Routine<Int, Gtsv<T, Int>> routine{#t "gtsv" #end};                                           \
         gtsv(kernel, routine, n, nrhs, dl, d, du, b, ldb, info);                                                       \
     }
@@ -175,14 +167,14 @@ void getc2(Kernel<Getc2Kernel<T>>& kernel, Routine<Int, Getc2<T, Int>>& routine,
                                 const T* du, const T* du2, const Int* ipiv, T* b, const Int* ldb, Int* info)           \
     {                                                                                                                  \
         static constinit Routine<Int, Gttrs<T, Int>> routine{#t "gttrs" #end};                                         \
-        static constinit Kernel<Gtts2Kernel<T>> kernel{{"lapack_ps", #t "gtts2"}};                                     \
+        static constinit Kernel kernel{lapack_ps::t##gtts2()};                                                         \
         gttrs(kernel, routine, trans, n, nrhs, dl, d, du, du2, ipiv, b, ldb, info);                                    \
     }                                                                                                                  \
     STANDARD void t##gtts2##end(const Int* itrans, const Int* n, const Int* nrhs, const T* dl, const T* d,             \
                                 const T* du, const T* du2, const Int* ipiv, T* b, const Int* ldb)                      \
     {                                                                                                                  \
         static constinit Routine<Int, Gtts2<T, Int>> routine{#t "gtts2" #end};                                         \
-        static constinit Kernel<Gtts2Kernel<T>> kernel{{"lapack_ps", #t "gtts2"}};                                     \
+        static constinit Kernel kernel{lapack_ps::t##gtts2()};                                                         \
         if (!gtts2(kernel, *itrans, *n, *nrhs, dl, d, du, du2, ipiv, b, *ldb))                                         \
             routine.hand_on(nullptr, itrans, n, nrhs, dl, d, du, du2, ipiv, b, ldb);                                   \
     }
@@ -191,13 +183,13 @@ void getc2(Kernel<Getc2Kernel<T>>& kernel, Routine<Int, Getc2<T, Int>>& routine,
                                 Int* info)                                                                             \
     {                                                                                                                  \
         static constinit Routine<Int, RealPttrs<T, Int>> routine{#t "pttrs" #end};                                     \
-        static constinit Kernel<RealPtts2Kernel<T>> kernel{{"lapack_ps", #t "ptts2"}};                                 \
+        static constinit Kernel kernel{lapack_ps::t##ptts2()};                                                         \
         pttrs(kernel, routine, n, nrhs, d, e, b, ldb, info);                                                           \
     }                                                                                                                  \
     STANDARD void t##ptts2##end(const Int* n, const Int* nrhs, const T* d, const T* e, T* b, const Int* ldb)           \
     {                                                                                                                  \
         static constinit Routine<Int, RealPtts2<T, Int>> routine{#t "ptts2" #end};                                     \
-        static constinit Kernel<RealPtts2Kernel<T>> kernel{{"lapack_ps", #t "ptts2"}};                                 \
+        static constinit Kernel kernel{lapack_ps::t##ptts2()};                                                         \
         ptts2(kernel, routine, n, nrhs, d, e, b, ldb);                                                                 \
     }
 #define COMPLEX_PTTRS(t, T, end, Int)                                                                                  \
@@ -205,20 +197,20 @@ void getc2(Kernel<Getc2Kernel<T>>& kernel, Routine<Int, Getc2<T, Int>>& routine,
                                 const Int* ldb, Int* info)                                                             \
     {                                                                                                                  \
         static constinit Routine<Int, ComplexPttrs<T, Int>> routine{#t "pttrs" #end};                                  \
-        static constinit Kernel<ComplexPtts2Kernel<T>> kernel{{"lapack_ps", #t "ptts2"}};                              \
+        static constinit Kernel kernel{lapack_ps::t##ptts2()};                                                         \
         pttrs(kernel, routine, uplo, n, nrhs, d, e, b, ldb, info);                                                     \
     }                                                                                                                  \
     STANDARD void t##ptts2##end(const Int* iuplo, const Int* n, const Int* nrhs, const real_t<T>* d, const T* e, T* b, \
                                 const Int* ldb)                                                                        \
     {                                                                                                                  \
         static constinit Routine<Int, ComplexPtts2<T, Int>> routine{#t "ptts2" #end};                                  \
-        static constinit Kernel<ComplexPtts2Kernel<T>> kernel{{"lapack_ps", #t "ptts2"}};                              \
+        static constinit Kernel kernel{lapack_ps::t##ptts2()};                                                         \
         ptts2(kernel, routine, iuplo, n, nrhs, d, e, b, ldb);                                                          \
     }
 #define GETC2(t, T, end, Int)                                                                                          \
     STANDARD void t##getc2##end(const Int* n, T* a, const Int* lda, Int* ipiv, Int* jpiv, Int* info)                   \
     {                                                                                                                  \
-        static constinit Kernel<Getc2Kernel<T>> kernel{{"lapack_ps", #t "getc2"}};                                     \
+        static constinit Kernel kernel{lapack_ps::t##getc2()};                                                         \
         static constinit Routine<Int, Getc2<T, Int>> routine{#t "getc2" #end};                                         \
         getc2(kernel, routine, n, a, lda, ipiv, jpiv, info);                                                           \
     }

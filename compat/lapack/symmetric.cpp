@@ -12,8 +12,7 @@ namespace {
 
 template <class T, class Int>
 using Sytrf = void(const char*, const Int*, T*, const Int*, Int*, T*, const Int*, Int*, Length);
-template <class T> using SytrfKernel = void(const char*, const i64*, T*, const i64*, i64*, i64*);
-template <class T> using SytrfKernels = Kernel<SytrfKernel<T>>[2]; // by triangle, L U
+template <class T> using SytrfKernels = Kernel<lapack_ps::Sytrf<T>>[2]; // by triangle, L U
 
 // The kernels work column by column, like LAPACK up to the order of one of its blocks. Larger matrices are for the
 // LAPACK behind, if there is one.
@@ -41,13 +40,12 @@ void sytrf(SytrfKernels<T>& kernels, Routine<Int, Sytrf<T, Int>>& routine, const
 // ---- Packed updates of complex matrices that are symmetric, not Hermitian
 
 template <class T, class Int> using Spr = void(const char*, const Int*, const T*, const T*, const Int*, T*, Length);
-using CsprKernel = void(const char*, const i64*, const cpx<float>*, const cpx<float>*, const i64*, cpx<float>*);
 
 template <class Int>
 void spr(Routine<Int, Spr<cpx<float>, Int>>& routine, const char* uplo, const Int* n, const cpx<float>* alpha,
          const cpx<float>* x, const Int* incx, cpx<float>* ap)
 {
-    static constinit Kernel<CsprKernel> kernel{{"lapack_ps", "cspr"}};
+    static constinit Kernel kernel{lapack_ps::cspr()};
     if (routine.refuses(nullptr, arguments::spr(*uplo, *n, *alpha, x, *incx, ap))) return;
     auto* const run = kernel.get();
     if (run == nullptr) return routine.hand_on(nullptr, uplo, n, alpha, x, incx, ap, one_letter);
@@ -80,9 +78,8 @@ void spr(Routine<Int, Spr<cpx<double>, Int>>& routine, const char* uplo, const I
     STANDARD void t##sytrf##end(const char* uplo, const Int* n, T* a, const Int* lda, Int* ipiv, T* work,              \
                                 const Int* lwork, Int* info)                                                           \
     {                                                                                                                  \
-        using K = Kernel<SytrfKernel<T>>;                                                                              \
-        static constinit SytrfKernels<T> kernels{K{{"lapack_ps", #t "sytrf_l_small"}},                                 \
-                                                 K{{"lapack_ps", #t "sytrf_u_small"}}};                                \
+        static constinit SytrfKernels<T> kernels{Kernel(lapack_ps::t##sytrf_l_small()),                                \
+                                                 Kernel(lapack_ps::t##sytrf_u_small())};                               \
         static constinit Routine<Int, Sytrf<T, Int>> routine{#t "sytrf" #end};                                         \
         sytrf(kernels, routine, uplo, n, a, lda, ipiv, work, lwork, info);                                             \
     }

@@ -1,11 +1,14 @@
+#include "frame/kernels/blas.h"
 #include "tests/blas/reduction.h"
 
 namespace orv::test {
 namespace {
 
+using namespace kernels::blas;
+
 template <class T> i64 position(const char* end, i64 n, const T* x, i64 inc)
 {
-    return kernel<i64(const i64*, const T*, const i64*)>("blas", "i", letter<T>, end)(&n, x, &inc);
+    return kernel<Amax<T>>("blas", "i", letter<T>, end)(&n, x, &inc);
 }
 
 template <class R> R size_of(R x) { return std::fabs(x); }

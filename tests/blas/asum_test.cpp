@@ -1,8 +1,11 @@
+#include "frame/kernels/blas.h"
 #include "tests/blas/reduction.h"
 #include "tests/support/bounds.h"
 
 namespace orv::test {
 namespace {
+
+using namespace kernels::blas;
 
 template <class T> const char* asum_name();
 template <> const char* asum_name<float>() { return "sasum"; }
@@ -12,7 +15,7 @@ template <> const char* asum_name<cpx<double>>() { return "dzasum"; }
 
 template <class T> real_t<T> asum(i64 n, const T* x, i64 inc)
 {
-    return kernel<real_t<T>(const i64*, const T*, const i64*)>("blas", asum_name<T>())(&n, x, &inc);
+    return kernel<Norm<T>>("blas", asum_name<T>())(&n, x, &inc);
 }
 
 // Magnitudes of the reals of a vector, in the order of its elements.
@@ -102,7 +105,7 @@ TYPED_TEST(Asum, ignores_signs_and_lets_nan_and_infinity_through)
 
 template <class R> void expect_abs1(const char* name)
 {
-    const auto abs1 = kernel<R(const cpx<R>*)>("blas", name);
+    const auto abs1 = kernel<Abs1<cpx<R>>>("blas", name);
     Random random(4);
     for (int i = 0; i < 1000; ++i) {
         const auto x = random.value<cpx<R>>();

@@ -1,3 +1,4 @@
+#include "frame/kernels/blas.h"
 #include "tests/blas/reduction.h"
 #include "tests/support/bounds.h"
 
@@ -6,15 +7,15 @@
 namespace orv::test {
 namespace {
 
+using namespace kernels::blas;
+
 template <class T> T dot(const char* name, i64 n, const T* x, i64 incx, const T* y, i64 incy)
 {
     if constexpr (is_complex<T>) {
         T result = {7, 7};
-        kernel<void(T*, const i64*, const T*, const i64*, const T*, const i64*)>("blas", name)(&result, &n, x, &incx, y,
-                                                                                               &incy);
+        kernel<ComplexDot<T>>("blas", name)(&result, &n, x, &incx, y, &incy);
         return result;
-    } else
-        return kernel<T(const i64*, const T*, const i64*, const T*, const i64*)>("blas", name)(&n, x, &incx, y, &incy);
+    } else return kernel<Dot<T>>("blas", name)(&n, x, &incx, y, &incy);
 }
 
 template <class T> const char* plain_name();
@@ -165,9 +166,6 @@ TEST(DotSpecial, conjugation_is_of_the_first_operand)
     EXPECT_EQ(dot("zdotc", 1, x.data(), 1, y.data(), 1), (cpx<double>{13, -1}));
     EXPECT_EQ(dot("zdotu", 1, x.data(), 1, y.data(), 1), (cpx<double>{-7, 11}));
 }
-
-using Sdsdot = float(const i64*, const float*, const float*, const i64*, const float*, const i64*);
-using Dsdot = double(const i64*, const float*, const i64*, const float*, const i64*);
 
 TEST(DotInDouble, adds_one_product_after_the_other_starting_from_sb)
 {

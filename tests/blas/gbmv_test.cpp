@@ -1,4 +1,5 @@
 // Products with banded matrices: ?gbmv.
+#include "frame/kernels/blas.h"
 #include "tests/blas/matrix_vector.h"
 #include "tests/support/probe.h"
 
@@ -7,9 +8,7 @@
 namespace orv::test {
 namespace {
 
-template <class T>
-using Gbmv = void(const char*, const i64*, const i64*, const i64*, const i64*, const T*, const T*, const i64*, const T*,
-                  const i64*, const T*, T*, const i64*);
+using namespace kernels::blas;
 
 // m by n with kl diagonals below the main one and ku above, element (i, j) in row ku + i - j of column j of an array
 // that ends at an unreadable page. Its corners and padding are NaN.

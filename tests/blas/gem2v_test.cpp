@@ -1,4 +1,5 @@
 // Two products in one pass: ?gem2vu, ?gem2vc and their unit-stride kernels.
+#include "frame/kernels/blas.h"
 #include "tests/blas/matrix_vector.h"
 
 #include <algorithm>
@@ -7,11 +8,7 @@
 namespace orv::test {
 namespace {
 
-template <class T>
-using Gem2v = void(const i64*, const i64*, const T*, const T*, const i64*, const T*, const i64*, const T*, const i64*,
-                   const T*, T*, const i64*, T*, const i64*);
-template <class T>
-using Kernel = void(const i64*, const i64*, const T*, const T*, const i64*, const T*, const T*, T*, T*);
+using namespace kernels::blas;
 
 template <class T> constexpr const char* drivers[] = {nullptr};
 template <> constexpr const char* drivers<float>[] = {"sgem2vu"};
@@ -38,7 +35,7 @@ template <class T> struct Operands {
     }
     void call_kernel(const std::string& name)
     {
-        kernel<Kernel<T>>("blas", name)(&a.m, &a.n, &alpha, *a, &a.lda, x1.data(), x2.data(), y1.data(), y2.data());
+        kernel<Gem2vUnit<T>>("blas", name)(&a.m, &a.n, &alpha, *a, &a.lda, x1.data(), x2.data(), y1.data(), y2.data());
     }
 };
 
@@ -122,14 +119,13 @@ TYPED_TEST(Gem2vTest, goes_column_by_column_at_other_strides)
 // What one operand holds for the other product must not matter: each result is that of its gemv kernel, bit for bit.
 template <class T> void expect_gemv_kernels(const std::string& name, const std::string& n, const std::string& t)
 {
-    using Gemv = void(const i64*, const i64*, const T*, const T*, const i64*, const T*, T*);
     for (const i64 rows : {0, 1, 2, 3, 15, 16, 24, 25, 47, 49, 50, 95, 109, 110, 130})
         for (const i64 columns : {0, 1, 2, 3, 4, 5, 8, 11}) {
             Operands<T> o(rows, columns, max(rows, 1) + 1);
             SCOPED_TRACE(problem(name, o));
             Strided<T> y1(o.y1, {}), y2(o.y2, {});
-            kernel<Gemv>("blas", n)(&o.a.m, &o.a.n, &o.alpha, *o.a, &o.a.lda, o.x1.data(), y1.data());
-            kernel<Gemv>("blas", t)(&o.a.m, &o.a.n, &o.alpha, *o.a, &o.a.lda, o.x2.data(), y2.data());
+            kernel<GemvUnit<T>>("blas", n)(&o.a.m, &o.a.n, &o.alpha, *o.a, &o.a.lda, o.x1.data(), y1.data());
+            kernel<GemvUnit<T>>("blas", t)(&o.a.m, &o.a.n, &o.alpha, *o.a, &o.a.lda, o.x2.data(), y2.data());
             o.call_kernel(name);
             if constexpr (!is_complex<T>) { // complex sums are joined after other columns
                 ASSERT_EQ(o.y1.bits(), y1.bits());

@@ -1,4 +1,5 @@
 // Matrix-vector products: ?gemv and its unit-stride kernels.
+#include "frame/kernels/blas.h"
 #include "tests/blas/matrix_vector.h"
 #include "tests/support/probe.h"
 
@@ -10,10 +11,7 @@
 namespace orv::test {
 namespace {
 
-template <class T>
-using Gemv = void(const char*, const i64*, const i64*, const T*, const T*, const i64*, const T*, const i64*, const T*,
-                  T*, const i64*);
-template <class T> using Kernel = void(const i64*, const i64*, const T*, const T*, const i64*, const T*, T*);
+using namespace kernels::blas;
 
 template <class T> std::string driver() { return std::string("x") + letter<T> + "gemv"; }
 
@@ -249,7 +247,7 @@ TYPED_TEST(GemvTest, gives_the_same_bits_at_every_alignment_and_leading_dimensio
 // One kernel, called by its exported name, adds the same bits as the driver.
 template <class T> void expect_kernel(const std::string& name, char trans)
 {
-    auto* f = kernel<Kernel<T>>("blas", name);
+    auto* f = kernel<GemvUnit<T>>("blas", name);
     const T alpha = scalar<T>(0.7, -1.3);
     for (const i64 m : {-1, 0, 1, 5, 16, 47})
         for (const i64 n : {-1, 0, 1, 2, 3, 4, 9})

@@ -1,4 +1,5 @@
 // Rank-one updates: ?ger, ?geru, ?gerc.
+#include "frame/kernels/blas.h"
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
 #include "tests/support/random.h"
@@ -11,9 +12,7 @@
 namespace orv::test {
 namespace {
 
-template <class T>
-using Ger = void(const i64* m, const i64* n, const T* alpha, const T* x, const i64* incx, const T* y, const i64* incy,
-                 T* a, const i64* lda);
+using namespace kernels::blas;
 
 template <class T> struct Update {
     i64 m, n, incx, incy, lda;

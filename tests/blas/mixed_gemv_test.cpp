@@ -1,4 +1,5 @@
 // Real matrix, complex vectors: dzgemv, scgemv and their helpers.
+#include "frame/kernels/blas.h"
 #include "tests/blas/matrix_vector.h"
 #include "tests/support/probe.h"
 
@@ -7,9 +8,7 @@
 namespace orv::test {
 namespace {
 
-template <class R>
-using Mixed = void(const char*, const i64*, const i64*, const cpx<R>*, const R*, const i64*, const cpx<R>*, const i64*,
-                   const cpx<R>*, cpx<R>*, const i64*);
+using namespace kernels::blas;
 
 template <class R> constexpr const char* routine = sizeof(R) == 8 ? "dzgemv" : "scgemv";
 
@@ -37,8 +36,8 @@ template <class R> struct Product {
     void call(const std::string& suffix = "")
     {
         const i64 incx = x.inc(), incy = y.inc();
-        kernel<Mixed<R>>("blas", routine<R>, suffix)(&trans, &a.m, &a.n, &alpha, *a, &a.lda, x.data(), &incx, &beta,
-                                                     y.data(), &incy);
+        kernel<MixedGemv<cpx<R>>>("blas", routine<R>, suffix)(&trans, &a.m, &a.n, &alpha, *a, &a.lda, x.data(), &incx,
+                                                              &beta, y.data(), &incy);
     }
     std::vector<Bounded> exact() const
     {
@@ -137,7 +136,7 @@ TYPED_TEST(MixedGemvTest, clears_y_without_reading_and_leaves_it_when_there_is_n
     for (const i64 size : {2, 20})
         for (const i64 inc : {1, -1, 2, 0})
             for (const char* suffix : {"", "_pst"}) {
-                auto* f = kernel<Mixed<R>>("blas", routine<R>, suffix);
+                auto* f = kernel<MixedGemv<cpx<R>>>("blas", routine<R>, suffix);
                 const T nothing = zero<T>, unit = one<T>;
                 Strided<T> y(size, inc); // NaN
                 const auto before = y.bits();
@@ -175,16 +174,13 @@ TYPED_TEST(MixedGemvTest, helpers_split_scale_and_join)
             Random random(static_cast<std::uint64_t>(n));
             v.fill(random);
             Guarded<R> parts(2 * n), scaled(2 * n);
-            kernel<void(const i64*, const T*, const i64*, R*)>("blas", stem + "_copyy_fwd")(&n, v.data(), &inc,
-                                                                                            parts.data());
-            kernel<void(const i64*, const T*, const T*, const i64*, R*)>("blas", stem + "_copyx")(&n, &alpha, v.data(),
-                                                                                                  &inc, scaled.data());
+            kernel<MixedCopyY<T>>("blas", stem + "_copyy_fwd")(&n, v.data(), &inc, parts.data());
+            kernel<MixedCopyX<T>>("blas", stem + "_copyx")(&n, &alpha, v.data(), &inc, scaled.data());
             for (i64 i = 0; i < n; ++i) {
                 ASSERT_PRED2(same_bits<T>, (T{parts[i], parts[i + n]}), v(i));
                 ASSERT_PRED2(same_bits<T>, (T{scaled[i], scaled[i + n]}), alpha * v(i));
             }
-            kernel<void(const i64*, const R*, T*, const i64*)>("blas", stem + "_copyy_bwd")(&n, parts.data(),
-                                                                                            joined.data(), &inc);
+            kernel<MixedCopyYBack<T>>("blas", stem + "_copyy_bwd")(&n, parts.data(), joined.data(), &inc);
             ASSERT_EQ(joined.bits(), v.bits());
         }
 }

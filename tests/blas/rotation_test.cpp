@@ -1,4 +1,5 @@
 // rot and rotm: every path against scalar code, bit for bit.
+#include "frame/kernels/blas.h"
 #include "tests/blas/elementwise.h"
 
 #include <limits>
@@ -6,8 +7,7 @@
 namespace orv::test {
 namespace {
 
-template <class T, class S> using Rot = void(const i64*, T*, const i64*, T*, const i64*, const real_t<T>*, const S*);
-template <class T> using Rotm = void(const i64*, T*, const i64*, T*, const i64*, const T*);
+using namespace kernels::blas;
 
 template <class R> constexpr R cosine = R(0.8);
 template <class S> constexpr S sine = S(0.6);
@@ -15,8 +15,9 @@ template <class R> constexpr cpx<R> sine<cpx<R>> = {R(0.36), R(-0.48)};
 
 template <class T, class S> void expect_rot(const char* symbol)
 {
-    static Rot<T, S>* f;
-    f = kernel<Rot<T, S>>("blas", symbol);
+    using F = std::conditional_t<std::is_same_v<T, S>, Rot<T>, RealRot<T>>;
+    static F* f;
+    f = kernel<F>("blas", symbol);
     expect_pairs<T>(
         {symbol, [](i64 n, T* x, i64 incx, T* y, i64 incy) { f(&n, x, &incx, y, &incy, &cosine<real_t<T>>, &sine<S>); },
          [](T& x, T& y) {
@@ -42,7 +43,7 @@ TEST(Rot, has_no_special_angle)
     const double nan = std::numeric_limits<double>::quiet_NaN(), c = 1, s = 0;
     double x = 1, y = nan;
     const i64 n = 1, inc = 1;
-    kernel<Rot<double, double>>("blas", "xdrot")(&n, &x, &inc, &y, &inc, &c, &s);
+    kernel<xdrot>()(&n, &x, &inc, &y, &inc, &c, &s);
     EXPECT_NE(x, x) << "0 times NaN is NaN";
 }
 

@@ -1,8 +1,11 @@
+#include "frame/kernels/blas.h"
 #include "tests/blas/reduction.h"
 #include "tests/support/bounds.h"
 
 namespace orv::test {
 namespace {
+
+using namespace kernels::blas;
 
 template <class R> struct Rotated {
     R a, b, c, s; // as left by the call
@@ -11,7 +14,7 @@ template <class R> struct Rotated {
 template <class R> Rotated<R> rotg(R a, R b)
 {
     R c = 7, s = 7;
-    kernel<void(R*, R*, R*, R*)>("blas", letter<R>, "rotg")(&a, &b, &c, &s);
+    kernel<Rotg<R>>("blas", letter<R>, "rotg")(&a, &b, &c, &s);
     return {a, b, c, s};
 }
 
@@ -92,7 +95,7 @@ template <class R> ComplexRotated<R> rotg(cpx<R> a, cpx<R> b)
 {
     R c = 7;
     cpx<R> s = {7, 7};
-    kernel<void(cpx<R>*, const cpx<R>*, R*, cpx<R>*)>("blas", letter<cpx<R>>, "rotg")(&a, &b, &c, &s);
+    kernel<ComplexRotg<cpx<R>>>("blas", letter<cpx<R>>, "rotg")(&a, &b, &c, &s);
     return {a, c, s};
 }
 

@@ -1,3 +1,4 @@
+#include "frame/kernels/blas.h"
 #include "tests/blas/reduction.h"
 #include "tests/support/bounds.h"
 
@@ -5,6 +6,8 @@
 
 namespace orv::test {
 namespace {
+
+using namespace kernels::blas;
 
 template <class R> struct Outcome {
     R d1, d2, x1;
@@ -29,7 +32,7 @@ template <class R> Outcome<R> rotmg(R d1, R d2, R x1, R y1)
 {
     Outcome<R> o = {d1, d2, x1, {}};
     o.param.fill(untouched);
-    kernel<void(R*, R*, R*, const R*, R*)>("blas", letter<R>, "rotmg")(&o.d1, &o.d2, &o.x1, &y1, o.param.data());
+    kernel<Rotmg<R>>("blas", letter<R>, "rotmg")(&o.d1, &o.d2, &o.x1, &y1, o.param.data());
     return o;
 }
 

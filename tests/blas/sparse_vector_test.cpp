@@ -1,3 +1,4 @@
+#include "frame/kernels/blas.h"
 #include "tests/support/bounds.h"
 #include "tests/support/kernels.h"
 #include "tests/support/vectors.h"
@@ -10,13 +11,7 @@
 namespace orv::test {
 namespace {
 
-template <class T> using Axpyi = void(const i64*, const T*, const T*, const i64*, T*);
-template <class T> using Doti = T(const i64*, const T*, const i64*, const T*);
-template <class T> using ComplexDoti = void(T*, const i64*, const T*, const i64*, const T*);
-template <class T> using Gather = void(const i64*, const T*, T*, const i64*);
-template <class T> using GatherZero = void(const i64*, T*, T*, const i64*);
-template <class T> using Scatter = void(const i64*, const T*, const i64*, T*);
-template <class T> using Roti = void(const i64*, T*, const i64*, T*, const T*, const T*);
+using namespace kernels::blas;
 
 template <class T> std::string name(const char* rest) { return letter<T> + std::string(rest); }
 
@@ -96,12 +91,10 @@ TYPED_TEST(SparseVector, gather_and_scatter_move_bits)
 {
     using T = TypeParam;
     expect<T>(
-        [&](Problem<T>& p) { kernel<Gather<T>>("blas", name<T>("gthr"))(&p.n, p.y.data(), p.x.data(), p.indx.data()); },
+        [&](Problem<T>& p) { kernel<Gthr<T>>("blas", name<T>("gthr"))(&p.n, p.y.data(), p.x.data(), p.indx.data()); },
         [&](T& x, T& y) { x = y; });
     expect<T>(
-        [&](Problem<T>& p) {
-            kernel<Scatter<T>>("blas", name<T>("sctr"))(&p.n, p.x.data(), p.indx.data(), p.y.data());
-        },
+        [&](Problem<T>& p) { kernel<Sctr<T>>("blas", name<T>("sctr"))(&p.n, p.x.data(), p.indx.data(), p.y.data()); },
         [&](T& x, T& y) { y = x; });
 }
 
@@ -109,9 +102,7 @@ TYPED_TEST(SparseVector, gthrz_clears_what_it_has_read)
 {
     using T = TypeParam;
     expect<T>(
-        [&](Problem<T>& p) {
-            kernel<GatherZero<T>>("blas", name<T>("gthrz"))(&p.n, p.y.data(), p.x.data(), p.indx.data());
-        },
+        [&](Problem<T>& p) { kernel<Gthrz<T>>("blas", name<T>("gthrz"))(&p.n, p.y.data(), p.x.data(), p.indx.data()); },
         [&](T& x, T& y) { x = y, y = zero<T>; });
 }
 
@@ -120,9 +111,9 @@ TYPED_TEST(SparseVector, negative_counts_do_nothing)
     using T = TypeParam;
     const i64 n = -3;
     kernel<Axpyi<T>>("blas", name<T>("axpyi"))(&n, &one<T>, nullptr, nullptr, nullptr);
-    kernel<Gather<T>>("blas", name<T>("gthr"))(&n, nullptr, nullptr, nullptr);
-    kernel<GatherZero<T>>("blas", name<T>("gthrz"))(&n, nullptr, nullptr, nullptr);
-    kernel<Scatter<T>>("blas", name<T>("sctr"))(&n, nullptr, nullptr, nullptr);
+    kernel<Gthr<T>>("blas", name<T>("gthr"))(&n, nullptr, nullptr, nullptr);
+    kernel<Gthrz<T>>("blas", name<T>("gthrz"))(&n, nullptr, nullptr, nullptr);
+    kernel<Sctr<T>>("blas", name<T>("sctr"))(&n, nullptr, nullptr, nullptr);
 }
 
 template <class T> void expect_roti(const char* symbol)

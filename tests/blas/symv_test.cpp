@@ -1,4 +1,5 @@
 // Products with symmetric and Hermitian matrices, full, packed and banded: x?symv, ?hemv, ?spmv, ?hpmv, ?sbmv, ?hbmv.
+#include "frame/kernels/blas.h"
 #include "tests/blas/matrix_vector.h"
 #include "tests/support/probe.h"
 
@@ -7,6 +8,8 @@
 
 namespace orv::test {
 namespace {
+
+using namespace kernels::blas;
 
 enum class Kind { full, packed, band };
 
@@ -72,15 +75,6 @@ template <class T> bool same(const std::vector<T>& a, const std::vector<T>& b)
     return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0);
 }
 
-template <class T>
-using Full = void(const char*, const i64*, const T*, const T*, const i64*, const T*, const i64*, const T*, T*,
-                  const i64*);
-template <class T>
-using Packed = void(const char*, const i64*, const T*, const T*, const T*, const i64*, const T*, T*, const i64*);
-template <class T>
-using Band = void(const char*, const i64*, const i64*, const T*, const T*, const i64*, const T*, const i64*, const T*,
-                  T*, const i64*);
-
 // What a routine computes with, whatever the storage.
 template <class T> struct Call {
     Kind kind;
@@ -95,10 +89,10 @@ template <class T> struct Call {
     void operator()(T alpha, const T* x, i64 incx, T beta, T* y, i64 incy, const char* suffix = "") const
     {
         const std::string name = name_of<T>(kind) + suffix;
-        if (kind == Kind::full) kernel<Full<T>>("blas", name)(&uplo, &n, &alpha, a, &lda, x, &incx, &beta, y, &incy);
-        if (kind == Kind::packed) kernel<Packed<T>>("blas", name)(&uplo, &n, &alpha, a, x, &incx, &beta, y, &incy);
+        if (kind == Kind::full) kernel<Symv<T>>("blas", name)(&uplo, &n, &alpha, a, &lda, x, &incx, &beta, y, &incy);
+        if (kind == Kind::packed) kernel<Spmv<T>>("blas", name)(&uplo, &n, &alpha, a, x, &incx, &beta, y, &incy);
         if (kind == Kind::band)
-            kernel<Band<T>>("blas", name)(&uplo, &n, &k, &alpha, a, &lda, x, &incx, &beta, y, &incy);
+            kernel<Sbmv<T>>("blas", name)(&uplo, &n, &k, &alpha, a, &lda, x, &incx, &beta, y, &incy);
     }
 };
 

@@ -1,4 +1,5 @@
 // Updates of rank one and two of a triangle: ?syr, ?her, ?spr, ?hpr, ?syr2, ?her2, ?spr2, ?hpr2.
+#include "frame/kernels/blas.h"
 #include "tests/blas/matrix_vector.h"
 #include "tests/support/probe.h"
 
@@ -7,6 +8,8 @@
 
 namespace orv::test {
 namespace {
+
+using namespace kernels::blas;
 
 // One routine; rank is 1 or 2. A full one without a name of its own is xssyr, xdsyr, cher, zher and so on.
 struct Family {
@@ -92,17 +95,12 @@ void call(const Family& f, char uplo, i64 n, T alpha, const T* x, i64 incx, cons
 {
     const std::string name = f.name<T>();
     const real_t<T> re = real_part(alpha);
-    const auto one = [&](auto... more) {
-        kernel<void(const char*, const i64*, const real_t<T>*, const T*, const i64*, T*, decltype(more)...)>(
-            "blas", name)(&uplo, &n, &re, x, &incx, a, more...);
-    };
-    const auto two = [&](auto... more) {
-        kernel<void(const char*, const i64*, const T*, const T*, const i64*, const T*, const i64*, T*,
-                    decltype(more)...)>("blas", name)(&uplo, &n, &alpha, x, &incx, y, &incy, a, more...);
-    };
-    const i64* const lda_at = &lda;
-    if (f.rank == 1) f.packed ? one() : first ? one(lda_at, first) : one(lda_at);
-    else f.packed ? two() : first ? two(lda_at, first) : two(lda_at);
+    if (f.rank == 1 && f.packed) kernel<Spr<T>>("blas", name)(&uplo, &n, &re, x, &incx, a);
+    else if (f.rank == 1 && first) kernel<SyrInThread<T>>("blas", name)(&uplo, &n, &alpha, x, &incx, a, &lda, first);
+    else if (f.rank == 1) kernel<Syr<T>>("blas", name)(&uplo, &n, &re, x, &incx, a, &lda);
+    else if (f.packed) kernel<Spr2<T>>("blas", name)(&uplo, &n, &alpha, x, &incx, y, &incy, a);
+    else if (first) kernel<Syr2InThread<T>>("blas", name)(&uplo, &n, &alpha, x, &incx, y, &incy, a, &lda, first);
+    else kernel<Syr2<T>>("blas", name)(&uplo, &n, &alpha, x, &incx, y, &incy, a, &lda);
 }
 
 template <class T> std::string problem(const Family& f, char uplo, i64 n, i64 lda, i64 incx, i64 incy)

@@ -53,7 +53,7 @@ TYPED_TEST(TbsvTest, chooses_its_body_by_size_width_and_operation)
                 x.fill(random);
                 letters_asked = 0;
                 const i64 inc = 1;
-                reinterpret_cast<BandCall<T>*>(f)("U", &trans, "N", &n, &k, *a, &a.lda, x.data(), &inc);
+                reinterpret_cast<kernels::blas::Tbmv<T>*>(f)("U", &trans, "N", &n, &k, *a, &a.lda, x.data(), &inc);
                 ASSERT_EQ(letters_asked > 0, expected(n, k, trans)) << n << ' ' << k << ' ' << trans;
             }
 }

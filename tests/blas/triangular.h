@@ -1,6 +1,7 @@
 // Triangular systems for tests: matrices in every storage, calls by name, and what results should be.
 #pragma once
 
+#include "frame/kernels/blas.h"
 #include "tests/support/bounds.h"
 #include "tests/support/kernels.h"
 #include "tests/support/probe.h"
@@ -66,13 +67,6 @@ private:
     std::vector<std::byte> before_;
 };
 
-template <class T>
-using FullCall = void(const char*, const char*, const char*, const i64*, const T*, const i64*, T*, const i64*);
-template <class T> using PackedCall = void(const char*, const char*, const char*, const i64*, const T*, T*, const i64*);
-template <class T>
-using BandCall = void(const char*, const char*, const char*, const i64*, const i64*, const T*, const i64*, T*,
-                      const i64*);
-
 // A letter in the given case.
 inline char cased(char letter, bool lower) { return static_cast<char>(lower ? letter | 0x20 : letter); }
 
@@ -83,10 +77,10 @@ void call(void* routine, const TriangularMatrix<T>& a, char trans, T* x, i64 inc
     const char uplo = cased(a.upper ? 'U' : 'L', lower_case), op = cased(trans, lower_case);
     const char diag = cased(a.unit ? 'U' : 'N', lower_case);
     if (a.storage == Storage::full)
-        reinterpret_cast<FullCall<T>*>(routine)(&uplo, &op, &diag, &a.n, *a, &a.lda, x, &incx);
+        reinterpret_cast<kernels::blas::Trmv<T>*>(routine)(&uplo, &op, &diag, &a.n, *a, &a.lda, x, &incx);
     else if (a.storage == Storage::packed)
-        reinterpret_cast<PackedCall<T>*>(routine)(&uplo, &op, &diag, &a.n, *a, x, &incx);
-    else reinterpret_cast<BandCall<T>*>(routine)(&uplo, &op, &diag, &a.n, &a.k, *a, &a.lda, x, &incx);
+        reinterpret_cast<kernels::blas::Tpmv<T>*>(routine)(&uplo, &op, &diag, &a.n, *a, x, &incx);
+    else reinterpret_cast<kernels::blas::Tbmv<T>*>(routine)(&uplo, &op, &diag, &a.n, &a.k, *a, &a.lda, x, &incx);
 }
 
 // One number for the size of an element, as bounds of complex arithmetic take it.

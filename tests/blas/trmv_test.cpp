@@ -1,8 +1,11 @@
 // Triangular products: the kernel of the blocks, and pieces for the members of a team.
+#include "frame/kernels/blas.h"
 #include "tests/blas/triangular.h"
 
 namespace orv::test {
 namespace {
+
+using namespace kernels::blas;
 
 template <class T> class TrmvTest : public testing::Test {
 };
@@ -16,13 +19,9 @@ TYPED_TEST(TrmvTest, has_a_kernel_for_its_blocks_that_takes_any_triangle)
     for (const i64 n : {0, 1, 3, 4, 17, 63, 64, 65, 130}) sweep.run(Storage::full, n, 0, 1, all_strides);
 }
 
-template <class T>
-using InThread = void(const char*, const char*, const char*, const i64*, const T*, const i64*, T*, const i64*,
-                      const i64*, const i64*);
-
 template <class T> void in_thread(const TriangularMatrix<T>& a, char trans, T* x, i64 incx, i64 count, i64 first_column)
 {
-    static auto* const f = kernel<InThread<T>>("blas", "x", letter<T>, "trmv_in_thread");
+    static auto* const f = kernel<TrmvInThread<T>>("blas", "x", letter<T>, "trmv_in_thread");
     const char uplo = a.upper ? 'U' : 'L', diag = a.unit ? 'U' : 'N';
     f(&uplo, &trans, &diag, &a.n, *a, &a.lda, x, &incx, &count, &first_column);
 }

@@ -1,10 +1,13 @@
 // Triangular solves in blocks: the kernels of the blocks, what is handed to the public product, the division.
+#include "frame/kernels/blas.h"
 #include "tests/blas/triangular.h"
 
 #include <dlfcn.h>
 
 namespace orv::test {
 namespace {
+
+using namespace kernels::blas;
 
 // A call of a public matrix-vector product, its operands as places in the caller's.
 template <class T> struct Recorded {
@@ -26,9 +29,7 @@ void record(const char* name, const char* trans, const i64* m, const i64* n, con
             const T* x, const i64* incx, const T* beta, T* y, const i64* incy)
 {
     calls<T>.push_back({*trans, *m, *n, *alpha, a, *lda, x, *incx, *beta, y, *incy});
-    using Gemv = void(const char*, const i64*, const i64*, const T*, const T*, const i64*, const T*, const i64*,
-                      const T*, T*, const i64*);
-    reinterpret_cast<Gemv*>(dlsym(RTLD_NEXT, name))(trans, m, n, alpha, a, lda, x, incx, beta, y, incy);
+    reinterpret_cast<Gemv<T>*>(dlsym(RTLD_NEXT, name))(trans, m, n, alpha, a, lda, x, incx, beta, y, incy);
 }
 
 } // namespace
@@ -128,7 +129,7 @@ TYPED_TEST(TrsvTest, solves_blocks_by_kernels_that_are_named_after_their_options
             for (const char diag : {'n', 'u'}) {
                 if (trans == 'c' && !is_complex<T>) continue;
                 const std::string name = std::string(1, letter<T>) + "trsv_" + uplo + trans + diag;
-                auto* const f = kernel<void(const i64*, const T*, const i64*, T*, const i64*)>("blas", name);
+                auto* const f = kernel<TrsvOfForm<T>>("blas", name);
                 for (const i64 n : {0, 1, 2, 3, 4, 5, 7, 8, 31, 32})
                     for (const i64 incx : all_strides) {
                         SCOPED_TRACE(name + " n=" + std::to_string(n) + " incx=" + std::to_string(incx));
@@ -149,7 +150,7 @@ TYPED_TEST(TrsvTest, solves_blocks_by_kernels_that_are_named_after_their_options
 template <class R> void expect_column_order()
 {
     const std::string name = std::string(1, letter<R>) + "trsv_lnn";
-    auto* const f = kernel<void(const i64*, const R*, const i64*, R*, const i64*)>("blas", name);
+    auto* const f = kernel<TrsvOfForm<R>>("blas", name);
     for (i64 n = 0; n <= 32; ++n)
         for (const i64 incx : all_strides) {
             const TriangularMatrix<R> a(Storage::full, false, false, n, 0, 2);
@@ -195,7 +196,7 @@ TYPED_TEST(TrsvTest, gives_infinity_or_nan_for_a_zero_on_the_diagonal)
         const T a = 0;
         T x[] = {2, -3, 0};
         const i64 n = 1, inc = 1;
-        auto* const f = kernel<void(const i64*, const T*, const i64*, T*, const i64*)>("blas", letter<T>, "trsv_lnn");
+        auto* const f = kernel<TrsvOfForm<T>>("blas", letter<T>, "trsv_lnn");
         for (T& e : x) f(&n, &a, &n, &e, &inc);
         EXPECT_EQ(x[0], std::numeric_limits<T>::infinity());
         EXPECT_EQ(x[1], -std::numeric_limits<T>::infinity());
@@ -221,7 +222,7 @@ template <class R> void expect_smith()
     const R huge = std::numeric_limits<R>::max() / 4, tiny = std::numeric_limits<R>::min() * 4;
     const auto quotient = [](T b, T d) {
         const i64 n = 1, inc = 1;
-        kernel<FullCall<T>>("blas", driver<T>())("L", "N", "N", &n, &d, &n, &b, &inc);
+        kernel<Trmv<T>>("blas", driver<T>())("L", "N", "N", &n, &d, &n, &b, &inc);
         return b;
     };
     for (int i = 0; i < 1000; ++i)

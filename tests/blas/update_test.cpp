@@ -1,4 +1,5 @@
 // axpy, axpby, scal, copy, swap: every path against scalar code, bit for bit.
+#include "frame/kernels/blas.h"
 #include "tests/blas/elementwise.h"
 
 #include <bit>
@@ -8,11 +9,7 @@
 namespace orv::test {
 namespace {
 
-template <class T> using Axpy = void(const i64*, const T*, const T*, const i64*, T*, const i64*);
-template <class T> using Axpby = void(const i64*, const T*, const T*, const i64*, const T*, T*, const i64*);
-template <class T> using Copy = void(const i64*, const T*, const i64*, T*, const i64*);
-template <class T> using Swap = void(const i64*, T*, const i64*, T*, const i64*);
-template <class A, class T> using Scal = void(const i64*, const A*, T*, const i64*);
+using namespace kernels::blas;
 
 template <class T> constexpr T scalar(double re, double im)
 {
@@ -35,7 +32,8 @@ template <class T> void axpy(i64 n, T a, const T* x, i64 incx, T* y, i64 incy)
 }
 template <class A, class T> void scal(const char* symbol, i64 n, A a, T* x, i64 incx)
 {
-    kernel<Scal<A, T>>("blas", symbol)(&n, &a, x, &incx);
+    using F = std::conditional_t<std::is_same_v<A, T>, Scal<T>, RealScal<T>>;
+    kernel<F>("blas", symbol)(&n, &a, x, &incx);
 }
 
 template <class T> class Update : public testing::Test {

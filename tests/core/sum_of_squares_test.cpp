@@ -1,4 +1,5 @@
 // Constants of the arithmetic and sums of squares, as LAPACK kernels ask for them.
+#include "frame/imports.h"
 #include "tests/support/bounds.h"
 #include "tests/support/kernels.h"
 #include "tests/support/random.h"
@@ -7,17 +8,6 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
-
-#define LASSQ(t, T)                                                                                                    \
-    extern "C" void orv_lapack_##t##lassq(const orv::i64*, const T*, const orv::i64*, orv::real_t<T>*, orv::real_t<T>*);
-LASSQ(s, float)
-LASSQ(d, double)
-LASSQ(c, orv::cpx<float>)
-LASSQ(z, orv::cpx<double>)
-extern "C" float orv_lapack_slamch(const char*);
-extern "C" double orv_lapack_dlamch(const char*);
-extern "C" void orv_lapack_slabad(float*, float*);
-extern "C" void orv_lapack_dlabad(double*, double*);
 
 namespace orv::test {
 namespace {

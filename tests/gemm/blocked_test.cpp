@@ -1,5 +1,6 @@
 // x?gemm_par: the loop orders, what each does about beta and alpha before its loops, and what without memory.
 #include "blas/gemm/gemm.h"
+#include "frame/kernels/blas.h"
 #include "tests/gemm/product.h"
 #include "tests/support/probe.h"
 
@@ -8,16 +9,14 @@
 namespace orv::test {
 namespace {
 
-using gemm::Desc;
+using namespace kernels::blas;
 
-template <class T>
-using Par = int(const char*, const char*, const i64*, const i64*, const i64*, const T*, const T*, const i64*, const T*,
-                const i64*, const T*, T*, const i64*, i32 version, Desc<T>*);
+using gemm::Desc;
 
 template <class T> Desc<T> bound(i64 mb, i64 nb, i64 kb)
 {
     Desc<T> desc = {};
-    kernel<int(Desc<T>*)>("blas", name_of<T>("", "gemm_get_optimal_kernel"))(&desc);
+    kernel<GetOptimalKernel<T>>("blas", name_of<T>("", "gemm_get_optimal_kernel"))(&desc);
     desc.mb = mb, desc.nb = nb, desc.kb = kb;
     return desc;
 }
@@ -25,9 +24,9 @@ template <class T> Desc<T> bound(i64 mb, i64 nb, i64 kb)
 template <class T> int run(const Operands<T>& x, i32 version, Desc<T>& desc, const T* a, i64 lda, const T* b, i64 ldb)
 {
     const Problem<T>& p = x.p;
-    return kernel<Par<T>>("blas", name_of<T>("x", "gemm_par"))(&p.transa, &p.transb, &p.m, &p.n, &p.k, &p.alpha, a,
-                                                               &lda, b, &ldb, &p.beta, x.c.data(), &p.ldc, version,
-                                                               &desc);
+    return kernel<GemmPar<T>>("blas", name_of<T>("x", "gemm_par"))(&p.transa, &p.transb, &p.m, &p.n, &p.k, &p.alpha, a,
+                                                                   &lda, b, &ldb, &p.beta, x.c.data(), &p.ldc, version,
+                                                                   &desc);
 }
 template <class T> int run(const Operands<T>& x, i32 version, Desc<T>& desc)
 {
@@ -195,8 +194,8 @@ TEST(LoopOrder, leaves_an_empty_c_at_once)
     for (auto [m, n] : {std::array<i64, 2>{0, 5}, {5, 0}, {-1, 5}}) {
         const double scalar = 2;
         const i64 k = 5;
-        EXPECT_EQ(kernel<Par<double>>("blas", "xdgemm_par")("n", "n", &m, &n, &k, &scalar, nullptr, &k, nullptr, &k,
-                                                            &scalar, nullptr, &k, 2, &desc),
+        EXPECT_EQ(kernel<GemmPar<double>>("blas", "xdgemm_par")("n", "n", &m, &n, &k, &scalar, nullptr, &k, nullptr, &k,
+                                                                &scalar, nullptr, &k, 2, &desc),
                   0);
     }
 }

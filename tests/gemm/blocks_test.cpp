@@ -1,35 +1,37 @@
 // Block sizes and work areas at the edges of their formulas.
 #include "blas/gemm/gemm.h"
+#include "frame/kernels/blas.h"
 #include "tests/gemm/product.h"
 #include "tests/support/probe.h"
 
 namespace orv::test {
 namespace {
 
+using namespace kernels::blas;
+
 template <class T> gemm::Desc<T> bound()
 {
     gemm::Desc<T> desc = {};
-    kernel<int(i32, gemm::Desc<T>*)>("blas", name_of<T>("", "gemm_get_kernel"))(0, &desc);
+    kernel<GetKernel<T>>("blas", name_of<T>("", "gemm_get_kernel"))(0, &desc);
     return desc;
 }
 template <class T> gemm::Desc<T> sized(i64 m, i64 n, i64 k)
 {
     gemm::Desc<T> desc = bound<T>();
-    kernel<gemm::GetBlksSize<T>>("blas", name_of<T>("", "gemm_get_blks_size"))(&m, &n, &k, &desc);
+    kernel<GetBlksSize<T>>("blas", name_of<T>("", "gemm_get_blks_size"))(&m, &n, &k, &desc);
     return desc;
 }
 template <class T> int size_areas(int selector, int mode, i64 m, i64 n, i64 k, gemm::Desc<T>& desc)
 {
-    return kernel<gemm::GetBufsSize<T>>("blas", name_of<T>("", "gemm_get_bufs_size"))(selector, mode, &m, &n, &k,
-                                                                                      &desc);
+    return kernel<GetBufsSize<T>>("blas", name_of<T>("", "gemm_get_bufs_size"))(selector, mode, &m, &n, &k, &desc);
 }
 template <class T> int take_areas(int selector, void** handle, gemm::Desc<T>& desc)
 {
-    return kernel<gemm::GetBufs<T>>("blas", name_of<T>("", "gemm_get_bufs"))(selector, handle, &desc);
+    return kernel<GetBufs<T>>("blas", name_of<T>("", "gemm_get_bufs"))(selector, handle, &desc);
 }
 template <class T> void free_areas(void* handle)
 {
-    kernel<void(void*)>("blas", name_of<T>("", "gemm_free_bufs"))(handle);
+    kernel<FreeBufs<T>>("blas", name_of<T>("", "gemm_free_bufs"))(handle);
 }
 
 struct Depth {
@@ -107,8 +109,8 @@ TEST(Blocks, sizes_that_are_set_stay)
         const i64 m = 100, n = 100, k = 100;
         for (int set = 0; set < 8; ++set) {
             gemm::Desc<T> desc = bound<T>();
-            kernel<void(i64, i64, i64, gemm::Desc<T>*)>("blas", name_of<T>("", "gemm_set_blks_size"))(
-                set & 1 ? 7 : 0, set & 2 ? 9 : 0, set & 4 ? 5 : 0, &desc);
+            kernel<SetBlksSize<T>>("blas", name_of<T>("", "gemm_set_blks_size"))(set & 1 ? 7 : 0, set & 2 ? 9 : 0,
+                                                                                 set & 4 ? 5 : 0, &desc);
             desc.get_blks_size(&m, &n, &k, &desc);
             const auto chosen = sized<T>(m, n, k);
             EXPECT_EQ(desc.mb, set & 1 ? 7 : chosen.mb);

@@ -1,10 +1,13 @@
 // Kernel tables, kernel records and the descriptor: fields by their offset, as a caller in another language meets them.
 #include "blas/gemm/gemm.h"
+#include "frame/kernels/blas.h"
 #include "tests/gemm/product.h"
 #include "tests/support/probe.h"
 
 namespace orv::test {
 namespace {
+
+using namespace kernels::blas;
 
 template <class F> F field(const void* record, std::size_t offset)
 {
@@ -16,16 +19,13 @@ i64 word(const void* record, std::size_t offset) { return field<i64>(record, off
 i32 half(const void* record, std::size_t offset) { return field<i32>(record, offset); }
 
 template <class T> struct Api {
-    using D = gemm::Desc<T>;
-    void (*zero_desc)(D*) = kernel<void(D*)>("blas", name_of<T>("", "gemm_zero_desc"));
-    void (*num_kernels)(i32*) = kernel<void(i32*)>("blas", name_of<T>("", "gemm_num_kernels"));
-    int (*get_kernel)(i32, D*) = kernel<int(i32, D*)>("blas", name_of<T>("", "gemm_get_kernel"));
-    int (*get_optimal_kernel)(D*) = kernel<int(D*)>("blas", name_of<T>("", "gemm_get_optimal_kernel"));
-    int (*get_kernel_version)(const i64*, const i64*, const i64*, const D*) =
-        kernel<int(const i64*, const i64*, const i64*, const D*)>("blas", name_of<T>("", "gemm_get_kernel_version"));
-    int (*api_support)() = kernel<int()>("blas", name_of<T>("", "gemm_api_support"));
-    void (*set_blks_size)(i64, i64, i64, D*) = kernel<void(i64, i64, i64, D*)>("blas",
-                                                                               name_of<T>("", "gemm_set_blks_size"));
+    ZeroDesc<T>* zero_desc = kernel<ZeroDesc<T>>("blas", letter<T>, "gemm_zero_desc");
+    NumKernels<T>* num_kernels = kernel<NumKernels<T>>("blas", letter<T>, "gemm_num_kernels");
+    GetKernel<T>* get_kernel = kernel<GetKernel<T>>("blas", letter<T>, "gemm_get_kernel");
+    GetOptimalKernel<T>* get_optimal_kernel = kernel<GetOptimalKernel<T>>("blas", letter<T>, "gemm_get_optimal_kernel");
+    GetKernelVersion<T>* get_kernel_version = kernel<GetKernelVersion<T>>("blas", letter<T>, "gemm_get_kernel_version");
+    ApiSupport<T>* api_support = kernel<ApiSupport<T>>("blas", letter<T>, "gemm_api_support");
+    SetBlksSize<T>* set_blks_size = kernel<SetBlksSize<T>>("blas", letter<T>, "gemm_set_blks_size");
     const char* records = static_cast<const char*>(table(letter<T> + std::string("_all_gemm_ker")));
     const i32* best = static_cast<const i32*>(table(letter<T> + std::string("_opt_gemm_ker")));
 };
@@ -209,7 +209,7 @@ TEST(EmptySlots, do_nothing)
         for (const char* slot : {"initialize_kernel_info", "initialize_buffers", "map_thread_to_kernel"})
             names.push_back(type + "gemm_" + slot);
     }
-    for (const std::string& name : names) kernel<void()>("blas", name)();
+    for (const std::string& name : names) kernel<Empty<double>>("blas", name)();
 }
 
 } // namespace

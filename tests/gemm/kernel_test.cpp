@@ -1,3 +1,4 @@
+#include "frame/kernels/blas.h"
 #include "tests/gemm/panels.h"
 
 #include <gtest/gtest.h>
@@ -6,6 +7,8 @@
 
 namespace orv::test {
 namespace {
+
+using namespace kernels::blas;
 
 template <class T> class Kernel : public ::testing::Test {
 };
@@ -73,9 +76,9 @@ public:
     {
         const char transa = 'N', transb = x_.transb ? x_.transb : 'N';
         const T alpha = one<T>;
-        kernel<gemm::Ker<T>>("blas", name)(&transa, &transb, &x_.m, &x_.n, &x_.k, &alpha, a_.data(), &a_stride_,
-                                           b_->data(), &b_stride_, &beta, c_.data(), &ldc_, scratch_.data(),
-                                           x_.transb ? gemm::b_in_place : gemm::b_packed);
+        kernel<GemmKernel<T>>("blas", name)(&transa, &transb, &x_.m, &x_.n, &x_.k, &alpha, a_.data(), &a_stride_,
+                                            b_->data(), &b_stride_, &beta, c_.data(), &ldc_, scratch_.data(),
+                                            x_.transb ? gemm::b_in_place : gemm::b_packed);
     }
 
     // What C must be afterwards, padding included.

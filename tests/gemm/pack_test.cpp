@@ -1,9 +1,12 @@
+#include "frame/kernels/blas.h"
 #include "tests/gemm/panels.h"
 
 #include <gtest/gtest.h>
 
 namespace orv::test {
 namespace {
+
+using namespace kernels::blas;
 
 template <class T> class Pack : public ::testing::Test {
 };
@@ -51,8 +54,8 @@ template <class T> void check(const Case& x, T alpha, const std::string& name, R
     });
 
     const std::vector<T> before(source.begin(), source.end());
-    if (is_a) kernel<gemm::CopyA<T>>("blas", name)(&x.n, &x.k, source.data(), &ld, buffer.data(), &stride, &alpha);
-    else kernel<gemm::CopyB<T>>("blas", name)(&x.k, &x.n, source.data(), &ld, buffer.data(), &stride, nullptr);
+    if (is_a) kernel<CopyA<T>>("blas", name)(&x.n, &x.k, source.data(), &ld, buffer.data(), &stride, &alpha);
+    else kernel<CopyB<T>>("blas", name)(&x.k, &x.n, source.data(), &ld, buffer.data(), &stride, nullptr);
 
     ASSERT_TRUE(same_bits(buffer.data(), expected.data(), size));
     ASSERT_TRUE(same_bits(source.data(), before.data(), before.size()));
@@ -119,8 +122,8 @@ TYPED_TEST(Pack, writes_nothing_for_empty_blocks)
     const T alpha = some_alpha<T>();
     Guarded<T> source(0), buffer(0); // neither may be touched
     for (const char op : ops<T>()) {
-        auto* copy_a = kernel<gemm::CopyA<T>>("blas", symbol<T>(std::string("copya") + op));
-        auto* copy_b = kernel<gemm::CopyB<T>>("blas", symbol<T>(std::string("copyb") + op));
+        auto* copy_a = kernel<CopyA<T>>("blas", symbol<T>(std::string("copya") + op));
+        auto* copy_b = kernel<CopyB<T>>("blas", symbol<T>(std::string("copyb") + op));
         copy_a(&zero_extent, &some, source.data(), &ld, buffer.data(), &stride, &alpha);
         copy_a(&some, &zero_extent, source.data(), &ld, buffer.data(), &stride, &alpha);
         copy_b(&some, &zero_extent, source.data(), &ld, buffer.data(), &stride, nullptr);

@@ -1,10 +1,12 @@
 // ?gemm_pst and ?gemm_mscale.
+#include "frame/kernels/blas.h"
 #include "tests/gemm/product.h"
 
 namespace orv::test {
 namespace {
 
-template <class T> using Mscale = void(const i64* m, const i64* n, const T* beta, T* c, const i64* ldc);
+using namespace kernels::blas;
+
 template <class T> Mscale<T>* mscale() { return kernel<Mscale<T>>("blas", name_of<T>("", "gemm_mscale")); }
 template <class T> Gemm<T>* pst() { return gemm<T>("", "gemm_pst"); }
 

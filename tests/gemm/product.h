@@ -1,6 +1,7 @@
 // One matrix product as a problem: what to multiply, operands between guard pages, what the entries of C should be.
 #pragma once
 
+#include "frame/kernels/blas.h"
 #include "tests/support/bounds.h"
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
@@ -13,9 +14,7 @@
 
 namespace orv::test {
 
-template <class T>
-using Gemm = void(const char* transa, const char* transb, const i64* m, const i64* n, const i64* k, const T* alpha,
-                  const T* a, const i64* lda, const T* b, const i64* ldb, const T* beta, T* c, const i64* ldc);
+using kernels::blas::Gemm;
 
 template <class T> std::string name_of(const std::string& before, const std::string& after)
 {

@@ -1,12 +1,15 @@
 // The variants of the product: panels of twelve rows, three real products for a complex one, real times complex.
 //
 // Operands of small whole numbers make every sum exact, whatever its order: the results are compared bit for bit.
+#include "frame/kernels/blas.h"
 #include "tests/gemm/product.h"
 #include "tests/support/probe.h"
 #include "tests/support/whole.h"
 
 namespace orv::test {
 namespace {
+
+using namespace kernels::blas;
 
 // C := alpha*op(A)*op(B) + beta*C of whole numbers; TA is the type of A, T of everything else.
 template <class TA, class T> struct Whole {
@@ -37,8 +40,7 @@ template <class TA, class T> struct Whole {
         if constexpr (is_complex<X>) return fold(op) == 'C' ? conj(e) : e;
         else return e;
     }
-    using Routine = void(const char*, const char*, const i64*, const i64*, const i64*, const T*, const TA*, const i64*,
-                         const T*, const i64*, const T*, T*, const i64*);
+    using Routine = std::conditional_t<std::is_same_v<T, TA>, Gemm<T>, MixedGemm<T>>;
     void call(const std::string& name) const
     {
         kernel<Routine>("blas", name)(&transa, &transb, &m, &n, &k, &alpha, a.data(), &lda, b.data(), &ldb, &beta,
@@ -154,11 +156,9 @@ TEST(TwelveRows, ends_with_products_of_matrix_and_vector)
     const auto before = Operands<double>(Problem<double>{'t', 'n', 30, 5, 300}, {}, 3);
     before.call(gemm<double>("x", "gemm_bdz"));
     const Operands<double> x(Problem<double>{'t', 'n', 30, 5, 300}, {}, 3);
-    using Gemv = void(const char*, const i64*, const i64*, const double*, const double*, const i64*, const double*,
-                      const i64*, const double*, double*, const i64*);
     const i64 unit = 1;
-    kernel<Gemv>("blas", "xdgemv")("t", &x.p.k, &x.p.m, &x.p.alpha, x.a.data(), &x.p.lda, &x.b[4 * x.p.ldb], &unit,
-                                   &x.p.beta, &x.at(0, 4), &unit);
+    kernel<xdgemv>()("t", &x.p.k, &x.p.m, &x.p.alpha, x.a.data(), &x.p.lda, &x.b[4 * x.p.ldb], &unit, &x.p.beta,
+                     &x.at(0, 4), &unit);
     for (i64 i = 0; i < 30; ++i) EXPECT_EQ(before.at(i, 4), x.at(i, 4));
 }
 

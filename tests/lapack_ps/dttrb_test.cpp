@@ -1,14 +1,12 @@
 // Elimination from both ends: ?dttrfb, x?dttrsb, ?dtsvb.
+#include "frame/kernels/lapack_ps.h"
 #include "tests/lapack_ps/tridiagonal.h"
 #include "tests/support/probe.h"
 
 namespace orv::test {
 namespace {
 
-template <class T> using Dttrfb = void(const i64*, T*, T*, const T*, i64*);
-template <class T>
-using Dttrsb = void(const char*, const i64*, const i64*, const T*, const T*, const T*, T*, const i64*, i64*);
-template <class T> using Dtsvb = void(const i64*, const i64*, T*, T*, const T*, T*, const i64*, i64*);
+using namespace kernels::lapack_ps;
 
 template <class T> std::string name(const char* prefix, const char* stem)
 {

@@ -1,4 +1,5 @@
 // Factorisation with complete pivoting: ?getc2.
+#include "frame/kernels/lapack_ps.h"
 #include "tests/lapack_ps/fronts.h"
 #include "tests/lapack_ps/matrix.h"
 
@@ -6,6 +7,8 @@
 
 namespace orv::test {
 namespace {
+
+using namespace kernels::lapack_ps;
 
 template <class T> struct Factors {
     Square<T> a;
@@ -15,8 +18,7 @@ template <class T> struct Factors {
     explicit Factors(i64 n) : a(n, n % 3), ipiv(n), jpiv(n) {}
     void compute()
     {
-        kernel<void(const i64*, T*, const i64*, i64*, i64*, i64*)>("lapack_ps", letter<T>, "getc2")(
-            &a.n, a.data.data(), &a.lda, ipiv.data(), jpiv.data(), &info);
+        kernel<Getc2<T>>("lapack_ps", letter<T>, "getc2")(&a.n, a.data.data(), &a.lda, ipiv.data(), jpiv.data(), &info);
     }
 };
 

@@ -1,4 +1,5 @@
 // Scaled copies ?lacpy2 and ?lacpy3, and the packed update cspr.
+#include "frame/kernels/lapack_ps.h"
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
 #include "tests/support/random.h"
@@ -12,10 +13,7 @@
 namespace orv::test {
 namespace {
 
-template <class T>
-using Lacpy2 = void(const char*, const i64*, const i64*, const T*, const i64*, const T*, T*, const i64*, const T*);
-template <class T>
-using Lacpy3 = void(const char*, const i64*, const i64*, const T*, const i64*, const T*, T*, const T*);
+using namespace kernels::lapack_ps;
 
 template <class T> std::string named(const char* name) { return letter<T> + std::string(name); }
 
@@ -100,11 +98,7 @@ TEST(Lacpy, lets_a_nan_of_the_target_through_a_beta_of_zero)
 
 using C = cpx<float>;
 
-void spr(char uplo, i64 n, C alpha, const C* x, i64 inc, C* a)
-{
-    kernel<void(const char*, const i64*, const C*, const C*, const i64*, C*)>("lapack_ps", "cspr")(&uplo, &n, &alpha, x,
-                                                                                                   &inc, a);
-}
+void spr(char uplo, i64 n, C alpha, const C* x, i64 inc, C* a) { kernel<cspr>()(&uplo, &n, &alpha, x, &inc, a); }
 
 TEST(Cspr, adds_the_product_without_conjugation_and_skips_zeros)
 {

@@ -1,4 +1,5 @@
 // Reflectors of small order: written out, bit for bit; above, by public products.
+#include "frame/kernels/lapack_ps.h"
 #include "tests/lapack_ps/fronts.h"
 #include "tests/lapack_ps/rotations.h"
 #include "tests/support/bounds.h"
@@ -10,7 +11,7 @@
 namespace orv::test {
 namespace {
 
-template <class T> using Larfx = void(const char*, const i64*, const i64*, const T*, const T*, T*, const i64*, T*);
+using namespace kernels::lapack_ps;
 
 template <class T> Larfx<T>* larfx() { return kernel<Larfx<T>>("lapack_ps", letter<T>, "larfx"); }
 

@@ -1,5 +1,6 @@
 // The merging step of divide and conquer: its argument checks and small cases alone, everything else as a part of the
 // whole method, whose other steps are those of an independent library.
+#include "frame/kernels/lapack_ps.h"
 #include "tests/lapack_ps/fronts.h"
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
@@ -29,10 +30,7 @@ extern "C" __attribute__((visibility("default"), used)) void orv_serv_xerbla(con
 namespace orv::test {
 namespace {
 
-template <class R>
-using Lasd3 = void(const i64* nl, const i64* nr, const i64* sqre, const i64* k, R* d, R* q, const i64* ldq, R* dsigma,
-                   R* u, const i64* ldu, const R* u2, const i64* ldu2, R* vt, const i64* ldvt, R* vt2, const i64* ldvt2,
-                   const i64* idxc, const i64* ctot, R* z, i64* info);
+using namespace kernels::lapack_ps;
 
 template <class R> Lasd3<R>* lasd3() { return kernel<Lasd3<R>>("lapack_ps", letter<R>, "lasd3"); }
 

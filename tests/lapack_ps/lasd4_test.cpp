@@ -1,4 +1,5 @@
 // Roots of secular equations, held to an enclosure in quadruple precision.
+#include "frame/kernels/lapack_ps.h"
 #include "lapack_ps/front_ends.h"
 #include "tests/lapack_ps/fronts.h"
 #include "tests/support/bounds.h"
@@ -27,8 +28,8 @@ void laed6(const char* symbol, const orv::i64* iteration, const orv::i64* orgati
            const R* f_at_0, R* tau, orv::i64* info)
 {
     three_poles.iterations.push_back(*iteration);
-    using Laed6 = void(const orv::i64*, const orv::i64*, const R*, const R*, const R*, const R*, R*, orv::i64*);
-    reinterpret_cast<Laed6*>(dlsym(RTLD_NEXT, symbol))(iteration, orgati, rho, d, z, f_at_0, tau, info);
+    reinterpret_cast<orv::imports::Laed6<R>*>(dlsym(RTLD_NEXT, symbol))(iteration, orgati, rho, d, z, f_at_0, tau,
+                                                                        info);
     if (three_poles.stuck) *tau = *f_at_0 > 0 ? -std::numeric_limits<R>::min() : std::numeric_limits<R>::min();
     if (three_poles.fails_with != 0) *info = three_poles.fails_with;
 }
@@ -47,7 +48,7 @@ LAED6(orv_lapack_dlaed6, double)
 namespace orv::test {
 namespace {
 
-template <class R> using Lasd4 = void(const i64*, const i64*, const R*, const R*, R*, const R*, R*, R*, i64*);
+using namespace kernels::lapack_ps;
 
 template <class R> struct Equation {
     std::vector<R> d, z;

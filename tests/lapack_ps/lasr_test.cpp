@@ -1,4 +1,5 @@
 // The six sequences of rotations, bit for bit against rotations one at a time.
+#include "frame/kernels/lapack_ps.h"
 #include "tests/lapack_ps/rotations.h"
 
 #include <limits>
@@ -6,7 +7,7 @@
 namespace orv::test {
 namespace {
 
-template <class T> using Lasr = void(const i64*, const i64*, const real_t<T>*, const real_t<T>*, T*, const i64*);
+using namespace kernels::lapack_ps;
 
 struct Member {
     char pivot, direct;

@@ -1,4 +1,5 @@
 // Norms x?lange, x?lansy, x?lanhe.
+#include "frame/kernels/lapack_ps.h"
 #include "tests/lapack_ps/fronts.h"
 #include "tests/support/bounds.h"
 #include "tests/support/guarded.h"
@@ -14,8 +15,7 @@
 namespace orv::test {
 namespace {
 
-template <class T> using Lange = real_t<T>(const char*, const i64*, const i64*, const T*, const i64*, real_t<T>*);
-template <class T> using Lansy = real_t<T>(const char*, const char*, const i64*, const T*, const i64*, real_t<T>*);
+using namespace kernels::lapack_ps;
 
 template <class T> std::string named(const char* name) { return std::string("x") + letter<T> + name; }
 

@@ -1,5 +1,6 @@
 // Products and updates of rank two and 2k with a panel of a triangle: ?symv_nb, ?syr2_nb, ?syr2k_nb and the Hermitian
 // ones.
+#include "frame/kernels/lapack_ps.h"
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
 #include "tests/support/probe.h"
@@ -14,6 +15,8 @@
 
 namespace orv::test {
 namespace {
+
+using namespace kernels::lapack_ps;
 
 using Triple = std::array<i64, 3>; // what three operands, or sizes, have
 
@@ -65,16 +68,14 @@ template <class T> struct Case {
     void multiply(T alpha, T beta) const
     {
         const i64 strides[] = {7, -3}; // not looked at
-        kernel<void(const char*, const i64*, const i64*, const T*, const T*, const i64*, const T*, const i64*, const T*,
-                    T*, const i64*)>("lapack_ps", named<T>("symv_nb", "hemv_nb"))(
-            &uplo, &n, &nb, &alpha, a.data(), &lda, x.data(), strides, &beta, y.data(), strides + 1);
+        kernel<SymvNb<T>>("lapack_ps", named<T>("symv_nb", "hemv_nb"))(&uplo, &n, &nb, &alpha, a.data(), &lda, x.data(),
+                                                                       strides, &beta, y.data(), strides + 1);
     }
     void update(T alpha) const
     {
         const i64 strides[] = {0, 5};
-        kernel<void(const char*, const i64*, const i64*, const T*, const T*, const i64*, const T*, const i64*, T*,
-                    const i64*)>("lapack_ps", named<T>("syr2_nb", "her2_nb"))(&uplo, &n, &nb, &alpha, x.data(), strides,
-                                                                              y.data(), strides + 1, a.data(), &lda);
+        kernel<Syr2Nb<T>>("lapack_ps", named<T>("syr2_nb", "her2_nb"))(&uplo, &n, &nb, &alpha, x.data(), strides,
+                                                                       y.data(), strides + 1, a.data(), &lda);
     }
     std::string text() const
     {
@@ -227,12 +228,10 @@ TEST(PanelUpdate, does_nothing_and_asks_nothing_without_order_or_width)
         const i64 inc = 1, lda = 4;
         const double alpha = 1, beta = 0;
         double y[4] = {1, 2, 3, 4};
-        kernel<void(const char*, const i64*, const i64*, const double*, const double*, const i64*, const double*,
-                    const i64*, const double*, double*, const i64*)>("lapack_ps", "dsymv_nb")(
-            &uplo, &size[0], &size[1], &alpha, nullptr, &lda, nullptr, &inc, &beta, y, &inc);
-        kernel<void(const char*, const i64*, const i64*, const double*, const double*, const i64*, const double*,
-                    const i64*, double*, const i64*)>("lapack_ps", "dsyr2_nb")(
-            &uplo, &size[0], &size[1], &alpha, nullptr, &inc, nullptr, &inc, nullptr, &lda);
+        kernel<SymvNb<double>>("lapack_ps", "dsymv_nb")(&uplo, &size[0], &size[1], &alpha, nullptr, &lda, nullptr, &inc,
+                                                        &beta, y, &inc);
+        kernel<Syr2Nb<double>>("lapack_ps", "dsyr2_nb")(&uplo, &size[0], &size[1], &alpha, nullptr, &inc, nullptr, &inc,
+                                                        nullptr, &lda);
         EXPECT_EQ(y[0] + y[1] + y[2] + y[3], 10);
         EXPECT_EQ(scope->reproducibility_asked, 0);
     }
@@ -265,10 +264,8 @@ template <class T> struct Depth {
             for (i64 j = 0; j < n; ++j)
                 for (i64 i = 0; i < n; ++i)
                     if (stored(i, j)) std::memset(&c[i + j * ldc], 0xff, sizeof(T));
-        kernel<void(const char*, const char*, const i64*, const i64*, const i64*, const T*, const T*, const i64*,
-                    const T*, const i64*, const real_t<T>*, T*, const i64*)>(
-            "lapack_ps", named<T>("syr2k_nb", "her2k_nb"))(&uplo, &trans, &n, &k, &nb, &alpha, a.data(), &lda, b.data(),
-                                                           &lda, &beta, c.data(), &ldc);
+        kernel<Syr2kNb<T>>("lapack_ps", named<T>("syr2k_nb", "her2k_nb"))(&uplo, &trans, &n, &k, &nb, &alpha, a.data(),
+                                                                          &lda, b.data(), &lda, &beta, c.data(), &ldc);
         for (i64 j = 0; j < n; ++j)
             for (i64 i = 0; i < ldc; ++i) {
                 T sum = before[i + j * ldc];
@@ -324,10 +321,8 @@ TEST(PanelUpdate, of_rank_2k_leaves_c_without_depth)
         const char uplo = 'L', trans = 'N';
         const i64 ld = 3;
         const double alpha = 1, beta = 0;
-        kernel<void(const char*, const char*, const i64*, const i64*, const i64*, const double*, const double*,
-                    const i64*, const double*, const i64*, const double*, double*, const i64*)>(
-            "lapack_ps", "dsyr2k_nb")(&uplo, &trans, &size[0], &size[1], &size[2], &alpha, nullptr, &ld, nullptr, &ld,
-                                      &beta, nullptr, &ld);
+        kernel<Syr2kNb<double>>("lapack_ps", "dsyr2k_nb")(&uplo, &trans, &size[0], &size[1], &size[2], &alpha, nullptr,
+                                                          &ld, nullptr, &ld, &beta, nullptr, &ld);
     }
     EXPECT_EQ(scope->reproducibility_asked, 0);
 }

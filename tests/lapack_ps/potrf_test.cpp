@@ -1,11 +1,13 @@
 // Small Cholesky factorisations: ?potrf_l_small, ?potrf_u_small.
+#include "frame/kernels/lapack_ps.h"
 #include "tests/lapack_ps/fronts.h"
 #include "tests/lapack_ps/matrix.h"
 
 namespace orv::test {
 namespace {
 
-template <class T> using Potrf = void(const char*, const i64*, T*, const i64*, i64*);
+using namespace kernels::lapack_ps;
+
 constexpr i64 sentinel = -77;
 
 template <class T> i64 factor(bool lower, const Square<T>& a)

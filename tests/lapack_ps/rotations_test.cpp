@@ -1,14 +1,11 @@
 // rot2, rot3 and lartv, bit for bit against scalar code.
+#include "frame/kernels/lapack_ps.h"
 #include "tests/lapack_ps/rotations.h"
 
 namespace orv::test {
 namespace {
 
-template <class T> using Rot2 = void(const i64*, T*, const i64*, T*, const i64*, const T* tau, const T* v);
-template <class T>
-using Rot3 = void(const i64*, T*, const i64*, T*, const i64*, T*, const i64*, const T* tau, const T* v1, const T* v2);
-template <class T>
-using Lartv = void(const i64*, T*, const i64*, T*, const i64*, const real_t<T>*, const T*, const i64*);
+using namespace kernels::lapack_ps;
 
 template <class T> std::string named(const char* routine) { return letter<T> + std::string(routine); }
 

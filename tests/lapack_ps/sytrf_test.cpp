@@ -1,4 +1,5 @@
 // Small Bunch-Kaufman factorisations: ?sytrf_l_small, ?sytrf_u_small.
+#include "frame/kernels/lapack_ps.h"
 #include "tests/lapack_ps/fronts.h"
 #include "tests/lapack_ps/matrix.h"
 
@@ -7,7 +8,7 @@
 namespace orv::test {
 namespace {
 
-template <class T> using Sytrf = void(const char*, const i64*, T*, const i64*, i64*, i64*);
+using namespace kernels::lapack_ps;
 
 template <class T> i64 factor(bool lower, const Square<T>& a, const Guarded<i64>& ipiv)
 {

@@ -1,4 +1,5 @@
 // Tridiagonal systems: ?gtsv_small, ?gtts2, ?ptts2.
+#include "frame/kernels/lapack_ps.h"
 #include "tests/lapack_ps/fronts.h"
 #include "tests/lapack_ps/tridiagonal.h"
 #include "tests/support/probe.h"
@@ -9,10 +10,7 @@
 namespace orv::test {
 namespace {
 
-template <class T> using Gtsv = void(const i64*, const i64*, T*, T*, T*, T*, const i64*, i64*);
-template <class T>
-using Gtts2 = void(const i64*, const i64*, const i64*, const T*, const T*, const T*, const T*, const i64*, T*,
-                   const i64*);
+using namespace kernels::lapack_ps;
 
 template <class T> std::string name(const char* stem) { return letter<T> + std::string(stem); }
 
@@ -277,11 +275,8 @@ TEST(Gtts2, multiplies_by_reciprocals_from_four_right_hand_sides_on_and_divides_
 template <class T> void ptts2(i64 iuplo, const System<T>& s, const real_t<T>* d, const T* e)
 {
     if constexpr (is_complex<T>)
-        kernel<void(const i64*, const i64*, const i64*, const real_t<T>*, const T*, T*, const i64*)>(
-            "lapack_ps", name<T>("ptts2"))(&iuplo, &s.n, &s.nrhs, d, e, s.b.data(), &s.ldb);
-    else
-        kernel<void(const i64*, const i64*, const T*, const T*, T*, const i64*)>("lapack_ps", name<T>("ptts2"))(
-            &s.n, &s.nrhs, d, e, s.b.data(), &s.ldb);
+        kernel<ComplexPtts2<T>>("lapack_ps", name<T>("ptts2"))(&iuplo, &s.n, &s.nrhs, d, e, s.b.data(), &s.ldb);
+    else kernel<Ptts2<T>>("lapack_ps", name<T>("ptts2"))(&s.n, &s.nrhs, d, e, s.b.data(), &s.ldb);
 }
 
 TEST(Ptts2, solves_exactly_in_whole_numbers_with_and_without_memory)

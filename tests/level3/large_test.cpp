@@ -1,5 +1,6 @@
 // Large matrices, of random numbers: orders beyond the outermost blocks, and on both sides of where cuts of triangles
 // change.
+#include "frame/kernels/blas.h"
 #include "tests/support/by_vector.h"
 #include "tests/support/kernels.h"
 
@@ -8,18 +9,12 @@
 namespace orv::test {
 namespace {
 
+using namespace kernels::blas;
+
 template <class T> std::string symbol(const char* name) { return std::string("x") + letter<T> + name; }
 
 template <class T> class LargeMatrices : public testing::Test {
 public:
-    using Triangular = void(const char*, const char*, const char*, const char*, const i64*, const i64*, const T*,
-                            const T*, const i64*, T*, const i64*);
-    using Symmetric = void(const char*, const char*, const i64*, const i64*, const T*, const T*, const i64*, const T*,
-                           const i64*, const T*, T*, const i64*);
-    using Update = void(const char*, const char*, const i64*, const i64*, const T*, const T*, const i64*, const T*, T*,
-                        const i64*);
-    using Update2 = void(const char*, const char*, const i64*, const i64*, const T*, const T*, const i64*, const T*,
-                         const i64*, const T*, T*, const i64*);
     const T alpha = Random(4).value<T>(), beta = Random(5).value<T>();
 
     void triangular(char side, char uplo, char trans, i64 order, i64 others)
@@ -36,7 +31,7 @@ public:
         };
         for (const bool solves : {false, true}) {
             Matrix<T> x = b;
-            kernel<Triangular>("blas", symbol<T>(solves ? "trsm" : "trmm"))(
+            kernel<Trmm<T>>("blas", symbol<T>(solves ? "trsm" : "trmm"))(
                 &side, &uplo, &trans, &diag, &b.m, &b.n, &alpha, a.data(), &a.ld, x.elements.data(), &b.ld);
             if (solves) expect_equal<T>(multiplied(x), b.times(v).times(wide(alpha)), order);
             else expect_equal<T>(x.times(v), multiplied(b).times(wide(alpha)), order);
@@ -49,8 +44,8 @@ public:
         const Half<T> a(uplo, order, 1);
         const Matrix<T> b(left ? order : others, left ? others : order, 2), c(b.m, b.n, 3);
         Matrix<T> x = c;
-        kernel<Symmetric>("blas", symbol<T>("symm"))(&side, &uplo, &b.m, &b.n, &alpha, a.data(), &a.ld, b.data(), &b.ld,
-                                                     &beta, x.elements.data(), &c.ld);
+        kernel<Symm<T>>("blas", symbol<T>("symm"))(&side, &uplo, &b.m, &b.n, &alpha, a.data(), &a.ld, b.data(), &b.ld,
+                                                   &beta, x.elements.data(), &c.ld);
         const auto v = WideVector::random(b.n);
         const auto ab = left ? a.times_whole(b.times(v)) : b.times(a.times_whole(v));
         expect_equal<T>(x.times(v), ab.times(wide(alpha)).plus(c.times(v).times(wide(beta))), order);
@@ -64,13 +59,13 @@ public:
         const auto v = WideVector::random(n), old = c.times_whole(v).times(wide(beta));
         const char first = plain ? 'N' : 'T', second = plain ? 'T' : 'N';
         Half<T> x = c;
-        kernel<Update>("blas", symbol<T>("syrk"))(&uplo, &trans, &n, &k, &alpha, a.data(), &a.ld, &beta,
-                                                  x.elements.data(), &c.ld);
+        kernel<Syrk<T>>("blas", symbol<T>("syrk"))(&uplo, &trans, &n, &k, &alpha, a.data(), &a.ld, &beta,
+                                                   x.elements.data(), &c.ld);
         EXPECT_TRUE(x.leaves_the_rest(c));
         expect_equal<T>(x.times_whole(v), a.times(first, a.times(second, v)).times(wide(alpha)).plus(old), k);
         x = c;
-        kernel<Update2>("blas", symbol<T>("syr2k"))(&uplo, &trans, &n, &k, &alpha, a.data(), &a.ld, b.data(), &b.ld,
-                                                    &beta, x.elements.data(), &c.ld);
+        kernel<Syr2k<T>>("blas", symbol<T>("syr2k"))(&uplo, &trans, &n, &k, &alpha, a.data(), &a.ld, b.data(), &b.ld,
+                                                     &beta, x.elements.data(), &c.ld);
         EXPECT_TRUE(x.leaves_the_rest(c));
         const auto both = a.times(first, b.times(second, v)).plus(b.times(first, a.times(second, v)));
         expect_equal<T>(x.times_whole(v), both.times(wide(alpha)).plus(old), 2 * k);

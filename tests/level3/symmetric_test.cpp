@@ -1,5 +1,6 @@
 // syrk, herk, syr2k, her2k, symm, hemm and their parts, with whole numbers: every result is exact. Triangles that are
 // not to be read hold NaN, and must hold it still where they are not to be written.
+#include "frame/kernels/blas.h"
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
 #include "tests/support/line.h"
@@ -15,6 +16,8 @@
 
 namespace orv::test {
 namespace {
+
+using namespace kernels::blas;
 
 template <class T> T number(double re, double im = 0)
 {
@@ -57,12 +60,8 @@ constexpr char turned(char op, char other) { return fold(op) == 'N' ? other : 'N
 // ---- Updates --------------------------------------------------------------------------------------------------------
 
 // F is the type of the factors that a Hermitian update wants real.
-template <class T, class F>
-using Syrk = void(const char*, const char*, const i64*, const i64*, const F*, const T*, const i64*, const F*, T*,
-                  const i64*);
-template <class T, class F>
-using Syr2k = void(const char*, const char*, const i64*, const i64*, const T*, const T*, const i64*, const T*,
-                   const i64*, const F*, T*, const i64*);
+template <class T, class F> using Once = std::conditional_t<std::is_same_v<T, F>, Syrk<T>, Herk<T>>;
+template <class T, class F> using Twice = std::conditional_t<std::is_same_v<T, F>, Syr2k<T>, Her2k<T>>;
 
 template <class T, class F> F factor_of(T x)
 {
@@ -106,11 +105,11 @@ template <class T, class F> struct Update {
     void call1(const std::string& name) const
     {
         const F f = factor_of<T, F>(alpha);
-        kernel<Syrk<T, F>>("blas", name)(&uplo, &trans, &n, &k, &f, a.data.data(), &a.ld, &beta, c.data.data(), &c.ld);
+        kernel<Once<T, F>>("blas", name)(&uplo, &trans, &n, &k, &f, a.data.data(), &a.ld, &beta, c.data.data(), &c.ld);
     }
     void call2(const std::string& name) const
     {
-        kernel<Syr2k<T, F>>("blas", name)(&uplo, &trans, &n, &k, &alpha, a.data.data(), &a.ld, b.data.data(), &b.ld,
+        kernel<Twice<T, F>>("blas", name)(&uplo, &trans, &n, &k, &alpha, a.data.data(), &a.ld, b.data.data(), &b.ld,
                                           &beta, c.data.data(), &c.ld);
     }
     // op(A)*op(A)' or the two products of A and B.
@@ -301,10 +300,6 @@ TEST(Syr2k, asks_for_one_square_under_the_name_of_its_family)
 }
 
 // ---- Products -------------------------------------------------------------------------------------------------------
-
-template <class T>
-using Symm = void(const char*, const char*, const i64*, const i64*, const T*, const T*, const i64*, const T*,
-                  const i64*, const T*, T*, const i64*);
 
 template <class T> struct SymmetricProduct {
     bool hermitian;

@@ -3,6 +3,7 @@
 // is not to be read holds NaN.
 #pragma once
 
+#include "frame/kernels/blas.h"
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
 #include "tests/support/line.h"
@@ -29,17 +30,6 @@ template <class T> T power_of_two(Random& random)
     const double size = std::ldexp(random.integer(0, 1) ? 1 : -1, static_cast<int>(random.integer(-1, 2)));
     return is_complex<T> && random.integer(0, 1) ? number<T>(0, size) : number<T>(size);
 }
-
-template <class T>
-using Driver = void(const char*, const char*, const char*, const char*, const i64*, const i64*, const T*, const T*,
-                    const i64*, T*, const i64*);
-template <class T>
-using Plain = void(const char*, const char*, const char*, const char*, const char*, const i64*, const i64*, const T*,
-                   const i64*, T*, const i64*);
-template <class T> using ByLetters = void(const char*, const i64*, const i64*, const T*, const i64*, T*, const i64*);
-template <class T>
-using PackedStorage = void(const char*, const char*, const char*, const char*, const i64*, const i64*, const T*,
-                           const T*, T*, const i64*);
 
 struct Options {
     char side, uplo, trans, diag;
@@ -101,19 +91,19 @@ template <class T> struct Problem {
         }
     }
     void start(const std::vector<T>& from) const { std::copy(from.begin(), from.end(), b.begin()); }
-    void call(const std::string& name) const
+    template <class F = kernels::blas::Trmm<T>> void call(const std::string& name) const
     {
-        kernel<Driver<T>>("blas", name)(&o.side, &o.uplo, &o.trans, &o.diag, &m, &n, &alpha, a.data(), &lda, b.data(),
-                                        &ldb);
+        kernel<F>("blas", name)(&o.side, &o.uplo, &o.trans, &o.diag, &m, &n, &alpha, a.data(), &lda, b.data(), &ldb);
     }
     void call_plain(const std::string& name) const
     {
         const char upper = o.upper(), is_n = o.plain(), is_t = fold(o.trans) == 'T';
-        kernel<Plain<T>>("blas", name)(&o.side, &upper, &is_n, &is_t, &o.diag, &m, &n, a.data(), &lda, b.data(), &ldb);
+        kernel<kernels::blas::TrmmPlain<T>>("blas", name)(&o.side, &upper, &is_n, &is_t, &o.diag, &m, &n, a.data(),
+                                                          &lda, b.data(), &ldb);
     }
     void call_letters(const std::string& name) const
     {
-        kernel<ByLetters<T>>("blas", name)(&o.diag, &m, &n, a.data(), &lda, b.data(), &ldb);
+        kernel<kernels::blas::TrmmOfForm<T>>("blas", name)(&o.diag, &m, &n, a.data(), &lda, b.data(), &ldb);
     }
     // With the stored triangle of A column after column without gaps.
     void call_packed(const std::string& name) const
@@ -122,8 +112,8 @@ template <class T> struct Problem {
         T* to = packed.data();
         for (i64 j = 0; j < order(); ++j)
             for (i64 i = o.upper() ? 0 : j; i < (o.upper() ? j + 1 : order()); ++i) *to++ = a[i + j * lda];
-        kernel<PackedStorage<T>>("blas", name)(&o.side, &o.uplo, &o.trans, &o.diag, &m, &n, &alpha, packed.data(),
-                                               b.data(), &ldb);
+        kernel<kernels::blas::Ptrmm<T>>("blas", name)(&o.side, &o.uplo, &o.trans, &o.diag, &m, &n, &alpha,
+                                                      packed.data(), b.data(), &ldb);
     }
     // B = f*expected, and padding as it was in both.
     void expect(const std::vector<T>& expected, const std::vector<T>& before, T f, const std::string& name) const

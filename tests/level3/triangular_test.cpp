@@ -213,9 +213,6 @@ template <class T> struct Level {
     i64 block, col_block, order;
     T *a_work, *b_work, *strip;
 };
-template <class T>
-using OneLevel = void(const char*, const char*, const char*, const char*, const i64*, const i64*, const T*, const i64*,
-                      T*, const i64*, const Level<T>*, const i64*, const i64*, void*);
 
 TYPED_TEST(TriangularTest, has_levels_that_work_by_their_records)
 {
@@ -228,19 +225,21 @@ TYPED_TEST(TriangularTest, has_levels_that_work_by_their_records)
                     const Problem<T> x(o, o.left() ? order : 21, o.left() ? 21 : order, one<T>);
                     const std::vector<T>&from = solves ? x.p : x.x, &to = solves ? x.x : x.p;
                     const char upper = o.upper(), is_n = o.plain(), is_t = fold(o.trans) == 'T';
-                    const Level<T> levels[] = {{48, 10, gives, triangle, nullptr, strip},
-                                               {16, 1000, 1 - gives, triangle, nullptr, strip}};
+                    const Level<T> records[] = {{48, 10, gives, triangle, nullptr, strip},
+                                                {16, 1000, 1 - gives, triangle, nullptr, strip}};
+                    const auto* const levels = reinterpret_cast<const level3::Level<T>*>(records);
                     const i64 first = 0, last = 1;
                     const std::string symbol = name + (o.left() ? "_left" : "_right");
                     x.start(from);
-                    kernel<OneLevel<T>>("blas", symbol)(&upper, &is_n, &is_t, &o.diag, &x.m, &x.n, x.a.data(), &x.lda,
-                                                        x.b.data(), &x.ldb, levels, &first, &last, nullptr);
+                    kernel<kernels::blas::TrmmLevel<T>>("blas", symbol)(&upper, &is_n, &is_t, &o.diag, &x.m, &x.n,
+                                                                        x.a.data(), &x.lda, x.b.data(), &x.ldb, levels,
+                                                                        &first, &last, nullptr);
                     x.expect(to, from, one<T>, symbol);
                     if (order > 16) continue;
                     x.start(from);
-                    kernel<OneLevel<T>>("blas", symbol + "_ker")(&upper, &is_n, &is_t, &o.diag, &x.m, &x.n, x.a.data(),
-                                                                 &x.lda, x.b.data(), &x.ldb, levels, &last, nullptr,
-                                                                 nullptr);
+                    kernel<kernels::blas::TrmmLastLevel<T>>("blas", symbol + "_ker")(&upper, &is_n, &is_t, &o.diag,
+                                                                                     &x.m, &x.n, x.a.data(), &x.lda,
+                                                                                     x.b.data(), &x.ldb, levels, &last);
                     x.expect(to, from, one<T>, symbol + "_ker");
                 }
 }
@@ -279,15 +278,12 @@ TYPED_TEST(TriangularTest, has_its_parts_under_names_of_their_own)
             }
     const Problem<T> small({'l', 'u', 'n', 'n'}, 7, 5, number<T>(2));
     small.start(small.x);
-    small.call(this->trmm() + "_sm_01_08");
+    small.template call<kernels::blas::TrmmSmall<T>>(this->trmm() + "_sm_01_08");
     small.expect(small.p, small.x, small.alpha, "sm");
 }
 
 TEST(Triangular, has_a_copied_triangle_that_its_blocks_work_on)
 {
-    using Copy = void(const char*, const char*, const char*, const char*, const char*, const i64*, const double*,
-                      const i64*, double*);
-    using Packed = void(const char*, const i64*, const i64*, const double*, double*, const i64*, double*);
     alignas(16) double packed[32 * 32], strip[32 * 4];
     for (const Options& o : all_options<double>())
         for (const bool solves : {true, false}) {
@@ -298,10 +294,11 @@ TEST(Triangular, has_a_copied_triangle_that_its_blocks_work_on)
             const std::string name = solves ? "dtrsm" : "dtrmm";
             const char upper = o.upper(), is_n = o.plain(), is_t = fold(o.trans) == 'T';
             x.start(from);
-            kernel<Copy>("blas", name + "_copya")(&o.side, &upper, &is_n, &is_t, &o.diag, &order, x.a.data(), &x.lda,
-                                                  packed);
+            kernel<kernels::blas::TrmmCopyA<double>>("blas", name + "_copya")(&o.side, &upper, &is_n, &is_t, &o.diag,
+                                                                              &order, x.a.data(), &x.lda, packed);
             const std::string triangle = std::string(o.left() ? "_l" : "_r") + (o.upper() == o.plain() ? 'u' : 'l');
-            kernel<Packed>("blas", name + triangle)(&o.diag, &x.m, &x.n, packed, x.b.data(), &x.ldb, strip);
+            kernel<kernels::blas::TrmmPacked>("blas", name + triangle)(&o.diag, &x.m, &x.n, packed, x.b.data(), &x.ldb,
+                                                                       strip);
             x.expect(to, from, 1.0, name + triangle);
         }
 }
@@ -350,8 +347,7 @@ TYPED_TEST(PackedTriangularTest, computes_without_memory_all_the_same)
 TYPED_TEST(PackedTriangularTest, copies_a_rectangle_of_packed_columns)
 {
     using T = TypeParam;
-    using Copy = void(const char*, const i64*, const i64*, const i64*, const i64*, const i64*, const T*, T*);
-    const auto copy = kernel<Copy>("blas", this->ptrmm() + "_copya");
+    const auto copy = kernel<kernels::blas::PtrmmCopyA<T>>("blas", this->ptrmm() + "_copya");
     const i64 order = 9, rows = 3, columns = 2;
     std::vector<T> packed(order * (order + 1) / 2);
     for (std::size_t i = 0; i < packed.size(); ++i) packed[i] = T(i);

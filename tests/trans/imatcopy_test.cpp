@@ -1,11 +1,11 @@
 // In place: ?imatcopy, and the routines that follow cycles or move rows.
+#include "frame/kernels/trans.h"
 #include "tests/trans/matrices.h"
 
 namespace orv::test {
 namespace {
 
-template <class T> using Imatcopy = void(char, char, u64, u64, T, T*, u64, u64);
-template <class T> using Mipt = void(u64, u64, T, T*, u64, u64);
+using namespace kernels::trans;
 
 constexpr char ops[] = {'N', 'T', 'R', 'C'};
 
@@ -138,7 +138,7 @@ TYPED_TEST(ImatcopyTest, offers_cycles_and_moves_by_name)
 {
     using T = TypeParam;
     for (const char op : std::string(is_complex<T> ? "ntrc" : "nt")) {
-        auto* f = kernel<Mipt<T>>("trans", symbol<T>("imatcopy_mipt_") + op);
+        auto* f = kernel<ImatcopyMipt<T>>("trans", symbol<T>("imatcopy_mipt_") + op);
         for (const u64 rows : {1, 2, 5, 9})
             for (const u64 cols : {1, 7, 8, 9, 16, 17, 25})
                 for (u64 pada = 0; pada <= 18; pada += 3)

@@ -1,11 +1,11 @@
 // Sums of two matrices: ?omatadd, and the routines for each pair of operations.
+#include "frame/kernels/trans.h"
 #include "tests/trans/matrices.h"
 
 namespace orv::test {
 namespace {
 
-template <class T> using Omatadd = void(char, char, char, u64, u64, T, const T*, u64, T, const T*, u64, T*, u64);
-template <class T> using Pair = void(u64, u64, T, const T*, u64, T, const T*, u64, T*, u64);
+using namespace kernels::trans;
 
 template <class T> class OmataddTest : public ::testing::Test {
 };
@@ -95,8 +95,8 @@ TYPED_TEST(OmataddTest, offers_each_pair_by_name)
     for (const std::string& pair : is_complex<T> ? complex : real) {
         const Addition<T> sum(fold(pair[0]), fold(pair[1]), 14, 23, scalar<T>(0.7, -1.3), scalar<T>(2, 0.5), 1, 2, 3);
         const std::vector<T> after = sum.expected();
-        kernel<Pair<T>>("trans", symbol<T>("omatadd_" + pair))(14, 23, sum.alpha, sum.a.data(), sum.lda, sum.beta,
-                                                               sum.b.data(), sum.ldb, sum.c.data(), sum.ldc);
+        kernel<OmataddOfForm<T>>("trans", symbol<T>("omatadd_" + pair))(
+            14, 23, sum.alpha, sum.a.data(), sum.lda, sum.beta, sum.b.data(), sum.ldb, sum.c.data(), sum.ldc);
         ASSERT_HOLDS(sum.c, after) << pair;
     }
 }

@@ -1,12 +1,11 @@
 // Copies and transpositions out of place: ?omatcopy, ?omatcopy2 and the routines behind them.
+#include "frame/kernels/trans.h"
 #include "tests/trans/matrices.h"
 
 namespace orv::test {
 namespace {
 
-template <class T> using Omatcopy = void(char, char, u64, u64, T, const T*, u64, T*, u64);
-template <class T> using Omatcopy2 = void(char, char, u64, u64, T, const T*, u64, u64, T*, u64, u64);
-template <class T> using Body = void(u64, u64, T, const T*, u64, u64, T*, u64, u64);
+using namespace kernels::trans;
 
 constexpr char ops[] = {'N', 'T', 'R', 'C'};
 
@@ -130,7 +129,8 @@ TYPED_TEST(OmatcopyTest, turns_one_column_whatever_the_distance_of_rows_it_becom
         for (const u64 ldb : {0, 1}) {
             const Storage<T> a(extent(rows, 1, 3)), b(rows);
             const std::vector<T> after = expected('T', rows, 1, one<T>, a, 3, 1, b, ldb, 1);
-            kernel<Body<T>>("trans", symbol<T>("omatcopy2_t"))(rows, 1, one<T>, a.data(), 3, 1, b.data(), ldb, 1);
+            kernel<Omatcopy2OfForm<T>>("trans", symbol<T>("omatcopy2_t"))(rows, 1, one<T>, a.data(), 3, 1, b.data(),
+                                                                          ldb, 1);
             ASSERT_HOLDS(b, after) << rows << ' ' << ldb;
         }
 }
@@ -166,7 +166,7 @@ TYPED_TEST(OmatcopyTest, offers_each_operation_by_name)
 {
     using T = TypeParam;
     for (const char op : std::string(is_complex<T> ? "NTRC" : "NT")) {
-        auto* f = kernel<Body<T>>("trans", symbol<T>("omatcopy2_") + static_cast<char>(op | 0x20));
+        auto* f = kernel<Omatcopy2OfForm<T>>("trans", symbol<T>("omatcopy2_") + static_cast<char>(op | 0x20));
         for (const u64 stride : {1, 2})
             for (const T alpha : {one<T>, scalar<T>(3, 0.25)}) {
                 const u64 rows = 19, cols = 10, lda = 23, ldb = turns(op) ? 20 * stride : 10 * stride;
@@ -302,7 +302,8 @@ TYPED_TEST(OmatcopyTest, yields_nan_for_a_factor_that_is_nan)
 {
     using T = TypeParam;
     const Storage<T> a(100), b(100);
-    kernel<Body<T>>("trans", symbol<T>("omatcopy2_t"))(10, 10, scalar<T>(NAN, 0), a.data(), 10, 1, b.data(), 10, 1);
+    kernel<Omatcopy2OfForm<T>>("trans", symbol<T>("omatcopy2_t"))(10, 10, scalar<T>(NAN, 0), a.data(), 10, 1, b.data(),
+                                                                  10, 1);
     for (u64 i = 0; i < 100; ++i) EXPECT_FALSE(b[i] == b[i]) << i;
 }
 

@@ -1,15 +1,11 @@
 // Squares in place: ?imatcopy_square_*, ?sqtrans, tiles and the shares of a team.
+#include "frame/kernels/trans.h"
 #include "tests/trans/matrices.h"
 
 namespace orv::test {
 namespace {
 
-template <class T> using Square = void(u64, T, T*, u64);
-template <class T> using Scaling = void(u64, T, T*);
-template <class T> using Sqtrans = i64(T*, u64, u64);
-template <class T> using SqtransTeam = void(u64, T*, u64, u64, u64, i64*);
-template <class T> using Team = void(u64, T*, u64, u64, u64);
-template <class T> using Tiles = void(T*, T*, u64, u64);
+using namespace kernels::trans;
 
 template <class T> constexpr u64 unit = 64 / sizeof(T);
 template <class T> bool lines_up(u64 n, u64 ld) { return n % unit<T> == 0 || ld % unit<T> == 0; }
@@ -42,7 +38,7 @@ template <class T> std::vector<u64> sides()
 TYPED_TEST(SquareTest, turns_every_side_and_distance_of_rows)
 {
     using T = TypeParam;
-    auto* f = kernel<Square<T>>("trans", symbol<T>("imatcopy_square_t"));
+    auto* f = kernel<TurnSquare<T>>("trans", symbol<T>("imatcopy_square_t"));
     for (const u64 n : sides<T>())
         for (const u64 pad : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9})
             for (const T alpha : {one<T>, scalar<T>(0.7, -1.3)}) {
@@ -69,8 +65,8 @@ TYPED_TEST(SquareTest, conjugates_and_scales_by_name)
                         const Storage<T> ab(extent(n, n, ld), Edge::end, shift);
                         const std::vector<T> after = expected(op, n, alpha, ab, ld, By::multiplying);
                         const std::string name = symbol<T>("imatcopy_square_") + static_cast<char>(op | 0x20);
-                        if (op == 'N') kernel<Scaling<T>>("trans", name)(n, alpha, ab.data());
-                        else kernel<Square<T>>("trans", name)(n, alpha, ab.data(), ld);
+                        if (op == 'N') kernel<ScaleSquare<T>>("trans", name)(n, alpha, ab.data());
+                        else kernel<TurnSquare<T>>("trans", name)(n, alpha, ab.data(), ld);
                         ASSERT_HOLDS(ab, after) << problem("square", 'R', op, n, n, ld, ld, alpha);
                     }
     }
@@ -83,7 +79,7 @@ TYPED_TEST(SquareTest, asks_for_a_team_above_64_and_for_a_factor_of_one_only)
     const auto asks = [](u64 n, T alpha) {
         teams() = {};
         const Storage<T> ab(n * n);
-        kernel<Square<T>>("trans", symbol<T>("imatcopy_square_t"))(n, alpha, ab.data(), n);
+        kernel<TurnSquare<T>>("trans", symbol<T>("imatcopy_square_t"))(n, alpha, ab.data(), n);
         return teams().squares;
     };
     EXPECT_EQ(asks(64, one<T>), 0);
@@ -99,7 +95,7 @@ TYPED_TEST(SquareTest, asks_for_a_team_above_64_and_for_a_factor_of_one_only)
 TYPED_TEST(SquareTest, leaves_the_work_to_a_team_that_says_it_did_it)
 {
     using T = TypeParam;
-    auto* f = kernel<Square<T>>("trans", symbol<T>("imatcopy_square_t"));
+    auto* f = kernel<TurnSquare<T>>("trans", symbol<T>("imatcopy_square_t"));
     for (const u64 n : {80, 81}) {
         const Storage<T> ab(n * n);
         const std::vector<T> before = ab.copy();
@@ -131,7 +127,7 @@ TYPED_TEST(SquareTest, refuses_tiles_only_if_neither_side_nor_distance_is_a_mult
 
 TEST(Square, takes_12_rows_of_doubles_16_apart_but_not_12)
 {
-    auto* f = kernel<Sqtrans<double>>("trans", "orv_dsqtrans");
+    auto* f = kernel<dsqtrans>();
     const Storage<double> ab(extent(12, 12, 16));
     EXPECT_EQ(f(ab.data(), 12, 12), 6);
     EXPECT_EQ(f(ab.data(), 12, 16), 0);
@@ -151,7 +147,7 @@ TYPED_TEST(SquareTest, has_no_tiles_for_a_team_and_says_so)
 TYPED_TEST(SquareTest, gives_each_pair_of_tiles_to_one_member_of_a_team)
 {
     using T = TypeParam;
-    auto* f = kernel<Team<T>>("trans", symbol<T>("imatcopy_square_t_team"));
+    auto* f = kernel<TurnSquareTeam<T>>("trans", symbol<T>("imatcopy_square_t_team"));
     for (u64 tiles = 0; tiles <= 40; ++tiles)
         for (u64 members = 1; members <= 9; ++members) {
             const u64 n = tiles * unit<T>, ld = n + members % 3;
@@ -165,7 +161,7 @@ TYPED_TEST(SquareTest, gives_each_pair_of_tiles_to_one_member_of_a_team)
 TYPED_TEST(SquareTest, gives_each_row_of_tiles_the_same_number_of_tiles)
 {
     using T = TypeParam;
-    auto* f = kernel<Team<T>>("trans", symbol<T>("imatcopy_square_t_team"));
+    auto* f = kernel<TurnSquareTeam<T>>("trans", symbol<T>("imatcopy_square_t_team"));
     for (const u64 tiles : {1, 2, 3, 8, 9, 12, 13})
         for (u64 t = 0; t < tiles; ++t) {
             const u64 n = tiles * unit<T>, half = tiles / 2;
@@ -198,7 +194,8 @@ TYPED_TEST(SquareTest, turns_squares_with_rows_whole_pages_apart)
             EXPECT_EQ(kernel<Sqtrans<T>>("trans", symbol<T>("sqtrans"))(ab.data(), n, ld), 0);
             ASSERT_HOLDS(ab, after) << problem("sqtrans", 'R', 'T', n, n, ld, ld, one<T>);
             for (const u64 member : {0, 1, 2})
-                kernel<Team<T>>("trans", symbol<T>("imatcopy_square_t_team"))(whole, shared.data(), ld, member, 3);
+                kernel<TurnSquareTeam<T>>("trans", symbol<T>("imatcopy_square_t_team"))(whole, shared.data(), ld,
+                                                                                        member, 3);
             ASSERT_HOLDS(shared, after_shares) << ld;
         }
 }
@@ -206,7 +203,7 @@ TYPED_TEST(SquareTest, turns_squares_with_rows_whole_pages_apart)
 TYPED_TEST(SquareTest, exchanges_a_row_of_tiles_with_a_column)
 {
     using T = TypeParam;
-    auto* f = kernel<Tiles<T>>("trans", symbol<T>("imatcopy_square_t_64x64n"));
+    auto* f = kernel<TurnTiles<T>>("trans", symbol<T>("imatcopy_square_t_64x64n"));
     constexpr u64 u = unit<T>, tiles = 7, n = tiles * u, ld = n + 3;
     for (u64 i = 0; i < tiles; ++i)
         for (u64 j = 0; j < tiles; ++j)
@@ -233,13 +230,13 @@ TYPED_TEST(SquareTest, turns_zero_factors_to_zeros_but_keeps_nan)
     for (const u64 n : {16, 33, 80}) {
         const Storage<T> ab(n * n);
         ab[3] = scalar<T>(NAN, NAN);
-        kernel<Square<T>>("trans", symbol<T>("imatcopy_square_t"))(n, zero<T>, ab.data(), n);
+        kernel<TurnSquare<T>>("trans", symbol<T>("imatcopy_square_t"))(n, zero<T>, ab.data(), n);
         for (u64 i = 0; i < n * n; ++i) EXPECT_EQ(ab[i] == zero<T>, i != 3 * n) << i;
         EXPECT_FALSE(ab[3 * n] == ab[3 * n]);
     }
 }
 
-TEST(Square, has_an_initialiser_that_does_nothing) { kernel<void()>("trans", "orv_dsoi_init")(); }
+TEST(Square, has_an_initialiser_that_does_nothing) { kernel<dsoi_init>()(); }
 
 } // namespace
 } // namespace orv::test

@@ -1,4 +1,5 @@
 // The program's own threaded entries, which kernels find before the core's: they count, and pass on.
+#include "frame/imports.h"
 #include "tests/trans/matrices.h"
 
 #include <dlfcn.h>
@@ -13,9 +14,6 @@ Teams& teams()
 
 namespace {
 
-template <class T> using Copy = void(char, char, u64, u64, T, const T*, u64, u64, T*, u64, u64);
-template <class T> using Square = int(u64, T*, u64);
-
 template <class F> F* next(const char* name) { return reinterpret_cast<F*>(dlsym(RTLD_NEXT, name)); }
 
 template <class T>
@@ -25,13 +23,13 @@ void copy(const char* name, char ordering, char trans, u64 rows, u64 cols, T alp
     ++teams().copies;
     teams().last_copy = {ordering, trans};
     for (const u64 n : {rows, cols, lda, stridea, ldb, strideb}) teams().last_copy += ' ' + std::to_string(n);
-    next<Copy<T>>(name)(ordering, trans, rows, cols, alpha, a, lda, stridea, b, ldb, strideb);
+    next<kernels::trans::Omatcopy2<T>>(name)(ordering, trans, rows, cols, alpha, a, lda, stridea, b, ldb, strideb);
 }
 
 template <class T> int square(const char* name, u64 n, T* ab, u64 ld)
 {
     ++teams().squares;
-    return teams().answer >= 0 ? teams().answer : next<Square<T>>(name)(n, ab, ld);
+    return teams().answer >= 0 ? teams().answer : next<imports::ImatcopySquarePar<T>>(name)(n, ab, ld);
 }
 
 } // namespace

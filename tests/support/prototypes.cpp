@@ -1,0 +1,31 @@
+#include "tests/support/prototypes.h"
+
+#include "frame/kernels/blas.h"
+#include "frame/kernels/dft_primitives.h"
+#include "frame/kernels/lapack_ps.h"
+#include "frame/kernels/trans.h"
+
+namespace orv::test {
+
+#define ENTRY(prototype) {prototype::module, prototype::stem, &signature_id<prototype::signature>},
+
+std::span<const Prototype> prototypes()
+{
+    static constexpr Prototype all[] = {
+#define ORV_NAME(name, ...) ENTRY(kernels::blas::name)
+#include "frame/kernels/blas.def"
+#undef ORV_NAME
+#define ORV_NAME(name, ...) ENTRY(kernels::dft::name)
+#include "frame/kernels/dft_primitives.def"
+#undef ORV_NAME
+#define ORV_NAME(name, ...) ENTRY(kernels::lapack_ps::name)
+#include "frame/kernels/lapack_ps.def"
+#undef ORV_NAME
+#define ORV_NAME(name, ...) ENTRY(kernels::trans::name)
+#include "frame/kernels/trans.def"
+#undef ORV_NAME
+    };
+    return all;
+}
+
+} // namespace orv::test
