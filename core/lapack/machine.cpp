@@ -1,6 +1,6 @@
 // What LAPACK routines ask about the arithmetic: orv_lapack_?lamch, orv_lapack_?labad.
 #include "frame/export.h"
-#include "frame/types.h"
+#include "frame/imports.h"
 
 #include <limits>
 

@@ -10,6 +10,7 @@
 // of a bad argument by its negated number in info and to orv_serv_xerbla; a factor that is NaN, or from = 0, is bad.
 #include "frame/arguments.h"
 #include "frame/export.h"
+#include "frame/imports.h"
 #include "frame/serv.h"
 
 #include <cmath>

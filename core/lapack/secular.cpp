@@ -7,7 +7,7 @@
 // Published source: R.-C. Li, Solving secular equations stably and efficiently, LAPACK Working Note 89, 1994; its fixed
 // weights of the third order after Gragg, Thornton and Warner. Arguments by pointer; a Fortran logical is an integer.
 #include "frame/export.h"
-#include "frame/types.h"
+#include "frame/imports.h"
 
 #include <algorithm>
 #include <cmath>

@@ -11,7 +11,7 @@
 // chunk by chunk, and a chunk whose sum is out of the safe range once more in three sums of scaled squares, by the
 // constants of Blue's algorithm (ACM TOMS 4 (1978) 15-23; Anderson, ACM TOMS 44 (2017) 12).
 #include "frame/export.h"
-#include "frame/types.h"
+#include "frame/imports.h"
 
 #include <cmath>
 #include <limits>

@@ -1,8 +1,9 @@
 // Transposition by a team: what kernels ask for when a matrix is large enough to be shared. The work of each member is
 // again a kernel's.
 #include "core/trans/kernels.h"
-#include "frame/export.h"
 #include "core/trans/share.h"
+#include "frame/export.h"
+#include "frame/imports.h"
 
 #include <cstring>
 

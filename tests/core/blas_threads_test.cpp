@@ -1,4 +1,5 @@
 // Matrices on several threads: the same bits, and no team for little work.
+#include "tests/core/routines.h"
 #include "tests/core/teams.h"
 #include "tests/support/bounds.h"
 #include "tests/support/probe.h"
@@ -11,8 +12,6 @@ using namespace orv;
 using namespace orv::test;
 
 namespace {
-
-FOR_TYPE(gemm, orv_sgemm, orv_dgemm, orv_cgemm, orv_zgemm)
 
 struct Shape {
     i64 m, n, k;
@@ -96,12 +95,6 @@ TEST(BlasThreads, small_products_wake_no_team)
 // A part that no granule fits in would be no part.
 TEST(BlasThreads, a_small_result_of_great_depth_stays_whole) { gemm_of<double>({{31, 31, 5000, false}}); }
 
-FOR_TYPE(gemv, orv_sgemv, orv_dgemv, orv_cgemv, orv_zgemv)
-FOR_TYPE(ger, orv_sger, orv_dger, orv_cgerc, orv_zgerc)
-FOR_TYPE(symv, orv_ssymv, orv_dsymv, orv_chemv, orv_zhemv)
-FOR_TYPE(syr, orv_ssyr, orv_dsyr, orv_cher, orv_zher)
-FOR_TYPE(syr2, orv_ssyr2, orv_dsyr2, orv_cher2, orv_zher2)
-
 // Rows times columns that are just enough for a team of two.
 template <class T> constexpr i64 worth_sharing = (i64(8) << 20) / i64(sizeof(T));
 
@@ -121,7 +114,7 @@ template <class T> void matrix_and_vectors()
                 });
         for (const i64 inc : {1, -3})
             expect_same_bits<T>("ger" + size, a, true,
-                                [&](T* to) { return ger<T>(m, n, alpha, x.data(), inc, v.data(), inc, to, lda); });
+                                [&](T* to) { return gerc<T>(m, n, alpha, x.data(), inc, v.data(), inc, to, lda); });
     }
     const i64 n = worth_sharing<T> / 201;
     const auto a = random_elements<T>(200 * n, 1);
@@ -144,9 +137,9 @@ template <class T> void updates_of_triangles()
     for (const char uplo : {'U', 'l'})
         for (const i64 inc : {1, -3}) {
             expect_same_bits<T>(std::string("syr ") + uplo, a, !is_complex<T>,
-                                [&](T* to) { return syr<T>(uplo, n, real_t<T>(-1.5), x.data(), inc, to, lda); });
+                                [&](T* to) { return her<T>(uplo, n, real_t<T>(-1.5), x.data(), inc, to, lda); });
             expect_same_bits<T>(std::string("syr2 ") + uplo, a, !is_complex<T>, [&](T* to) {
-                return syr2<T>(uplo, n, element<T>::make(0.75), x.data(), inc, y.data(), inc, to, lda);
+                return her2<T>(uplo, n, element<T>::make(0.75), x.data(), inc, y.data(), inc, to, lda);
             });
         }
 }
@@ -192,7 +185,7 @@ template <class T> void symmetric_products(int least, bool with_team)
             for (const i64 inc : {1, -3})
                 expect_same_bits<T>(
                     std::string("symv ") + uplo + " n=" + std::to_string(n), y, with_team && n >= worth,
-                    [&](T* to) { return symv<T>(uplo, n, alpha, h.a.data(), h.lda, x.data(), inc, beta, to, inc); },
+                    [&](T* to) { return hemv<T>(uplo, n, alpha, h.a.data(), h.lda, x.data(), inc, beta, to, inc); },
                     least);
         }
 }
@@ -221,7 +214,7 @@ template <class T> void large_symmetric_product(char uplo, i64 incx, i64 incy, b
     const T alpha = Random(4).value<T>(), beta = Random(5).value<T>();
     auto y = start;
     const auto multiply = [&] {
-        return symv<T>(uplo, n, alpha, h.a.data(), h.lda, x.data(), incx, beta, y.data(), incy);
+        return hemv<T>(uplo, n, alpha, h.a.data(), h.lda, x.data(), incx, beta, y.data(), incy);
     };
     orv_set_thread_num_threads(2);
     teams = 0;

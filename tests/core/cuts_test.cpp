@@ -2,6 +2,7 @@
 // others. Small problems are shared as if they were large. Operands are small whole numbers, so that results are exact
 // and what one thread computes undivided is what any other cut has to give, to the element.
 #include "core/team/eagerness.h"
+#include "tests/core/routines.h"
 #include "tests/core/teams.h"
 #include "tests/support/sanitized.h"
 #include "tests/support/whole.h"
@@ -12,30 +13,6 @@ using namespace orv;
 using namespace orv::test;
 
 namespace {
-
-FOR_TYPE(gemm, orv_sgemm, orv_dgemm, orv_cgemm, orv_zgemm)
-FOR_TYPE(symm, orv_ssymm, orv_dsymm, orv_csymm, orv_zsymm)
-FOR_TYPE(trmm, orv_strmm, orv_dtrmm, orv_ctrmm, orv_ztrmm)
-FOR_TYPE(trsm, orv_strsm, orv_dtrsm, orv_ctrsm, orv_ztrsm)
-FOR_TYPE(syrk, orv_ssyrk, orv_dsyrk, orv_csyrk, orv_zsyrk)
-FOR_TYPE(syr2k, orv_ssyr2k, orv_dsyr2k, orv_csyr2k, orv_zsyr2k)
-FOR_TYPE(gemv, orv_sgemv, orv_dgemv, orv_cgemv, orv_zgemv)
-FOR_TYPE(ger, orv_sger, orv_dger, orv_cgeru, orv_zgeru)
-FOR_TYPE(symv, orv_ssymv, orv_dsymv, orv_chemv, orv_zhemv)
-FOR_TYPE(syr, orv_ssyr, orv_dsyr, orv_cher, orv_zher)
-FOR_TYPE(syr2, orv_ssyr2, orv_dsyr2, orv_cher2, orv_zher2)
-FOR_TYPE(omatcopy, orv_somatcopy, orv_domatcopy, orv_comatcopy, orv_zomatcopy)
-FOR_TYPE(imatcopy, orv_simatcopy, orv_dimatcopy, orv_cimatcopy, orv_zimatcopy)
-template <class T> constexpr auto* gemm3m = orv_cgemm3m;
-template <> constexpr auto* gemm3m<cpx<double>> = orv_zgemm3m;
-template <class T> constexpr auto* mixed = orv_scgemm;
-template <> constexpr auto* mixed<cpx<double>> = orv_dzgemm;
-template <class T> constexpr auto* hemm = orv_chemm;
-template <> constexpr auto* hemm<cpx<double>> = orv_zhemm;
-template <class T> constexpr auto* herk = orv_cherk;
-template <> constexpr auto* herk<cpx<double>> = orv_zherk;
-template <class T> constexpr auto* her2k = orv_cher2k;
-template <> constexpr auto* her2k<cpx<double>> = orv_zher2k;
 
 // An instrumented program takes fewer.
 const i64 draws = sanitized() ? 5 : 40;
@@ -168,15 +145,15 @@ TYPED_TEST(Cuts, matrices_and_vectors_have_all_their_elements)
             return gemv<T>(trans, m, n, alpha, a.data(), ld, x.data(), incx, beta, to, incy);
         });
         this->expect_the_same("ger" + text, a,
-                              [&](T* to) { return ger<T>(m, n, alpha, x.data(), incx, y.data(), incy, to, ld); });
+                              [&](T* to) { return geru<T>(m, n, alpha, x.data(), incx, y.data(), incy, to, ld); });
         this->expect_the_same("symv" + text, y, [&](T* to) {
-            return symv<T>(uplo, n, alpha, a.data(), ld, x.data(), incx, beta, to, incy);
+            return hemv<T>(uplo, n, alpha, a.data(), ld, x.data(), incx, beta, to, incy);
         });
         if constexpr (!is_complex<T>) { // Hermitian ones are not shared
             this->expect_the_same("syr" + text, a,
-                                  [&](T* to) { return syr<T>(uplo, n, R(3), x.data(), incx, to, ld); });
+                                  [&](T* to) { return her<T>(uplo, n, R(3), x.data(), incx, to, ld); });
             this->expect_the_same("syr2" + text, a, [&](T* to) {
-                return syr2<T>(uplo, n, alpha, x.data(), incx, y.data(), incy, to, ld);
+                return her2<T>(uplo, n, alpha, x.data(), incx, y.data(), incy, to, ld);
             });
         }
     }

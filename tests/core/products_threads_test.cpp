@@ -1,5 +1,6 @@
 // Products of matrices on several threads: the same bits, the right numbers, and nothing read or written that is not to
 // be. Sizes are just enough for a team, with leftovers of every granule.
+#include "tests/core/routines.h"
 #include "tests/core/teams.h"
 #include "tests/support/by_vector.h"
 #include "tests/support/probe.h"
@@ -10,22 +11,6 @@ using namespace orv;
 using namespace orv::test;
 
 namespace {
-
-FOR_TYPE(symm, orv_ssymm, orv_dsymm, orv_csymm, orv_zsymm)
-FOR_TYPE(syrk, orv_ssyrk, orv_dsyrk, orv_csyrk, orv_zsyrk)
-FOR_TYPE(syr2k, orv_ssyr2k, orv_dsyr2k, orv_csyr2k, orv_zsyr2k)
-FOR_TYPE(trmm, orv_strmm, orv_dtrmm, orv_ctrmm, orv_ztrmm)
-FOR_TYPE(trsm, orv_strsm, orv_dtrsm, orv_ctrsm, orv_ztrsm)
-template <class T> constexpr auto* hemm = orv_chemm;
-template <> constexpr auto* hemm<cpx<double>> = orv_zhemm;
-template <class T> constexpr auto* herk = orv_cherk;
-template <> constexpr auto* herk<cpx<double>> = orv_zherk;
-template <class T> constexpr auto* her2k = orv_cher2k;
-template <> constexpr auto* her2k<cpx<double>> = orv_zher2k;
-template <class T> constexpr auto* gemm3m = orv_cgemm3m;
-template <> constexpr auto* gemm3m<cpx<double>> = orv_zgemm3m;
-template <class T> constexpr auto* mixed = orv_scgemm;
-template <> constexpr auto* mixed<cpx<double>> = orv_dzgemm;
 
 // Multiplications that are worth a team of two.
 template <class T>

@@ -6,23 +6,13 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <orv/threads.h>
 #include <string>
 #include <vector>
-
-#define ORV_COMPLEX_FLOAT orv::cpx<float>
-#define ORV_COMPLEX_DOUBLE orv::cpx<double>
-#include <orv/orv.h>
 
 namespace orv::test {
 
 extern int teams; // parallel regions that were opened
-
-// A call's routine by type.
-#define FOR_TYPE(name, s, d, c, z)                                                                                     \
-    template <class T> constexpr auto* name = s;                                                                       \
-    template <> constexpr auto* name<double> = d;                                                                      \
-    template <> constexpr auto* name<cpx<float>> = c;                                                                  \
-    template <> constexpr auto* name<cpx<double>> = z;
 
 // What call(elements) leaves of `start`, on so many threads; `shared`: with a team, if it may have one.
 template <class T, class Call>
