@@ -4,6 +4,7 @@
 //
 // beta is applied first, 0 by storing zeros; an alpha of 0 then leaves A and B unread. Operands with a side of 3 or
 // less, and want of memory, go the plain way.
+#include "blas/gemm/blocks.h"
 #include "blas/gemm/by_symbol.h"
 #include "frame/serv.h"
 
@@ -77,12 +78,12 @@ template <class R> void free_areas(R* b, R* c)
     if (b != nullptr) orv_serv_deallocate(b);
 }
 
-template <class R> void in_planes(const Mixed<R>& x, i64 mb, i64 nb, R* b_planes, R* c_planes)
+template <class R> void in_planes(const Mixed<R>& x, i32 kernel, i64 mb, i64 nb, R* b_planes, R* c_planes)
 {
     constexpr char n = 'N';
     Desc<R> desc;
     zero_desc(&desc);
-    get_optimal_kernel(&desc);
+    get_kernel(kernel, &desc);
     desc.mb = most_rows, desc.nb = most_columns, desc.kb = depth_block;
     for (i64 j = 0; j < x.n; j += nb)
         for (i64 i = 0; i < x.m; i += mb) {
@@ -101,10 +102,12 @@ template <class R> void in_planes(const Mixed<R>& x, i64 mb, i64 nb, R* b_planes
 template <class R> void product(const Mixed<R>& x)
 {
     if (x.alpha == zero<cpx<R>>) return;
+    if (min(min(x.m, x.n), x.k) < least_side) return plain(x);
+    const i32 kernel = best_kernel<R>(); // before memory is asked for, as in every product
     const i64 mb = min(x.m, most_rows), nb = min(x.n, most_columns);
     R *b = nullptr, *c = nullptr;
-    if (min(min(x.m, x.n), x.k) < least_side || !take_areas(mb, nb, &b, &c)) plain(x);
-    else in_planes(x, mb, nb, b, c);
+    if (take_areas(mb, nb, &b, &c)) in_planes(x, kernel, mb, nb, b, c);
+    else plain(x);
     free_areas(b, c);
 }
 

@@ -6,6 +6,7 @@
 //
 // Sources: N. J. Higham, Stability of a Method for Multiplying Complex Matrices with Three Real Matrix Multiplications,
 // SIAM J. Matrix Anal. Appl. 13 (1992) 681-687.
+#include "blas/gemm/blocks.h"
 #include "blas/gemm/by_symbol.h"
 #include "frame/serv.h"
 
@@ -104,6 +105,7 @@ template <class R> void multiply(const Product<cpx<R>>& x, const Planes<R>& plan
 template <class R> bool by_three_products(const Product<cpx<R>>& x)
 {
     if (x.m < least_side || x.n < least_side || x.k < least_side || x.alpha == zero<cpx<R>>) return false;
+    best_kernel<R>(); // asks for the processor, before memory is asked for: a caller sees the order of every product
     const Planes<R> planes(x.n);
     if (planes.c == nullptr) return false;
     multiply(x, planes);

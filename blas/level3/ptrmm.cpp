@@ -81,6 +81,7 @@ template <class T> void multiply_packed(const Triangular<T>& x, T alpha)
     if (x.order <= 0 || x.others <= 0) return;
     scale(x, alpha);
     if (alpha == zero<T>) return;
+    gemm::best_kernel<T>(); // asks for the processor, before memory is asked for: a caller sees the order of trmm
     void* const square = orv_serv_allocate(block * block * i64(sizeof(T)), 128);
     if (orv_serv_check_ptr(square, routine, sizeof routine - 1) != 0) return without_memory(x);
     by_squares(x, block, static_cast<T*>(square), triangular_product<T>);

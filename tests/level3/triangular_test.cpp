@@ -344,6 +344,18 @@ TYPED_TEST(PackedTriangularTest, computes_without_memory_all_the_same)
     }
 }
 
+TYPED_TEST(PackedTriangularTest, asks_for_the_processor_before_it_asks_for_memory)
+{
+    using T = TypeParam;
+    const Problem<T> x({'L', 'U', 'N', 'N'}, 12, 5, T(2)); // one square: no products inside, which ask too
+    x.start(x.x);
+    ProbeScope service;
+    service->fail_all = true;
+    x.call_packed("x" + this->ptrmm());
+    EXPECT_EQ(service->allocations, 1);
+    EXPECT_EQ(service->microarchitecture_asked, (std::is_same_v<T, double> ? 1 : 0));
+}
+
 TYPED_TEST(PackedTriangularTest, copies_a_rectangle_of_packed_columns)
 {
     using T = TypeParam;
