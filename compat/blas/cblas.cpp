@@ -17,8 +17,8 @@ auto call(const CblasCall<Int>& made, std::integer_sequence<int, i...>, C... arg
     if constexpr (std::is_same_v<R, orv_status>) {
         if (!goes_nowhere<F>(arguments...)) end(made, F(native<value_argument<F, i>>(arguments)...));
     } else if constexpr (std::is_same_v<R, i64>)
-        return static_cast<std::size_t>(max(answer(made, F(native<value_argument<F, i>>(arguments)...) + 1), 1) - 1);
-    else return goes_nowhere<F>(arguments...) ? R{} : answer(made, F(native<value_argument<F, i>>(arguments)...));
+        return static_cast<std::size_t>(max(answer<F>(made, F(native<value_argument<F, i>>(arguments)...) + 1), 1) - 1);
+    else return goes_nowhere<F>(arguments...) ? R{} : answer<F>(made, F(native<value_argument<F, i>>(arguments)...));
 }
 
 template <auto& F, class Int, class... C> auto call(const CblasCall<Int>& made, C... arguments)

@@ -21,8 +21,8 @@ template <auto& F, auto& Entry, class Int, class... P> auto call(const char* nam
     } else if constexpr (is_complex<R>) {
         R result;
         Entry(&result, pointers...);
-        return answer(made, result);
-    } else return goes_nowhere<F>(pointers...) ? R(0) : answer(made, Entry(pointers...));
+        return answer<F>(made, result);
+    } else return goes_nowhere<F>(pointers...) ? R(0) : answer<F>(made, Entry(pointers...));
 }
 
 template <auto& F, auto& Entry, class Int, class Check, class... P>

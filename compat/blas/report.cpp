@@ -1,7 +1,11 @@
 #include "compat/blas/report.h"
 
+#include "frame/kernels/blas.h"
+
+#include <algorithm>
 #include <cstdarg>
 #include <dlfcn.h>
+#include <string_view>
 
 using orv::i32;
 using orv::i64;
@@ -32,7 +36,27 @@ void report_cblas(const char* symbol, Int position, const char* routine, const c
     std::exit(EXIT_FAILURE);
 }
 
+constexpr std::string_view dense_kernels[] = {
+#define ORV_NAME(name, ...) orv::kernels::blas::name::stem,
+#include "frame/kernels/blas.def"
+#undef ORV_NAME
+};
+
 } // namespace
+
+// A kernel has the name of its routine, most with an x before it.
+orv_status orv::compat::kernel_status(const char* routine)
+{
+    std::string_view name(routine);
+    if (name.starts_with("cblas_")) name.remove_prefix(std::string_view("cblas_").size());
+    if (name.ends_with("_sub")) name.remove_suffix(std::string_view("_sub").size());
+    const bool is_listed = std::ranges::find(dense_kernels, name) != std::end(dense_kernels);
+    char stem[16];
+    std::snprintf(stem, sizeof stem, "%s%.*s", is_listed ? "" : "x", static_cast<int>(name.size()), name.data());
+    if (orv_kernel("blas", stem) != nullptr) return ORV_OK;
+    const orv_status status = orv_branch_status();
+    return status != ORV_OK ? status : ORV_NO_KERNEL;
+}
 
 int RowMajorStrg = 0;
 int CBLAS_CallFromC = 0;

@@ -24,6 +24,7 @@
 #include <orv/blas.h>
 #include <orv/branch.h>
 
+#include <atomic>
 #include <cstddef>
 
 #define STANDARD extern "C" __attribute__((visibility("default")))
@@ -69,15 +70,23 @@ template <class Call> void end(const Call& call, orv_status status)
         call.report_status(status);
 }
 
-// Passes a result on. Results that also stand for "no kernel can run" are rare, and then worth a look.
-template <class Call, class R> R answer(const Call& call, R result)
+// Why the kernel of a routine of level 1 cannot run; ORV_OK if it can. As calls have the name: "ddot", "cblas_ddot".
+[[gnu::cold]] orv_status kernel_status(const char* routine);
+
+// Passes the result of F on. Results that also stand for "no kernel can run" are rare, and worth a look until the
+// kernel is known to be there.
+template <auto& F, class Call, class R> R answer(const Call& call, R result)
 {
+    static constinit std::atomic<bool> has_kernel{false};
     bool suspect;
     if constexpr (std::is_integral_v<R>) suspect = result < 1;
     else if constexpr (is_complex<R>) suspect = result.re != result.re;
     else suspect = result != result;
-    if (suspect) [[unlikely]]
-        end(call, orv_branch_status());
+    if (suspect && !has_kernel.load(std::memory_order_relaxed)) [[unlikely]] {
+        const orv_status status = kernel_status(call.name);
+        has_kernel.store(status == ORV_OK, std::memory_order_relaxed);
+        end(call, status);
+    }
     return result;
 }
 

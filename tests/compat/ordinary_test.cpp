@@ -6,8 +6,15 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <orv/branch.h>
+#include <sstream>
 #include <string>
 #include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -83,6 +90,45 @@ TEST(Ordinary, without_kernels_error_routines_that_return_hear_of_each_call_and_
                                 "mine: DGEMM  1001\n"
                                 "3 4 nan\n"
                                 "the end\n");
+}
+
+// A copy of the kernels without some: a letter of their names is another one, so nobody finds them.
+class IncompleteBranch {
+public:
+    explicit IncompleteBranch(std::initializer_list<const char*> missing)
+    {
+        std::ifstream file(orv_branch_path(), std::ios::binary);
+        std::string bytes((std::istreambuf_iterator<char>(file)), {});
+        for (const char* stem : missing) {
+            const std::string name = "orv_blas_" + std::string(orv_branch_name()) + '_' + stem;
+            const auto at = bytes.find('\0' + name + '\0');
+            EXPECT_NE(at, bytes.npos) << name;
+            if (at != bytes.npos) bytes[at + 1] = '?';
+        }
+        std::ofstream(path_, std::ios::binary) << bytes;
+    }
+    ~IncompleteBranch() { std::filesystem::remove(path_); }
+    std::string setting() const { return "ORV_BRANCH_PATH=" + path_ + ' '; }
+
+private:
+    std::string path_ = testing::TempDir() + "incomplete_" + std::to_string(getpid()) + ".so";
+};
+
+// 1004: 1000 and ORV_NO_KERNEL.
+TEST(Ordinary, error_routines_hear_of_single_kernels_that_are_missing)
+{
+    const IncompleteBranch branch({"idamax", "xddot", "zdotu"});
+    const Outcome outcome = run(branch.setting() + OWN_ERRORS);
+    const auto without_sentence = [](const std::string& line) {
+        const auto position = line.find(" 0 ");
+        return position != line.npos ? line.substr(0, position + 2) : line;
+    };
+    std::istringstream text(outcome.text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);) lines.push_back(without_sentence(line));
+    EXPECT_EQ(lines,
+              (std::vector<std::string>{"mine: DDOT   1004", "nan", "mine: cblas_ddot 0", "nan", "mine: IDAMAX 1004",
+                                        "0", "mine: cblas_zdotu_sub 0", "6 8 nan", "the end"}));
 }
 
 } // namespace
