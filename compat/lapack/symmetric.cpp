@@ -18,23 +18,36 @@ template <class T> using SytrfKernels = Kernel<lapack_ps::Sytrf<T>>[2]; // by tr
 // LAPACK behind, if there is one.
 constexpr i64 lapack_block = 64;
 
+// The first step, from the first column on (L) or from the last one back (U), at which LAPACK has no pivot: the column
+// is zero, which kernels tell, or what stands on the diagonal is not a number.
+template <class T> i64 first_without_pivot(bool upper, i64 n, const T* a, i64 lda, const i64* ipiv, i64 zero_column)
+{
+    for (i64 step = 0; step < n; ++step) {
+        const i64 k = upper ? n - 1 - step : step;
+        const bool of_order_1 = ipiv[k] > 0, is_nan = a[k + k * lda] != a[k + k * lda];
+        if (k + 1 == zero_column || (of_order_1 && is_nan)) return k + 1;
+    }
+    return 0;
+}
+
 template <class T, class Int>
 void sytrf(SytrfKernels<T>& kernels, Routine<Int, Sytrf<T, Int>>& routine, const char* uplo, const Int* n, T* a,
            const Int* lda, Int* ipiv, T* work, const Int* lwork, Int* info)
 {
     if (routine.refuses(info, arguments::sytrf(*uplo, *n, a, *lda, ipiv, work, *lwork, info))) return;
     const i64 order = *n, step = *lda;
-    auto* const run = kernels[fold(*uplo) == 'U'].get();
+    const bool upper = fold(*uplo) == 'U';
+    auto* const run = kernels[upper].get();
     Widened<Int> pivots(order);
     if (run == nullptr || !pivots || (order > lapack_block && routine.has_one_behind()))
         return routine.hand_on(info, uplo, n, a, lda, ipiv, work, lwork, info, one_letter);
     *work = 1; // what the kernels would like to have of it
     *info = 0;
     if (*lwork == arguments::workspace_query) return;
-    i64 pivot = 0;
-    run(uplo, &order, a, &step, pivots.data(), &pivot);
+    i64 zero_column = 0;
+    run(uplo, &order, a, &step, pivots.data(), &zero_column);
     pivots.put(ipiv, order);
-    *info = static_cast<Int>(pivot);
+    *info = static_cast<Int>(first_without_pivot(upper, order, a, step, pivots.data(), zero_column));
 }
 
 // ---- Packed updates of complex matrices that are symmetric, not Hermitian

@@ -255,6 +255,30 @@ template <class T> void expect_symmetric_factors()
                 }
 }
 
+// The first of them counts, in the order in which columns are eliminated.
+template <class T> void expect_info_of_pivots_that_are_no_numbers()
+{
+    const i32 n = 9;
+    for (const char uplo : {'u', 'L'})
+        for (const i32 no_number : {1, 4, 9})
+            for (const i32 zero_column : {0, 2, 7}) {
+                std::vector<i32> infos;
+                expect_same<T>(n, std::string("sytrf ") + letter<T> + uplo, [&](Library library, auto& a) {
+                    a.assign(n * n, T(0));
+                    for (i32 j = 0; j < n; ++j) a[j * (n + 1)] = j + 1 == no_number ? T(NAN) : T(j + 1 != zero_column);
+                    Integers ipiv(n);
+                    std::vector<T> work(64 * n);
+                    const i32 lwork = 64 * n;
+                    i32 info = 77;
+                    call<void>(library, named<T>("sytrf"), &uplo, &n, a.data(), &n, &ipiv, work.data(), &lwork, &info);
+                    infos.push_back(info);
+                    a.clear(); // it may hold NaN wherever one of them stood
+                });
+                const bool zero_is_first = zero_column > 0 && (uplo == 'L') == (zero_column < no_number);
+                EXPECT_EQ(infos, std::vector<i32>(3, zero_is_first ? zero_column : no_number)) << uplo << no_number;
+            }
+}
+
 template <class T> void expect_the_same_as_the_reference()
 {
     expect_factors<T>();
@@ -262,7 +286,11 @@ template <class T> void expect_the_same_as_the_reference()
     expect_complete_pivoting<T>();
     expect_norms<T>();
     expect_rotations<T>();
-    if constexpr (!is_complex<T>) expect_secular_roots<T>(), expect_symmetric_factors<T>();
+    if constexpr (!is_complex<T>) {
+        expect_secular_roots<T>();
+        expect_symmetric_factors<T>();
+        expect_info_of_pivots_that_are_no_numbers<T>();
+    }
 }
 
 TEST_F(Lapack, computes_what_the_reference_does_in_single) { expect_the_same_as_the_reference<float>(); }
