@@ -29,12 +29,12 @@ template <class R> struct Sum<cpx<R>> {
     }
 };
 
-template <class T, Rows layout, Alpha where, int rows, int columns> class DirectTile {
+template <class T, RowLayout layout, Alpha where, int rows, int columns> class DirectTile {
     static constexpr int lanes = vec<T>::lanes;
     static constexpr int registers = (rows + lanes - 1) / lanes;
     static constexpr int last = rows - (registers - 1) * lanes; // rows in the last register
     static constexpr int count = registers * columns;
-    static constexpr int steps_at_once = layout == Rows::apart ? lanes : 1;
+    static constexpr int steps_at_once = layout == RowLayout::apart ? lanes : 1;
 
     const Operands<T>& o;
     const T* x;
@@ -56,7 +56,7 @@ template <class T, Rows layout, Alpha where, int rows, int columns> class Direct
         vec<T> a[steps_at_once][registers];
 #pragma GCC unroll 2
         for (int r = 0; r < registers; ++r) {
-            if constexpr (layout == Rows::adjacent) {
+            if constexpr (layout == RowLayout::adjacent) {
                 a[0][r] = r + 1 < registers ? loadu(x + r * lanes) : load_first<last>(x + r * lanes);
             } else {
                 vec<T> square[lanes];
@@ -70,7 +70,7 @@ template <class T, Rows layout, Alpha where, int rows, int columns> class Direct
         }
 #pragma GCC unroll 4
         for (int s = 0; s < steps; ++s) add_step(a[s], y + s * o.y_step);
-        x += layout == Rows::adjacent ? o.ldx : steps;
+        x += layout == RowLayout::adjacent ? o.ldx : steps;
         y += steps * o.y_step;
     }
 
@@ -149,9 +149,9 @@ public:
 // Walks C in tiles of as many sums as keep the adders busy and leave registers for the operands: for reals two
 // registers of rows by four columns, or, where it takes a square of four registers to turn rows that stand apart, one
 // by eight; for complex numbers, whose sums take two registers, one by four.
-template <class T, Rows layout, Alpha where> class Direct {
+template <class T, RowLayout layout, Alpha where> class Direct {
     static constexpr int lanes = vec<T>::lanes;
-    static constexpr bool turns_squares_of_four = layout == Rows::apart && lanes == 4;
+    static constexpr bool turns_squares_of_four = layout == RowLayout::apart && lanes == 4;
     static constexpr int max_rows = turns_squares_of_four || is_complex<T> ? lanes : 2 * lanes;
     static constexpr int max_columns = turns_squares_of_four ? 8 : 4;
 
@@ -172,7 +172,7 @@ template <class T, Rows layout, Alpha where> class Direct {
     template <int columns> static void strip(i64 m, const Operands<T>& o, const T* y, T* c)
     {
         const T* x = o.x;
-        const i64 x_step = max_rows * (layout == Rows::adjacent ? 1 : o.ldx), c_step = max_rows * o.c_row;
+        const i64 x_step = max_rows * (layout == RowLayout::adjacent ? 1 : o.ldx), c_step = max_rows * o.c_row;
         for (; m >= max_rows; m -= max_rows, x += x_step, c += c_step) tile<max_rows, columns>(o, x, y, c);
         last_rows<max_rows - 1, columns>(m, o, x, y, c);
     }
@@ -204,12 +204,12 @@ public:
 
 } // namespace
 
-template <class T, Rows layout, Alpha where> void direct(i64 m, i64 n, const Operands<T>& o)
+template <class T, RowLayout layout, Alpha where> void direct(i64 m, i64 n, const Operands<T>& o)
 {
     Direct<T, layout, where>::product(m, n, o);
 }
 
-#define DIRECT(T, layout, where) template void direct<T, Rows::layout, Alpha::where>(i64, i64, const Operands<T>&);
+#define DIRECT(T, layout, where) template void direct<T, RowLayout::layout, Alpha::where>(i64, i64, const Operands<T>&);
 #define DIRECTS(T)                                                                                                     \
     DIRECT(T, adjacent, at_end)                                                                                        \
     DIRECT(T, adjacent, absent)                                                                                        \

@@ -13,7 +13,7 @@
 namespace orv::gemm {
 
 // Where the rows of X stand: side by side in memory, or a leading dimension apart with the steps side by side.
-enum class Rows { adjacent, apart };
+enum class RowLayout { adjacent, apart };
 
 // Where alpha comes in: as a factor of the sum, or nowhere, because it is 1 or in X already.
 enum class Alpha { at_end, absent };
@@ -32,6 +32,6 @@ template <class T> struct Operands {
 };
 
 // C(0:m, 0:n) as above.
-template <class T, Rows layout, Alpha where = Alpha::at_end> void direct(i64 m, i64 n, const Operands<T>& o);
+template <class T, RowLayout layout, Alpha where = Alpha::at_end> void direct(i64 m, i64 n, const Operands<T>& o);
 
 } // namespace orv::gemm

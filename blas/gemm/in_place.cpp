@@ -93,20 +93,20 @@ template <class T> void in_place(const Product<T>& x)
         const T* b = corner(x.b, x.ldb, x.transb, p, 0);
         const i64 depth = min(x.k - p, kb), ldx = copied ? round_up(x.m, vec<T>::lanes) : x.lda;
         if (copied) copy(x.transa, x.m, depth, alpha, a, x.lda, block, ldx), a = block;
-        direct<T, Rows::adjacent, Alpha::absent>(x.m, x.n,
-                                                 {.k = depth,
-                                                  .x = a,
-                                                  .ldx = ldx,
-                                                  .y = b,
-                                                  .y_step = nb ? 1 : x.ldb,
-                                                  .y_column = nb ? x.ldb : 1,
-                                                  .c = x.c,
-                                                  .c_row = 1,
-                                                  .c_column = x.ldc,
-                                                  .conj_x = false,
-                                                  .conj_y = is_conjugated(x.transb),
-                                                  .replaces = p == 0 && x.beta == zero<T>,
-                                                  .alpha = alpha});
+        direct<T, RowLayout::adjacent, Alpha::absent>(x.m, x.n,
+                                                      {.k = depth,
+                                                       .x = a,
+                                                       .ldx = ldx,
+                                                       .y = b,
+                                                       .y_step = nb ? 1 : x.ldb,
+                                                       .y_column = nb ? x.ldb : 1,
+                                                       .c = x.c,
+                                                       .c_row = 1,
+                                                       .c_column = x.ldc,
+                                                       .conj_x = false,
+                                                       .conj_y = is_conjugated(x.transb),
+                                                       .replaces = p == 0 && x.beta == zero<T>,
+                                                       .alpha = alpha});
     }
     orv_serv_deallocate(block);
 }

@@ -11,24 +11,24 @@ namespace orv::gemm {
 namespace {
 
 constexpr BForm form_of(int digit) { return digit == 0 ? b_packed : b_in_place; }
-constexpr Update accumulate(int layout) { return layout == 0 ? Update::add_aligned : Update::add; }
+constexpr TileStore accumulate(int layout) { return layout == 0 ? TileStore::add_aligned : TileStore::add; }
 
 template <class T> using Kernel = void(const Block<T>&);
 
 template <class T, int form, int layout, template <class, int, int> class Scheme>
 constexpr Kernel<T>* accumulating = kernel<a_unit<T>, form_of(form), accumulate(layout), Scheme, T>;
 template <class T, int form, template <class, int, int> class Scheme>
-constexpr Kernel<T>* replacing = kernel<a_unit<T>, form_of(form), Update::replace, Scheme, T>;
+constexpr Kernel<T>* replacing = kernel<a_unit<T>, form_of(form), TileStore::replace, Scheme, T>;
 
 // Panels of any height: whole ones, and a narrower one as rows left over make it. Here C may stand anywhere.
-template <BForm form, Update update, class T> void panel_by_panel(const Block<T>& x)
+template <BForm form, TileStore store, class T> void panel_by_panel(const Block<T>& x)
 {
     for_each_panel<a_unit<T>>(x.m, [&](auto rows, i64 i) {
         Block<T> y = x;
         y.m = decltype(rows)::value;
         y.a += panel_offset(i, a_unit<T>, x.a_stride, x.k);
         y.c += i;
-        kernel<decltype(rows)::value, form, update, Repeating>(y);
+        kernel<decltype(rows)::value, form, store, Repeating>(y);
     });
 }
 
@@ -38,8 +38,9 @@ template <class T> bool replaces(const Block<T>& x) { return x.beta == zero<T>; 
 template <class T> void ker0_pst(const Block<T>& x, i32 form)
 {
     if (form == b_packed)
-        replaces(x) ? panel_by_panel<b_packed, Update::replace>(x) : panel_by_panel<b_packed, Update::add>(x);
-    else replaces(x) ? panel_by_panel<b_in_place, Update::replace>(x) : panel_by_panel<b_in_place, Update::add>(x);
+        replaces(x) ? panel_by_panel<b_packed, TileStore::replace>(x) : panel_by_panel<b_packed, TileStore::add>(x);
+    else
+        replaces(x) ? panel_by_panel<b_in_place, TileStore::replace>(x) : panel_by_panel<b_in_place, TileStore::add>(x);
 }
 
 template <class T, int form, template <class, int, int> class Scheme> Kernel<T>* select(const Block<T>& x)

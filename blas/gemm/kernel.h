@@ -21,12 +21,12 @@ template <class T> struct Block {
 };
 
 // C(0:m, 0:columns) of one strip, for the whole panels of `rows` rows in m.
-template <int rows, int columns, Update update, template <class, int, int> class Scheme, class T>
+template <int rows, int columns, TileStore store, template <class, int, int> class Scheme, class T>
 [[gnu::noinline]] void multiply_strip(i64 m, i64 depth, const T* a, i64 a_stride, const T* b, T* c, i64 ldc)
 {
     for (; m >= rows; m -= rows, a += a_stride, c += rows)
-        if constexpr (columns % vec<T>::lanes == 0) multiply_tile<rows, columns, update, Scheme>(depth, a, b, c, ldc);
-        else multiply_tile<rows, columns, update, Swapping>(depth, a, b, c, ldc);
+        if constexpr (columns % vec<T>::lanes == 0) multiply_tile<rows, columns, store, Scheme>(depth, a, b, c, ldc);
+        else multiply_tile<rows, columns, store, Swapping>(depth, a, b, c, ldc);
 }
 
 // Columns of op(B) that stand in place, as one panel.
@@ -39,7 +39,7 @@ template <int columns, class T> void pack_strip(char transb, i64 k, const T* b, 
 }
 
 // C := beta*C + A*B, or C := A*B, over the rows that fill panels of `rows` rows.
-template <int rows, BForm form, Update update, template <class, int, int> class Scheme, class T>
+template <int rows, BForm form, TileStore store, template <class, int, int> class Scheme, class T>
 void kernel(const Block<T>& x)
 {
     const i64 depth = round_up(x.k, group);
@@ -47,13 +47,13 @@ void kernel(const Block<T>& x)
     for_each_panel<b_unit<T>>(x.n, [&](auto width, i64 j) ORV_INLINE_LAMBDA {
         constexpr int columns = decltype(width)::value;
         T* const c = x.c + j * x.ldc;
-        if (update != Update::replace && x.beta != one<T>) mscale(x.m / rows * rows, columns, x.beta, c, x.ldc);
+        if (store != TileStore::replace && x.beta != one<T>) mscale(x.m / rows * rows, columns, x.beta, c, x.ldc);
         const T* panel = x.scratch;
         if constexpr (form == b_in_place)
             pack_strip<columns>(fold(x.transb), x.k, x.b + j * (fold(x.transb) == 'N' ? x.b_stride : 1), x.b_stride,
                                 x.scratch);
         else panel = x.b + panel_offset(j, b_unit<T>, x.b_stride, x.k);
-        multiply_strip<rows, columns, update, Scheme>(x.m, depth, x.a, x.a_stride, panel, c, x.ldc);
+        multiply_strip<rows, columns, store, Scheme>(x.m, depth, x.a, x.a_stride, panel, c, x.ldc);
     });
 }
 

@@ -53,18 +53,18 @@ void pack(i64 n, i64 k, const T* source, i64 ld, T* buffer, i64 stride, const Op
     else pack_adjacent<unit, false>(n, k, source, ld, buffer, stride, op);
 }
 
-enum class Op { n, t, c };
+enum class Operator { n, t, c };
 
-template <Op op, class T> void copy_a(i64 m, i64 k, const T* a, i64 lda, T* buffer, i64 stride, T alpha)
+template <Operator op, class T> void copy_a(i64 m, i64 k, const T* a, i64 lda, T* buffer, i64 stride, T alpha)
 {
-    constexpr Source order = op == Op::n ? Source::adjacent : Source::across;
-    pack<order, a_unit<T>>(m, k, a, lda, buffer, stride, Scaled<T, op == Op::c>{factor<T>(alpha)});
+    constexpr Source order = op == Operator::n ? Source::adjacent : Source::across;
+    pack<order, a_unit<T>>(m, k, a, lda, buffer, stride, Scaled<T, op == Operator::c>{factor<T>(alpha)});
 }
 
-template <Op op, class T> void copy_b(i64 k, i64 n, const T* b, i64 ldb, T* buffer, i64 stride)
+template <Operator op, class T> void copy_b(i64 k, i64 n, const T* b, i64 ldb, T* buffer, i64 stride)
 {
-    constexpr Source order = op == Op::n ? Source::across : Source::adjacent;
-    pack<order, b_unit<T>>(n, k, b, ldb, buffer, stride, Copied<T, op == Op::c>{});
+    constexpr Source order = op == Operator::n ? Source::across : Source::adjacent;
+    pack<order, b_unit<T>>(n, k, b, ldb, buffer, stride, Copied<T, op == Operator::c>{});
 }
 
 } // namespace
@@ -73,13 +73,13 @@ template <Op op, class T> void copy_b(i64 k, i64 n, const T* b, i64 ldb, T* buff
     ORV_EXPORT void BLAS(symbol)(const i64* m, const i64* k, const T* a, const i64* lda, T* buffer, const i64* stride, \
                                  const T* alpha)                                                                       \
     {                                                                                                                  \
-        copy_a<Op::op>(*m, *k, a, *lda, buffer, *stride, *alpha);                                                      \
+        copy_a<Operator::op>(*m, *k, a, *lda, buffer, *stride, *alpha);                                                \
     }
 #define COPY_B(symbol, op, T)                                                                                          \
     ORV_EXPORT void BLAS(symbol)(const i64* k, const i64* n, const T* b, const i64* ldb, T* buffer, const i64* stride, \
                                  const T*)                                                                             \
     {                                                                                                                  \
-        copy_b<Op::op>(*k, *n, b, *ldb, buffer, *stride);                                                              \
+        copy_b<Operator::op>(*k, *n, b, *ldb, buffer, *stride);                                                        \
     }
 #define COPIES(letter, T)                                                                                              \
     COPY_A(letter##gemm_copyan, n, T)                                                                                  \

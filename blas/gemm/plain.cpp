@@ -29,14 +29,14 @@ template <int columns, class T> void scale_columns(i64 m, T beta, T* c, i64 ldc)
 }
 
 // C += alpha*X*Y, in chunks of rows whose part of X stays in the first-level cache while all columns pass.
-template <Rows layout, class T> ORV_INLINE void add_product(i64 m, i64 n, Operands<T>& o)
+template <RowLayout layout, class T> ORV_INLINE void add_product(i64 m, i64 n, Operands<T>& o)
 {
     constexpr i64 cached = 16384 / sizeof(T), granule = 8;
     if (m * o.k <= cached) return direct<T, layout>(m, n, o);
     const i64 chunk = max(cached / o.k / granule * granule, granule);
     for (i64 i = 0; i < m; i += chunk) {
         direct<T, layout>(min(m - i, chunk), n, o);
-        o.x += chunk * (layout == Rows::adjacent ? 1 : o.ldx);
+        o.x += chunk * (layout == RowLayout::adjacent ? 1 : o.ldx);
         o.c += chunk * o.c_row;
     }
 }
@@ -65,10 +65,10 @@ template <class T> void plain(const Product<T>& x)
     // Lanes want rows: a flat C is computed as the transposed product.
     if (x.m < vec<T>::lanes && x.m < x.n) {
         Operands<T> o = {x.k, x.b, x.ldb, x.a, na ? x.lda : 1, na ? 1 : x.lda, x.c, x.ldc, 1, cb, ca, replaces, f};
-        return nb ? add_product<Rows::apart>(x.n, x.m, o) : add_product<Rows::adjacent>(x.n, x.m, o);
+        return nb ? add_product<RowLayout::apart>(x.n, x.m, o) : add_product<RowLayout::adjacent>(x.n, x.m, o);
     }
     Operands<T> o = {x.k, x.a, x.lda, x.b, nb ? 1 : x.ldb, nb ? x.ldb : 1, x.c, 1, x.ldc, ca, cb, replaces, f};
-    return na ? add_product<Rows::adjacent>(x.m, x.n, o) : add_product<Rows::apart>(x.m, x.n, o);
+    return na ? add_product<RowLayout::adjacent>(x.m, x.n, o) : add_product<RowLayout::apart>(x.m, x.n, o);
 }
 
 #define PLAIN(t, T)                                                                                                    \

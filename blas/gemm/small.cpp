@@ -22,8 +22,8 @@ ORV_INLINE void product(const char* transa, const char* transb, i64 m, i64 n, T 
     const bool ca = is_complex<T> && !na && is_letter(transa, letter_c),
                cb = is_complex<T> && !nb && is_letter(transb, letter_c);
     const Operands<T> o = {depth, a, lda, b, nb ? 1 : ldb, nb ? ldb : 1, c, 1, ldc, ca, cb, false, factor<T>(alpha)};
-    if (na) direct<T, Rows::adjacent>(m, n, o);
-    else direct<T, Rows::apart>(m, n, o);
+    if (na) direct<T, RowLayout::adjacent>(m, n, o);
+    else direct<T, RowLayout::apart>(m, n, o);
 }
 
 } // namespace

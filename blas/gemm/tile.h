@@ -117,10 +117,10 @@ public:
 
 // What becomes of the sums: they replace C, which is not read, or are added to a C whose columns all stand on 16 bytes,
 // or anywhere.
-enum class Update { replace, add_aligned, add };
+enum class TileStore { replace, add_aligned, add };
 
 // C(0:rows, 0:columns), at most one register high, `depth` steps, a multiple of 4.
-template <int rows, int columns, Update update, template <class, int, int> class Scheme, class T>
+template <int rows, int columns, TileStore store, template <class, int, int> class Scheme, class T>
 ORV_INLINE void multiply_tile(i64 depth, const T* a, const T* b, T* c, i64 ldc)
 {
     using R = real_t<T>;
@@ -150,8 +150,8 @@ ORV_INLINE void multiply_tile(i64 depth, const T* a, const T* b, T* c, i64 ldc)
         vec<T> sum;
         if constexpr (parts == 1) sum = products.column(j);
         else sum.r = add_sub(products.column(2 * j), swap_neighbours(products.column(2 * j + 1))).r;
-        if constexpr (update == Update::add_aligned && rows == vec<T>::lanes) sum = load(c) + sum;
-        else if constexpr (update != Update::replace) sum = load_first<rows>(c) + sum;
+        if constexpr (store == TileStore::add_aligned && rows == vec<T>::lanes) sum = load(c) + sum;
+        else if constexpr (store != TileStore::replace) sum = load_first<rows>(c) + sum;
         store_first<rows>(c, sum);
     }
 }

@@ -70,20 +70,20 @@ void multiply(const Patch& patch, const double* a, const double* b)
     for (i64 j = 0; j < patch.n; j += column_unit, b += depth * column_unit) {
         const double* x = a;
         for (i64 i = 0; i < patch.m; i += row_unit, x += depth * row_unit)
-            direct<double, Rows::adjacent, Alpha::absent>(row_unit, column_unit,
-                                                          {.k = depth,
-                                                           .x = x,
-                                                           .ldx = row_unit,
-                                                           .y = b,
-                                                           .y_step = column_unit,
-                                                           .y_column = 1,
-                                                           .c = patch.c + i + j * patch.ldc,
-                                                           .c_row = 1,
-                                                           .c_column = patch.ldc,
-                                                           .conj_x = false,
-                                                           .conj_y = false,
-                                                           .replaces = false,
-                                                           .alpha = factor<double>(1)});
+            direct<double, RowLayout::adjacent, Alpha::absent>(row_unit, column_unit,
+                                                               {.k = depth,
+                                                                .x = x,
+                                                                .ldx = row_unit,
+                                                                .y = b,
+                                                                .y_step = column_unit,
+                                                                .y_column = 1,
+                                                                .c = patch.c + i + j * patch.ldc,
+                                                                .c_row = 1,
+                                                                .c_column = patch.ldc,
+                                                                .conj_x = false,
+                                                                .conj_y = false,
+                                                                .replaces = false,
+                                                                .alpha = factor<double>(1)});
     }
 }
 

@@ -10,7 +10,7 @@
 namespace orv::level3 {
 namespace {
 
-template <class T, Kind kind> struct Update {
+template <class T, Kind kind> struct SymmetricUpdate {
     using F = Factor<T, kind>;
     bool upper, plain; // which triangle; whether A is n by k
     i64 n, k;
@@ -22,9 +22,9 @@ template <class T, Kind kind> struct Update {
     i64 ldc;
 
     const T* row(i64 i) const { return plain ? a + i : a + i * lda; } // of A, or of A'
-    Update part(i64 i, i64 size) const
+    SymmetricUpdate part(i64 i, i64 size) const
     {
-        Update x = *this;
+        SymmetricUpdate x = *this;
         x.n = size, x.a = row(i), x.c = c + i * (ldc + 1);
         return x;
     }
@@ -54,7 +54,7 @@ template <class F, class Both> ORV_INLINE void each(i64 n, const F* x, F* c, con
 }
 
 // The triangle := square + beta*triangle. A real beta takes complex numbers as reals.
-template <class T, Kind kind> void add_triangle(const Update<T, kind>& x, const T* square)
+template <class T, Kind kind> void add_triangle(const SymmetricUpdate<T, kind>& x, const T* square)
 {
     using F = Factor<T, kind>;
     constexpr i64 parts = sizeof(T) / sizeof(F);
@@ -72,12 +72,12 @@ template <class T, Kind kind> void add_triangle(const Update<T, kind>& x, const 
     columns([beta = factor<F>(x.beta)](vec<F> c, vec<F> s) ORV_INLINE_LAMBDA { return beta * c + s; });
 }
 
-template <class T, Kind kind> void scale(const Update<T, kind>& x)
+template <class T, Kind kind> void scale(const SymmetricUpdate<T, kind>& x)
 {
     scale_triangle<T, kind>(x.upper, x.n, x.beta, x.c, x.ldc);
 }
 
-template <class T, Kind kind> bool adds_nothing(const Update<T, kind>& x)
+template <class T, Kind kind> bool adds_nothing(const SymmetricUpdate<T, kind>& x)
 {
     return x.alpha == zero<Factor<T, kind>> || x.k <= 0;
 }
@@ -88,7 +88,7 @@ constexpr i64 side = 16;
 constexpr i64 tiny = 10; // rows, columns and depth of the general product's smallest case
 constexpr i64 side_of(i64 n) { return n <= 2 * side ? side / 2 : side; }
 
-template <class T, Kind kind> void walk(const Update<T, kind>& x, const Square<T>& square)
+template <class T, Kind kind> void walk(const SymmetricUpdate<T, kind>& x, const Square<T>& square)
 {
     const i64 most = min(square.side, side_of(x.n));
     for (i64 i = 0; i < x.n; i += most) {
@@ -103,7 +103,7 @@ template <class T, Kind kind> void walk(const Update<T, kind>& x, const Square<T
 }
 
 // The whole update by a square of the caller's.
-template <class T, Kind kind> void without_memory(const Update<T, kind>& x)
+template <class T, Kind kind> void without_memory(const SymmetricUpdate<T, kind>& x)
 {
     if (adds_nothing(x)) return scale(x);
     with_local_square<T, side>([&](const Square<T>& square) { walk(x, square); });
@@ -113,7 +113,7 @@ template <class T> inline constexpr Request request{side, 0x4800, 128, "DSYRK_PS
 template <> inline constexpr Request request<cpx<float>>{side, 0x20000, 128, "CSYRK_PST"};
 template <> inline constexpr Request request<cpx<double>>{side, 0x40000, 128, "ZSYRK"};
 
-template <class T, Kind kind> void small(const Update<T, kind>& x)
+template <class T, Kind kind> void small(const SymmetricUpdate<T, kind>& x)
 {
     if (adds_nothing(x)) return scale(x);
     if constexpr (std::is_same_v<T, float>) without_memory(x);
@@ -153,7 +153,7 @@ template <> struct Limits<float> {
 
 // Groups of n/p rows, in whole fours; what is left is the last.
 constexpr i64 unit = 4;
-template <class T, Kind kind, class Inner> void cut(const Update<T, kind>& x, i64 p, const Inner& inner)
+template <class T, Kind kind, class Inner> void cut(const SymmetricUpdate<T, kind>& x, i64 p, const Inner& inner)
 {
     const i64 height = x.n / p / unit * unit;
     if (x.n < unit * p) return inner(x);
@@ -166,26 +166,26 @@ template <class T, Kind kind, class Inner> void cut(const Update<T, kind>& x, i6
 }
 
 // A triangle of order 4 is a square of its own for reals.
-template <class T, Kind kind> void four(const Update<T, kind>& x)
+template <class T, Kind kind> void four(const SymmetricUpdate<T, kind>& x)
 {
     T square[unit * unit];
     walk(x, Square<T>{square, unit});
 }
-template <class T, Kind kind> void smallest(const Update<T, kind>& x)
+template <class T, Kind kind> void smallest(const SymmetricUpdate<T, kind>& x)
 {
     if (!is_complex<T> && x.n == unit && !adds_nothing(x)) four(x);
     else small(x);
 }
-template <class T, Kind kind> void second_level(const Update<T, kind>& x)
+template <class T, Kind kind> void second_level(const SymmetricUpdate<T, kind>& x)
 {
     cut(x, x.n == unit ? 1 : Limits<T>::second(x.n, x.plain), smallest<T, kind>);
 }
-template <class T, Kind kind> void first_level(const Update<T, kind>& x)
+template <class T, Kind kind> void first_level(const SymmetricUpdate<T, kind>& x)
 {
     cut(x, x.n == unit ? 1 : Limits<T>::first(x.n, x.plain), second_level<T, kind>);
 }
 
-template <class T, Kind kind> void update(const Update<T, kind>& x)
+template <class T, Kind kind> void update(const SymmetricUpdate<T, kind>& x)
 {
     if (x.n <= 0) return;
     if (x.k == 0) small(x);
@@ -201,7 +201,7 @@ bool is_letter(const char* given, char letter) { return orv_serv_lsame(given, &l
                                  const Factor<T, Kind::kind>* alpha, const T* a, const i64* lda,                       \
                                  const Factor<T, Kind::kind>* beta, T* c, const i64* ldc)                              \
     {                                                                                                                  \
-        body(Update<T, Kind::kind>{upper, is_letter(trans, 'N'), *n, *k, *alpha, a, *lda, *beta, c, *ldc});            \
+        body(SymmetricUpdate<T, Kind::kind>{upper, is_letter(trans, 'N'), *n, *k, *alpha, a, *lda, *beta, c, *ldc});   \
     }
 #define FAMILY(stem, T, kind)                                                                                          \
     SYRK(x##stem, T, kind, is_letter(uplo, 'U'), update)                                                               \

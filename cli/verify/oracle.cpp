@@ -30,7 +30,7 @@ template <class Wide> struct Run {
 };
 
 // One element of the left side: its value, and the sizes of all that went into it.
-template <class Wide> struct Sum {
+template <class Wide> struct WideSum {
     cpx<Wide> value{};
     double sizes = 0;
 
@@ -71,7 +71,7 @@ public:
         for (i64 l = 0; l < length_; ++l) row_.add(left_(i, l));
     }
     // Element j of the row.
-    void add_to(Sum<Wide>& sum, i64 j) const
+    void add_to(WideSum<Wide>& sum, i64 j) const
     {
         if (!right_) return sum.add(factor_, row_.elements[j], row_.sizes[j]);
         const cpx<Wide>*x = row_.elements.data(), *y = columns_.elements.data() + j * length_;
@@ -122,7 +122,7 @@ template <class Wide> Verdict judge_in(const Equation& equation, char work, cons
         for (Product<Wide>& p : products) p.start(i);
         for (i64 j = 0; j < columns; ++j) {
             if (value && result.at(i, j) < 0) continue; // the other triangle
-            Sum<Wide> sum;
+            WideSum<Wide> sum;
             for (const Product<Wide>& p : products) p.add_to(sum, j);
             const Number v = value ? (*value)(i, j) : Number{};
             const double re = magnitude(sum.value.re - v.re), im = magnitude(sum.value.im - v.im);

@@ -51,16 +51,16 @@ private:
     }
 };
 
-template <auto& F> using Update = Indexed<F, 2, 3, 4>;  // n, alpha, x, indx, y
-template <auto& F> using Scatter = Indexed<F, 1, 2, 3>; // n, x, indx, y, ...
-template <auto& F> using Gather = Indexed<F, 2, 3, 1>;  // n, y, x, indx
+template <auto& F> using IndexedAxpy = Indexed<F, 2, 3, 4>; // n, alpha, x, indx, y
+template <auto& F> using Scatter = Indexed<F, 1, 2, 3>;     // n, x, indx, y, ...
+template <auto& F> using Gather = Indexed<F, 2, 3, 1>;      // n, y, x, indx
 
 } // namespace
 
-ORV_BLAS(5, saxpyi, Update, saxpyi)
-ORV_BLAS(5, daxpyi, Update, daxpyi)
-ORV_BLAS(5, caxpyi, Update, caxpyi)
-ORV_BLAS(5, zaxpyi, Update, zaxpyi)
+ORV_BLAS(5, saxpyi, IndexedAxpy, saxpyi)
+ORV_BLAS(5, daxpyi, IndexedAxpy, daxpyi)
+ORV_BLAS(5, caxpyi, IndexedAxpy, caxpyi)
+ORV_BLAS(5, zaxpyi, IndexedAxpy, zaxpyi)
 
 ORV_BLAS(4, sdoti, Scatter, sdoti)
 ORV_BLAS(4, ddoti, Scatter, ddoti)

@@ -156,9 +156,9 @@ template <auto& R> struct ByTwo {
     }
 };
 
-template <auto& R, class Cut> class Update {
+template <auto& R, class Cut> class SharedUpdate {
 public:
-    template <class Prototype> constexpr explicit Update(Prototype kernel) : kernel_(kernel) {}
+    template <class Prototype> constexpr explicit SharedUpdate(Prototype kernel) : kernel_(kernel) {}
 
     template <class... P> [[gnu::always_inline]] orv_status operator()(P... arguments)
     {
@@ -186,8 +186,8 @@ private:
 
     Kernel<kernel_form<R>> kernel_;
 };
-template <auto& R> using Syrk = Update<R, ByOne<R>>;
-template <auto& R> using Syr2k = Update<R, ByTwo<R>>;
+template <auto& R> using Syrk = SharedUpdate<R, ByOne<R>>;
+template <auto& R> using Syr2k = SharedUpdate<R, ByTwo<R>>;
 
 } // namespace
 

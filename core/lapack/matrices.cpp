@@ -23,21 +23,21 @@ namespace {
 using arguments::one_of;
 
 // Rows first <= i < last of a column.
-struct Rows {
+struct RowRange {
     i64 first, last;
 };
 
 template <class T> void lacpy(char uplo, i64 m, i64 n, const T* a, i64 lda, T* b, i64 ldb)
 {
     for (i64 j = 0; j < n; ++j) {
-        const Rows rows = fold(uplo) == 'U' ? Rows{0, min(j + 1, m)} : Rows{fold(uplo) == 'L' ? j : 0, m};
+        const RowRange rows = fold(uplo) == 'U' ? RowRange{0, min(j + 1, m)} : RowRange{fold(uplo) == 'L' ? j : 0, m};
         if (rows.first < rows.last)
             std::memcpy(b + j * ldb + rows.first, a + j * lda + rows.first, (rows.last - rows.first) * sizeof(T));
     }
 }
 
 // Where column j of m rows lies in a matrix of a type, kl diagonals below and ku above.
-Rows stored_rows(char type, i64 kl, i64 ku, i64 m, i64 n, i64 j)
+RowRange stored_rows(char type, i64 kl, i64 ku, i64 m, i64 n, i64 j)
 {
     switch (type) {
     case 'L':
@@ -108,7 +108,7 @@ template <class R> i64 lascl(const char* name, char letter, i64 kl, i64 ku, R fr
     for (Factors<R> factors(from, to); factors.left();) {
         const R factor = factors.next();
         for (i64 j = 0; j < n; ++j) {
-            const Rows rows = stored_rows(type, kl, ku, m, n, j);
+            const RowRange rows = stored_rows(type, kl, ku, m, n, j);
             for (i64 i = rows.first; i < rows.last; ++i) a[i + j * lda] *= factor;
         }
     }
