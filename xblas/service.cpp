@@ -43,8 +43,9 @@ i64 fpinfo(i32 cmach, Prec prec)
         return a->least_exponent;
     case 156:
         return a->greatest_exponent;
+    default:
+        return 0;
     }
-    return 0;
 }
 
 } // namespace

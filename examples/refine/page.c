@@ -3,6 +3,7 @@
 #include "refine.h"
 
 #include <math.h>
+#include <orv/branch.h>
 #include <stdio.h>
 
 static const char* const style =
@@ -63,8 +64,7 @@ int write_page(const char* path, const struct errors* error)
         "solver loses up to 13. Refinement computes what is left of the right-hand side, solves for it with the same "
         "factors, and adds that to the solution. But what is left is a difference of almost equal numbers. In "
         "plain double its digits are gone before they are used; in extra precision they are there. The largest error "
-        "of "
-        "the solution, which is all ones, after each step:</p>\n",
+        "of the solution, which is all ones, after each step:</p>\n",
         common_style, style, n);
     fprintf(out, "<svg class=map viewBox='0 0 770 %d'>\n", zero + 66);
     scale(out);
@@ -77,7 +77,10 @@ int write_page(const char* path, const struct errors* error)
         cell(out, error->plain[s]), cell(out, error->extra[s]);
         fprintf(out, "</tr>\n");
     }
-    fprintf(out, "</table>\n</html>\n");
+    fprintf(out,
+            "</table>\n<footer>Computed by <code>%s</code> with residuals and triangular solves of "
+            "<code>orv/xblas.h</code>.</footer></html>\n",
+            orv_path());
     const int broken = ferror(out);
     return fclose(out) != 0 || broken ? -1 : 0;
 }
