@@ -18,7 +18,7 @@ struct Range {
 // Part `index` of `parts` of 0..n-1. Its edges are multiples of the granules of all kernels, so that no part ends in
 // leftovers that the whole has not.
 inline constexpr i64 granule = 64;
-inline constexpr Range even_part(i64 n, int parts, int index, i64 step = granule)
+constexpr Range even_part(i64 n, int parts, int index, i64 step = granule)
 {
     const auto edge = [&](int i) { return i == parts ? n : n / step * i / parts * step; };
     return {edge(index), edge(index + 1) - edge(index)};

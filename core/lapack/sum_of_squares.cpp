@@ -22,7 +22,10 @@ namespace {
 
 consteval double power(int exponent)
 {
-    return exponent < 0 ? 1 / power(-exponent) : exponent == 0 ? 1 : 2 * power(exponent - 1);
+    double x = 1;
+    for (; exponent > 0; --exponent) x *= 2;
+    for (; exponent < 0; ++exponent) x /= 2;
+    return x;
 }
 
 template <class R> double square(R x) { return double(x) * double(x); }
