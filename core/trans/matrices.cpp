@@ -72,7 +72,7 @@ template <class T> orv_status imatcopy(char ordering, char trans, i64 rows, i64 
 {
     if (const int bad = arguments::imatcopy(ordering, trans, rows, cols, alpha, ab, lda, ldb)) return -bad;
     const bool turns = arguments::one_of(trans, "TC"), by_rows = fold(ordering) == 'R';
-    if (turns && !(rows == cols && lda == ldb)) {
+    if (turns && (rows != cols || lda != ldb)) {
         const i64 m = by_rows ? rows : cols, n = by_rows ? cols : rows;
         if (core::trans::turn(trans, m, n, alpha, ab, lda, ldb)) return ORV_OK;
     }
