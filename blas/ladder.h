@@ -16,6 +16,7 @@
 #include "frame/simd.h"
 
 #include <type_traits>
+#include <utility>
 
 namespace orv::blas {
 
@@ -238,18 +239,22 @@ public:
     template <int lanes> ORV_INLINE auto get(int e) const
     {
         if constexpr (lanes == 0) return T(*at(e));
-        else if constexpr (lanes == 1) return loadu(at(e));
-        else if constexpr (is_complex<T>)
-            return vec<T>{_mm_loadh_pi(load_first<1>(at(e)).r, reinterpret_cast<const __m64*>(at(e + 1)))};
-        else return vec<T>{_mm_loadh_pd(_mm_load_sd(at(e)), at(e + 1))};
+        else return get(e, std::make_integer_sequence<int, lanes>());
     }
     template <int lanes, class V> ORV_INLINE void put(int e, V v) const
     {
         if constexpr (lanes == 0) *at(e) = v;
-        else if constexpr (lanes == 1) storeu(at(e), v);
-        else if constexpr (is_complex<T>)
-            store_first<1>(at(e), v), _mm_storeh_pi(reinterpret_cast<__m64*>(at(e + 1)), v.r);
-        else _mm_storel_pd(at(e), v.r), _mm_storeh_pd(at(e + 1), v.r);
+        else put(e, v, std::make_integer_sequence<int, lanes>());
+    }
+
+private:
+    template <int... lane> ORV_INLINE vec<T> get(int e, std::integer_sequence<int, lane...>) const
+    {
+        return collect(static_cast<const T*>(at(e + lane))...);
+    }
+    template <int... lane> ORV_INLINE void put(int e, vec<T> v, std::integer_sequence<int, lane...>) const
+    {
+        distribute(v, at(e + lane)...);
     }
 };
 

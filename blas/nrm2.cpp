@@ -110,7 +110,7 @@ ORV_INLINE vec<double> squares(vec<double> x) { return x * x; }
 double sum_of_squares(i64 n, const float* x)
 {
     vec<double> a[8] = {};
-    const auto one = [&](i64 i) { a[0] += squares({_mm_cvtps_pd(load_first<1>(x + i).r)}); };
+    const auto one = [&](i64 i) { a[0] += squares({load_widened_first<1>(x + i)}); };
     const i64 head = min(to_boundary(x), n);
     for (i64 i = 0; i < head; ++i) one(i);
     x += head;

@@ -26,8 +26,6 @@ template <bool unit, class T> ORV_INLINE void put(T* p, i64 /* one element */, T
 template <bool unit, class T> ORV_INLINE void put(T* p, i64 inc, vec<T> v)
 {
     if constexpr (unit) storeu(p, v);
-    else if constexpr (std::is_same_v<T, float>)
-        for (int l = 0; l < 4; ++l) p[l * inc] = v.r[l];
     else scatter(p, inc, v);
 }
 

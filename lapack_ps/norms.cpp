@@ -23,24 +23,15 @@
 namespace orv::lapack {
 namespace {
 
-ORV_INLINE vec<float> maximum(vec<float> a, vec<float> b) { return {_mm_max_ps(a.r, b.r)}; } // b if either is NaN
-ORV_INLINE vec<double> maximum(vec<double> a, vec<double> b) { return {_mm_max_pd(a.r, b.r)}; }
 template <class R> ORV_INLINE R maximum(R a, R b) { return a > b ? a : b; }
-ORV_INLINE vec<float> root(vec<float> a) { return {_mm_sqrt_ps(a.r)}; }
-ORV_INLINE vec<double> root(vec<double> a) { return {_mm_sqrt_pd(a.r)}; }
 ORV_INLINE float root(float a) { return __builtin_sqrtf(a); }
 ORV_INLINE double root(double a) { return __builtin_sqrt(a); }
 
 // A register of squares |p[0]|^2, |p[1]|^2, ..
-ORV_INLINE vec<float> squares(const cpx<float>* p)
+template <class R> ORV_INLINE vec<R> squares(const cpx<R>* p)
 {
-    const auto a = loadu(p), b = loadu(p + 2);
-    return {_mm_hadd_ps(a.r * a.r, b.r * b.r)};
-}
-ORV_INLINE vec<double> squares(const cpx<double>* p)
-{
-    const auto a = loadu(p), b = loadu(p + 1);
-    return {_mm_hadd_pd(a.r * a.r, b.r * b.r)};
+    const auto a = loadu(p), b = loadu(p + vec<cpx<R>>::lanes);
+    return add_parts(lane_product(a, a), lane_product(b, b));
 }
 
 // How large an element is: measures are many(p), a register of neighbours, and one(x), one element.
@@ -59,12 +50,8 @@ template <class T> struct Magnitude {
 };
 
 // The same without overflow and underflow on the way.
-template <class T> struct ScaledMagnitude;
-template <> struct ScaledMagnitude<cpx<float>> {
+template <class T> struct ScaledMagnitude {
     static float one(cpx<float> x) { return static_cast<float>(root(double(x.re) * x.re + double(x.im) * x.im)); }
-    static vec<float> many(const cpx<float>* p) { return {_mm_setr_ps(one(p[0]), one(p[1]), one(p[2]), one(p[3]))}; }
-};
-template <> struct ScaledMagnitude<cpx<double>> {
     static double one(cpx<double> x)
     {
         constexpr double up = 0x1p600, down = 0x1p-600;
@@ -73,7 +60,10 @@ template <> struct ScaledMagnitude<cpx<double>> {
         if (larger < 0x1p-400) return down * Magnitude<cpx<double>>::one(up * x);
         return Magnitude<cpx<double>>::one(x);
     }
-    static vec<double> many(const cpx<double>* p) { return {_mm_setr_pd(one(p[0]), one(p[1]))}; }
+    static vec<real_t<T>> many(const T* p)
+    {
+        return generate<real_t<T>>([=](int lane) ORV_INLINE_LAMBDA { return one(p[lane]); });
+    }
 };
 
 // A norm of complex elements is right if it is finite and so large that squares without all their digits cannot count.
@@ -98,17 +88,6 @@ template <class R> ORV_INLINE void keep_larger(R& value, R sum)
     if (value < sum || sum != sum) value = sum;
 }
 
-// The way through n neighbours: block(i, registers) of several registers and then of one, and single(i).
-template <class R, int registers, class Block, class Single> ORV_INLINE void each(i64 n, Block block, Single single)
-{
-    constexpr i64 lanes = vec<R>::lanes;
-    i64 i = 0;
-    for (; i + registers * lanes <= n; i += registers * lanes) block(i, std::integral_constant<int, registers>());
-    if constexpr (registers > 1)
-        for (; i + lanes <= n; i += lanes) block(i, std::integral_constant<int, 1>());
-    for (; i < n; ++i) single(i);
-}
-
 // The sums of `columns` columns of n elements, side by side, so that short ones need not wait for their own additions.
 template <int columns, class Measure, class T>
 ORV_INLINE void sum_columns(Measure, i64 n, const T* a, i64 lda, real_t<T> (&sums)[columns])
@@ -116,7 +95,7 @@ ORV_INLINE void sum_columns(Measure, i64 n, const T* a, i64 lda, real_t<T> (&sum
     using R = real_t<T>;
     constexpr int chains = 8 / columns;
     vec<R> s[columns][chains] = {};
-    each<R, chains>(
+    each<R, chains, 1>(
         n,
         [&]<int count>(i64 i, std::integral_constant<int, count>) ORV_INLINE_LAMBDA {
 #pragma GCC unroll 8
@@ -171,7 +150,7 @@ template <class Measure, class T> class Largest {
 public:
     void see(i64 n, const T* x)
     {
-        each<R, 8>(
+        each<R, 8, 1>(
             n,
             [&]<int count>(i64 i, std::integral_constant<int, count>) ORV_INLINE_LAMBDA {
 #pragma GCC unroll 8
@@ -216,7 +195,7 @@ template <class Measure, class T> real_t<T> add_to_rows(Measure, i64 n, const T*
 {
     using R = real_t<T>;
     vec<R> s[4] = {};
-    each<R, 4>(
+    each<R, 4, 1>(
         n,
         [&]<int count>(i64 i, std::integral_constant<int, count>) ORV_INLINE_LAMBDA {
 #pragma GCC unroll 4

@@ -23,7 +23,7 @@ template <class R> ORV_INLINE void settle(vec<R>& v) { asm volatile("" : "+x"(v.
 // and strips that fill whole registers.
 //
 //   two lanes    pair a           even (b0, b0)           odd (b1, b1)
-//   four lanes   pair a, a again  even (b0, b0, b2, b2)   odd (b1, b1, b3, b3)
+//   four lanes   pair a, a again  even (b0, b0, b2, b2)   odd (b1, b1, b3, b3)     and so on
 template <class R, int na, int nb> class Repeating {
     static constexpr int lanes = vec<R>::lanes, pairs = (na + 1) / 2, registers = nb / lanes;
     static_assert(nb % lanes == 0);
@@ -66,9 +66,11 @@ public:
     ORV_INLINE vec<R> column(int j) const
     {
         const auto& sums = j % 2 == 0 ? even : odd;
-        const vec<R> first = sums[0][j / lanes], second = sums[pairs - 1][j / lanes];
-        if constexpr (lanes == 2) return first;
-        else return j % lanes < 2 ? low_halves(first, second) : high_halves(first, second);
+        if constexpr (lanes == 2) return sums[0][j / lanes];
+        vec<R> rows[lanes / 2];
+#pragma GCC unroll 4
+        for (int q = 0; q < lanes / 2; ++q) rows[q] = sums[min(q, pairs - 1)][j / lanes];
+        return pair_of_each(rows, j % lanes / 2);
     }
 };
 
