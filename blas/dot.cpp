@@ -13,7 +13,7 @@
 // A complex product is four such real sums: of re*re, im*im, re*im and im*re. They meet at the very end, so the
 // conjugating form differs in two signs only.
 #include "frame/kernels/blas.h"
-#include "frame/simd.h"
+#include "frame/products.h"
 
 #include <type_traits>
 
@@ -30,58 +30,47 @@ template <Form form, class R> ORV_INLINE cpx<R> complex_sum(R re_re, R im_im, R 
 
 // Sums over whole registers of elements, for unit stride.
 template <class T> struct wide {
-    vec<T> sum = zeros<T>();
+    CrossedSum<T> sum;
 
-    ORV_INLINE void add(const T* x, const T* y) { sum += loadu(x) * loadu(y); }
-    ORV_INLINE void add_first(const T* x, const T* y) { sum += load_first<1>(x) * load_first<1>(y); }
-    ORV_INLINE wide operator+(wide b) const { return {sum + b.sum}; }
-    ORV_INLINE wide folded() const { return {fold_lanes(sum)}; }
-    template <Form> ORV_INLINE T value() const { return first_lane(sum); }
-};
-template <> struct wide<cpx<float>> {
-    using T = cpx<float>;
-    vec<T> straight = zeros<T>(); // re*re, im*im
-    vec<T> crossed = zeros<T>();  // re*im, im*re
-
+    wide() { sum.clear(); }
+    explicit wide(CrossedSum<T> sum) : sum(sum) {}
     ORV_INLINE void add(vec<T> x, vec<T> y)
     {
-        asm("" : "+x"(y.r)); // or else y is loaded again for the swap
-        crossed += lane_product(swap_neighbours(y), x);
-        straight += lane_product(y, x);
+        if constexpr (is_complex<T>) {
+            asm("" : "+x"(y.r)); // or else y is loaded again for the swap
+            sum.add(y, x);
+        } else sum.add(x, y);
     }
     ORV_INLINE void add(const T* x, const T* y) { add(loadu(x), loadu(y)); }
     ORV_INLINE void add_first(const T* x, const T* y) { add(load_first<1>(x), load_first<1>(y)); }
-    ORV_INLINE wide operator+(wide b) const { return {straight + b.straight, crossed + b.crossed}; }
-    ORV_INLINE wide folded() const { return {fold_lanes(straight), fold_lanes(crossed)}; }
+    ORV_INLINE wide operator+(wide b) const { return wide(sum + b.sum); }
+    ORV_INLINE wide folded() const { return wide(sum.folded()); }
     template <Form form> ORV_INLINE T value() const
     {
-        const T s = first_lane(straight), c = first_lane(crossed);
-        return complex_sum<form>(s.re, s.im, c.re, c.im);
+        if constexpr (!is_complex<T>) return first_lane(sum.sum);
+        else {
+            const T s = first_lane(sum.straight), c = first_lane(sum.crossed);
+            return complex_sum<form>(s.re, s.im, c.re, c.im);
+        }
     }
 };
 
-// The same sums in other lanes: loads that duplicate a part of x save the shuffles. Singles need x on a boundary.
+// The same sums in other lanes: loads that duplicate a part of x save the shuffles.
 template <class T> struct by_parts {
-    vec<T> re = zeros<T>(); // re*re, re*im
-    vec<T> im = zeros<T>(); // im*re, im*im
+    ProductSum<T> sum; // re*re, re*im and im*re, im*im
 
     ORV_INLINE void add(const T* x, const T* y)
     {
         const vec<T> pair = loadu(y);
-        re += lane_product(load_re_twice(x), pair);
-        im += lane_product(load_im_twice(x), pair);
+        sum.re += lane_product(load_re_twice(x), pair); // one after the other, lest a product be copied
+        sum.im += lane_product(load_im_twice(x), pair);
     }
-    ORV_INLINE void add_first(const T* x, const T* y)
-    {
-        const vec<T> first = load_first<1>(x), pair = load_first<1>(y);
-        re += lane_product(real_parts(first), pair);
-        im += lane_product(imaginary_parts(first), pair);
-    }
-    ORV_INLINE by_parts operator+(by_parts b) const { return {re + b.re, im + b.im}; }
-    ORV_INLINE by_parts folded() const { return {fold_lanes(re), fold_lanes(im)}; }
+    ORV_INLINE void add_first(const T* x, const T* y) { sum.add(load_first<1>(y), Multiplicand<T>(load_first<1>(x))); }
+    ORV_INLINE by_parts operator+(by_parts b) const { return {sum + b.sum}; }
+    ORV_INLINE by_parts folded() const { return {sum.folded()}; }
     template <Form form> ORV_INLINE T value() const
     {
-        const T r = first_lane(re), i = first_lane(im);
+        const T r = first_lane(sum.re), i = first_lane(sum.im);
         return complex_sum<form>(r.re, i.im, r.im, i.re);
     }
 };
@@ -95,19 +84,22 @@ template <class T> struct single {
 };
 template <> struct single<cpx<float>> {
     using T = cpx<float>;
-    __m128 sum = _mm_setzero_ps(); // re*re, im*im, re*im, im*re
+    vec<float> sum = zeros<float>(); // re*re, im*im, re*im, im*re
 
     ORV_INLINE void add(const T* x, const T* y)
     {
-        const __m128 twice = load_pair(reinterpret_cast<const float*>(x)).r;
-        const __m128 pair = load_first<1>(y).r;
-        sum += twice * _mm_shuffle_ps(pair, pair, _MM_SHUFFLE(0, 1, 1, 0));
+        sum += load_pair(reinterpret_cast<const float*>(x)) * first_pair_and_turned(load_first<1>(y));
     }
     ORV_INLINE single operator+(single b) const { return {sum + b.sum}; }
-    template <Form form> ORV_INLINE T value() const { return complex_sum<form>(sum[0], sum[1], sum[2], sum[3]); }
+    template <Form form> ORV_INLINE T value() const
+    {
+        return complex_sum<form>(sum.r[0], sum.r[1], sum.r[2], sum.r[3]);
+    }
 };
 template <> struct single<cpx<double>> : by_parts<cpx<double>> {
-    ORV_INLINE single operator+(single b) const { return {{re + b.re, im + b.im}}; }
+    using T = cpx<double>;
+    ORV_INLINE void add(const T* x, const T* y) { vec<T>::lanes == 1 ? by_parts::add(x, y) : add_first(x, y); }
+    ORV_INLINE single operator+(single b) const { return {{sum + b.sum}}; }
 };
 
 // Above this size the vectors come from beyond the first-level cache, and asking for the lines ahead pays.
@@ -170,9 +162,9 @@ template <class T, Form form> ORV_INLINE T dot(i64 n, const T* x, i64 incx, cons
     if (n <= 0) return zero<T>;
     if (incx != 1 || incy != 1) return dot_at_strides<T, form>(n, x, incx, y, incy);
     if constexpr (is_complex<T>)
-        if (sizeof(T) == vector_bytes || is_aligned(x, vector_bytes))
+        if (!splits_on_boundaries<T> || is_aligned(x, vector_bytes))
             return dot_at_unit_stride<by_parts<T>, form>(n, x, y);
-    if constexpr (!std::is_same_v<T, cpx<double>>) return dot_at_unit_stride<wide<T>, form>(n, x, y);
+    if constexpr (!is_complex<T> || splits_on_boundaries<T>) return dot_at_unit_stride<wide<T>, form>(n, x, y);
 }
 
 // start + x . y with products and sums in double, one after the other.

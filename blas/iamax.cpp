@@ -14,8 +14,7 @@ enum class Want { greatest, least };
 template <Want want, class T> ORV_INLINE vec<T> signed_magnitude(vec<T> v)
 {
     if constexpr (want == Want::greatest) return magnitude(v);
-    else if constexpr (sizeof(real_t<T>) == 4) return {_mm_or_ps(_mm_set1_ps(-0.0f), v.r)};
-    else return {_mm_or_pd(_mm_set1_pd(-0.0), v.r)};
+    else return negative_magnitude(v);
 }
 
 // Keys of as many elements as a register holds reals. With inc = 0, the key of one element in all lanes.
@@ -25,12 +24,9 @@ template <Want want, bool unit, class R> ORV_INLINE vec<R> keys(const R* x, i64 
 }
 template <Want want, bool unit, class R> ORV_INLINE vec<R> keys(const cpx<R>* x, i64 inc)
 {
-    const auto low = signed_magnitude<want>(load_strided<unit>(x, inc)).r;
-    const auto high = signed_magnitude<want>(load_strided<unit>(x + vec<cpx<R>>::lanes * inc, inc)).r;
-    if constexpr (sizeof(R) == 4)
-        return {_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)) +
-                _mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1))};
-    else return {_mm_blend_pd(low, high, 0b10) + _mm_shuffle_pd(low, high, 0b01)}; // only one needs the shuffle ports
+    const auto low = signed_magnitude<want>(load_strided<unit>(x, inc));
+    const auto high = signed_magnitude<want>(load_strided<unit>(x + vec<cpx<R>>::lanes * inc, inc));
+    return add_parts_sparing_shuffles(low, high);
 }
 template <Want want, class T> ORV_INLINE real_t<T> key(const T* x) { return first_lane(keys<want, false>(x, 0)); }
 
@@ -75,48 +71,46 @@ template <Want want, class R> struct Greatest;
 template <Want want> struct Greatest<want, float> {
     static constexpr int infinity = 0x7f800000;
     static constexpr int top = want == Want::greatest ? infinity : infinity - INT32_MAX - 1; // of all but NaNs
-    __m128i key;
+    vec<i32> key;
 
-    ORV_INLINE explicit Greatest(vec<float> keys) : key(_mm_castps_si128(keys.r))
+    ORV_INLINE explicit Greatest(vec<float> keys) : key{reinterpret_cast<reg<i32>::type>(keys.r)}
     {
-        if constexpr (want == Want::least) key = _mm_sub_epi32(_mm_set1_epi32(infinity), key);
+        if constexpr (want == Want::least) key.r = infinity - key.r;
     }
     ORV_INLINE Greatest(vec<float> a, vec<float> b) : Greatest(a) { add(Greatest(b)); }
-    ORV_INLINE void add(const Greatest& other) { key = _mm_max_epi32(key, other.key); }
+    ORV_INLINE void add(const Greatest& other) { key = maximum(key, other.key); }
 
     // With the same key in all lanes: whether another holds a greater one, which then takes its place.
     ORV_INLINE bool raised_by(Greatest other)
     {
-        if (_mm_movemask_epi8(_mm_cmpgt_epi32(other.key, key)) == 0) return false;
-        const __m128i half = _mm_max_epi32(other.key, _mm_shuffle_epi32(other.key, _MM_SHUFFLE(1, 0, 3, 2)));
-        key = _mm_max_epi32(half, _mm_shuffle_epi32(half, _MM_SHUFFLE(2, 3, 0, 1)));
+        if (!any(other.key > key)) return false;
+        key = greatest_lane(other.key);
         return true;
     }
-    ORV_INLINE bool saw_nan() const { return _mm_cvtsi128_si32(key) > top; }
-    ORV_INLINE __m128i equal_lanes(Greatest other) const { return _mm_cmpeq_epi32(key, other.key); }
+    ORV_INLINE bool saw_nan() const { return first_lane(key) > top; }
+    ORV_INLINE auto equal_lanes(Greatest other) const { return key == other.key; }
 };
 template <Want want> struct Greatest<want, double> {
-    __m128d key, unordered;
+    vec<double> key;
+    mask<double> unordered;
 
     ORV_INLINE explicit Greatest(vec<double> keys) : Greatest(keys, keys) {}
-    ORV_INLINE Greatest(vec<double> a, vec<double> b) : key(_mm_max_pd(a.r, b.r)), unordered(_mm_cmpunord_pd(a.r, b.r))
-    {
-    }
+    ORV_INLINE Greatest(vec<double> a, vec<double> b) : key(maximum(a, b)), unordered(orv::unordered(a, b)) {}
     ORV_INLINE void add(const Greatest& other)
     {
-        key = _mm_max_pd(key, other.key);
-        unordered = _mm_or_pd(unordered, other.unordered);
+        key = maximum(key, other.key);
+        unordered = unordered | other.unordered;
     }
 
     ORV_INLINE bool raised_by(Greatest other)
     {
-        unordered = _mm_or_pd(unordered, other.unordered);
-        if (_mm_movemask_pd(_mm_cmpgt_pd(other.key, key)) == 0) return false;
-        key = _mm_max_pd(other.key, _mm_shuffle_pd(other.key, other.key, 1));
+        unordered = unordered | other.unordered;
+        if (!any(other.key > key)) return false;
+        key = greatest_lane(other.key);
         return true;
     }
-    ORV_INLINE bool saw_nan() const { return _mm_movemask_pd(unordered) != 0; }
-    ORV_INLINE __m128i equal_lanes(Greatest other) const { return _mm_castpd_si128(_mm_cmpeq_pd(key, other.key)); }
+    ORV_INLINE bool saw_nan() const { return any(unordered); }
+    ORV_INLINE auto equal_lanes(Greatest other) const { return key == other.key; }
 };
 
 // The greatest key, lane by lane, of `count` registers of elements.
@@ -155,8 +149,8 @@ template <Want want, bool unit, class T> ORV_INLINE i64 search(i64 n, const T* x
     };
     i64 left = n;
     if (unit && n > near_bytes / i64(sizeof(T)))
-        left = Look::Longest::template run<R>(left, [&](auto count) { look(count, std::true_type()); });
-    Look::template run<R>(left, [&](auto count) { look(count, std::false_type()); });
+        left = Look::Longest::template run<lanes>(left, [&](auto count) { look(count, std::true_type()); });
+    Look::template run<lanes>(left, [&](auto count) { look(count, std::false_type()); });
     for (; i < n; ++i)
         if (record.raised_by(one(i))) found = i;
     if (record.saw_nan()) return search_by_lanes<want, unit>(n, x, inc);
@@ -164,12 +158,9 @@ template <Want want, bool unit, class T> ORV_INLINE i64 search(i64 n, const T* x
     const auto equal = [&](int r) {
         return record.equal_lanes(greatest<want, unit, 1>(x + (found + r * lanes) * inc, inc));
     };
-    for (; n - found >= 4 * lanes; found += 4 * lanes) {
-        const __m128i low = _mm_packs_epi32(equal(0), equal(1)), high = _mm_packs_epi32(equal(2), equal(3));
-        const int bits = _mm_movemask_epi8(_mm_packs_epi16(low, high)); // 16 for the four registers
-        if (bits != 0) return found + __builtin_ctz(bits) * lanes / 4 + 1;
-    }
-    while (_mm_movemask_epi8(record.equal_lanes(one(found))) == 0) ++found;
+    for (; n - found >= 4 * lanes; found += 4 * lanes)
+        if (const int at = first_true(equal(0), equal(1), equal(2), equal(3)); at >= 0) return found + at + 1;
+    while (!any(record.equal_lanes(one(found)))) ++found;
     return found + 1;
 }
 

@@ -1,9 +1,10 @@
 // The way through one or two vectors that the elementwise kernels share: a path by stride and alignment, and on the
 // path blocks of descending length.
 //
-//   unit stride, aligned      x and y reach a 16-byte boundary together; both are loaded and stored aligned
+//   unit stride, aligned      x and y reach a register's boundary together; both are loaded and stored aligned
 //   unit stride, misaligned   y is brought to a boundary; x is loaded aligned and spliced from neighbouring registers,
-//                             and if written stored so too; or, by the kernel's choice, x straddles the boundaries
+//                             and if written stored so too; or, by the kernel's choice and where registers are wider
+//                             than 16 bytes, x straddles the boundaries
 //   any stride                blocks of 4, 2, 1 elements; a negative stride starts at the far end
 //   zero stride               every result falls on one location, in the order of the elements
 //
@@ -56,22 +57,24 @@ ORV_INLINE void forget(i64& value) { asm("" : "+r"(value)); }
 template <int longest, int... shorter> struct Blocks {
     using Longest = Blocks<longest>;
 
-    // Calls body(length), the length in registers, while a block fits into n >= 0 elements; returns how many are left.
-    template <class T, class Body> ORV_INLINE static i64 run(i64 n, Body body)
+    // Calls body(length), the length in registers of so many lanes, while a block fits into n >= 0 elements; returns
+    // how many are left.
+    template <int lanes, class Body> ORV_INLINE static i64 run(i64 n, Body body)
     {
-        constexpr i64 elements = longest * vec<T>::lanes;
+        constexpr i64 elements = longest * lanes;
         for (n -= elements; n >= 0; n -= elements) forget(n), body(std::integral_constant<int, longest>());
         forget(n), n += elements;
-        if constexpr (sizeof...(shorter) > 0) n = descend<T, longest, shorter...>(n, body);
+        if constexpr (sizeof...(shorter) > 0) n = descend<lanes, longest, shorter...>(n, body);
         return n;
     }
 
 private:
     // Less than a block of length `before` is left. One half as long fits once or not at all: a bit of n tells, and is
     // met where it is needed, for a jump back costs more than one ahead.
-    template <class T, int before, int length, int... rest, class Body> ORV_INLINE static i64 descend(i64 n, Body body)
+    template <int lanes, int before, int length, int... rest, class Body>
+    ORV_INLINE static i64 descend(i64 n, Body body)
     {
-        constexpr i64 elements = length * vec<T>::lanes;
+        constexpr i64 elements = length * lanes;
         constexpr std::integral_constant<int, length> block;
         if constexpr (before == 2 * length) {
             if ((n & elements) != 0) [[likely]]
@@ -79,7 +82,7 @@ private:
             n &= elements - 1;
         } else
             for (; n >= elements; n -= elements) forget(n), body(block);
-        if constexpr (sizeof...(rest) > 0) n = descend<T, length, rest...>(n, body);
+        if constexpr (sizeof...(rest) > 0) n = descend<lanes, length, rest...>(n, body);
         return n;
     }
 };
@@ -93,7 +96,7 @@ template <class AlignedBlocks, class MisalignedBlocks, Offset how = Offset::spli
     static constexpr Offset offset = how;
 };
 
-// Elements from p to the next 16-byte boundary; where no whole number of elements leads there, 0.
+// Elements from p to the next boundary of a register; where no whole number of elements leads there, 0.
 template <class T> ORV_INLINE i64 to_boundary(const T* p)
 {
     const auto off = reinterpret_cast<std::uintptr_t>(p) % vector_bytes;
@@ -162,9 +165,9 @@ template <class Blocks, bool aligned, class X, class T, class Op> ORV_INLINE voi
         x += length * lanes, y += length * lanes;
     };
     if (n > near_bytes / i64(sizeof(T))) [[unlikely]]
-        n = Blocks::Longest::template run<T>(n,
-                                             [&](auto length) ORV_INLINE_LAMBDA { block(length, std::true_type()); });
-    n = Blocks::template run<T>(n, [&](auto length) ORV_INLINE_LAMBDA { block(length, std::false_type()); });
+        n = Blocks::Longest::template run<lanes>(n, [&](auto length)
+                                                        ORV_INLINE_LAMBDA { block(length, std::true_type()); });
+    n = Blocks::template run<lanes>(n, [&](auto length) ORV_INLINE_LAMBDA { block(length, std::false_type()); });
     apply_singly(n, x, y, op);
 }
 
@@ -177,7 +180,7 @@ template <class Blocks, int off, class X, class T, class Op> ORV_INLINE void spl
     n -= ahead;
     if constexpr (std::is_const_v<X>) {
         vec<T> low = op.of(load_last<ahead>(x)); // of the register that x stands in, nothing before x
-        n = Blocks::template run<T>(n, [&]<int length>(std::integral_constant<int, length>) ORV_INLINE_LAMBDA {
+        n = Blocks::template run<lanes>(n, [&]<int length>(std::integral_constant<int, length>) ORV_INLINE_LAMBDA {
             in_pairs<T, length>([&]<int count>(i64 offset, std::integral_constant<int, count>) ORV_INLINE_LAMBDA {
                 vec<T> y_result[count];
 #pragma GCC unroll 2
@@ -197,7 +200,7 @@ template <class Blocks, int off, class X, class T, class Op> ORV_INLINE void spl
         vec<T> low = load(x + ahead), late = first.x;
         storeu(x, first.x), store(y, first.y);
         x += lanes, y += lanes, n -= lanes;
-        n = Blocks::template run<T>(n, [&]<int length>(std::integral_constant<int, length>) ORV_INLINE_LAMBDA {
+        n = Blocks::template run<lanes>(n, [&]<int length>(std::integral_constant<int, length>) ORV_INLINE_LAMBDA {
             in_pairs<T, length>([&]<int count>(i64 offset, std::integral_constant<int, count>) ORV_INLINE_LAMBDA {
                 vec<T> x_result[count], y_result[count];
 #pragma GCC unroll 2
@@ -278,7 +281,7 @@ template <class X, class T, class Op> ORV_INLINE void any_stride(i64 n, Strided<
         }
         x.advance(length), y.advance(length);
     };
-    Blocks<4, 2, 1>::run<cpx<double>>(n, block); // elements count singly, as those that fill a register do
+    Blocks<4, 2, 1>::run<1>(n, block); // elements count singly
 }
 
 // A written vector keeps its place: what one element leaves there is what the next one finds.
@@ -313,12 +316,13 @@ template <class Shape, class X, class T, class Make>
     const i64 off = lanes - to_boundary(x);
     if (is_aligned(x, vector_bytes) && is_aligned(y, vector_bytes))
         unit_stride<typename Shape::Aligned, true>(n, x, y, op);
-    else if constexpr (lanes == 1 || Shape::offset == Offset::straddling) unit_stride<Misaligned, false>(n, x, y, op);
+    else if constexpr (lanes == 1 || Shape::offset == Offset::straddling || !splices_cheaply)
+        unit_stride<Misaligned, false>(n, x, y, op);
     else if (off == 1) spliced<Misaligned, 1>(n, x, y, op);
     else if constexpr (lanes == 4) {
         if (off == 2) spliced<Misaligned, 2>(n, x, y, op);
         else spliced<Misaligned, 3>(n, x, y, op);
-    }
+    } else static_assert(lanes == 2, "each offset of a wider register needs its own splice");
 }
 
 // y := op(x, y), or (x, y) := op(x, y), over n elements, with the op that make() returns: what it is made from passes

@@ -32,38 +32,41 @@ struct ScaledSum {
         }
     }
 
-    // The same for `count` pairs of reals. While none exceeds the scale, nothing depends on the order but the sum
-    // itself, so the divisions run two at a time. A zero then adds 0 to a sum of at least 1, which is as good as
-    // passing it over. A scale of 0 has seen zeros only, and 0/0 must not happen.
+    // The same for `count` registers of reals. While none exceeds the scale, nothing depends on the order but the sum
+    // itself, so the divisions run side by side. A zero then adds 0 to a sum of at least 1, which is as good as passing
+    // it over. A scale of 0 has seen zeros only, and 0/0 must not happen.
     template <int count> ORV_INLINE void add(const vec<double> (&v)[count])
     {
-        const __m128d bound = splat(scale).r;
-        __m128d above = _mm_cmpeq_pd(bound, _mm_setzero_pd());
+        constexpr int lanes = vec<double>::lanes;
+        const vec<double> bound = splat(scale);
+        mask<double> above = bound == zeros<double>();
 #pragma GCC unroll 4
-        for (const auto& pair : v) above = _mm_or_pd(above, _mm_cmpgt_pd(pair.r, bound));
-        if (_mm_movemask_pd(above) == 0) {
+        for (const auto& some : v) above = above | (some > bound);
+        if (!any(above)) {
 #pragma GCC unroll 4
-            for (const auto& pair : v) {
-                const __m128d ratio = pair.r / bound, square = ratio * ratio;
-                sum += square[0];
-                sum += square[1];
+            for (const auto& some : v) {
+                const vec<double> ratio = some / bound, square = ratio * ratio;
+#pragma GCC unroll 8
+                for (int lane = 0; lane < lanes; ++lane) sum += square.r[lane];
             }
         } else if constexpr (count > 1) {
-            for (const auto& pair : v) add<1>({pair});
-        } else if (scale == 0) add(v[0].r[0]), add(v[0].r[1]);
-        else raise(v[0].r);
+            for (const auto& some : v) add<1>({some});
+        } else if (lanes > 2 || scale == 0) {
+#pragma GCC unroll 8
+            for (int lane = 0; lane < lanes; ++lane) add(v[0].r[lane]);
+        } else raise(v[0]);
     }
 
     // A pair that exceeds the scale, by a single division, too. Where v is NaN, so is `lesser`, and the scale stays.
-    ORV_INLINE void raise(__m128d v)
+    ORV_INLINE void raise(vec<double> v)
     {
-        const __m128d bound = splat(scale).r;
-        const __m128d before = _mm_blend_pd(bound, _mm_max_pd(_mm_unpacklo_pd(v, v), bound), 0b10); // the scale so far
-        const __m128d greater = _mm_max_pd(v, before), lesser = _mm_min_pd(before, v), ratio = lesser / greater;
-        const int raised = _mm_movemask_pd(_mm_cmpgt_pd(v, before));
-        sum = (raised & 1) != 0 ? sum * ratio[0] * ratio[0] + 1 : sum + ratio[0] * ratio[0];
-        sum = (raised & 2) != 0 ? sum * ratio[1] * ratio[1] + 1 : sum + ratio[1] * ratio[1];
-        scale = greater[1];
+        const vec<double> bound = splat(scale);
+        const vec<double> before = alternate(bound, maximum(real_parts(v), bound)); // the scale so far
+        const vec<double> greater = maximum(v, before), lesser = minimum(before, v), ratio = lesser / greater;
+        const int raised = lane_bits(v > before);
+        sum = (raised & 1) != 0 ? sum * ratio.r[0] * ratio.r[0] + 1 : sum + ratio.r[0] * ratio.r[0];
+        sum = (raised & 2) != 0 ? sum * ratio.r[1] * ratio.r[1] + 1 : sum + ratio.r[1] * ratio.r[1];
+        scale = greater.r[1];
     }
 
     double norm() const { return scale * __builtin_sqrt(sum); }
@@ -73,15 +76,15 @@ template <bool unit, class T> double scaled_norm(i64 n, const T* x, i64 step)
 {
     constexpr i64 lanes = vec<T>::lanes, count = 4;
     ScaledSum total;
-    const auto next = [&](vec<double>& pair) {
-        pair.r = magnitude(load_strided<unit>(x, step)).r;
+    const auto next = [&](vec<double>& some) {
+        some.r = magnitude(load_strided<unit>(x, step)).r;
         x += lanes * step;
     };
     for (; n >= count * lanes; n -= count * lanes) {
         if constexpr (unit) prefetch_ahead(x);
         vec<double> v[count];
 #pragma GCC unroll 4
-        for (auto& pair : v) next(pair);
+        for (auto& some : v) next(some);
         total.add(v);
     }
     for (; n >= lanes; n -= lanes) {
@@ -90,7 +93,10 @@ template <bool unit, class T> double scaled_norm(i64 n, const T* x, i64 step)
         total.add(v);
     }
     if constexpr (lanes > 1)
-        if (n > 0) total.add(magnitude(*x));
+        for (; n > 0; --n, x += step) {
+            const auto* real = reinterpret_cast<const double*>(x);
+            for (int part = 0; part < int(sizeof(T) / sizeof(double)); ++part) total.add(magnitude(real[part]));
+        }
     return total.norm();
 }
 
@@ -104,30 +110,31 @@ template <class T> double norm_by_scaling(i64 n, const T* x, i64 incx)
 
 ORV_INLINE vec<double> squares(vec<double> x) { return x * x; }
 
-// Eight accumulators of two lanes. Single elements up to a 16-byte boundary go to lane 0 of A0; then blocks of 16, 8,
-// 4, 2 and 1 pairs, pair p of a block to A(p mod 8); a last single element to lane 0 of A0. The sum is ((A0+A1) +
-// (A2+A3)) + ((A4+A5) + (A6+A7)), then lane 0 + lane 1.
+// Eight accumulators of a register each, two lanes. Single elements up to a boundary go to lane 0 of A0; then blocks of
+// 16, 8, 4, 2 and 1 registers, register r of a block to A(r mod 8); single elements that are left to lane 0 of A0. The
+// sum is ((A0+A1) + (A2+A3)) + ((A4+A5) + (A6+A7)), then lane 0 + lane 1.
 double sum_of_squares(i64 n, const float* x)
 {
+    constexpr int lanes = vec<double>::lanes;
     vec<double> a[8] = {};
-    const auto one = [&](i64 i) { a[0] += squares({load_widened_first<1>(x + i)}); };
+    const auto one = [&](i64 i) { a[0] += squares(load_widened_first<1>(x + i)); };
     const i64 head = min(to_boundary(x), n);
     for (i64 i = 0; i < head; ++i) one(i);
     x += head;
-    n = Blocks<16, 8, 4, 2, 1>::run<double>(n - head, [&](auto pairs) {
+    n = Blocks<16, 8, 4, 2, 1>::run<lanes>(n - head, [&](auto registers) {
 #pragma GCC unroll 16
-        for (int p = 0; p < decltype(pairs)::value; ++p, x += 2) {
-            if (p % 8 == 0) prefetch_ahead(x);
-            a[p % 8] += squares(load_widened(x));
+        for (int r = 0; r < decltype(registers)::value; ++r, x += lanes) {
+            if (r % 8 == 0) prefetch_ahead(x);
+            a[r % 8] += squares(load_widened(x));
         }
     });
-    if (n > 0) one(0);
+    for (i64 i = 0; i < n; ++i) one(i);
     return first_lane(fold_lanes(((a[0] + a[1]) + (a[2] + a[3])) + ((a[4] + a[5]) + (a[6] + a[7]))));
 }
 
 // An element in double: a real in lane 0 beside a zero, or a pair.
-ORV_INLINE vec<double> widened(const float* x) { return {_mm_cvtps_pd(load_first<1>(x).r)}; }
-ORV_INLINE vec<double> widened(const cpx<float>* x) { return load_widened(&x->re); }
+ORV_INLINE vec<double> widened(const float* x) { return load_widened_first<1>(x); }
+ORV_INLINE vec<double> widened(const cpx<float>* x) { return load_widened_first<2>(&x->re); }
 
 // Any other stride, 0 among them: four accumulators of an element each; blocks of 4, 2 and 1 elements, element e of a
 // block to A(e). The sum is (A0+A1) + (A2+A3), then, of a complex vector, real + imaginary.

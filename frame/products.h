@@ -77,21 +77,23 @@ template <class R> struct ProductSum<cpx<R>> {
     }
 };
 
-// The sum of products x*y, lane by lane: of complex numbers one sum of products of like parts, one of unlike parts.
+// The sum of products x*y, lane by lane: of complex numbers one sum of products of like parts, one of unlike parts. It
+// begins with clear().
 template <class T> struct CrossedSum {
-    vec<T> sum = zeros<T>();
+    vec<T> sum;
+    ORV_INLINE void clear() { sum = zeros<T>(); }
     ORV_INLINE void add(vec<T> x, vec<T> y) { sum += x * y; }
     ORV_INLINE CrossedSum operator+(CrossedSum b) const { return {sum + b.sum}; }
     ORV_INLINE CrossedSum folded() const { return {fold_lanes(sum)}; }
 };
 template <class R> struct CrossedSum<cpx<R>> {
     using T = cpx<R>;
-    vec<T> straight = zeros<T>(); // re*re, im*im
-    vec<T> crossed = zeros<T>();  // x.im*y.re, x.re*y.im
+    vec<T> straight, crossed; // (re*re, im*im) and (x.im*y.re, x.re*y.im)
+    ORV_INLINE void clear() { straight = crossed = zeros<T>(); }
     ORV_INLINE void add(vec<T> x, vec<T> y)
     {
+        crossed += lane_product(swap_neighbours(x), y); // before x may be overwritten
         straight += lane_product(x, y);
-        crossed += lane_product(swap_neighbours(x), y);
     }
     ORV_INLINE CrossedSum operator+(CrossedSum b) const { return {straight + b.straight, crossed + b.crossed}; }
     ORV_INLINE CrossedSum folded() const { return {fold_lanes(straight), fold_lanes(crossed)}; }

@@ -137,7 +137,9 @@ template <class T> ORV_INLINE void scatter(T* p, i64 inc, vec<T> v)
         reinterpret_cast<real_t<T>*>(p + lane / parts<T> * inc)[lane % parts<T>] = v.r[lane];
 }
 
-// The register that starts at lane `offset` of low and goes on into high.
+// The register that starts at lane `offset` of low and goes on into high. Whether that costs less than a load across
+// boundaries: registers of more than 16 bytes are shuffled by halves.
+inline constexpr bool splices_cheaply = false;
 template <int offset, class T> ORV_INLINE vec<T> splice(vec<T> low, vec<T> high)
 {
     return pick(low, high, [](int lane) { return lane + offset * parts<T>; });

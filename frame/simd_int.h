@@ -6,6 +6,8 @@
 
 namespace orv {
 
+static_assert(vector_bytes == 16, "the instructions below are of this width");
+
 using i16 = std::int16_t;
 using i32s = i32 __attribute__((vector_size(vector_bytes))); // with the operators of the language, lane by lane
 

@@ -106,6 +106,7 @@ template <int n, class T> ORV_INLINE vec<T> load_last(const T* p)
     else return {_mm_loadh_pi(_mm_load1_ps(r), reinterpret_cast<const __m64*>(r + 1))};
 }
 
+inline constexpr bool splices_cheaply = true;
 template <int offset, class T> ORV_INLINE vec<T> splice(vec<T> low, vec<T> high)
 {
     constexpr int bytes = offset * sizeof(T);

@@ -66,6 +66,7 @@ void reflect(std::integer_sequence<int, i...>, const T* v, T tau, i64 count, T* 
 // serve. That takes half the loads and stores, and two more shuffles for the two sums: worth it from order 5 on.
 template <int order> void reflect_columns(const double* v, double tau, i64 count, double* c, i64 ldc)
 {
+    static_assert(vec<double>::lanes == 2, "a register is two columns, and a pair of rows of one");
     constexpr int pairs = order / 2, last = order - 1;
     constexpr bool odd = order % 2 != 0;
     vec<double> u[order], t[pairs + 1];
@@ -97,7 +98,7 @@ template <int order> void reflect_columns(const double* v, double tau, i64 count
 template <Side side, int order, class T> void reflect_written_out(const T* v, T tau, i64 count, T* c, i64 ldc)
 {
     if constexpr (order == 1) scale<side>(v, tau, count, c, ldc);
-    else if constexpr (order >= 5 && side == Side::left && !is_complex<T>)
+    else if constexpr (order >= 5 && side == Side::left && !is_complex<T> && vec<T>::lanes == 2)
         reflect_columns<order>(v, tau, count, c, ldc);
     else reflect<side>(std::make_integer_sequence<int, order>(), v, tau, count, c, ldc);
 }

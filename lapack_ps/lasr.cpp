@@ -69,6 +69,7 @@ template <class Order, int count, class T>
 void columns(Order order, const real_t<T>* c, const real_t<T>* s, T* a, i64 lda)
 {
     constexpr int registers = count / vec<T>::lanes;
+    static_assert(count % vec<T>::lanes == 0);
     const i64 apart = vec<T>::lanes * lda;
     vec<T> carried[registers];
 #pragma GCC unroll 8
@@ -111,7 +112,8 @@ template <class Order, class T> void lasr(Order order, i64 n, const real_t<T>* c
         for (; n >= 4; n -= 4) four_times_one_column(order, c, s, a);
     } else {
         for (; n >= 8; n -= 8, a += 8 * lda) columns<Order, 8>(order, c, s, a, lda);
-        for (; n >= 4; n -= 4, a += 4 * lda) columns<Order, 4>(order, c, s, a, lda);
+        if constexpr (4 % vec<T>::lanes == 0)
+            for (; n >= 4; n -= 4, a += 4 * lda) columns<Order, 4>(order, c, s, a, lda);
     }
     for (; n > 0; --n, a += lda) single_column(order, c, s, a);
 }

@@ -3,8 +3,8 @@
 // points to the element (0, 0) of the matrix in both cases. The imaginary parts of a Hermitian diagonal are not read.
 #pragma once
 
+#include "frame/products.h"
 #include "frame/serv.h"
-#include "frame/simd.h"
 
 namespace orv::lapack {
 
@@ -35,27 +35,11 @@ inline bool is_even(i64 n) { return n % 2 == 0; }
 
 // The sum of conj(a)*x: of registers, and of single elements.
 template <class T> struct InnerProduct {
-    vec<T> many = zeros<T>();
-    T single = 0;
-    ORV_INLINE void add(vec<T> a, vec<T> x) { many += a * x; }
-    ORV_INLINE void add(T a, T x) { single += a * x; }
-    T total() const { return single + first_lane(fold_lanes(many)); }
-};
-template <class R> struct InnerProduct<cpx<R>> {
-    using T = cpx<R>;
-    vec<T> by_re = zeros<T>(), by_im = zeros<T>(); // of a*re(x) and of a*im(x)
-    T single = {};
-    ORV_INLINE void add(vec<T> a, vec<T> x)
-    {
-        by_re += lane_product(a, real_parts(x));
-        by_im += lane_product(a, imaginary_parts(x));
-    }
+    ProductSum<T> many;
+    T single = zero<T>;
+    ORV_INLINE void add(vec<T> a, vec<T> x) { many.add(a, Multiplicand<T>(x)); }
     ORV_INLINE void add(T a, T x) { single += conj(a) * x; }
-    T total() const
-    {
-        const T re = first_lane(fold_lanes(by_re)), im = first_lane(fold_lanes(by_im));
-        return single + T{re.re + im.im, im.re - re.im};
-    }
+    T total() const { return single + first_lane(many.folded().template value<true>()); }
 };
 
 // The way through rows from..to-1: single(i) until x + i stands on a boundary, registers(i), and single(i) at the end.

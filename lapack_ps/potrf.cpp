@@ -17,6 +17,7 @@
 //
 // Published source: Anderson et al., LAPACK Users' Guide, 3rd ed., 1999 (potf2).
 #include "frame/kernels/lapack_ps.h"
+#include "frame/products.h"
 #include "lapack_ps/front_ends.h"
 #include "lapack_ps/lanes.h"
 #include "lapack_ps/scalar.h"
@@ -31,7 +32,7 @@ template <class T> ORV_INLINE vec<T> times_conj(vec<T> x, const T* w)
     if constexpr (!is_complex<T>) return x * load_splat(w);
     else {
         const vec<T> re = splat(T{w->re, w->re}), im = splat(T{w->im, w->im});
-        return lane_product(x, re) + lane_product(conj(swap_neighbours(x)), im);
+        return lane_product(x, re) + lane_product(times_minus_i(x), im);
     }
 }
 

@@ -72,13 +72,15 @@ template <class T, int columns> struct Group {
     }
 };
 
-// f(group) for all columns, in groups of four registers at most, of four columns, and singly.
+// f(group) for all columns, in groups of four registers at most, of four columns, and singly. A group is whole
+// registers.
 template <class T, class F> void in_groups(i64 columns, T* b, i64 ldb, const F& f)
 {
     constexpr int widest = sizeof(T) < 16 ? 8 : 4;
     i64 j = 0;
     for (; j + widest <= columns; j += widest) f(Group<T, widest>{b + j * ldb, ldb});
-    if constexpr (widest > 4)
+    static_assert(widest % vec<T>::lanes == 0);
+    if constexpr (widest > 4 && 4 % vec<T>::lanes == 0)
         for (; j + 4 <= columns; j += 4) f(Group<T, 4>{b + j * ldb, ldb});
     for (; j < columns; ++j) f(Group<T, 1>{b + j * ldb, ldb});
 }

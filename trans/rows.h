@@ -10,6 +10,7 @@ namespace orv::trans {
 template <class S, class D> ORV_INLINE void row(u64 n, const S& source, const D& target)
 {
     constexpr int lanes = S::lanes;
+    static_assert(8 % lanes == 0);
     const auto pass = [&]<int count>(u64 j)
                           ORV_INLINE_LAMBDA { target.template put<count>(0, j, source.template get<count>(0, j)); };
     u64 j = 0;
@@ -30,6 +31,7 @@ template <class S, class D> void rows_upwards(u64 rows, u64 cols, const S& sourc
 template <class S, class D> void rows_downwards(u64 rows, u64 cols, const S& source, const D& target)
 {
     constexpr int lanes = S::lanes;
+    static_assert(8 % lanes == 0);
     for (u64 i = rows; i-- > 0;) {
         const S from = source.at(i, 0);
         const D to = target.at(i, 0);

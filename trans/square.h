@@ -13,7 +13,7 @@ template <class T> inline constexpr u64 tile_unit = cache_line / sizeof(T);
 template <int rows, int cols, class T, class Op> ORV_INLINE void exchange_blocks(T* p, T* q, u64 ld, const Op& op)
 {
     constexpr int lanes = vec<T>::lanes;
-    static_assert(rows == lanes);
+    static_assert(rows == lanes && cols % lanes == 0);
     vec<T> down[cols / lanes][lanes], across[cols / lanes][lanes];
 #pragma GCC unroll 4
     for (int j = 0; j < cols; j += lanes)
@@ -46,7 +46,7 @@ template <class T, class Op> ORV_INLINE void turn_block(T* p, u64 ld, const Op& 
 // A tile at p and its mirror image at q change places, each transposed.
 template <class T, class Op> ORV_INLINE void exchange_tiles(T* p, T* q, u64 ld, const Op& op)
 {
-    constexpr int lanes = vec<T>::lanes, unit = tile_unit<T>, cols = 4;
+    constexpr int lanes = vec<T>::lanes, unit = tile_unit<T>, cols = max(4, lanes);
 #pragma GCC unroll 1
     for (int i = 0; i < unit; i += lanes)
 #pragma GCC unroll 4

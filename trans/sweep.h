@@ -10,6 +10,7 @@ namespace orv::trans {
 template <int rows, int cols, class S, class D> ORV_INLINE void tile(const S& source, const D& target)
 {
     constexpr int lanes = S::lanes;
+    static_assert(rows % lanes == 0 && cols % lanes == 0);
 #pragma GCC unroll 4
     for (int j = 0; j < cols; j += lanes) {
         vec<typename S::element> v[rows / lanes][lanes];
@@ -69,11 +70,12 @@ ORV_INLINE void strip(u64 rows, const S& source, const D& target, Distance dista
         i += length;
     };
     if constexpr (cols >= lanes) {
-        if constexpr (far && lanes > 1)
+        if constexpr (far && lanes > 1 && 12 % lanes == 0)
             while (rows - i > 12) run.template operator()<12>();
         if constexpr (lanes > 1)
             while (rows - i >= 8) run.template operator()<8>();
-        while (rows - i >= 4) run.template operator()<4>();
+        if constexpr (4 % lanes == 0)
+            while (rows - i >= 4) run.template operator()<4>();
         if constexpr (lanes == 2)
             if (rows - i >= 2) run.template operator()<2>();
     }

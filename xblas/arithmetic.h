@@ -5,7 +5,7 @@
 //   Plain<D>        D                 D                             D             one rounding each
 //   Doubled<D>      Narrow, Wide      Exact (of two Narrow), dd     dd            an unevaluated sum of two numbers
 //
-// D is float, double, or two doubles in a register, whose lanes are two results that never meet. Complex numbers are
+// D is float, double, or two doubles side by side, whose lanes are two results that never meet. Complex numbers are
 // pairs of these. Every line below is one rounded operation after the other in the order written; the error terms
 // rest on that, and on rounding to nearest.
 #pragma once
@@ -17,7 +17,7 @@
 
 namespace orv::xblas {
 
-using two = double __attribute__((vector_size(vector_bytes)));
+using two = double __attribute__((vector_size(2 * sizeof(double)))); // two in every branch
 
 // The value h + l. Operations return |l| of half a unit in the last place of h at most.
 template <class D> struct dd {

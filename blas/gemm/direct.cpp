@@ -1,33 +1,23 @@
 // Tiles of C straight from the operands: what direct.h says, in as many registers as there are.
 #include "blas/gemm/direct.h"
 
+#include "frame/products.h"
+
 namespace orv::gemm {
 namespace {
 
-// The sums of as many rows as a register has lanes, in one column.
-template <class T> struct Sum {
-    vec<T> sum;
-    ORV_INLINE void clear() { sum = zeros<T>(); }
-    ORV_INLINE void add(vec<T> x, vec<T> y) { sum += x * y; }
-    ORV_INLINE vec<T> total(bool, bool) const { return sum; }
-};
-template <class R> struct Sum<cpx<R>> {
-    using T = cpx<R>;
-    vec<T> straight, crossed; // (re*re, im*im) and (im*re, re*im)
-    ORV_INLINE void clear() { straight = crossed = zeros<T>(); }
-    ORV_INLINE void add(vec<T> x, vec<T> y)
-    {
-        straight += lane_product(x, y);
-        crossed += lane_product(swap_neighbours(x), y);
-    }
-    ORV_INLINE vec<T> total(bool conj_x, bool conj_y) const
-    {
+// What the sums of as many rows as a register has lanes, in one column, come to.
+template <class T> ORV_INLINE vec<T> total(const CrossedSum<T>& s, bool conj_x, bool conj_y)
+{
+    if constexpr (!is_complex<T>) return s.sum;
+    else {
+        using R = real_t<T>;
         constexpr R sign[] = {R(1), R(-1)};
-        const vec<T> re = lane_product(straight, splat(T{R(1), sign[conj_x == conj_y]}));
-        const vec<T> im = lane_product(crossed, splat(T{sign[conj_x], sign[conj_y]}));
+        const vec<T> re = lane_product(s.straight, splat(T{R(1), sign[conj_x == conj_y]}));
+        const vec<T> im = lane_product(s.crossed, splat(T{sign[conj_x], sign[conj_y]}));
         return add_pairs(re, im);
     }
-};
+}
 
 template <class T, RowLayout layout, Alpha where, int rows, int columns> class DirectTile {
     static constexpr int lanes = vec<T>::lanes;
@@ -39,7 +29,7 @@ template <class T, RowLayout layout, Alpha where, int rows, int columns> class D
     const Operands<T>& o;
     const T* x;
     const T* y;
-    Sum<T> sums[count]; // of register r in column j at j*registers + r
+    CrossedSum<T> sums[count]; // of register r in column j at j*registers + r
 
     // One loop over all sums of a tile, not one inside another: the compiler keeps them in registers only where it
     // unrolls early, and that it does with innermost loops.
@@ -83,9 +73,9 @@ template <class T, RowLayout layout, Alpha where, int rows, int columns> class D
     }
 
     // What sum s brings to C.
-    ORV_INLINE vec<T> total(int s, const factor<T>& alpha, bool conj_x, bool conj_y) const
+    ORV_INLINE vec<T> brought(int s, const factor<T>& alpha, bool conj_x, bool conj_y) const
     {
-        const vec<T> sum = sums[s].total(conj_x, conj_y);
+        const vec<T> sum = total(sums[s], conj_x, conj_y);
         return where == Alpha::at_end ? alpha * sum : sum;
     }
 
@@ -98,7 +88,7 @@ template <class T, RowLayout layout, Alpha where, int rows, int columns> class D
 #pragma GCC unroll 8
         for (int s = 0; s < count; ++s) {
             T* at = c + s % registers * lanes + s / registers * c_column;
-            const vec<T> t = total(s, alpha, conj_x, conj_y);
+            const vec<T> t = brought(s, alpha, conj_x, conj_y);
             if (s % registers + 1 < registers) storeu(at, replaces ? zeros<T>() + t : loadu(at) + t);
             else store_first<last>(at, replaces ? zeros<T>() + t : load_first<last>(at) + t);
         }
@@ -109,7 +99,7 @@ template <class T, RowLayout layout, Alpha where, int rows, int columns> class D
     {
         vec<T> totals[count];
 #pragma GCC unroll 8
-        for (int s = 0; s < count; ++s) totals[s] = total(s, o.alpha, o.conj_x, o.conj_y);
+        for (int s = 0; s < count; ++s) totals[s] = brought(s, o.alpha, o.conj_x, o.conj_y);
         add_strided(o, totals, c);
     }
     [[gnu::noinline]] static void add_strided(const Operands<T>& o, const vec<T> (&totals)[count], T* c)

@@ -39,7 +39,10 @@ template <class T, bool conjugated> struct Scaled {
 template <Source order, int width, bool aligned, class T, class Op>
 ORV_INLINE void pack_group(const T* source, i64 ld, T* panel, const Op& op)
 {
-    constexpr int lanes = vec<T>::lanes, whole = width / lanes * lanes, rest = width % lanes;
+    constexpr int lanes = vec<T>::lanes;
+    // Columns that turn into steps do so in squares, which a group of steps is made of.
+    constexpr bool in_registers = order == Source::adjacent || group % lanes == 0;
+    constexpr int whole = in_registers ? width / lanes * lanes : 0, rest = width - whole;
 
     if constexpr (order == Source::adjacent) {
 #pragma GCC unroll 4
