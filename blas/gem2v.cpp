@@ -23,25 +23,25 @@ ORV_INLINE void both_columns(i64 m, T alpha, const T* a, i64 lda, const T* x1, c
 {
     const auto scaled = [&](int j) { return Multiplicand<T>(splat(alpha * x1[min(j, columns - 1)])); };
     const Multiplicand<T> f[4] = {scaled(0), scaled(1), scaled(2), scaled(3)};
-    Sum<T> dot[4] = {{}, {}, {}, {}};
+    ProductSum<T> dot[4] = {{}, {}, {}, {}};
     each_piece<block, T>(m, [&]<class Piece>(Piece, i64 i) {
         if constexpr (far && Piece::rows == block) look_ahead<columns, block>(i, m, a, lda);
 #pragma GCC unroll 12
         for (int r = 0; r < Piece::registers; ++r) {
             const Multiplicand<T> g(Piece::load(x2 + i, r));
-            Sum<T> sum(Piece::load(y1 + i, r));
+            ProductSum<T> sum(Piece::load(y1 + i, r));
 #pragma GCC unroll 4
             for (int j = 0; j < columns; ++j) {
                 const vec<T> v = Piece::load(a + i + j * lda, r);
                 sum.add(v, f[j]);
                 dot[j].add(v, g);
             }
-            Piece::store(y1 + i, r, sum.template value<Op::none>());
+            Piece::store(y1 + i, r, sum.value());
         }
     });
 #pragma GCC unroll 4
     for (int j = 0; j < columns; ++j)
-        y2[j] = y2[j] + alpha * first_lane(dot[j].folded().template value<second_op<T>>());
+        y2[j] = y2[j] + alpha * first_lane(dot[j].folded().template value<second_op<T> == Op::conjugate>());
 }
 
 // y1 += alpha*A*x1, y2 += alpha*op(A)*x2, unit strides, four columns a step: two of complex numbers, whose sums take

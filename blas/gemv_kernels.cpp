@@ -18,10 +18,10 @@ ORV_INLINE void add_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* 
             if constexpr (far && Piece::rows == block<T>) look_ahead<columns, block<T>>(i, m, a, lda);
 #pragma GCC unroll 8
             for (int r = 0; r < Piece::registers; ++r) {
-                Sum<T> sum(Piece::load(y + i, r));
+                ProductSum<T> sum(Piece::load(y + i, r));
 #pragma GCC unroll 4
                 for (int j = 0; j < columns; ++j) sum.add(Piece::load(a + i + j * lda, r), f[j]);
-                Piece::store(y + i, r, sum.template value<Op::none>());
+                Piece::store(y + i, r, sum.value());
             }
         });
 }
@@ -30,7 +30,7 @@ ORV_INLINE void add_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* 
 template <int columns, bool far, Op op, class T>
 ORV_INLINE void dot_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* y)
 {
-    Sum<T> sum[4] = {{}, {}, {}, {}};
+    ProductSum<T> sum[4] = {{}, {}, {}, {}};
     each_piece<block<T>, T>(
         m, [&]<class Piece>(Piece, i64 i) __attribute__((always_inline)) {
             if constexpr (far && Piece::rows == block<T>) look_ahead<columns, block<T>>(i, m, a, lda);
@@ -42,7 +42,8 @@ ORV_INLINE void dot_columns(i64 m, T alpha, const T* a, i64 lda, const T* x, T* 
             }
         });
 #pragma GCC unroll 4
-    for (int j = 0; j < columns; ++j) y[j] = y[j] + alpha * first_lane(sum[j].folded().template value<op>());
+    for (int j = 0; j < columns; ++j)
+        y[j] = y[j] + alpha * first_lane(sum[j].folded().template value<op == Op::conjugate>());
 }
 
 template <Op op, bool far, class T> void all_columns(i64 m, i64 n, T alpha, const T* a, i64 lda, const T* x, T* y)

@@ -13,7 +13,7 @@
 // signs.
 #pragma once
 
-#include "frame/simd.h"
+#include "frame/products.h"
 
 namespace orv::blas {
 
@@ -61,62 +61,11 @@ template <int columns, int rows, class T> ORV_INLINE void look_ahead(i64 i, i64 
             prefetch(reinterpret_cast<const char*>(a + at + j * lda) + byte);
 }
 
-// One register of x, or one scalar, made ready to multiply registers of A: for complex numbers the parts apart.
-template <class T> struct Multiplicand {
-    vec<T> x;
-    explicit Multiplicand(vec<T> x) : x(x) {}
-};
-template <class R> struct Multiplicand<cpx<R>> {
-    vec<cpx<R>> re, im;
-    explicit Multiplicand(vec<cpx<R>> x) : re(real_parts(x)), im(imaginary_parts(x)) {}
-    Multiplicand(vec<cpx<R>> re, vec<cpx<R>> im) : re(re), im(im) {}
-};
-
-// The sum of products of registers of A and x, lane by lane. A strip of columns has Sum<T> sums[4] = {{}, {}, {}, {}},
-// however few it needs: an array that is not spelled out is cleared by a loop through memory.
-template <class T> struct Sum {
-    vec<T> sum;
-    Sum() : sum(zeros<T>()) {}
-    explicit Sum(vec<T> start) : sum(start) {}
-    ORV_INLINE void add(vec<T> a, const Multiplicand<T>& x) { sum += a * x.x; }
-    ORV_INLINE void begin(vec<T> a, const Multiplicand<T>& x) { add(a, x); }
-    template <Op> ORV_INLINE vec<T> value() const { return sum; }
-    ORV_INLINE Sum folded() const { return Sum(fold_lanes(sum)); }
-};
-template <class R> struct Sum<cpx<R>> {
-    using T = cpx<R>;
-    vec<T> re, im; // a*x.re and a*x.im
-    Sum() : Sum(zeros<T>()) {}
-    explicit Sum(vec<T> start) : re(start), im(zeros<T>()) {}
-    ORV_INLINE void add(vec<T> a, const Multiplicand<T>& x)
-    {
-        re += lane_product(a, x.re);
-        im += lane_product(a, x.im);
-    }
-    // The first product, where the start has a real factor.
-    ORV_INLINE void begin(vec<T> a, const Multiplicand<T>& x)
-    {
-        re += lane_product(a, x.re);
-        im = lane_product(a, x.im);
-    }
-    template <Op op> ORV_INLINE vec<T> value() const
-    {
-        // (re.re - im.im, re.im + im.re), with a conjugated (re.re + im.im, im.re - re.im)
-        if constexpr (op == Op::conjugate) return conj(re) + swap_neighbours(im);
-        else return add_sub(re, swap_neighbours(im));
-    }
-    ORV_INLINE Sum folded() const
-    {
-        Sum s(fold_lanes(re));
-        s.im = fold_lanes(im);
-        return s;
-    }
-};
-
 // A piece of a column: whole registers, or the first few lanes of one.
 template <class T, int rows_> struct Piece {
     static constexpr int rows = rows_;
     static constexpr int lanes = vec<T>::lanes;
+    static_assert(rows < lanes || rows % lanes == 0);
     static constexpr int registers = rows < lanes ? 1 : rows / lanes;
 
     ORV_INLINE static vec<T> load(const T* p, int r)

@@ -38,7 +38,7 @@ ORV_INLINE void strip(const WalkOf<pass, T>& v, i64 j, const Neighbours<const T>
     const vec<T> f[4] = {scaled(0), scaled(1), scaled(2), scaled(3)};
     const Multiplicand<T> factors[4] = {Multiplicand<T>(f[0]), Multiplicand<T>(f[1]), Multiplicand<T>(f[2]),
                                         Multiplicand<T>(f[3])};
-    Sum<T> sums[4] = {{}, {}, {}, {}};
+    ProductSum<T> sums[4] = {{}, {}, {}, {}};
     const auto x_row = v.x_row;
     const auto y_row = v.y_row;
 
@@ -48,14 +48,14 @@ ORV_INLINE void strip(const WalkOf<pass, T>& v, i64 j, const Neighbours<const T>
         for (int r = 0; r < Piece::registers; ++r) {
             const Multiplicand<T> x =
                 pass.across == Op::none ? Multiplicand<T>(zeros<T>()) : Piece::multiplicand(x_row + i, r);
-            Sum<T> y(pass.direct ? Piece::load(y_row + i, r) : zeros<T>());
+            ProductSum<T> y(pass.direct ? Piece::load(y_row + i, r) : zeros<T>());
 #pragma GCC unroll 4
             for (int c = from; c < to; ++c) {
                 const vec<T> element = Piece::load(b.at[c] + i, r);
                 if constexpr (pass.direct) c == from ? y.begin(element, factors[c]) : y.add(element, factors[c]);
                 if constexpr (pass.across != Op::none) sums[c].add(element, x);
             }
-            if constexpr (pass.direct) Piece::store(y_row + i, r, y.template value<Op::none>());
+            if constexpr (pass.direct) Piece::store(y_row + i, r, y.value());
         }
     };
     using One = Piece<T, 1>;
@@ -118,7 +118,7 @@ ORV_INLINE void strip(const WalkOf<pass, T>& v, i64 j, const Neighbours<const T>
             // The diagonal of a Hermitian matrix is real; its imaginary part is not read.
             if constexpr (pass.both())
                 if (v.diagonal) y += lane_product(splat_real(b.at[c] + (j + c)), f[c]);
-            One::store(to, 0, y + alpha * sums[c].folded().template value<pass.across>());
+            One::store(to, 0, y + alpha * sums[c].folded().template value<pass.across == Op::conjugate>());
         }
 }
 

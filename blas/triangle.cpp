@@ -24,12 +24,12 @@ ORV_INLINE void solve_square(Form form, const Neighbours<const T>& b, i64 j, T* 
         if constexpr (op != Op::none)
 #pragma GCC unroll 4
             for (int solved = 0; solved < s; ++solved)
-                v[s] = v[s] - product(element_of<op>(column + solved * step), v[solved]);
+                v[s] = v[s] - element_product(element_of<op>(column + solved * step), v[solved]);
         if (!form.unit) v[s] = quotient<op>(v[s], column[s * step]);
         if constexpr (op == Op::none)
 #pragma GCC unroll 4
             for (int left = s + 1; left < columns; ++left)
-                v[left] = v[left] - product(element_of<op>(column + left * step), v[s]);
+                v[left] = v[left] - element_product(element_of<op>(column + left * step), v[s]);
     }
 #pragma GCC unroll 4
     for (int s = 0; s < columns; ++s) store_first<1>(x + s * step, v[s]);
@@ -55,7 +55,7 @@ template <Op op, int columns, class T> ORV_INLINE void multiply_strip(Form form,
     for (int c = 0; c < columns; ++c) {
         vec<T> e = load_first<1>(x + j + c);
         store_first<1>(before + c, e);
-        if (!form.unit) e = product(element_of<op>(b.at[c] + j + c), e);
+        if (!form.unit) e = element_product(element_of<op>(b.at[c] + j + c), e);
         store_first<1>(own + c, e);
     }
     const auto put = [&] {

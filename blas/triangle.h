@@ -52,17 +52,11 @@ template <Op op, class T> ORV_INLINE vec<T> element_of(const T* a)
     if constexpr (op == Op::conjugate) return conj(e);
     else return e;
 }
-template <class T> ORV_INLINE vec<T> product(vec<T> a, vec<T> b)
-{
-    if constexpr (is_complex<T>)
-        return add_sub(lane_product(a, real_parts(b)), lane_product(swap_neighbours(a), imaginary_parts(b)));
-    else return a * b;
-}
 
 // b / op(d). Complex numbers: b*conj(u) / (d.re*u.re + d.im*u.im) with u = d/max(|d.re|, |d.im|), a part of which is 1
 // or -1: the quotient of Smith (Algorithm 116, 1962) bit for bit, but without his branch. What comes between exceeds
-// neither operands nor quotient by more than a factor of two. d = 0 gives NaN; of an infinite d, u is that of the largest
-// number, and the quotient 0.
+// neither operands nor quotient by more than a factor of two. d = 0 gives NaN; of an infinite d, u is that of the
+// largest number, and the quotient 0.
 template <Op op, class T> ORV_INLINE vec<T> quotient(vec<T> b, T d)
 {
     if constexpr (is_complex<T>) {

@@ -23,17 +23,10 @@ template <class R> ORV_INLINE auto widened(cpx<R> a)
 }
 template <class T> ORV_INLINE Exact<T> widened(T a) { return a; }
 
-// re: a.re*b.re - a.im*b.im, im: a.re*b.im + a.im*b.re, as for elements.
-template <class T> ORV_INLINE vec<T> product(vec<T> a, vec<T> b)
-{
-    if constexpr (!is_complex<T>) return a * b;
-    else return add_sub(lane_product(real_parts(a), b), lane_product(imaginary_parts(a), swap_neighbours(b)));
-}
-
 // mend: of registers, whether -32768 may meet itself in all four parts.
 template <bool mend> struct ProductOf {
     template <class T> ORV_INLINE static auto of(T a, T b) { return widened(a) * widened(b); }
-    template <class T> ORV_INLINE static vec<T> of(vec<T> a, vec<T> b) { return product(a, b); }
+    template <class T> ORV_INLINE static vec<T> of(vec<T> a, vec<T> b) { return element_product(b, a); }
     ORV_INLINE static wide of(words<i16> a, words<i16> b) { return products(a, b); }
     ORV_INLINE static wide of(words<cpx<i16>> a, words<cpx<i16>> b) { return products<mend>(a, b); }
 };
@@ -46,7 +39,7 @@ struct ConjugateProduct {
         const auto x = widened(a), y = widened(b);
         return x * conj(y);
     }
-    template <class T> ORV_INLINE static vec<T> of(vec<T> a, vec<T> b) { return product(a, conj(b)); }
+    template <class T> ORV_INLINE static vec<T> of(vec<T> a, vec<T> b) { return element_product(conj(b), a); }
     ORV_INLINE static wide of(words<cpx<i16>> a, words<cpx<i16>> b) { return conjugate_products(a, b); }
 };
 
