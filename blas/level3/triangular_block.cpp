@@ -13,6 +13,8 @@
 // stand across, and some columns of B are copied, turned, to a strip and back.
 #include "blas/level3/triangular.h"
 
+#include "frame/products.h"
+
 namespace orv::level3 {
 namespace {
 
@@ -46,7 +48,10 @@ template <class T> ORV_INLINE vec<T> spread(const real<T>* p)
 // A register of X, and i times it.
 template <class T> struct Multiplicand {
     vec<T> x, turned;
-    ORV_INLINE explicit Multiplicand(vec<T> v) : x(v), turned(is_complex<T> ? swap_neighbours(conj(v)) : v) {}
+    ORV_INLINE explicit Multiplicand(vec<T> v) : x(v), turned(v)
+    {
+        if constexpr (is_complex<T>) turned = times_i(v);
+    }
     ORV_INLINE vec<T> times(const real<T>* t) const
     {
         const vec<T> p = lane_product(spread<T>(t), x);
@@ -124,6 +129,7 @@ enum class Way { to_strip, from_strip };
 template <Way way, int registers, class T> [[gnu::noinline]] void turn(i64 m, T* b, i64 ldb, T* strip)
 {
     constexpr int lanes = vec<T>::lanes, width = registers * lanes;
+    static_assert(unit % lanes == 0, "rows of B fill registers, and columns go in fours to one register or two");
     T* columns[width];
     for (int j = 0; j < width; ++j) columns[j] = b + j * ldb;
     for (i64 i = 0; i < m; i += lanes, strip += lanes * width)
