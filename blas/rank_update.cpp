@@ -9,7 +9,7 @@ namespace orv::blas {
 namespace {
 
 // Vectors of complex singles are read on boundaries only: there loads alone bring real and imaginary parts apart.
-template <class T> inline constexpr bool on_boundaries = vec<T>::lanes == 2 && is_complex<T>;
+template <class T> inline constexpr bool on_boundaries = is_complex<T>&& splits_on_boundaries<T>;
 
 // A factor made ready to multiply pieces of a vector. For complex numbers
 // (f.re, f.im)*(x.re, x.re) + (-f.im, f.re)*(x.im, x.im), which rounds exactly as the plain formula.
