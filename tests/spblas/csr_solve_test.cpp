@@ -1,0 +1,129 @@
+// Solves with compressed rows: every name, both widths.
+#include "frame/kernels/spblas.h"
+#include "tests/spblas/dense.h"
+#include "tests/support/probe.h"
+
+using namespace orv;
+using namespace orv::test;
+
+namespace {
+
+template <class T, class Int> class Solve {
+public:
+    Solve(SparseName name, const Coordinates<T>& a, i64 columns = 1, i64 padding = 0)
+        : name_(std::move(name)), a_(a), csr_(a, name_.base, 1), y(a.m, columns, name_.by_rows(), padding)
+    {
+    }
+    void run(i64 first = 1, i64 last = 1) const
+    {
+        const auto m = static_cast<Int>(a_.m);
+        const auto address = kernel_address(module_of<Int>, name_.text);
+        const auto &[val, col, begin, end] = csr_;
+        if (name_.form == "sv")
+            return reinterpret_cast<kernels::sparse::csr_sv_seq<T, Int>*>(address)(
+                &m, &alpha, val.data(), col.data(), begin.data(), end.data(), y.data());
+        const Int f = static_cast<Int>(first), l = static_cast<Int>(last), ld = y.template ld<Int>();
+        reinterpret_cast<kernels::sparse::csr_sm_par<T, Int>*>(address)(
+            &f, &l, &m, &l, &alpha, val.data(), col.data(), begin.data(), end.data(), y.data(), &ld);
+    }
+    long double worst(i64 column) const
+    {
+        return residual(
+            name_, a_, alpha, [&](i64 i) { return y(i, column); }, [&](i64 i) { return y.before(i, column); });
+    }
+
+private:
+    SparseName name_;
+    const Coordinates<T>& a_;
+    CsrArrays<T, Int> csr_;
+
+public:
+    T alpha = factors<T>()[0].first;
+    Dense<T> y;
+};
+
+template <class Check> void each_solve(const std::string& form, const Check& check)
+{
+    int names = 0;
+    for (const SparseName& name : sparse_names("csr", form)) {
+        ++names;
+        each_width(name.type, [&]<class T, class Int> {
+            for (const auto& a : solvable_patterns<T>()) {
+                if (testing::Test::HasFailure()) return;
+                SCOPED_TRACE(std::string(module_of<Int>) + ' ' + name.text + ", " + a.pattern);
+                check.template operator()<T, Int>(name, a);
+            }
+        });
+    }
+    EXPECT_GT(names, 0);
+}
+
+} // namespace
+
+TEST(CsrSv, of_every_name_leaves_a_small_residual)
+{
+    each_solve("sv", []<class T, class Int>(const SparseName& name, const auto& a) {
+        const Solve<T, Int> solve(name, a);
+        solve.run();
+        EXPECT_LE(solve.worst(0), 1);
+    });
+}
+
+TEST(CsrSm, of_every_name_leaves_a_small_residual_in_the_columns_asked_for)
+{
+    each_solve("sm", []<class T, class Int>(const SparseName& name, const auto& a) {
+        const Solve<T, Int> solve(name, a, 5, 3);
+        solve.run(2, 4);
+        for (const i64 column : {1, 2, 3}) EXPECT_LE(solve.worst(column), 1) << column;
+        for (const i64 column : {0, 4})
+            for (i64 i = 0; i < a.m; ++i) EXPECT_EQ(solve.y(i, column), solve.y.before(i, column));
+        EXPECT_TRUE(solve.y.padding_is_untouched());
+    });
+}
+
+TEST(CsrSm, asks_for_one_column_on_128_bytes_and_gives_it_back)
+{
+    each_solve("sm", []<class T, class Int>(const SparseName& name, const auto& a) {
+        const Solve<T, Int> solve(name, a, 3);
+        ProbeScope scope;
+        solve.run(1, 3);
+        EXPECT_EQ(scope->allocations, a.m > 0 ? 1 : 0);
+        EXPECT_EQ(scope->live, 0);
+        for (const i64 alignment : scope->asked_alignments) EXPECT_EQ(alignment, 128);
+        for (const i64 bytes : scope->asked_bytes) EXPECT_EQ(bytes, a.m * i64(sizeof(T)));
+    });
+}
+
+TEST(CsrSm, solves_without_memory)
+{
+    each_solve("sm", []<class T, class Int>(const SparseName& name, const auto& a) {
+        const Solve<T, Int> solve(name, a, 3, 1);
+        ProbeScope scope;
+        scope->fail_all = true;
+        solve.run(1, 3);
+        EXPECT_EQ(scope->failed, a.m > 0 ? 1 : 0);
+        for (const i64 column : {0, 1, 2}) EXPECT_LE(solve.worst(column), 1) << column;
+        EXPECT_TRUE(solve.y.padding_is_untouched());
+    });
+}
+
+TEST(CsrSv, takes_the_value_behind_a_row_without_a_diagonal)
+{
+    // Row 0 is (4), row 1 has only the entry left of its diagonal, and 8 stands behind it.
+    const i64 m = 2, col[] = {0, 0}, begin[] = {0, 1}, end[] = {1, 2};
+    const double alpha = 1, val[] = {4, 3, 8};
+    double y[] = {4, 19};
+    kernel<kernels::spblas::dcsr0ntlnc__svout_seq>()(&m, &alpha, val, col, begin, end, y);
+    EXPECT_EQ(y[0], 1);
+    EXPECT_EQ(y[1], 2);
+}
+
+TEST(CsrSv, takes_the_next_entry_of_a_row_without_a_diagonal)
+{
+    const i64 m = 2, col[] = {1, 0, 1}, begin[] = {0, 1}, end[] = {1, 3};
+    const double alpha = 1, val[] = {4, 3, 2};
+    double y[] = {4, 19};
+    kernel<kernels::spblas::dcsr0ntlnc__svout_seq>()(&m, &alpha, val, col, begin, end, y);
+    EXPECT_EQ(y[0], 1); // divided by the entry above the diagonal
+    EXPECT_EQ(y[1], 8);
+}
