@@ -56,29 +56,54 @@ template <int n, int k, bool forward, class C> ORV_INLINE C times_root(C a)
     } else return times(a, root_of_one<R, forward>(n, k));
 }
 
+// Calls f with the integral constants 0, 1, ..., count - 1.
+template <int count, class F> ORV_INLINE void each(F f)
+{
+    [&]<int... i>(std::integer_sequence<int, i...>) ORV_INLINE_LAMBDA { (f(std::integral_constant<int, i>()), ...); }
+    (std::make_integer_sequence<int, count>());
+}
+
+// x[from] to x[from + n - 1]. load(i) gives point i when it is needed, after(k) is told when the results at k, k + n/4,
+// k + n/2 and k + 3*n/4 are there: there are more numbers than registers, and a number that comes late or leaves early
+// needs none.
+template <int n, bool forward, int from = 0, class C, class Load, class After>
+ORV_INLINE void transform(C* x, Load load, After after)
+{
+    constexpr auto nothing = [](auto) {};
+    if constexpr (n == 1) {
+        x[from] = load(std::integral_constant<int, from>());
+        after(std::integral_constant<int, 0>());
+    } else if constexpr (n == 2) {
+        const C a = load(std::integral_constant<int, from>()), b = load(std::integral_constant<int, from + 1>());
+        x[from] = a + b, x[from + 1] = a - b;
+        after(std::integral_constant<int, 0>());
+    } else {
+        constexpr int quarter = n / 4;
+        transform<2 * quarter, forward, from>(x, load, nothing);
+        transform<quarter, forward, from + 2 * quarter>(x, load, nothing);
+        transform<quarter, forward, from + 3 * quarter>(x, load, nothing);
+        each<quarter>([&](auto k) ORV_INLINE_LAMBDA {
+            C* const y = x + from + k;
+            const C first = times_root<n, k, forward>(y[2 * quarter]);
+            const C third = times_root<n, 3 * k, forward>(y[3 * quarter]);
+            const C a = y[0], b = y[quarter], sum = first + third, difference = first - third;
+            y[0] = a + sum, y[2 * quarter] = a - sum;
+            add_turned<forward>(b, difference, y[quarter], y[3 * quarter]);
+            after(k);
+        });
+    }
+}
+// Where all is in registers.
 template <int n, bool forward, class C> ORV_INLINE void transform(C* x)
 {
-    if constexpr (n == 2) {
-        const C a = x[0], b = x[1];
-        x[0] = a + b, x[1] = a - b;
-    } else if constexpr (n > 2) {
-        constexpr int quarter = n / 4;
-        transform<n / 2, forward>(x);
-        transform<quarter, forward>(x + 2 * quarter);
-        transform<quarter, forward>(x + 3 * quarter);
-        [&]<int... k>(std::integer_sequence<int, k...>) ORV_INLINE_LAMBDA
-        {
-            const auto join = [x]<int at>(std::integral_constant<int, at>) ORV_INLINE_LAMBDA {
-                const C first = times_root<n, at, forward>(x[at + 2 * quarter]);
-                const C third = times_root<n, 3 * at, forward>(x[at + 3 * quarter]);
-                const C a = x[at], b = x[at + quarter], sum = first + third, difference = first - third;
-                x[at] = a + sum, x[at + 2 * quarter] = a - sum;
-                add_turned<forward>(b, difference, x[at + quarter], x[at + 3 * quarter]);
-            };
-            (join(std::integral_constant<int, k>()), ...);
-        }
-        (std::make_integer_sequence<int, quarter>());
-    }
+    transform<n, forward>(
+        x, [x](int i) ORV_INLINE_LAMBDA { return x[i]; }, [](auto) {});
+}
+// The results that are there after k, of n.
+template <int n, class F> ORV_INLINE void each_quarter(int k, F f)
+{
+    constexpr int count = n < 4 ? n : 4;
+    for (int i = 0; i < count; ++i) f(k + i * (n / count));
 }
 
 } // namespace orv::dft

@@ -18,13 +18,6 @@ template <int n, int row, int column, bool forward, class C> ORV_INLINE C times_
     }
 }
 
-// Calls f with the integral constants 0, 1, ..., count - 1.
-template <int count, class F> ORV_INLINE void each(F f)
-{
-    [&]<int... i>(std::integer_sequence<int, i...>) ORV_INLINE_LAMBDA { (f(std::integral_constant<int, i>()), ...); }
-    (std::make_integer_sequence<int, count>());
-}
-
 // scale: one factor, or none.
 template <int n, bool forward, class View, class... S> ORV_INLINE void fixed_transform(View from, View to, S... scale)
 {
@@ -35,10 +28,13 @@ template <int n, bool forward, class View, class... S> ORV_INLINE void fixed_tra
         else to.put(i, x);
     };
     C x[m];
-    each<m>([&](auto i) ORV_INLINE_LAMBDA { x[i] = from.get(lanes * reversed(i, log_of(m))); });
-    transform<m, forward>(x);
-    if constexpr (lanes == 1) each<m>([&](auto i) ORV_INLINE_LAMBDA { put(i, x[i]); });
-    else
+    const auto load = [&](int i) ORV_INLINE_LAMBDA { return from.get(lanes * reversed(i, log_of(m))); };
+    if constexpr (lanes == 1)
+        transform<m, forward>(x, load, [&](int k) ORV_INLINE_LAMBDA {
+            each_quarter<m>(k, [&](int i) ORV_INLINE_LAMBDA { put(i, x[i]); });
+        });
+    else {
+        transform<m, forward>(x, load, [](auto) {});
         each<m / lanes>([&](auto square) ORV_INLINE_LAMBDA {
             constexpr int k = square * lanes;
             C rows[lanes], y[lanes];
@@ -50,6 +46,7 @@ template <int n, bool forward, class View, class... S> ORV_INLINE void fixed_tra
             transform<lanes, forward>(y);
             each<lanes>([&](auto l) ORV_INLINE_LAMBDA { put(k + m * l, y[l]); });
         });
+    }
 }
 
 // The token of a name: how many points, and which direction.

@@ -88,6 +88,17 @@ ORV_INLINE split<double> times_each(split<double> a, const cpx<double> (&w)[2])
     return a * split<double>{{_mm_setr_pd(w[0].re, w[1].re)}, {_mm_setr_pd(w[0].im, w[1].im)}};
 }
 
+// Elements at indices of their own.
+ORV_INLINE vec<float> gather(const float* p, const i64 (&i)[4])
+{
+    const __m128 low = _mm_unpacklo_ps(_mm_load_ss(p + i[0]), _mm_load_ss(p + i[1]));
+    return {_mm_movelh_ps(low, _mm_unpacklo_ps(_mm_load_ss(p + i[2]), _mm_load_ss(p + i[3])))};
+}
+ORV_INLINE vec<double> gather(const double* p, const i64 (&i)[2])
+{
+    return {_mm_loadh_pd(_mm_load_sd(p + i[0]), p + i[1])};
+}
+
 // The square of lanes by lanes numbers changes rows with columns.
 template <class R, int n> ORV_INLINE void transpose(split<R> (&x)[n])
 {

@@ -1,6 +1,6 @@
-// The engine: a first pass over points in bit-reversed order, then passes that join four neighbouring transforms to
-// one, each element by a twiddle. Between both ends numbers stand as a view has them; the first pass brings them there,
-// the last one may take them elsewhere.
+// The engine: a first pass over points in bit-reversed order, then passes that join four or eight neighbouring
+// transforms to one, each element by a twiddle. Between both ends numbers stand as a view has them; the first pass
+// brings them there, the last one may take them elsewhere.
 #pragma once
 
 #include "dft/primitives/fft/fixed.h"
@@ -8,8 +8,11 @@
 
 namespace orv::dft {
 
-// The first pass has 4 points of a transform in hand, 8 where the order is odd.
-constexpr i32 first_log(i32 order) { return order % 2 == 0 ? 2 : 3; }
+// The logarithm of how many points of a transform the first pass has in hand. Where two pairs share a register, their
+// way into blocks costs more than a level of a pass does.
+template <class R> inline constexpr i32 first_log = sizeof(R) == 8 ? 4 : 3;
+// A pass joins eight transforms, a level for a third of the memory's traffic; four where two or four levels are left.
+constexpr i32 pass_log(i32 rest) { return rest == 2 || rest == 4 ? 2 : 3; }
 
 // What is worked on at once: half of a first-level cache of 32 KiB.
 template <class R> inline constexpr i32 leaf_order = sizeof(R) == 8 ? 10 : 11;
@@ -26,12 +29,12 @@ template <class R> const R* extra_twiddles(const R* table)
     return table + level_one_bytes<R>(table_limit) / static_cast<i64>(sizeof(R));
 }
 
-// The twiddles of the pass over transforms of so many points: behind three for each point of every pass before.
-template <class R> const R* stage_twiddles(const R* table, i32 order, i64 points)
+// The twiddles of the pass over transforms of so many points: behind those of all passes before, one for each point but
+// those that the first pass has.
+template <class R> const R* pass_twiddles(const R* table, i64 points)
 {
-    return table + 2 * (points - (i64{1} << first_log(order)));
+    return table + 2 * (points - (1 << first_log<R>));
 }
-template <class R> const R* last_stage(const R* table, i32 n) { return stage_twiddles(table, log_of(n), n / 4); }
 
 // How rows are multiplied: a twiddle for each, or of four rows only that of the third, whose square and cube the
 // others' are.
@@ -90,17 +93,34 @@ template <class From, class To, class R> [[gnu::noinline]] void join_halves(From
     }
 }
 
-// Where point q of group i of a first pass stands in the source.
+// Where the points of a first pass stand: those of a group at equal steps from the group's first one, those of the next
+// group so much behind. A butterfly finds them in bit-reversed order: point q of its order is number row(q) of the
+// group.
 struct Reversed {
     const i32* table; // of pairs: doubled
     i64 n;
-    template <int radix> ORV_INLINE i64 at(i64 group, int q) const
-    {
-        return table[group * (radix / 4)] / 2 + reversed(q, log_of(radix)) * (n / radix);
-    }
+    template <int radix> ORV_INLINE i64 first(i64 group) const { return table[group * (radix / 4)]; }
+    template <int radix> ORV_INLINE i64 step() const { return n / radix; }
+    template <int radix> ORV_INLINE i64 to_next() const { return n / (2 * radix); } // from an even group
+    template <int radix> static constexpr int row(int q) { return reversed(q, log_of(radix)); }
 };
 struct InOrder {
-    template <int radix> ORV_INLINE i64 at(i64 group, int q) const { return radix * group + q; }
+    template <int radix> ORV_INLINE i64 first(i64 group) const { return 2 * radix * group; }
+    template <int radix> ORV_INLINE i64 step() const { return 1; }
+    template <int radix> ORV_INLINE i64 to_next() const { return radix; }
+    template <int radix> static constexpr int row(int q) { return q; }
+};
+
+// Rows at equal steps, by four pointers and the first four multiples of the step: all of them at once would need more
+// registers than there are, and one after the other four instructions each.
+template <class T> class Rows {
+public:
+    ORV_INLINE Rows(const T* first, i64 step) : step_(step), first_(first) {}
+    template <int row> ORV_INLINE const T* at() const { return first_ + row / 4 * (4 * step_) + row % 4 * step_; }
+
+private:
+    i64 step_;
+    const T* first_;
 };
 
 // First passes, of the groups whose results are the points from begin to end.
@@ -108,28 +128,34 @@ template <int radix, bool forward, class R, class Place>
 [[gnu::noinline]] void first_pass(const cpx<R>* src, Blocks<R> to, i64 begin, i64 end, Place place)
 {
     using C = vec<cpx<R>>;
-    constexpr i64 lanes = vec<R>::lanes, together = C::lanes;
+    constexpr int lanes = vec<R>::lanes, together = C::lanes;
+    const i64 step = place.template step<radix>(), to_next = place.template to_next<radix>();
     for (i64 i = begin / radix; i < end / radix; i += together) {
         C x[radix];
-        each<radix>([&](auto q) ORV_INLINE_LAMBDA {
-            const i64 at = place.template at<radix>(i, q);
-            x[q] = gather(src + at, place.template at<radix>(i + together - 1, q) - at);
-        });
-        transform<radix, forward>(x);
-        // Lanes are groups, and become points.
-        each<radix / lanes>([&](auto t) ORV_INLINE_LAMBDA {
+        const Rows<cpx<R>> rows(reinterpret_cast<const cpx<R>*>(&src->re + place.template first<radix>(i)), step);
+        const auto load = [&](auto q) ORV_INLINE_LAMBDA {
+            return gather(rows.template at<Place::template row<radix>(q)>(), to_next);
+        };
+        // Lanes are groups, and become points: as many from one on as a register holds.
+        const auto put = [&](int at) ORV_INLINE_LAMBDA {
             if constexpr (together == 1) {
-                const i64 at = radix * i + t * lanes;
-                const split<R> y = apart(x[t * lanes], x[t * lanes + 1]);
-                to.put(at, forward ? y : exchanged(y));
+                const split<R> y = apart(x[at], x[at + 1]);
+                to.put(radix * i + at, forward ? y : exchanged(y));
             } else {
-                vec<R> rows[] = {{x[t * lanes].r}, {x[t * lanes + 1].r}, {x[t * lanes + 2].r}, {x[t * lanes + 3].r}};
-                transpose(rows);
-                for (int group = 0; group < together; ++group) {
-                    const split<R> y{rows[2 * group], rows[2 * group + 1]};
-                    to.put(radix * (i + group) + t * lanes, forward ? y : exchanged(y));
-                }
+                vec<R> square[] = {{x[at].r}, {x[at + 1].r}, {x[at + 2].r}, {x[at + 3].r}};
+                transpose(square);
+                each<together>([&](auto group) ORV_INLINE_LAMBDA {
+                    const split<R> y{square[2 * group], square[2 * group + 1]};
+                    to.put(radix * (i + group) + at, forward ? y : exchanged(y));
+                });
             }
+        };
+        constexpr int quarter = radix / 4;
+        transform<radix, forward>(x, load, [&](int k) ORV_INLINE_LAMBDA {
+            if (quarter >= lanes && k % lanes == lanes - 1)
+                each<4>([&](auto q) ORV_INLINE_LAMBDA { put(k - (lanes - 1) + q * quarter); });
+            else if (quarter < lanes && k == quarter - 1)
+                each<radix / lanes>([&](auto t) ORV_INLINE_LAMBDA { put(t * lanes); });
         });
     }
 }
@@ -140,77 +166,101 @@ template <int radix, class R, class Place>
     constexpr i64 lanes = vec<R>::lanes;
     for (i64 i = begin / radix; i < end / radix; i += lanes) {
         split<R> x[radix];
-        each<radix>([&](auto q) ORV_INLINE_LAMBDA {
-            R re[lanes], im[lanes];
-            for (int l = 0; l < lanes; ++l) {
-                const i64 at = place.template at<radix>(i + l, q);
-                re[l] = src.re[at], im[l] = src.im[at];
-            }
-            x[q] = {gather(re, 1), gather(im, 1)};
-        });
-        transform<radix, true>(x);
+        i64 first[lanes];
+        each<lanes>([&](auto l) ORV_INLINE_LAMBDA { first[l] = place.template first<radix>(i + l) / 2; });
+        const auto load = [&](auto q) ORV_INLINE_LAMBDA {
+            const i64 row = Place::template row<radix>(q) * place.template step<radix>();
+            return split<R>{gather(src.re + row, first), gather(src.im + row, first)};
+        };
+        transform<radix, true>(x, load, [](auto) {});
         each<radix / lanes>([&](auto t) ORV_INLINE_LAMBDA {
-            split<R> rows[lanes];
-            for (int l = 0; l < lanes; ++l) rows[l] = x[t * lanes + l];
-            transpose(rows);
-            for (int l = 0; l < lanes; ++l) to.put(radix * (i + l) + t * lanes, rows[l]);
+            split<R> square[lanes];
+            each<lanes>([&](auto l) ORV_INLINE_LAMBDA { square[l] = x[t * lanes + l]; });
+            transpose(square);
+            each<lanes>([&](auto l) ORV_INLINE_LAMBDA { to.put(radix * (i + l) + t * lanes, square[l]); });
         });
     }
+}
+
+// The passes to 2^order points: done[0] levels are those of the first pass, and so on.
+template <class R> struct Passes {
+    i32 done[table_limit / 2], last = 0;
+    explicit Passes(i32 order)
+    {
+        for (done[0] = first_log<R>; done[last] < order; ++last)
+            done[last + 1] = done[last] + pass_log(order - done[last]);
+    }
+    int log(i32 i) const { return done[i] - done[i - 1]; }
+    // Pass i, over `all` points.
+    template <class From, class To> void run(i32 i, From from, To to, i64 all, const R* table) const
+    {
+        const i64 points = i64{1} << done[i - 1], groups = all >> done[i];
+        const R* const twiddles = pass_twiddles(table, points);
+        if (log(i) == 3) pass<8>(from, to, groups, points, points, twiddles);
+        else pass<4>(from, to, groups, points, points, twiddles);
+    }
+};
+
+// Of the last pass to n points the columns from begin to end; the view starts at the first of them.
+template <class View, class R> void last_pass(View view, i32 n, i32 begin, i32 end, const R* table)
+{
+    const Passes<R> passes(log_of(n));
+    const int log = passes.log(passes.last);
+    const i64 points = i64{n} >> log;
+    const R* const twiddles = pass_twiddles(table, points) + 2 * ((1 << log) - 1) * i64{begin};
+    if (log == 3) pass<8>(view, view, 1, points, end - begin, twiddles);
+    else pass<4>(view, view, 1, points, end - begin, twiddles);
 }
 
 // The transform of 2^order points, up to a view. Source: gives the first pass.
 template <class R, class Source, class View> class Flat {
 public:
     Flat(Source source, View data, i32 order, const R* twiddles)
-        : source_(source), data_(data), order_(order), table_(twiddles)
+        : source_(source), data_(data), order_(order), table_(twiddles),
+          passes_(static_cast<i32>(min(order, table_limit)))
     {
     }
-
     template <class To> void run(To to) const
     {
         const i64 n = i64{1} << order_;
         if (order_ > table_limit) {
-            transforms(0, table_limit, 2);
+            transforms(0, passes_.last, 2);
             join_halves(data_, to, n, extra_twiddles(table_));
         } else {
-            transforms(0, order_ - 2, 4);
-            pass<4>(data_, to, 1, n / 4, n / 4, stage(n / 4));
+            transforms(0, passes_.last - 1, i64{1} << passes_.log(passes_.last));
+            passes_.run(passes_.last, data_, to, n, table_);
         }
     }
 
 private:
-    i32 one_level() const { return static_cast<i32>(min(order_, table_limit)); }
-    const R* stage(i64 points) const { return stage_twiddles(table_, one_level(), points); }
-    i32 first() const { return first_log(one_level()); }
-
-    // So many transforms of 2^order points, from one on: as many passes at a time as the cache holds points for.
-    void transforms(i64 at, i32 order, i64 count) const
+    // So many transforms, by the passes up to i, from one point on: as many passes at a time as a cache holds points
+    // for.
+    void transforms(i64 at, i32 i, i64 count) const
     {
+        const i32 order = passes_.done[i];
+        const i64 n = i64{1} << order;
         if (order > leaf_order<R>) {
-            for (i64 i = 0; i < count; ++i, at += i64{1} << order) {
-                transforms(at, order - 2, 4);
-                join(at, i64{1} << order, i64{1} << (order - 2));
+            for (const i64 end = at + count * n; at < end; at += n) {
+                transforms(at, i - 1, i64{1} << passes_.log(i));
+                passes_.run(i, data_.from(at), data_.from(at), n, table_);
             }
             return;
         }
-        const i64 all = count << order, some = min(all, i64{1} << leaf_order<R>), end = at + all;
-        for (; at < end; at += some) {
-            if (first() == 2) source_.template first<4>(data_, at, at + some);
-            else source_.template first<8>(data_, at, at + some);
-            for (i64 points = i64{1} << first(); points < i64{1} << order; points *= 4) join(at, some, points);
+        const i64 all = count << order, some = min(all, i64{1} << leaf_order<R>);
+        for (const i64 end = at + all; at < end; at += some) {
+            source_.template first<1 << first_log<R>>(data_, at, at + some);
+            for (i32 p = 1; p <= i; ++p) passes_.run(p, data_.from(at), data_.from(at), some, table_);
         }
-    }
-    void join(i64 at, i64 all, i64 points) const
-    {
-        pass<4>(data_.from(at), data_.from(at), all / (4 * points), points, points, stage(points));
     }
 
     Source source_;
     View data_;
     i32 order_;
     const R* table_;
+    Passes<R> passes_;
 };
 
+// What gives the first pass its points.
 template <bool forward, class R, class Place> struct PairSource {
     const cpx<R>* src;
     Place place;

@@ -25,9 +25,8 @@ template <class T> void reversed_before(const T* src, T* dst, i32 n, const real_
 // Of the last pass, some columns.
 template <bool forward, class T> void core(T* data, i32 n, i32 begin, i32 end, const real_t<T>* twiddles)
 {
-    using R = real_t<T>;
-    const Pairs<R, !forward> columns{data + begin};
-    pass<4>(columns, columns, 1, n / 4, end - begin, last_stage(twiddles, n) + 6 * i64{begin});
+    const Pairs<real_t<T>, !forward> columns{data + begin};
+    last_pass(columns, n, begin, end, twiddles);
 }
 
 } // namespace

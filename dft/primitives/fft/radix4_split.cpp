@@ -33,7 +33,7 @@ template <class R> void factor8(R* re, R* im, i32 groups, i64 between, i32 colum
 template <class R> void core(R* re, R* im, i32 n, i32 begin, i32 end, const R* twiddles)
 {
     const Planes<R> columns{re + begin, im + begin};
-    pass<4>(columns, columns, 1, n / 4, end - begin, last_stage(twiddles, n) + 6 * i64{begin});
+    last_pass(columns, n, begin, end, twiddles);
 }
 template <class R> void inverse_core(R* re, R* im, i32 n, i32 begin, i32 end, const R* twiddles)
 {

@@ -40,8 +40,10 @@ template <class R> t_8u* base(i32 order, R* table)
 template <class R> t_8u* level_one(i32 order, const R* sines, i32 base_order, R* table)
 {
     const Circle<R> circle(sines, base_order);
-    for (i32 points = first_log(order) + 2; points <= order; points += 2)
-        table = write_twiddles(circle, points, 2, 4, 0, i64{1} << (points - 2), table);
+    const Passes<R> passes(order);
+    for (i32 i = 1; i <= passes.last; ++i)
+        table = write_twiddles(circle, passes.done[i], passes.log(i), 1 << passes.log(i), 0,
+                               i64{1} << passes.done[i - 1], table);
     return behind_table(table);
 }
 
