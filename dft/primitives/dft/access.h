@@ -1,0 +1,77 @@
+// How complex numbers stand in memory. Kernels compute on registers of pairs and get and put them through one of these:
+//
+//   Interleaved   pairs
+//   Split         real and imaginary parts in two arrays
+//
+// Both are cheap values like pointers. width: how many numbers a register has; get and put move the first n of them.
+#pragma once
+
+#include "frame/simd.h"
+
+#include <type_traits>
+
+namespace orv::dft {
+
+template <class R> struct Interleaved {
+    using real = R;
+    using type = cpx<R>;
+    static constexpr int width = vec<cpx<R>>::lanes;
+    cpx<R>* p;
+
+    ORV_INLINE Interleaved operator+(i64 i) const { return {p + i}; }
+    template <int n = width> ORV_INLINE vec<cpx<R>> get(i64 i) const { return load_first<n>(p + i); }
+    template <int n = width> ORV_INLINE void put(i64 i, vec<cpx<R>> v) const { store_first<n>(p + i, v); }
+    ORV_INLINE bool meets(Interleaved other) const { return p == other.p; }
+
+    // f(this array's pointers, the other's, more)
+    template <class F, class... More> ORV_INLINE auto pass(F& f, Interleaved to, More... more) const
+    {
+        return f(p, to.p, more...);
+    }
+};
+
+template <class R> struct Split {
+    using real = R;
+    using type = R;
+    static constexpr int width = vec<cpx<R>>::lanes;
+    R *re, *im;
+
+    ORV_INLINE Split operator+(i64 i) const { return {re + i, im + i}; }
+    template <int n = width> ORV_INLINE vec<cpx<R>> get(i64 i) const
+    {
+        if constexpr (sizeof(R) == 8) return {_mm_loadh_pd(_mm_load_sd(re + i), im + i)};
+        else return {_mm_unpacklo_ps(load_first<n>(re + i).r, load_first<n>(im + i).r)};
+    }
+    template <int n = width> ORV_INLINE void put(i64 i, vec<cpx<R>> v) const
+    {
+        if constexpr (sizeof(R) == 8) _mm_storel_pd(re + i, v.r), _mm_storeh_pd(im + i, v.r);
+        else {
+            const vec<R> parts{_mm_shuffle_ps(v.r, v.r, _MM_SHUFFLE(3, 1, 2, 0))};
+            store_first<n>(re + i, parts), store_first<n>(im + i, high_halves(parts, parts));
+        }
+    }
+    ORV_INLINE bool meets(Split other) const
+    {
+        return re == other.re || im == other.im || re == other.im || im == other.re;
+    }
+
+    template <class F, class... More> ORV_INLINE auto pass(F& f, Split to, More... more) const
+    {
+        return f(re, im, to.re, to.im, more...);
+    }
+};
+
+// A register's numbers from and to places of their own.
+template <class Form> ORV_INLINE auto gather_places(Form from, const i64 (&at)[Form::width])
+{
+    auto v = from.template get<1>(at[0]);
+    if constexpr (Form::width == 2) v = vec<cpx<float>>{low_halves(vec<float>{v.r}, {from.template get<1>(at[1]).r}).r};
+    return v;
+}
+template <class Form, class V> ORV_INLINE void scatter_places(Form to, const i64 (&at)[Form::width], V v)
+{
+    to.template put<1>(at[0], v);
+    if constexpr (Form::width == 2) to.template put<1>(at[1], {high_halves(vec<float>{v.r}, vec<float>{v.r}).r});
+}
+
+} // namespace orv::dft
