@@ -15,7 +15,8 @@ function(orv_branch tag)
   file(GLOB sources CONFIGURE_DEPENDS ${frame}/*.cpp ${PROJECT_SOURCE_DIR}/blas/*.cpp
        ${PROJECT_SOURCE_DIR}/blas/gemm/*.cpp ${PROJECT_SOURCE_DIR}/blas/level3/*.cpp
        ${PROJECT_SOURCE_DIR}/lapack_ps/*.cpp ${PROJECT_SOURCE_DIR}/dft/primitives/*.cpp
-       ${PROJECT_SOURCE_DIR}/dft/primitives/fft/*.cpp ${PROJECT_SOURCE_DIR}/dft/primitives/convolution/*.cpp
+       ${PROJECT_SOURCE_DIR}/dft/primitives/dft/*.cpp ${PROJECT_SOURCE_DIR}/dft/primitives/fft/*.cpp
+       ${PROJECT_SOURCE_DIR}/dft/primitives/convolution/*.cpp
        ${PROJECT_SOURCE_DIR}/trans/*.cpp ${PROJECT_SOURCE_DIR}/xblas/*.cpp)
   add_library(orv_${tag} MODULE ${sources})
   target_link_libraries(orv_${tag} PRIVATE orv_${tag}_options)

@@ -3,14 +3,18 @@
 //   Interleaved   pairs
 //   Split         real and imaginary parts in two arrays
 //
-// Both are cheap values like pointers. width: how many numbers a register has; get and put move the first n of them.
+// and hand them on to functions that take the arrays; so does Reals, which has no numbers to get. All are cheap values
+// like pointers. width: how many numbers a register has; get and put move the first n of them.
 #pragma once
 
-#include "frame/simd.h"
+#include "dft/primitives/members.h"
 
 #include <type_traits>
 
-namespace orv::dft {
+namespace orv::dft::general {
+
+ORV_INLINE void multiply(float by, float* p, i32 n) { DFT(ympsMulC_32f_I)(by, p, n); }
+ORV_INLINE void multiply(double by, double* p, i32 n) { DFT(ympsMulC_64f_I)(by, p, n); }
 
 template <class R> struct Interleaved {
     using real = R;
@@ -23,10 +27,22 @@ template <class R> struct Interleaved {
     template <int n = width> ORV_INLINE void put(i64 i, vec<cpx<R>> v) const { store_first<n>(p + i, v); }
     ORV_INLINE bool meets(Interleaved other) const { return p == other.p; }
 
-    // f(this array's pointers, the other's, more)
+    // The n elements of an area of memory, and their way from there.
+    ORV_INLINE static Interleaved within(void* area, i64 /* n */) { return {static_cast<cpx<R>*>(area)}; }
+    ORV_INLINE void copy_to(Interleaved to, i64 n) const { copy(p, to.p, n); }
+
+    ORV_INLINE bool missing() const { return p == nullptr; }
+    ORV_INLINE void scale(R by, i32 n) const { multiply(by, reinterpret_cast<R*>(p), 2 * n); }
+
+    // f(this array's pointers, the other's, more), and with another argument before them.
     template <class F, class... More> ORV_INLINE auto pass(F& f, Interleaved to, More... more) const
     {
         return f(p, to.p, more...);
+    }
+    template <class F, class First, class... More>
+    ORV_INLINE auto pass_behind(F& f, First first, Interleaved to, More... more) const
+    {
+        return f(first, p, to.p, more...);
     }
 };
 
@@ -55,9 +71,31 @@ template <class R> struct Split {
         return re == other.re || im == other.im || re == other.im || im == other.re;
     }
 
+    ORV_INLINE static Split within(void* area, i64 n) { return {static_cast<R*>(area), static_cast<R*>(area) + n}; }
+    ORV_INLINE void copy_to(Split to, i64 n) const { copy(re, to.re, n), copy(im, to.im, n); }
+
+    ORV_INLINE bool missing() const { return re == nullptr || im == nullptr; }
+    ORV_INLINE void scale(R by, i32 n) const { multiply(by, re, n), multiply(by, im, n); }
+
     template <class F, class... More> ORV_INLINE auto pass(F& f, Split to, More... more) const
     {
         return f(re, im, to.re, to.im, more...);
+    }
+    template <class F, class First, class... More>
+    ORV_INLINE auto pass_behind(F& f, First first, Split to, More... more) const
+    {
+        return f(first, re, im, to.re, to.im, more...);
+    }
+};
+
+template <class R> struct Reals {
+    using real = R;
+    R* p;
+
+    ORV_INLINE Reals operator+(i64 i) const { return {p + i}; }
+    template <class F, class... More> ORV_INLINE auto pass(F& f, Reals to, More... more) const
+    {
+        return f(p, to.p, more...);
     }
 };
 
@@ -74,4 +112,4 @@ template <class Form, class V> ORV_INLINE void scatter_places(Form to, const i64
     if constexpr (Form::width == 2) to.template put<1>(at[1], {high_halves(vec<float>{v.r}, vec<float>{v.r}).r});
 }
 
-} // namespace orv::dft
+} // namespace orv::dft::general

@@ -12,7 +12,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace orv::dft {
+namespace orv::dft::general {
 
 // f(0), f(1), ..., f(n-1), each with its number as a constant.
 template <int n, class F> ORV_INLINE void steps(F f)
@@ -144,4 +144,4 @@ template <int n, bool forward, class R> ORV_INLINE void butterfly(pairs<R> (&x)[
     else odd_prime<n, forward>(x);
 }
 
-} // namespace orv::dft
+} // namespace orv::dft::general
