@@ -47,6 +47,15 @@ template <class T> ORV_INLINE vec<T> loadu(const T* p) { return {reinterpret_cas
 template <class T> ORV_INLINE void store(T* p, vec<T> v) { *reinterpret_cast<typename reg<real_t<T>>::type*>(p) = v.r; }
 template <class T> ORV_INLINE void storeu(T* p, vec<T> v) { reinterpret_cast<anywhere<real_t<T>>*>(p)->r = v.r; }
 
+// Keeps a value in a register at this point, if the processor has one that holds it: what is made of several is left to
+// the compiler.
+template <class T> ORV_INLINE void settle([[maybe_unused]] vec<T>& v)
+{
+#if __AVX512F__ || (__AVX__ && ORV_VECTOR_BYTES == 32)
+    asm volatile("" : "+x"(v.r));
+#endif
+}
+
 // of(0), of(1), .., one a lane.
 template <class R, class Of> ORV_INLINE vec<R> generate(Of of)
 {

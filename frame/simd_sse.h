@@ -87,6 +87,8 @@ template <int n, class T> ORV_INLINE void store_first(T* p, vec<T> v)
     }
 }
 
+template <class T> ORV_INLINE void settle(vec<T>& v) { asm volatile("" : "+x"(v.r)); }
+
 // A load alone.
 template <class T> ORV_INLINE vec<T> load_pair(const T* p)
 {

@@ -64,9 +64,10 @@ void reflect(std::integer_sequence<int, i...>, const T* v, T tau, i64 count, T* 
 
 // Two columns of reals: their rows are needed side by side in the sums only, for the rest whole registers of a column
 // serve. That takes half the loads and stores, and two more shuffles for the two sums: worth it from order 5 on.
-template <int order> void reflect_columns(const double* v, double tau, i64 count, double* c, i64 ldc)
+template <int order, int lanes = vec<double>::lanes>
+void reflect_columns(const double* v, double tau, i64 count, double* c, i64 ldc)
 {
-    static_assert(vec<double>::lanes == 2, "a register is two columns, and a pair of rows of one");
+    static_assert(lanes == 2, "a register is two columns, and a pair of rows of one");
     constexpr int pairs = order / 2, last = order - 1;
     constexpr bool odd = order % 2 != 0;
     vec<double> u[order], t[pairs + 1];

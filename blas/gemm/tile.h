@@ -8,15 +8,14 @@
 // Each element of C is one chain of products, added to zero in the order of the steps, and then one addition to C: the
 // same for every place in a tile, every width, every number of rows and both schemes. (Complex: one chain each for
 // re*re, im*im, im*re, re*im; the first two give the real part by subtraction.)
+//
+// Values are made to settle in registers: left to itself, the compiler takes the steps of one sum together, spills, and
+// loads an operand once for each product.
 #pragma once
 
 #include "blas/gemm/pack.h"
 
 namespace orv::gemm {
-
-// Keeps a value in a register at this point. Left to itself, the compiler takes the steps of one sum together, spills,
-// and loads an operand once for each product.
-template <class R> ORV_INLINE void settle(vec<R>& v) { asm volatile("" : "+x"(v.r)); }
 
 // Scheme 1: the reals of B are repeated over neighbouring lanes, (a0, a1) * (b0, b0) and (a0, a1) * (b1, b1), by loads
 // that repeat what they load. No shuffle competes with the arithmetic: for processors that load three times a cycle,
