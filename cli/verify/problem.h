@@ -64,7 +64,7 @@ struct Problem {
     {
         std::string line = family + ' ' + type;
         if (!letters.empty()) line += ' ' + letters;
-        for (const auto& [name, value] : values) line += ' ' + name + '=' + value;
+        for (const auto& [name, value] : values) line.append(1, ' ').append(name).append(1, '=').append(value);
         return line;
     }
 
