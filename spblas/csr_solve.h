@@ -7,6 +7,7 @@
 #pragma once
 
 #include "spblas/csr.h"
+#include "spblas/quotient.h"
 
 namespace orv::ORV_SPBLAS {
 
@@ -24,18 +25,6 @@ template <class T> ORV_INLINE T dot_with(const Entries<T>& row, Strided<T> y, bo
     Sum<T> sum{};
     for (i64 e = 0; e < row.n; ++e) sum.add_one(row.val + e, &y[row.col[e]]);
     return sum.value(conjugates);
-}
-
-template <class T> constexpr T divide(T a, T b) { return a / b; }
-// A quotient whose squares neither overflow nor vanish: the larger part of the divisor is divided out first.
-template <class R> constexpr cpx<R> divide(cpx<R> a, cpx<R> b)
-{
-    if (magnitude(b.re) >= magnitude(b.im)) {
-        const R ratio = b.im / b.re, length = b.re + b.im * ratio;
-        return {(a.re + a.im * ratio) / length, (a.im - a.re * ratio) / length};
-    }
-    const R ratio = b.re / b.im, length = b.re * ratio + b.im;
-    return {(a.re * ratio + a.im) / length, (a.im * ratio - a.re) / length};
 }
 
 // The entries of row i that its solve uses beside the diagonal, and the one that stands for the diagonal.
