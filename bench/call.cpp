@@ -2,6 +2,7 @@
 #include "bench/library.h"
 
 #include <dlfcn.h>
+#include <link.h>
 #include <numeric>
 #include <utility>
 
@@ -70,6 +71,19 @@ void* kernel_symbol(void* core, const std::string& routine)
     return nullptr;
 }
 
+// What a library defines itself. A lookup goes on through the libraries that it needs, where LAPACK has the BLAS that is
+// under all of them here: it would be timed as a peer of itself.
+void* own_symbol(void* library, const std::string& name)
+{
+    void* const found = dlsym(library, name.c_str());
+    link_map *asked = nullptr, *owner = nullptr;
+    Dl_info about;
+    if (found == nullptr || dlinfo(library, RTLD_DI_LINKMAP, &asked) != 0 ||
+        dladdr1(found, &about, reinterpret_cast<void**>(&owner), RTLD_DL_LINKMAP) == 0)
+        return nullptr;
+    return owner == asked ? found : nullptr;
+}
+
 struct BoundStep {
     Loop* loop = nullptr;
     void* routine = nullptr;
@@ -80,7 +94,7 @@ struct BoundStep {
 BoundStep bind_step(const Case& c, const Step& step, void* handle, bool direct, const Arena& arena)
 {
     BoundStep bound;
-    bound.routine = direct ? kernel_symbol(handle, step.routine) : dlsym(handle, (step.routine + "_").c_str());
+    bound.routine = direct ? kernel_symbol(handle, step.routine) : own_symbol(handle, step.routine + "_");
 
     std::size_t n = 0, letters = 0;
     Result result = c.result;

@@ -35,6 +35,11 @@ for case in cases:
         check(case.faster(time.fastest, time.median) >= 1 and case.faster(time.median, time.slowest) >= 1
               and time.median > 0, f"{case.name}: {library} {time}")
 
+# Both have LAPACK, and no more: what they would find of the BLAS is the one below them, orv's own.
+done = run("--filter", "^daxpy unit 100$", "--libraries", "orv,lapack", "--rounds", "1", "--sample", "1e-4")
+timed = [line.split(",")[2] for line in done.stdout.splitlines()[1:] if not line.startswith("#")]
+check(timed == ["orv"], f"a library was timed for a routine that it doesn't have: {timed}\n{done.stderr}")
+
 for case in "daxpy unit 100", "dscal unit 100":
     done = run("--filter", f"^{case}$", lib=wrong)
     check(done.returncode == 1 and f"{case}: orv and" in done.stderr, f"a wrong answer was timed\n{done.stderr}")
