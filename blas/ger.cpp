@@ -16,7 +16,7 @@ template <class T>
 void rank_one(bool conjugated, i64 m, i64 n, T alpha, const T* x, i64 incx, const T* y, i64 incy, T* a, i64 lda)
 {
     if (m <= 0 || n <= 0 || alpha == zero<T>) return;
-    const RankUpdate<T, 1> update = {alpha, {{m, x, incx}}, {n, y, incy}, conjugated, false};
+    const RankUpdate<T, 1> update = {factor<T>(alpha, conjugated), {{m, x, incx}}, {n, y, incy}};
     update_columns(rectangle(a, lda, m, n), {0, n}, update, Diagonal::general, false);
 }
 

@@ -61,6 +61,9 @@ template <class T> struct Storage {
         n.last_step = way;
         return n;
     }
+    bool begins_at_diagonal() const { return above == 0; }
+    bool ends_at_diagonal() const { return below == 1; }
+    bool ends_before_diagonal() const { return below == 0; }
     // Whether so many neighbouring columns have stored rows in common, or at least end where the last one begins.
     bool share_rows(int columns) const { return columns <= above + below; }
     bool meet(int columns) const { return columns <= above + below + 1; }
@@ -99,7 +102,7 @@ template <class T> Storage<T> general_band(T* a, i64 lda, i64 m, i64 kl, i64 ku)
 {
     return {a + ku, 2 * (lda - 1), 0, {0, m}, ku, kl + 1};
 }
-// n full columns of m rows.
-template <class T> Storage<T> rectangle(T* a, i64 lda, i64 m, i64 n) { return {a, 2 * lda, 0, {0, m}, n, m}; }
+// n full columns of m rows, none of which is told to end at the diagonal.
+template <class T> Storage<T> rectangle(T* a, i64 lda, i64 m, i64 n) { return {a, 2 * lda, 0, {0, m}, n, m + 1}; }
 
 } // namespace orv::blas

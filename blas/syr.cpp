@@ -41,11 +41,11 @@ namespace {
 template <class T> RankUpdate<T, 1> rank_one(i64 n, real_t<T> alpha, const T* x, i64 incx)
 {
     const StridedVector<T> v{n, x, incx};
-    return {element<T>::make(alpha), {v}, v, true, true};
+    return {factor<T>(element<T>::make(alpha), true), {v}, v, true};
 }
 template <class T> RankUpdate<T, 2> rank_two(i64 n, T alpha, const T* x, i64 incx, const T* y, i64 incy)
 {
-    return {alpha, {{n, x, incx}, {n, y, incy}}};
+    return {alpha, {n, x, incx}, {n, y, incy}};
 }
 
 template <class Scalar> bool nothing_to_do(i64 n, Scalar alpha) { return n <= 0 || alpha == zero<Scalar>; }
@@ -56,7 +56,7 @@ template <class T> constexpr Diagonal diagonal = is_complex<T> ? Diagonal::real 
 template <class T, int terms>
 void update_full(char uplo, i64 n, const RankUpdate<T, terms>& update, T* a, i64 lda, i64 first)
 {
-    if (nothing_to_do(n, update.alpha)) return;
+    if (nothing_to_do(n, update.alpha.scalar())) return;
     const i64 order = first + n;
     const bool upper = half_of(uplo) == Half::upper;
     update_columns(full_triangle(half_of(uplo), upper ? a - first * lda : a, lda, order),
@@ -65,7 +65,7 @@ void update_full(char uplo, i64 n, const RankUpdate<T, terms>& update, T* a, i64
 
 template <class T, int terms> void update_packed(char uplo, i64 n, const RankUpdate<T, terms>& update, T* a)
 {
-    if (nothing_to_do(n, update.alpha)) return;
+    if (nothing_to_do(n, update.alpha.scalar())) return;
     update_columns(packed_triangle(half_of(uplo), a, n), {0, n}, update, diagonal<T>, false);
 }
 
