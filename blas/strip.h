@@ -25,10 +25,22 @@ template <class T> ORV_INLINE vec<T> splat_real(const T* p)
 // Rows that go together: two registers of reals; of complex numbers, which take twice the sums, one.
 template <class T> constexpr int block = (is_complex<T> ? 1 : 2) * vec<T>::lanes;
 
-// Columns j..j+columns-1 of B, which have these rows.
-template <Pass pass, int columns, class T>
-ORV_INLINE void strip(const WalkOf<pass, T>& v, i64 j, const Neighbours<const T>& b, Run rows)
+// The rows of columns j..j+columns-1.
+template <Edges edges, int columns, class T> ORV_INLINE Run run(const Storage<const T>& b, i64 j)
 {
+    Run rows = b.template run<columns>(j);
+    if constexpr (edges.from != Edge::any) rows.shared.from = j + columns;
+    if constexpr (edges.from != Edge::any) rows.any.from = edges.from == Edge::square ? j + columns : j + 1;
+    if constexpr (edges.to != Edge::any) rows.shared.to = j;
+    if constexpr (edges.to != Edge::any) rows.any.to = edges.to == Edge::square ? j : j + columns - 1;
+    return rows;
+}
+
+// Columns j..j+columns-1 of B.
+template <Pass pass, Edges edges, int columns, class T>
+ORV_INLINE void strip(const WalkOf<pass, T>& v, i64 j, const Neighbours<const T>& b)
+{
+    const Run rows = run<edges, columns>(v.b, j);
     const auto within_strip = [](int c) { return min(c, columns - 1); };
     const factor<T> alpha = v.alpha;
     const auto scaled = [&](int c) {
@@ -64,10 +76,10 @@ ORV_INLINE void strip(const WalkOf<pass, T>& v, i64 j, const Neighbours<const T>
     const auto within = [&](i64 i) { return i >= rows.any.from && i < rows.any.to; };
 
     // Rows where a column more begins with each; those of all columns; rows where one more has ended with each.
-    if (rows.any.from < rows.shared.from)
-        unrolled<1, columns>([&]<int begun>() ORV_INLINE_LAMBDA {
+    if (edges.from != Edge::any || rows.any.from < rows.shared.from)
+        unrolled<1, edges.from == Edge::square ? 1 : columns>([&]<int begun>() ORV_INLINE_LAMBDA {
             const i64 i = rows.shared.from - columns + begun;
-            if (within(i)) add.template operator()<0, begun>(One{}, i);
+            if (edges.from == Edge::diagonal || within(i)) add.template operator()<0, begun>(One{}, i);
         });
     i64 i = rows.shared.from;
     const i64 end = rows.shared.to;
@@ -104,10 +116,10 @@ ORV_INLINE void strip(const WalkOf<pass, T>& v, i64 j, const Neighbours<const T>
                 add.template operator()<0, columns>(piece, row);
             });
     }
-    if (rows.shared.to < rows.any.to)
-        unrolled<1, columns>([&]<int ended>() ORV_INLINE_LAMBDA {
+    if (edges.to != Edge::any || rows.shared.to < rows.any.to)
+        unrolled<1, edges.to == Edge::square ? 1 : columns>([&]<int ended>() ORV_INLINE_LAMBDA {
             const i64 i = rows.shared.to - 1 + ended;
-            if (within(i)) add.template operator()<ended, columns>(One{}, i);
+            if (edges.to == Edge::diagonal || within(i)) add.template operator()<ended, columns>(One{}, i);
         });
 
     if constexpr (pass.across != Op::none)
@@ -117,7 +129,8 @@ ORV_INLINE void strip(const WalkOf<pass, T>& v, i64 j, const Neighbours<const T>
             vec<T> y = One::load(to, 0);
             // The diagonal of a Hermitian matrix is real; its imaginary part is not read.
             if constexpr (pass.both())
-                if (v.diagonal) y += lane_product(splat_real(b.at[c] + (j + c)), f[c]);
+                if (edges.from == Edge::diagonal || edges.to == Edge::diagonal || v.diagonal)
+                    y += lane_product(splat_real(b.at[c] + (j + c)), f[c]);
             One::store(to, 0, y + alpha * sums[c].folded().template value<pass.across == Op::conjugate>());
         }
 }

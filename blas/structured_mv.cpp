@@ -1,14 +1,12 @@
-
 #include "blas/stretch.h"
 #include "blas/strip.h"
 
 namespace orv::blas {
-template <Pass pass, class T> void strips(const WalkOf<pass, T>& walk, Rows columns)
+
+template <Pass pass, Edges edges, class T> void strips(const WalkOf<pass, T>& __restrict v, Rows columns)
 {
-    const WalkOf<pass, T> v = walk; // which stores to y cannot change
-    const auto next = [&]<int width>(i64 j) ORV_INLINE_LAMBDA {
-        strip<pass, width, T>(v, j, v.b.template neighbours<width>(j), v.b.template run<width>(j));
-    };
+    const auto next = [&]<int width>(i64 j)
+                          ORV_INLINE_LAMBDA { strip<pass, edges, width, T>(v, j, v.b.template neighbours<width>(j)); };
     const bool four = v.b.meet(4), two = v.b.meet(2);
     for (i64 j = columns.from; j < columns.to;) {
         const i64 left = columns.to - j;
@@ -18,12 +16,12 @@ template <Pass pass, class T> void strips(const WalkOf<pass, T>& walk, Rows colu
     }
 }
 
-namespace {
-
 // Strided vectors go in copies: x and y of all rows that a block of columns meets, itself included, if that fits on a
 // small stack; else of 128 columns and of windows of rows.
-template <Pass pass, class T> void strided_strips(Walk<T, true> v, i64 n, const T* x, i64 incx, T* y, i64 incy)
+template <Pass pass, class T>
+void strided_strips(const Walk<T, true>& walk, i64 n, const T* x, i64 incx, T* y, i64 incy)
 {
+    Walk<T, true> v = walk;
     constexpr i64 window_rows = 8192 / sizeof(T), block_columns = 128;
     Stretch<T, window_rows> x_rows, y_rows;
     Stretch<T, block_columns> x_columns;
@@ -39,7 +37,7 @@ template <Pass pass, class T> void strided_strips(Walk<T, true> v, i64 n, const 
                 v.y_row.v = v.y_column.v = y_rows.gather(count, y + met.from * incy, incy) - met.from;
                 v.diagonal = true;
                 v.b.all = b.all;
-                strips<pass, T>(v, columns);
+                whole_strips<pass, T>(v, columns);
                 y_rows.scatter(count, y + met.from * incy, incy);
                 j = columns.to;
                 continue;
@@ -57,7 +55,7 @@ template <Pass pass, class T> void strided_strips(Walk<T, true> v, i64 n, const 
             if constexpr (pass.direct) v.y_row.v = y_rows.gather(count, y + i * incy, incy) - i;
             v.diagonal = i == rows.from;
             v.b.all = window;
-            strips<pass, T>(v, columns);
+            strips<pass, Edges{}, T>(v, columns);
             if constexpr (pass.direct) y_rows.scatter(count, y + i * incy, incy);
             i = window.to;
         }
@@ -67,33 +65,24 @@ template <Pass pass, class T> void strided_strips(Walk<T, true> v, i64 n, const 
     }
 }
 
-} // namespace
-
-template <Pass pass, class T>
-void structured_mv(const Storage<const T>& b, i64 n, T alpha, const T* x, i64 incx, T* y, i64 incy, Manner manner)
-{
-    WalkOf<pass, T> v{b,    factor<T>(alpha),   {x, incx},   {x, incx}, {y, incy}, {y, incy},
-                      true, manner.on_boundary, manner.ahead};
-    if constexpr (!pass.one_lane)
-        if (incx != 1 || incy != 1) return strided_strips<pass>(v, n, x, incx, y, incy);
-    strips<pass, T>(v, {0, n});
-}
-
-#define STRIPS(pass, T)                                                                                                \
-    template void strips<pass, T>(const WalkOf<pass, T>&, Rows);                                                       \
-    template void structured_mv<pass, T>(const Storage<const T>&, i64, T, const T*, i64, T*, i64, Manner);
+#define STRIPS(pass, edges, T) template void strips<pass, edges, T>(const WalkOf<pass, T>& __restrict, Rows);
+#define STRIDED(pass, T)                                                                                               \
+    STRIPS(pass, Edges{}, T)                                                                                           \
+    template void strided_strips<pass, T>(const Walk<T, true>&, i64, const T*, i64, T*, i64);
 #define REAL(T)                                                                                                        \
-    STRIPS(pass_of<Op::none>, T)                                                                                       \
-    STRIPS(pass_of<Op::transpose>, T)                                                                                  \
-    STRIPS(pass_of_both<T>, T)
-#define COMPLEX(T) REAL(T) STRIPS(pass_of<Op::conjugate>, T)
+    STRIDED(pass_of<Op::none>, T)                                                                                      \
+    STRIDED(pass_of<Op::transpose>, T)                                                                                 \
+    STRIDED(pass_of_both<T>, T)                                                                                        \
+    STRIPS(pass_of_both<T>, edges_at(Half::lower, Edge::diagonal), T)                                                  \
+    STRIPS(pass_of_both<T>, edges_at(Half::upper, Edge::diagonal), T)
+#define COMPLEX(T) REAL(T) STRIDED(pass_of<Op::conjugate>, T)
 
 REAL(float)
 REAL(double)
 COMPLEX(cpx<float>)
 COMPLEX(cpx<double>)
-STRIPS(pass_in_order<float>, float)
-STRIPS(pass_in_order<double>, double)
-STRIPS(pass_in_order<cpx<float>>, cpx<float>)
+STRIPS(pass_in_order<float>, Edges{}, float)
+STRIPS(pass_in_order<double>, Edges{}, double)
+STRIPS(pass_in_order<cpx<float>>, Edges{}, cpx<float>)
 
 } // namespace orv::blas

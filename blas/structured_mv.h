@@ -16,8 +16,8 @@
 // Without, rows that all columns of a strip share go register by register, s(j) has a sum a lane, and strided vectors
 // cut the rows in windows, each with a sum of its own.
 //
-// A strip is compiled for each type, pass and width (strip.h), and for nothing else: storage, triangle and what is
-// asked for ahead are fields of the record that it walks by.
+// A strip is compiled for each type, pass and width (strip.h), and once more for each edge that is known to run along
+// the diagonal: storage and what is asked for ahead are fields of the record that it walks by.
 #pragma once
 
 #include "blas/gemv_kernels.h"
@@ -40,6 +40,14 @@ inline constexpr Pass pass_of_both{.direct = true, .across = is_complex<T> ? Op:
 template <class T>
 inline constexpr Pass pass_in_order{.direct = true, .across = pass_of_both<T>.across, .one_lane = true};
 
+// How the rows of a strip's columns begin, or end: anyhow; right behind the diagonal, or before it; beyond the square
+// that the strip has on the diagonal. Where that is known, no row is asked whether it is there.
+enum class Edge { any, diagonal, square };
+struct Edges {
+    Edge from = Edge::any, to = Edge::any;
+};
+constexpr Edges edges_at(Half half, Edge edge) { return half == Half::lower ? Edges{.from = edge} : Edges{.to = edge}; }
+
 // What a strip of four asks for ahead, where columns are too short, or too far from each other, for the processor's own
 // look-ahead: nothing; of bands, whose strips lie one behind the other, the next strip; of full matrices beyond the
 // second-level cache what the columns hold further on.
@@ -58,15 +66,29 @@ template <class T, bool unit> struct Walk {
     factor<T> alpha;
     Elements<const T, unit> x_row, x_column;
     Elements<T, unit> y_row, y_column;
-    bool diagonal = false;    // whether this pass is to take the diagonal too
+    bool diagonal = false;    // whether this pass is to take the diagonal too, if that is not known
     bool on_boundary = false; // doubles: stores to y on 16 bytes
     Ahead ahead = Ahead::nothing;
 };
 // The vectors in one piece, x and y being elements 0.
 template <Pass pass, class T> using WalkOf = Walk<T, !pass.one_lane>;
 
-// Columns of B in strips; not more rows than those of the record are touched.
-template <Pass pass, class T> void strips(const WalkOf<pass, T>& walk, Rows columns);
+// Columns of B in strips; not more rows than those of the record are touched, which lies apart from all vectors. With
+// the edge along the diagonal no columns' rows are cut off there, and the diagonal is taken.
+template <Pass pass, Edges edges, class T> void strips(const WalkOf<pass, T>& __restrict walk, Rows columns);
+
+// The same with the edges that the whole of B has.
+template <Pass pass, class T> ORV_INLINE void whole_strips(const WalkOf<pass, T>& walk, Rows columns)
+{
+    if constexpr (pass.both() && !pass.one_lane) {
+        if (walk.b.ends_before_diagonal()) strips<pass, edges_at(Half::upper, Edge::diagonal), T>(walk, columns);
+        else strips<pass, edges_at(Half::lower, Edge::diagonal), T>(walk, columns);
+    } else strips<pass, Edges{}, T>(walk, columns);
+}
+
+// The same over all columns, x and y being strided. Takes some 22 KiB of the stack.
+template <Pass pass, class T>
+void strided_strips(const Walk<T, true>& walk, i64 n, const T* x, i64 incx, T* y, i64 incy);
 
 // How a whole product differs from the usual one.
 struct Manner {
@@ -74,9 +96,16 @@ struct Manner {
     Ahead ahead = Ahead::nothing;
 };
 
-// The pass over columns 0..n-1 of B. x and y are elements 0, whatever the sign of the strides. Strides other
-// than 1 take some 22 KiB of the stack.
+// The pass over columns 0..n-1 of B. x and y are elements 0, whatever the sign of the strides.
 template <Pass pass, class T>
-void structured_mv(const Storage<const T>& b, i64 n, T alpha, const T* x, i64 incx, T* y, i64 incy, Manner manner);
+ORV_INLINE void structured_mv(const Storage<const T>& b, i64 n, T alpha, const T* x, i64 incx, T* y, i64 incy,
+                              Manner manner)
+{
+    const WalkOf<pass, T> walk{b,    factor<T>(alpha),   {x, incx},   {x, incx}, {y, incy}, {y, incy},
+                               true, manner.on_boundary, manner.ahead};
+    if constexpr (!pass.one_lane)
+        if (incx != 1 || incy != 1) return strided_strips<pass, T>(walk, n, x, incx, y, incy);
+    whole_strips<pass, T>(walk, {0, n});
+}
 
 } // namespace orv::blas

@@ -17,8 +17,8 @@ namespace {
 template <class T> bool nothing_to_do(i64 n, T alpha, T beta) { return n <= 0 || (alpha == zero<T> && beta == one<T>); }
 
 template <Pass pass, class T>
-void symv(Half half, i64 n, T alpha, const Storage<const T>& triangle, const T* x, i64 incx, T beta, T* y, i64 incy,
-          Manner manner)
+ORV_INLINE void symv(Half half, i64 n, T alpha, const Storage<const T>& triangle, const T* x, i64 incx, T beta, T* y,
+                     i64 incy, Manner manner)
 {
     if (nothing_to_do(n, alpha, beta)) return;
     x = first(x, n, incx);

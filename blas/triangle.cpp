@@ -8,24 +8,27 @@ namespace {
 
 constexpr bool square_first(Task task, Op op) { return (task == Task::solve) == (op == Op::none); }
 
+template <Task task, Half half, Op op> inline constexpr bool up = ascending(task, {half, op, false});
+
 // x(own) := op(square)^-1 * x(own), own being j..j+columns-1, from the first to the last column or back.
-template <Op op, int columns, class T>
-ORV_INLINE void solve_square(Form form, const Neighbours<const T>& b, i64 j, T* x)
+template <Half half, Op op, int columns, class T>
+ORV_INLINE void solve_square(bool unit, const Neighbours<const T>& b, i64 j, T* x)
 {
-    const bool up = ascending(Task::solve, form);
-    const i64 step = up ? 1 : -1, first = up ? j : j + columns - 1;
+    constexpr bool forth = up<Task::solve, half, op>;
+    constexpr i64 step = forth ? 1 : -1;
+    const i64 first = forth ? j : j + columns - 1;
     x += first;
     vec<T> v[columns];
 #pragma GCC unroll 4
     for (int s = 0; s < columns; ++s) v[s] = load_first<1>(x + s * step);
 #pragma GCC unroll 4
     for (int s = 0; s < columns; ++s) {
-        const T* const column = (up ? b.at[s] : b.at[columns - 1 - s]) + first;
+        const T* const column = b.at[forth ? s : columns - 1 - s] + first;
         if constexpr (op != Op::none)
 #pragma GCC unroll 4
             for (int solved = 0; solved < s; ++solved)
                 v[s] = v[s] - element_product(element_of<op>(column + solved * step), v[solved]);
-        if (!form.unit) v[s] = quotient<op>(v[s], column[s * step]);
+        if (!unit) v[s] = quotient<op>(v[s], column[s * step]);
         if constexpr (op == Op::none)
 #pragma GCC unroll 4
             for (int left = s + 1; left < columns; ++left)
@@ -35,18 +38,17 @@ ORV_INLINE void solve_square(Form form, const Neighbours<const T>& b, i64 j, T* 
     for (int s = 0; s < columns; ++s) store_first<1>(x + s * step, v[s]);
 }
 
-template <Op op, int columns, class T> ORV_INLINE void solve_strip(Form form, Walk<T, true>& v, i64 j, T* x)
+template <Half half, Op op, int columns, class T>
+ORV_INLINE void solve_strip(bool unit, const Walk<T, true>& v, i64 j, T* x)
 {
     const Neighbours<const T> b = v.b.template neighbours<columns>(j);
-    if constexpr (op == Op::none) solve_square<op, columns>(form, b, j, x);
-    Run rest = v.b.template run<columns>(j);
-    if (form.half == Half::lower) rest.any.from = rest.shared.from = j + columns;
-    else rest.any.to = rest.shared.to = j;
-    strip<pass_of<op>, columns, T>(v, j, b, rest);
-    if constexpr (op != Op::none) solve_square<op, columns>(form, b, j, x);
+    if constexpr (op == Op::none) solve_square<half, op, columns>(unit, b, j, x);
+    strip<pass_of<op>, edges_at(half, Edge::square), columns, T>(v, j, b);
+    if constexpr (op != Op::none) solve_square<half, op, columns>(unit, b, j, x);
 }
 
-template <Op op, int columns, class T> ORV_INLINE void multiply_strip(Form form, Walk<T, true>& v, i64 j, T* x)
+template <Half half, Op op, int columns, class T>
+ORV_INLINE void multiply_strip(bool unit, Walk<T, true>& v, i64 j, T* x)
 {
     const Neighbours<const T> b = v.b.template neighbours<columns>(j);
     // Elements come and go whole, or loads would wait for two stores.
@@ -55,7 +57,7 @@ template <Op op, int columns, class T> ORV_INLINE void multiply_strip(Form form,
     for (int c = 0; c < columns; ++c) {
         vec<T> e = load_first<1>(x + j + c);
         store_first<1>(before + c, e);
-        if (!form.unit) e = element_product(element_of<op>(b.at[c] + j + c), e);
+        if (!unit) e = element_product(element_of<op>(b.at[c] + j + c), e);
         store_first<1>(own + c, e);
     }
     const auto put = [&] {
@@ -64,27 +66,28 @@ template <Op op, int columns, class T> ORV_INLINE void multiply_strip(Form form,
     };
     v.x_column.v = before - j, v.y_column.v = own - j;
     if constexpr (op == Op::none) put();
-    strip<pass_of<op>, columns, T>(v, j, b, v.b.template run<columns>(j));
+    strip<pass_of<op>, edges_at(half, Edge::diagonal), columns, T>(v, j, b);
     if constexpr (op != Op::none) put();
 }
 
-template <Task task, Op op, class T>
-void columns_in_place(Form form, const Storage<const T>& a, Rows block, Rows window, T* x)
+} // namespace
+
+template <Task task, Half half, Op op, class T>
+void columns_in_place(bool unit, const Storage<const T>& a, Rows block, T* x)
 {
-    constexpr bool solve = task == Task::solve;
-    Walk<T, true> v{.b = solve ? a : off_diagonal(form.half, a),
+    constexpr bool solve = task == Task::solve, forth = up<task, half, op>;
+    Walk<T, true> v{.b = solve ? a : off_diagonal(half, a),
                     .alpha = factor<T>(solve ? -one<T> : one<T>),
                     .x_row = {x, 1},
                     .x_column = {x, 1},
                     .y_row = {x, 1},
                     .y_column = {x, 1}};
-    v.b.all = window;
-    const bool up = ascending(task, form), four = a.share_rows(4), two = a.share_rows(2);
+    const bool four = a.share_rows(4), two = a.share_rows(2);
     const auto next = [&]<int columns>() ORV_INLINE_LAMBDA {
-        const i64 j = up ? block.from : block.to - columns;
-        if constexpr (solve) solve_strip<op, columns>(form, v, j, x);
-        else multiply_strip<op, columns>(form, v, j, x);
-        (up ? block.from : block.to) = up ? j + columns : j;
+        const i64 j = forth ? block.from : block.to - columns;
+        if constexpr (solve) solve_strip<half, op, columns>(unit, v, j, x);
+        else multiply_strip<half, op, columns>(unit, v, j, x);
+        (forth ? block.from : block.to) = forth ? j + columns : j;
     };
     while (block.from < block.to) {
         const i64 left = block.to - block.from;
@@ -93,6 +96,8 @@ void columns_in_place(Form form, const Storage<const T>& a, Rows block, Rows win
         else next.template operator()<1>();
     }
 }
+
+namespace {
 
 // Cuts 0..n-1 in blocks, each of which ends a multiple of `size` before n: what is left over stands at the low end.
 // For each, in the order of the task, triangle(block) and rectangle(block, next), the part beside it in the same
@@ -145,7 +150,7 @@ template <class T>
                         .y_row = {others, 1},
                         .y_column = {own, 1}};
         v.b.all = window;
-        with_op<T>(form.op, [&]<Op op>() { strips<pass_of<op>, T>(v, block); });
+        with_op<T>(form.op, [&]<Op op>() { strips<pass_of<op>, Edges{}, T>(v, block); });
         if (form.op == Op::none) copy.scatter(window.to - i, x + i * incx, incx);
     }
     if (form.op != Op::none) own_copy.scatter(block.to - block.from, x + block.from * incx, incx);
@@ -153,20 +158,16 @@ template <class T>
 
 } // namespace
 
-template <Task task, class T> void block_in_place(Form form, const Storage<const T>& a, Rows block, Rows window, T* x)
+template <Task task, class T> void in_place_at_stride(Form form, const Storage<const T>& a, i64 n, T* x, i64 incx)
 {
-    with_op<T>(form.op, [&]<Op op>() { columns_in_place<task, op>(form, a, block, window, x); });
-}
-
-template <Task task, class T> void in_place(Form form, const Storage<const T>& a, i64 n, T* x, i64 incx)
-{
-    if (incx == 1) return block_in_place<task>(form, a, Rows{0, n}, Rows{0, n}, x);
     const auto triangle = [=](Rows block) {
         const Rows window = near(form.half, a, block);
         const Rows changed = form.op == Op::none ? window : block;
         Stretch<T, window_rows<T>> copy;
         T* const own = copy.gather(window.to - window.from, x + window.from * incx, incx) - window.from;
-        block_in_place<task>(form, a, block, window, own);
+        Storage<const T> part = a;
+        part.all = window;
+        block_in_place<task>(form, part, block, own);
         for (i64 i = changed.from; i < changed.to; ++i) x[i * incx] = own[i];
     };
     const auto rectangle = [=](Rows block, Rows /* next */) {
@@ -179,9 +180,8 @@ template <Task task, class T> void in_place(Form form, const Storage<const T>& a
 // The columns of a small triangle are too short for the processor to read ahead by itself. Of a large matrix it is
 // asked for before the rectangle that it comes after.
 template <Task task, class T>
-void in_place_by_blocks(Form form, i64 n, i64 size, const T* a, i64 lda, T* x, i64 incx, AddRectangle<T>* add)
+void blocks_in_place(Form form, i64 n, i64 size, const T* a, i64 lda, T* x, i64 incx, AddRectangle<T>* add)
 {
-    if (n <= size) return in_place<task>(form, full_triangle(form.half, a, lda, n), n, x, incx);
     const bool none = form.op == Op::none, far = is_far<T>(n, n);
     const char trans = none ? 'N' : form.op == Op::transpose ? 'T' : 'C';
     const auto part = [=](Rows r) { return x + (incx < 0 ? r.to - 1 : r.from) * incx; };
@@ -205,15 +205,20 @@ void in_place_by_blocks(Form form, i64 n, i64 size, const T* a, i64 lda, T* x, i
     by_blocks(task, form, n, size, triangle, rectangle);
 }
 
+#define COLUMNS(task, op, T)                                                                                           \
+    template void columns_in_place<task, Half::lower, op>(bool, const Storage<const T>&, Rows, T*);                    \
+    template void columns_in_place<task, Half::upper, op>(bool, const Storage<const T>&, Rows, T*);
 #define IN_PLACE(task, T)                                                                                              \
-    template void block_in_place<task>(Form, const Storage<const T>&, Rows, Rows, T*);                                 \
-    template void in_place<task>(Form, const Storage<const T>&, i64, T*, i64);                                         \
-    template void in_place_by_blocks<task>(Form, i64, i64, const T*, i64, T*, i64, AddRectangle<T>*);
-#define SOLVE_AND_MULTIPLY(T) IN_PLACE(Task::solve, T) IN_PLACE(Task::multiply, T)
+    COLUMNS(task, Op::none, T)                                                                                         \
+    COLUMNS(task, Op::transpose, T)                                                                                    \
+    template void in_place_at_stride<task>(Form, const Storage<const T>&, i64, T*, i64);                               \
+    template void blocks_in_place<task>(Form, i64, i64, const T*, i64, T*, i64, AddRectangle<T>*);
+#define REAL(T) IN_PLACE(Task::solve, T) IN_PLACE(Task::multiply, T)
+#define COMPLEX(T) REAL(T) COLUMNS(Task::solve, Op::conjugate, T) COLUMNS(Task::multiply, Op::conjugate, T)
 
-SOLVE_AND_MULTIPLY(float)
-SOLVE_AND_MULTIPLY(double)
-SOLVE_AND_MULTIPLY(cpx<float>)
-SOLVE_AND_MULTIPLY(cpx<double>)
+REAL(float)
+REAL(double)
+COMPLEX(cpx<float>)
+COMPLEX(cpx<double>)
 
 } // namespace orv::blas

@@ -17,9 +17,9 @@
 // not on a unit diagonal. A zero on the diagonal is divided by like any number. Zeros in x are multiplied like any
 // number too: NaN in A reaches the result.
 //
-// Only op(A) is compiled apart, as the inside of the loops changes by it. The triangle, its storage and the diagonal
-// are known when the program runs: which end of a strip the walk begins at, and whether a column has a factor of its
-// own.
+// op(A) and the half are compiled apart, as the inside of the loops changes by the one, and by the other which way a
+// strip is walked and what is known of its edges. The storage and the diagonal are known when the program runs: where a
+// column stands, and whether it has a factor of its own.
 #pragma once
 
 #include "blas/structured_mv.h"
@@ -63,7 +63,10 @@ template <Op op, class T> ORV_INLINE vec<T> quotient(vec<T> b, T d)
         using R = real_t<T>;
         if constexpr (op == Op::conjugate) d = conj(d);
         constexpr R most = sizeof(R) == sizeof(float) ? R(__FLT_MAX__) : R(__DBL_MAX__);
-        const auto finite = [most](R a) { return a > most ? most : a < -most ? -most : a; };
+        const auto finite = [](R a) { // in the form of two instructions that keep NaN
+            const R low = most < a ? most : a;
+            return -most > low ? -most : low;
+        };
         const T f{finite(d.re), finite(d.im)};
         const R re = magnitude(f.re), im = magnitude(f.im), larger = re > im ? re : im;
         const T u{f.re / larger, f.im / larger};
@@ -78,11 +81,24 @@ template <class T> Rows beside(Half half, const Storage<T>& a, Rows block)
     return half == Half::upper ? Rows{a.rows(block.from).from, block.from} : Rows{block.to, a.rows(block.to - 1).to};
 }
 
-// The columns of a block in the rows of a window, which holds their own and others; x is element 0, unit stride.
-template <Task task, class T> void block_in_place(Form form, const Storage<const T>& a, Rows block, Rows window, T* x);
+// The columns of a block in those rows of A that are wanted, their own and others; x is element 0, unit stride.
+template <Task task, Half half, Op op, class T>
+void columns_in_place(bool unit, const Storage<const T>& a, Rows block, T* x);
+template <Task task, class T> ORV_INLINE void block_in_place(Form form, const Storage<const T>& a, Rows block, T* x)
+{
+    with_op<T>(form.op, [&]<Op op>() {
+        if (form.half == Half::upper) columns_in_place<task, Half::upper, op>(form.unit, a, block, x);
+        else columns_in_place<task, Half::lower, op>(form.unit, a, block, x);
+    });
+}
 
 // The whole triangle; x is element 0, whatever the sign of incx.
-template <Task task, class T> void in_place(Form form, const Storage<const T>& a, i64 n, T* x, i64 incx);
+template <Task task, class T> void in_place_at_stride(Form form, const Storage<const T>& a, i64 n, T* x, i64 incx);
+template <Task task, class T> ORV_INLINE void in_place(Form form, const Storage<const T>& a, i64 n, T* x, i64 incx)
+{
+    if (incx == 1) block_in_place<task>(form, a, Rows{0, n}, x);
+    else in_place_at_stride<task>(form, a, n, x, incx);
+}
 
 // Adds to y the product of a rectangle of m rows and n columns, or of its transpose, with x; subtracts it for a solve.
 // x and y are given as to any routine, by their lowest address.
@@ -90,6 +106,13 @@ template <class T> using AddRectangle = void(char trans, i64 m, i64 n, const T* 
 
 // The same for a full triangle in blocks of `size` columns, all but the triangles themselves handed on.
 template <Task task, class T>
-void in_place_by_blocks(Form form, i64 n, i64 size, const T* a, i64 lda, T* x, i64 incx, AddRectangle<T>* add);
+void blocks_in_place(Form form, i64 n, i64 size, const T* a, i64 lda, T* x, i64 incx, AddRectangle<T>* add);
+template <Task task, class T>
+ORV_INLINE void in_place_by_blocks(Form form, i64 n, i64 size, const T* a, i64 lda, T* x, i64 incx,
+                                   AddRectangle<T>* add)
+{
+    if (n <= size) in_place<task>(form, full_triangle(form.half, a, lda, n), n, x, incx);
+    else blocks_in_place<task>(form, n, size, a, lda, x, incx, add);
+}
 
 } // namespace orv::blas

@@ -36,7 +36,7 @@ template <class T> void trsv(Form form, i64 n, const T* a, i64 lda, T* x, i64 in
 }
 
 // A triangle by itself.
-template <class T> void solve_block(Form form, i64 n, const T* a, i64 lda, T* x, i64 incx)
+template <class T> ORV_INLINE void solve_block(Form form, i64 n, const T* a, i64 lda, T* x, i64 incx)
 {
     in_place<Task::solve>(form, full_triangle(form.half, a, lda, n), n, x, incx);
 }

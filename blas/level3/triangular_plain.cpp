@@ -22,7 +22,7 @@ template <Task task, class T> void left(const Triangular<T>& x)
 {
     const auto a = blas::full_triangle(x.form.half, x.a, x.lda, x.order);
     const blas::Rows all{0, x.order};
-    for (i64 j = 0; j < x.others; ++j) blas::block_in_place<task>(x.form, a, all, all, x.b + j * x.ldb);
+    for (i64 j = 0; j < x.others; ++j) blas::block_in_place<task>(x.form, a, all, x.b + j * x.ldb);
 }
 
 // x := f(x) for n neighbours.
