@@ -43,7 +43,13 @@ template <class P, class T, class A, class B>
         row_sums<P>(rows_b, i, b, x, incx, of_b);
         for (int l = 0; l < 4; ++l) store(of_a[l], of_b[l]);
     }
-    for (; i < m; ++i) store(row_sum<P>(rows_a, i, a, x, incx), row_sum<P>(rows_b, i, b, x, incx));
+    const auto short_sum = [&](const Rows& rows, const A* from) {
+        const Walk row = rows.dense_row(i);
+        sum_of<typename P::One, A, B> sum{};
+        add_products<P>(row.count, Shared<A>{from + row.at, row.step}, Several<B>{x, incx}, sum);
+        return sum;
+    };
+    for (; i < m; ++i) store(short_sum(rows_a, a), short_sum(rows_b, b));
 }
 
 template <class P, class T, class A, class B>

@@ -1,6 +1,7 @@
 // The loops of products.h, for the files that compile them.
 #pragma once
 
+#include "xblas/loop.h"
 #include "xblas/products.h"
 #include "xblas/types.h"
 
@@ -13,6 +14,23 @@ ORV_INLINE void add_real_part(const A* a, const B* v, double v_sign, Sum& sum)
     using N = typename P::One;
     const auto real = factor<N>(reinterpret_cast<const real_t<A>*>(a));
     sum = plus(sum, product(real, factor<N>(v, v_sign)));
+}
+
+// Whether the sum of a row takes little code. Then it is compiled where it is wanted: half of the time that short rows
+// take is calls.
+template <class P, class A, class B> inline constexpr bool is_brief = is_plain<P>&& are_real<A, B>;
+
+template <class P, class A, class B>
+ORV_INLINE sum_of<typename P::One, A, B> brief_row_sum(const Rows& rows, i64 i, const A* a, const B* x, i64 incx)
+{
+    sum_of<typename P::One, A, B> sum{};
+    x += rows.first_column(i) * incx;
+    rows.real_walks(i, [&](const Walk& walk) ORV_INLINE_LAMBDA {
+        run<typename P::One, 1, true>(walk.count, Shared<A>{a + walk.at, walk.step, walk.bend}, Several<B>{x, incx},
+                                      alone, &sum);
+        x += walk.count * incx;
+    });
+    return sum;
 }
 
 // Adds row i times four vectors to four sums.
@@ -41,6 +59,7 @@ ORV_INLINE void add_row(const Rows& rows, i64 i, const A* a, Several<B> v, FourS
 template <class P, class A, class B>
 sum_of<typename P::One, A, B> row_sum(const Rows& rows, i64 i, const A* a, const B* x, i64 incx, double x_sign)
 {
+    if constexpr (is_brief<P, A, B>) return brief_row_sum<P>(rows, i, a, x, incx);
     sum_of<typename P::One, A, B> sum{};
     x += rows.first_column(i) * incx;
     rows.walks(i, [&](Walk walk, Use use) {
@@ -62,7 +81,7 @@ void row_sums(const Rows& rows, i64 i, const A* a, const B* x, i64 incx, sum_of<
     for (int l = 0; l < 4; ++l) {
         i64 column = rows.first_column(i + l);
         parts = 0;
-        rows.walks(i + l, [&](Walk walk, Use use) {
+        rows.walks(i + l, [&](const Walk& walk, Use use) ORV_INLINE_LAMBDA {
             part[parts].walk[l] = walk, part[parts].column[l] = column;
             uses[parts++] = use;
             column += walk.count;
@@ -81,6 +100,10 @@ template <class P, class T, class A, class B>
 void multiply(i64 n, const Rows& rows, const A* a, const B* x, const B* tail, i64 incx, const Closing<P, T>& close,
               T* y, i64 incy)
 {
+    const auto sum = [&](i64 i, const B* v) ORV_INLINE_LAMBDA {
+        if constexpr (is_brief<P, A, B>) return brief_row_sum<P>(rows, i, a, v, incx);
+        else return row_sum<P>(rows, i, a, v, incx);
+    };
     i64 i = 0;
     for (const i64 fours = rows_in_fours(n, rows); i < fours; i += 4) {
         sum_of<typename P::One, A, B> heads[4], tails[4];
@@ -90,10 +113,11 @@ void multiply(i64 n, const Rows& rows, const A* a, const B* x, const B* tail, i6
             if (tail != nullptr) close(heads[l], tails[l], y);
             else close(heads[l], y);
     }
+    if (tail == nullptr)
+        for (; i < n; ++i, y += incy) close(sum(i, x), y);
     for (; i < n; ++i, y += incy) {
         const auto head = row_sum<P>(rows, i, a, x, incx);
-        if (tail != nullptr) close(head, row_sum<P>(rows, i, a, tail, incx), y);
-        else close(head, y);
+        close(head, row_sum<P>(rows, i, a, tail, incx), y);
     }
 }
 

@@ -96,6 +96,8 @@ struct Rows {
                 max(0, min(columns, i + above + 1) - (i - count))};
     }
 
+    Walk dense_row(i64 i) const { return {i * (diagonal.step - step_before), step_before, 0, columns}; }
+
     // Hands the walks of row i to a function one by one: a record of them that went through memory would take longer
     // than a short row.
     template <class F> ORV_INLINE void walks(i64 i, F walk) const
@@ -108,6 +110,17 @@ struct Rows {
             rest = without_first(rest);
         }
         walk(rest, use_behind);
+    }
+
+    // The same for real numbers, where no use differs.
+    template <class F> ORV_INLINE void real_walks(i64 i, F walk) const
+    {
+        const bool one = kind == Kind::whole;
+        Walk next = one ? all(i) : before(i);
+        for (bool last = one;; last = true, next = from_diagonal(i)) {
+            walk(next);
+            if (last) return;
+        }
     }
 
 private:

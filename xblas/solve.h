@@ -168,7 +168,7 @@ ORV_INLINE Sum subtracted_here(Sum value, const Solved<P, T>& solved, i64 j, i64
         value = plus(value, negated(product(solved[j], factor<typename P::One>(t, sign))));
         ++j, t += step;
     };
-    if constexpr (!is_complex<T>) in_pairs(count, subtract_next);
+    if constexpr (!is_complex<T>) in_pairs<true>(count, subtract_next);
     else
         for (; count > 0; --count) subtract_next();
     return value;

@@ -12,7 +12,7 @@ namespace {
 template <class Sum, class R> void add_elements(i64 n, const R* x, i64 incx, R* r)
 {
     Sum sum{};
-    in_pairs(n, [&]() ORV_INLINE_LAMBDA {
+    in_pairs<true>(n, [&]() ORV_INLINE_LAMBDA {
         sum = sum + static_cast<double>(*x);
         x += incx;
     });
@@ -22,7 +22,7 @@ template <class Sum, class R> void add_elements(i64 n, const R* x, i64 incx, R* 
 template <class Sum, class R> void add_elements(i64 n, const cpx<R>* x, i64 incx, cpx<R>* r)
 {
     Sum re{}, im{};
-    in_pairs(n, [&]() ORV_INLINE_LAMBDA {
+    in_pairs<false>(n, [&]() ORV_INLINE_LAMBDA {
         re = re + static_cast<double>(x->re);
         im = im + static_cast<double>(x->im);
         x += incx;

@@ -1,50 +1,10 @@
 // The loops of sums.h, for the files that compile them.
 #pragma once
 
-#include "xblas/pairs.h"
-#include "xblas/sums.h"
+#include "xblas/loop.h"
 #include "xblas/types.h"
 
 namespace orv::xblas {
-namespace {
-
-// offset: how far behind v.at the operand of each result is. in_two_loops: two terms a trip where steps do not grow,
-// for short terms.
-template <class N, int groups, bool in_two_loops, class S, class L, class Sum, class Sign>
-ORV_INLINE void run(i64 n, Shared<S> s, Several<L> v, const i64* offset, Sum* sums, Sign s_sign, Sign v_sign)
-{
-    constexpr int lanes = lanes_of<typename N::lane>;
-    Sum kept[groups];
-    for (int g = 0; g < groups; ++g) kept[g] = sums[g];
-    const auto add_next = [&]() ORV_INLINE_LAMBDA {
-        const auto shared = factor<N>(s.at, s_sign);
-#pragma GCC unroll 4
-        for (int g = 0; g < groups; ++g) {
-            const i64* const at = offset + g * lanes;
-            kept[g] = plus(kept[g], product(shared, factor<N>(v.at + at[0], v_sign, at[lanes - 1] - at[0])));
-        }
-        s.at += s.step;
-        v.at += v.step;
-    };
-    if (in_two_loops && s.bend == 0 && v.bend == 0) in_pairs(n, add_next);
-    else
-        for (i64 k = 0; k < n; ++k, s.step += s.bend, v.step += v.bend) add_next();
-    for (int g = 0; g < groups; ++g) sums[g] = kept[g];
-}
-template <class N, int groups, bool in_two_loops, class S, class L, class Sum>
-ORV_INLINE void run(i64 n, Shared<S> s, Several<L> v, const i64* offset, Sum* sums)
-{
-    if constexpr (is_complex<S> || is_complex<L>)
-        if (s.sign < 0 || v.sign < 0) return run<N, groups, in_two_loops>(n, s, v, offset, sums, s.sign, v.sign);
-    run<N, groups, in_two_loops>(n, s, v, offset, sums, AsStored(), AsStored());
-}
-
-constexpr i64 alone[] = {0};
-
-template <class P> constexpr bool is_plain = !std::is_same_v<P, Extra>;
-template <class S, class L> constexpr bool are_real = !is_complex<S> && !is_complex<L>;
-
-} // namespace
 
 template <class P, class S, class L>
 sum_of<typename P::One, S, L> compiled::with_products(sum_of<typename P::One, S, L> sum, i64 n, const S* s, i64 s_step,
@@ -71,6 +31,7 @@ void compiled::add_rows(const FourRows& rows, const A* a, double sign, const B* 
     const i64 last_end = rows.column[0] + rows.walk[0].count;
     const i64 from = rows.column[3], to = max(from, last_end);
     const auto add_part = [&](int l, i64 begin, i64 end) {
+        if (end <= begin) return;
         const Walk w = without_first(rows.walk[l], begin - rows.column[l]);
         orv::xblas::add_products<P>(end - begin, Shared<A>{a + w.at, w.step, w.bend, sign},
                                     Several<B>{x + begin * incx, incx}, sums[l]);
