@@ -6,6 +6,8 @@
 #include "frame/export.h"
 #include "frame/grid.h"
 
+#include <atomic>
+
 // In the library a complex number is the type that kernels know; it is passed like C's own.
 #define ORV_COMPLEX_FLOAT orv::cpx<float>
 #define ORV_COMPLEX_DOUBLE orv::cpx<double>
@@ -16,7 +18,21 @@
 namespace orv::core {
 namespace {
 
-thread_local orv_status reported; // by a kernel since this was cleared
+// What kernels report while a routine runs. A call that goes well looks at the count alone: to reach a variable of its
+// thread takes longer than all checks together.
+std::atomic<u64> reports{0}; // so far, by all threads
+struct Report {
+    u64 number;
+    orv_status status;
+};
+thread_local Report latest; // of this thread
+
+void record(orv_status status) { latest = {reports.fetch_add(1) + 1, status}; }
+
+[[gnu::noinline, gnu::cold]] orv_status reported_since(u64 before)
+{
+    return latest.number > before ? latest.status : ORV_OK;
+}
 
 // Kernels take complex scalars by pointer.
 template <class A> auto passed(const A& value)
@@ -38,9 +54,10 @@ orv_status call(Kernel<KernelForm<A...>>& kernel, const char* name, Check check,
 {
     if (const int bad = check(arguments...)) return bad_argument(name, bad);
     if ((is_bad_prec(arguments) || ...)) return bad_argument(name, sizeof...(A));
-    reported = ORV_OK;
-    const orv_status status = kernel.run(passed(arguments)...);
-    return status == ORV_OK ? reported : status;
+    const u64 before = reports.load(std::memory_order_relaxed);
+    if (const orv_status status = kernel.run(passed(arguments)...); status != ORV_OK) return status;
+    if (__builtin_expect(reports.load(std::memory_order_relaxed) == before, 1)) return ORV_OK;
+    return reported_since(before);
 }
 
 template <class F> struct kernel_of;
@@ -58,11 +75,11 @@ using namespace orv::core;
 static void keep(const char* routine, i64 code, i64 value, const char* form)
 {
     const auto text = static_cast<long long>(value);
-    if (form != nullptr) reported = fail(ORV_NO_MEMORY, "%s: no memory is left", routine);
-    else if (code == 0) reported = fail(-1, "%s: an option, a leading dimension or a stride is not allowed", routine);
+    if (form != nullptr) record(fail(ORV_NO_MEMORY, "%s: no memory is left", routine));
+    else if (code == 0) record(fail(-1, "%s: an option, a leading dimension or a stride is not allowed", routine));
     else
-        reported = fail(static_cast<orv_status>(code), "%s: argument %lld is not allowed; the value looked at is %lld",
-                        routine, static_cast<long long>(-code), text);
+        record(fail(static_cast<orv_status>(code), "%s: argument %lld is not allowed; the value looked at is %lld",
+                    routine, static_cast<long long>(-code), text));
 }
 #define REPORT(tag, code, needs)                                                                                       \
     ORV_EXPORT void orv_xblas_##tag##_BLAS_error(const char* routine, i64 number, i64 value, const char* form, ...)    \
