@@ -1,8 +1,11 @@
 #include "tests/support/prototypes.h"
 
 #include "frame/kernels/blas.h"
+#include "frame/kernels/dft_fft.h"
+#include "frame/kernels/dft_general.h"
 #include "frame/kernels/dft_primitives.h"
 #include "frame/kernels/lapack_ps.h"
+#include "frame/kernels/spblas.h"
 #include "frame/kernels/trans.h"
 
 namespace orv::test {
@@ -16,10 +19,20 @@ std::span<const Prototype> prototypes()
 #include "frame/kernels/blas.def"
 #undef ORV_NAME
 #define ORV_NAME(name, ...) ENTRY(kernels::dft::name)
+#include "frame/kernels/dft_fft.def"
+#include "frame/kernels/dft_general.def"
 #include "frame/kernels/dft_primitives.def"
 #undef ORV_NAME
 #define ORV_NAME(name, ...) ENTRY(kernels::lapack_ps::name)
 #include "frame/kernels/lapack_ps.def"
+#undef ORV_NAME
+#define ORV_NAME(name, ...) ENTRY(kernels::spblas::name)
+#include "frame/kernels/spblas.def"
+        ORV_SPBLAS_ALL(ORV_SPBLAS_PROTOTYPE)
+#undef ORV_NAME
+#define ORV_NAME(name, ...) ENTRY(kernels::spblas_lp64::name)
+#include "frame/kernels/spblas.def"
+            ORV_SPBLAS_ALL(ORV_SPBLAS_PROTOTYPE)
 #undef ORV_NAME
 #define ORV_NAME(name, ...) ENTRY(kernels::trans::name)
 #include "frame/kernels/trans.def"
