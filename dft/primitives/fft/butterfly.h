@@ -1,35 +1,45 @@
-// Transforms of 2 to 32 numbers in registers. The one body divides by the split radix: a transform of the even points
-// and two of every fourth point, 4m + 1 and 4m + 3. It finds its points in bit-reversed order, where these parts stand
-// one behind the other, and leaves the spectrum in order.
+// Transforms of 1 to 64 numbers in registers. The one body divides by the split radix: a transform of the even points
+// and two of every fourth point, 4m + 1 and 4m - 1. The twiddles of these two are conjugates, so of each two numbers
+// only the difference is ever turned by i: where pairs are in registers that costs a shuffle, and no ports are as busy
+// as those that add and shuffle.
 #pragma once
 
 #include "dft/primitives/fft/numbers.h"
 
 namespace orv::dft {
 
-// The sines of the first quarter of a circle in 32 steps.
-inline constexpr double sines_of_32[] = {0,
-                                         0.19509032201612826784828486847702224,
-                                         0.38268343236508977172845998403039887,
-                                         0.55557023301960222474283081394853288,
-                                         0.70710678118654752440084436210484904,
-                                         0.83146961230254523707878837761790576,
-                                         0.92387953251128675612818318939678829,
-                                         0.98078528040323044912618223613423904,
-                                         1};
-constexpr double sine_of_32(int step)
+// A circle in as many steps as the longest of them has points, and the sines of its first quarter.
+inline constexpr int circle = 64;
+inline constexpr double sines_of_quarter[] = {0,
+                                              0.09801714032956060199419556388864185,
+                                              0.19509032201612826784828486847702224,
+                                              0.29028467725446236763619237581739527,
+                                              0.38268343236508977172845998403039887,
+                                              0.47139673682599764855638762590525438,
+                                              0.55557023301960222474283081394853287,
+                                              0.63439328416364549821517161322549337,
+                                              0.70710678118654752440084436210484904,
+                                              0.77301045336273696081090660975846980,
+                                              0.83146961230254523707878837761790576,
+                                              0.88192126434835502971275686366038835,
+                                              0.92387953251128675612818318939678829,
+                                              0.95694033573220886493579788698026997,
+                                              0.98078528040323044912618223613423904,
+                                              0.99518472667219688624483695310947992,
+                                              1};
+constexpr double sine_of(int step)
 {
-    const int k = step % 32;
-    if (k > 16) return -sine_of_32(k - 16);
-    return k > 8 ? sines_of_32[16 - k] : sines_of_32[k];
+    const int k = step % circle;
+    if (k > circle / 2) return -sine_of(k - circle / 2);
+    return sines_of_quarter[k > circle / 4 ? circle / 2 - k : k];
 }
 
-// exp(-2*pi*i*k/n) forward, n a divisor of 32; its conjugate inverse.
+// exp(-2*pi*i*k/n) forward, n a divisor of the circle; its conjugate inverse.
 template <class R, bool forward> constexpr cpx<R> root_of_one(int n, int k)
 {
-    const int step = k * (32 / n) % 32;
-    const double s = sine_of_32(step);
-    return {static_cast<R>(sine_of_32(step + 8)), static_cast<R>(forward ? -s : s)};
+    const int step = k * (circle / n) % circle;
+    const double s = sine_of(step);
+    return {static_cast<R>(sine_of(step + circle / 4)), static_cast<R>(forward ? -s : s)};
 }
 
 constexpr int reversed(int index, int bits)
@@ -40,20 +50,27 @@ constexpr int reversed(int index, int bits)
 }
 constexpr int log_of(int n) { return n <= 1 ? 0 : 1 + log_of(n / 2); }
 
-template <int n, int k, bool forward, class C> ORV_INLINE C times_root(C a)
+// Joins numbers of three transforms: y0 and y1 are of the even points, y2 and y3 of the others. With r = -i forward and
+// i inverse, and w = c + s*r:
+//
+//   y0, y2 := y0 +- (w*y2 + conj(w)*y3)     y1, y3 := y1 +- r*(w*y2 - conj(w)*y3)
+template <int n, int k, bool forward, class C> ORV_INLINE void join(C& y0, C& y1, C& y2, C& y3)
 {
     using R = typename number<C>::real;
-    constexpr int step = k * (32 / n) % 32;
-    if constexpr (step == 0) return a;
-    else if constexpr (step % 8 == 4) { // both parts have the magnitude of the root of a half
-        C sum, difference;
-        add_turned<forward>(a, a, sum, difference); // a*(1 - i), a*(1 + i)
-        constexpr R half = static_cast<R>(sines_of_32[4]);
-        if constexpr (step == 4) return scaled_by(sum, half);
-        else if constexpr (step == 12) return scaled_by(difference, -half);
-        else if constexpr (step == 20) return scaled_by(sum, -half);
-        else return scaled_by(difference, half);
-    } else return times(a, root_of_one<R, forward>(n, k));
+    constexpr int step = k * (circle / n);
+    constexpr R c = static_cast<R>(sine_of(step + circle / 4)), s = static_cast<R>(sine_of(step));
+    const C a = y0, b = y1, sum = y2 + y3, difference = y2 - y3;
+    C even = sum, odd; // what goes to the outer pair, and with the other sign to the inner one
+    if constexpr (step == 0) {
+        add_turned<forward>(b, difference, y1, y3);
+    } else {
+        if constexpr (step == circle / 8) { // c and s are equal
+            add_turned<forward>(sum, difference, even, odd);
+            even = scaled_by(even, c), odd = scaled_by(odd, c);
+        } else combine_turned<forward>(sum, difference, c, s, even, odd);
+        y1 = b - odd, y3 = b + odd;
+    }
+    y0 = a + even, y2 = a - even;
 }
 
 // Calls f with the integral constants 0, 1, ..., count - 1.
@@ -63,41 +80,31 @@ template <int count, class F> ORV_INLINE void each(F f)
     (std::make_integer_sequence<int, count>());
 }
 
-// x[from] to x[from + n - 1]. load(i) gives point i when it is needed, after(k) is told when the results at k, k + n/4,
-// k + n/2 and k + 3*n/4 are there: there are more numbers than registers, and a number that comes late or leaves early
-// needs none.
-template <int n, bool forward, int from = 0, class C, class Load, class After>
+// The transform of the points at, at + step, ... to x[0], ..., x[n - 1]. load(i) gives point i when it is needed, and
+// after(k) is told when the results at k, k + n/4, k + n/2 and k + 3*n/4 are there: there are more numbers than
+// registers, and one that comes late or leaves early needs none.
+template <int n, bool forward, int at = 0, int step = 1, class C, class Load, class After>
 ORV_INLINE void transform(C* x, Load load, After after)
 {
     constexpr auto nothing = [](auto) {};
+    constexpr auto point = [](int i) { return (i % (n * step) + n * step) % (n * step); };
     if constexpr (n == 1) {
-        x[from] = load(std::integral_constant<int, from>());
+        x[0] = load(std::integral_constant<int, at>());
         after(std::integral_constant<int, 0>());
     } else if constexpr (n == 2) {
-        const C a = load(std::integral_constant<int, from>()), b = load(std::integral_constant<int, from + 1>());
-        x[from] = a + b, x[from + 1] = a - b;
+        const C a = load(std::integral_constant<int, at>()), b = load(std::integral_constant<int, point(at + step)>());
+        x[0] = a + b, x[1] = a - b;
         after(std::integral_constant<int, 0>());
     } else {
         constexpr int quarter = n / 4;
-        transform<2 * quarter, forward, from>(x, load, nothing);
-        transform<quarter, forward, from + 2 * quarter>(x, load, nothing);
-        transform<quarter, forward, from + 3 * quarter>(x, load, nothing);
+        transform<2 * quarter, forward, at, 2 * step>(x, load, nothing);
+        transform<quarter, forward, point(at + step), 4 * step>(x + 2 * quarter, load, nothing);
+        transform<quarter, forward, point(at - step), 4 * step>(x + 3 * quarter, load, nothing);
         each<quarter>([&](auto k) ORV_INLINE_LAMBDA {
-            C* const y = x + from + k;
-            const C first = times_root<n, k, forward>(y[2 * quarter]);
-            const C third = times_root<n, 3 * k, forward>(y[3 * quarter]);
-            const C a = y[0], b = y[quarter], sum = first + third, difference = first - third;
-            y[0] = a + sum, y[2 * quarter] = a - sum;
-            add_turned<forward>(b, difference, y[quarter], y[3 * quarter]);
+            join<n, k, forward>(x[k], x[k + quarter], x[k + 2 * quarter], x[k + 3 * quarter]);
             after(k);
         });
     }
-}
-// Where all is in registers.
-template <int n, bool forward, class C> ORV_INLINE void transform(C* x)
-{
-    transform<n, forward>(
-        x, [x](int i) ORV_INLINE_LAMBDA { return x[i]; }, [](auto) {});
 }
 // The results that are there after k, of n.
 template <int n, class F> ORV_INLINE void each_quarter(int k, F f)

@@ -1,4 +1,4 @@
-// Transforms of 1 to 32 points. With several lanes, lane l has every lanes-th point from l on: its transform is done as
+// Transforms of 1 to 64 points. With several lanes, lane l has every lanes-th point from l on: its transform is done as
 // if it were alone, then squares of results change rows with columns, and the last butterfly goes across rows.
 #pragma once
 
@@ -28,7 +28,7 @@ template <int n, bool forward, class View, class... S> ORV_INLINE void fixed_tra
         else to.put(i, x);
     };
     C x[m];
-    const auto load = [&](int i) ORV_INLINE_LAMBDA { return from.get(lanes * reversed(i, log_of(m))); };
+    const auto load = [&](int i) ORV_INLINE_LAMBDA { return from.get(lanes * i); };
     if constexpr (lanes == 1)
         transform<m, forward>(x, load, [&](int k) ORV_INLINE_LAMBDA {
             each_quarter<m>(k, [&](int i) ORV_INLINE_LAMBDA { put(i, x[i]); });
@@ -40,10 +40,8 @@ template <int n, bool forward, class View, class... S> ORV_INLINE void fixed_tra
             C rows[lanes], y[lanes];
             each<lanes>([&](auto l) ORV_INLINE_LAMBDA { rows[l] = x[k + l]; });
             transpose(rows);
-            each<lanes>([&](auto l) ORV_INLINE_LAMBDA {
-                y[reversed(l, log_of(lanes))] = times_roots<n, l, k, forward>(rows[l]);
-            });
-            transform<lanes, forward>(y);
+            const auto turned = [&](auto l) ORV_INLINE_LAMBDA { return times_roots<n, l, k, forward>(rows[l]); };
+            transform<lanes, forward>(y, turned, [](auto) {});
             each<lanes>([&](auto l) ORV_INLINE_LAMBDA { put(k + m * l, y[l]); });
         });
     }

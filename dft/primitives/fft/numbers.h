@@ -42,17 +42,18 @@ template <class R> ORV_INLINE vec<cpx<R>> scaled_by(vec<cpx<R>> a, R by)
 }
 template <class R> ORV_INLINE split<R> scaled_by(split<R> a, R by) { return {a.re * splat(by), a.im * splat(by)}; }
 
-// a + b*r and a - b*r for r = -i forward, i inverse.
-template <bool forward, class R> ORV_INLINE void add_turned(cpx<R> a, cpx<R> b, cpx<R>& sum, cpx<R>& difference)
+// b*r, and a + b*r and a - b*r, for r = -i forward, i inverse.
+template <bool forward, class R> ORV_INLINE cpx<R> turned_by(cpx<R> b)
 {
-    const cpx<R> turned = forward ? cpx<R>{b.im, -b.re} : cpx<R>{-b.im, b.re};
-    sum = a + turned, difference = a - turned;
+    return forward ? cpx<R>{b.im, -b.re} : cpx<R>{-b.im, b.re};
 }
-template <bool forward, class R>
-ORV_INLINE void add_turned(vec<cpx<R>> a, vec<cpx<R>> b, vec<cpx<R>>& sum, vec<cpx<R>>& difference)
+template <bool forward, class R> ORV_INLINE vec<cpx<R>> turned_by(vec<cpx<R>> b)
 {
-    // add_sub turns by i; by -i, the other way round, the swapped pair has its imaginary part negated.
-    const vec<cpx<R>> turned = forward ? conj(swap_neighbours(b)) : swap_neighbours(conj(b));
+    return forward ? conj(swap_neighbours(b)) : swap_neighbours(conj(b));
+}
+template <bool forward, class C> ORV_INLINE void add_turned(C a, C b, C& sum, C& difference)
+{
+    const C turned = turned_by<forward>(b);
     sum = a + turned, difference = a - turned;
 }
 template <bool forward, class R> ORV_INLINE void add_turned(split<R> a, split<R> b, split<R>& sum, split<R>& difference)
@@ -63,13 +64,19 @@ template <bool forward, class R> ORV_INLINE void add_turned(split<R> a, split<R>
     to_minus_i = minus_i, to_i = i;
 }
 
-// Times a constant.
-template <class R> ORV_INLINE cpx<R> times(cpx<R> a, cpx<R> w) { return a * w; }
-template <class R> ORV_INLINE vec<cpx<R>> times(vec<cpx<R>> a, cpx<R> w)
+// c*a + s*r*b, and s*a - c*r*b.
+template <bool forward, class C, class R> ORV_INLINE void combine_turned(C a, C b, R c, R s, C& first, C& second)
 {
-    return lane_product(a, splat(cpx<R>{w.re, w.re})) + lane_product(swap_neighbours(a), splat(cpx<R>{-w.im, w.im}));
+    const C turned = turned_by<forward>(b);
+    first = scaled_by(a, c) + scaled_by(turned, s), second = scaled_by(a, s) - scaled_by(turned, c);
 }
-template <class R> ORV_INLINE split<R> times(split<R> a, cpx<R> w) { return a * split<R>{splat(w.re), splat(w.im)}; }
+template <bool forward, class R>
+ORV_INLINE void combine_turned(split<R> a, split<R> b, R c, R s, split<R>& first, split<R>& second)
+{
+    split<R> unused;
+    add_turned<forward>(scaled_by(a, c), scaled_by(b, s), first, unused);
+    add_turned<forward>(scaled_by(a, s), scaled_by(b, c), unused, second);
+}
 
 // Each lane times a constant of its own.
 ORV_INLINE vec<cpx<float>> times_each(vec<cpx<float>> a, const cpx<float> (&w)[2])

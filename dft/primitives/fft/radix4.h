@@ -36,32 +36,32 @@ template <class R> const R* pass_twiddles(const R* table, i64 points)
     return table + 2 * (points - (1 << first_log<R>));
 }
 
-// How rows are multiplied: a twiddle for each, or of four rows only that of the third, whose square and cube the
-// others' are.
+// How rows are multiplied: by a twiddle each; or there is one twiddle only, of the points 4m + 1, whose square and cube
+// the other two are.
 enum class Twiddles { all, one };
 
-template <int radix, Twiddles which, class R> ORV_INLINE void turn(split<R> (&x)[radix], const R* w)
-{
-    constexpr i64 lanes = vec<R>::lanes;
-    const auto twiddle = [w](i64 i) ORV_INLINE_LAMBDA {
-        return split<R>{load(w + 2 * lanes * i), load(w + 2 * lanes * i + lanes)};
-    };
-    if constexpr (which == Twiddles::one) {
-        const split<R> first = twiddle(0), second = first * first;
-        x[1] = x[1] * second, x[2] = x[2] * first, x[3] = x[3] * (second * first);
-    } else each<radix - 1>([&](auto q) ORV_INLINE_LAMBDA { x[q + 1] = x[q + 1] * twiddle(q); });
-}
-
 // Groups of `radix` rows each, `between` points from row to row, the groups one behind the other; all columns of a row.
+// Rows stand in bit-reversed order, and so do the twiddles of all of them but the first.
 template <int radix, Twiddles which = Twiddles::all, class From, class To, class R>
 [[gnu::noinline]] void pass(From from, To to, i64 groups, i64 between, i64 columns, const R* twiddles)
 {
     constexpr i64 lanes = vec<R>::lanes, step = 2 * lanes * (which == Twiddles::one ? 1 : radix - 1);
     const auto butterfly = [=](i64 at, const R* w) ORV_INLINE_LAMBDA {
+        const auto twiddle = [w](i64 i) ORV_INLINE_LAMBDA {
+            return split<R>{load(w + 2 * lanes * i), load(w + 2 * lanes * i + lanes)};
+        };
+        const auto turned = [=](auto point) ORV_INLINE_LAMBDA {
+            constexpr int row = reversed(point, log_of(radix));
+            const split<R> x = from.get(at + row * between);
+            if constexpr (row == 0) return x;
+            else if constexpr (which == Twiddles::all) return x * twiddle(row - 1);
+            else {
+                const split<R> first = twiddle(0);
+                return x * (point == 1 ? first : point == 2 ? first * first : first * first * first);
+            }
+        };
         split<R> x[radix];
-        each<radix>([&](auto q) ORV_INLINE_LAMBDA { x[q] = from.get(at + q * between); });
-        turn<radix, which>(x, w);
-        transform<radix, true>(x);
+        transform<radix, true>(x, turned, [](auto) {});
         each<radix>([&](auto q) ORV_INLINE_LAMBDA { to.put(at + q * between, x[q]); });
     };
     // The longer loop inside.
@@ -93,22 +93,21 @@ template <class From, class To, class R> [[gnu::noinline]] void join_halves(From
     }
 }
 
-// Where the points of a first pass stand: those of a group at equal steps from the group's first one, those of the next
-// group so much behind. A butterfly finds them in bit-reversed order: point q of its order is number row(q) of the
-// group.
+// Where the points of a first pass stand: point q of a group is row(q) steps from the group's first one, those of the
+// next group stand so much behind.
 struct Reversed {
     const i32* table; // of pairs: doubled
     i64 n;
     template <int radix> ORV_INLINE i64 first(i64 group) const { return table[group * (radix / 4)]; }
     template <int radix> ORV_INLINE i64 step() const { return n / radix; }
     template <int radix> ORV_INLINE i64 to_next() const { return n / (2 * radix); } // from an even group
-    template <int radix> static constexpr int row(int q) { return reversed(q, log_of(radix)); }
+    template <int radix> static constexpr int row(int q) { return q; }
 };
 struct InOrder {
     template <int radix> ORV_INLINE i64 first(i64 group) const { return 2 * radix * group; }
     template <int radix> ORV_INLINE i64 step() const { return 1; }
     template <int radix> ORV_INLINE i64 to_next() const { return radix; }
-    template <int radix> static constexpr int row(int q) { return q; }
+    template <int radix> static constexpr int row(int q) { return reversed(q, log_of(radix)); }
 };
 
 // Rows at equal steps, by four pointers and the first four multiples of the step: all of them at once would need more

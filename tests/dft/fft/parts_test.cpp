@@ -136,6 +136,9 @@ TEST(TwiddleBase, of_the_core_is_that_of_order_10)
     });
 }
 
+// How many transforms the last pass joins.
+template <class R> std::size_t parts_of(i32 order) { return (order - (sizeof(R) == 8 ? 4 : 3)) % 3 == 0 ? 8 : 4; }
+
 // Sines and cosines that come out of symmetry are as exact as the base.
 TEST(TwiddleTable, has_copies_of_the_base)
 {
@@ -146,14 +149,16 @@ TEST(TwiddleTable, has_copies_of_the_base)
         std::vector<R> values(base.begin(), base.begin() + 257);
         for (const R value : std::vector<R>(values)) values.push_back(-value);
         std::sort(values.begin(), values.end());
-        for (std::size_t i = 0; i < 2 * (1024 - 4); ++i)
+        for (std::size_t i = 0; i < 2 * (1024 - 16); ++i)
             ASSERT_TRUE(std::binary_search(values.begin(), values.end(), table[i])) << i;
-        // The last pass, first column block, rows by reversed index: of row 1 the twiddles of twice the angle.
-        const R* const last = table.data() + 2 * (256 - 4);
+        // The last pass, first column block, row 1 of the reversed ones: half of the parts' number times the angle.
+        const std::size_t parts = parts_of<R>(10), first = sizeof(R) == 8 ? 16 : 8;
+        const R* const last = table.data() + 2 * (1024 / parts - first);
         constexpr int lanes = 16 / sizeof(R);
         for (int l = 0; l < lanes; ++l) {
-            expect_within_an_ulp<R>(last[l], unit_root<quad>(2 * l, 10).re, "real");
-            expect_within_an_ulp<R>(-last[lanes + l], unit_root<quad>(2 * l, 10).im, "imaginary");
+            const auto angle = static_cast<i64>(parts) / 2 * l;
+            expect_within_an_ulp<R>(last[l], unit_root<quad>(angle, 10).re, "real");
+            expect_within_an_ulp<R>(-last[lanes + l], unit_root<quad>(angle, 10).im, "imaginary");
         }
     });
 }
@@ -214,9 +219,11 @@ TEST(BitReversal, moves_each_point_to_its_reversed_index)
 TEST(Radix4, on_reversed_points_and_in_slices_gives_the_same_bits)
 {
     each_real_type([]<class R>(R) {
-        for (const i32 order : {8, 9, 12, 13}) {
+        for (const i32 order : {10, 11, 12, 13}) {
             const i32 n = i32{1} << order;
-            const Record<KindOf<R, Shape::pairs>> record(order), quarter(order - 2);
+            const std::size_t parts = parts_of<R>(order), size = static_cast<std::size_t>(n) / parts;
+            const int log = parts == 8 ? 3 : 2;
+            const Record<KindOf<R, Shape::pairs>> record(order), inner(order - log);
             const auto* const twiddles = static_cast<const R*>(record.spec()->twiddle_table);
             const auto x = random_array<cpx<R>>(n, 2);
             for (const auto d : {Direction::forward, Direction::inverse}) {
@@ -228,34 +235,29 @@ TEST(Radix4, on_reversed_points_and_in_slices_gives_the_same_bits)
                     primitive<Radix4<cpx<R>>>("ymps_cRadix4Fwd_" + token<cpx<R>>())(y.data(), y.data(), n, twiddles);
                     EXPECT_TRUE(same_bits(y.data(), should.data(), n)) << order;
                 }
-                // Quarters by reversed index of their first point, then the last pass in three slices.
-                for (std::size_t q = 0; q < 4; ++q) {
-                    PairsOf<R> part;
-                    for (std::size_t i = 0; i < x.size() / 4; ++i)
-                        part.push_back(x[4 * i + static_cast<std::size_t>(reversed(static_cast<i64>(q), 2))]);
-                    ASSERT_EQ(transform(d, part.data(), y.data() + q * x.size() / 4, quarter.spec(), quarter.buffer()),
-                              ok);
+                // Each part has the points that its reversed number is the rest of; then the last pass in three slices.
+                for (std::size_t part = 0; part < parts; ++part) {
+                    PairsOf<R> points;
+                    for (std::size_t i = 0; i < size; ++i)
+                        points.push_back(
+                            x[parts * i + static_cast<std::size_t>(reversed(static_cast<i64>(part), log))]);
+                    ASSERT_EQ(transform(d, points.data(), y.data() + part * size, inner.spec(), inner.buffer()), ok);
                 }
-                auto* const core =
-                    primitive<Core<cpx<R>>>(std::string("ymps_cFft") + letters(d) + "_CoreMT_" + token<cpx<R>>());
-                core(y.data(), n, n / 8, n / 4, twiddles), core(y.data(), n, 0, 4, twiddles),
-                    core(y.data(), n, 4, n / 8, twiddles);
-                EXPECT_TRUE(same_bits(y.data(), should.data(), n)) << order << letters(d);
-
                 std::vector<R> re, im;
-                for (std::size_t q = 0; q < 4; ++q) {
-                    PairsOf<R> part, z(x.size() / 4);
-                    for (std::size_t i = 0; i < x.size() / 4; ++i)
-                        part.push_back(x[4 * i + static_cast<std::size_t>(reversed(static_cast<i64>(q), 2))]);
-                    ASSERT_EQ(transform(d, part.data(), z.data(), quarter.spec(), quarter.buffer()), ok);
-                    for (const auto& e : z) re.push_back(e.re), im.push_back(e.im);
+                for (const auto& e : y) re.push_back(e.re), im.push_back(e.im);
+                const auto all = static_cast<i32>(size);
+                const std::string direction = letters(d);
+                auto* const core = primitive<Core<cpx<R>>>("ymps_cFft" + direction + "_CoreMT_" + token<cpx<R>>());
+                auto* const split = primitive<SplitCore<R>>("ymps_crFft" + direction + "_CoreMT_" + token<R>());
+                for (const auto& [begin, end] : {std::pair{all / 2, all}, {0, 4}, {4, all / 2}}) {
+                    core(y.data(), n, begin, end, twiddles);
+                    split(re.data(), im.data(), n, begin, end, twiddles);
                 }
-                auto* const split =
-                    primitive<SplitCore<R>>(std::string("ymps_crFft") + letters(d) + "_CoreMT_" + token<R>());
-                split(re.data(), im.data(), n, 0, n / 8, twiddles),
-                    split(re.data(), im.data(), n, n / 8, n / 4, twiddles);
-                for (std::size_t i = 0; i < x.size(); ++i)
-                    ASSERT_TRUE(re[i] == should[i].re && im[i] == should[i].im) << i;
+                EXPECT_TRUE(same_bits(y.data(), should.data(), n)) << order << direction;
+                for (std::size_t i = 0; i < x.size(); ++i) {
+                    ASSERT_EQ(re[i], should[i].re) << order << direction << " at " << i;
+                    ASSERT_EQ(im[i], should[i].im) << order << direction << " at " << i;
+                }
             }
         }
     });
