@@ -122,12 +122,29 @@ private:
     const T* first_;
 };
 
+// Parts of numbers to blocks: real ones lie in a half of a register, imaginary ones in the other, and are stored so,
+// which spares the ports that add a shuffle. Of single precision there are two points of two groups, `radix` points
+// apart.
+template <bool forward> ORV_INLINE void put_parts(double* group, const vec<cpx<double>>* x, int point, int)
+{
+    double* const re = group + 2 * point - point % 2;
+    if (forward) scatter(re, 2, vec<double>{x->r});
+    else scatter(re + 2, -2, vec<double>{x->r});
+}
+template <bool forward> ORV_INLINE void put_parts(float* group, const vec<cpx<float>>* x, int point, int radix)
+{
+    auto* const re = reinterpret_cast<cpx<float>*>(group + 2 * point - point % 4);
+    const vec<cpx<float>> first{_mm_unpacklo_ps(x[0].r, x[1].r)}, second{_mm_unpackhi_ps(x[0].r, x[1].r)};
+    scatter(forward ? re : re + 2, forward ? 2 : -2, first);
+    scatter(forward ? re + radix : re + radix + 2, forward ? 2 : -2, second);
+}
+
 // First passes, of the groups whose results are the points from begin to end.
 template <int radix, bool forward, class R, class Place>
 [[gnu::noinline]] void first_pass(const cpx<R>* src, Blocks<R> to, i64 begin, i64 end, Place place)
 {
     using C = vec<cpx<R>>;
-    constexpr int lanes = vec<R>::lanes, together = C::lanes;
+    constexpr int together = C::lanes;
     const i64 step = place.template step<radix>(), to_next = place.template to_next<radix>();
     for (i64 i = begin / radix; i < end / radix; i += together) {
         C x[radix];
@@ -135,26 +152,13 @@ template <int radix, bool forward, class R, class Place>
         const auto load = [&](auto q) ORV_INLINE_LAMBDA {
             return gather(rows.template at<Place::template row<radix>(q)>(), to_next);
         };
-        // Lanes are groups, and become points: as many from one on as a register holds.
-        const auto put = [&](int at) ORV_INLINE_LAMBDA {
-            if constexpr (together == 1) {
-                const split<R> y = apart(x[at], x[at + 1]);
-                to.put(radix * i + at, forward ? y : exchanged(y));
-            } else {
-                vec<R> square[] = {{x[at].r}, {x[at + 1].r}, {x[at + 2].r}, {x[at + 3].r}};
-                transpose(square);
-                each<together>([&](auto group) ORV_INLINE_LAMBDA {
-                    const split<R> y{square[2 * group], square[2 * group + 1]};
-                    to.put(radix * (i + group) + at, forward ? y : exchanged(y));
-                });
-            }
-        };
         constexpr int quarter = radix / 4;
         transform<radix, forward>(x, load, [&](int k) ORV_INLINE_LAMBDA {
-            if (quarter >= lanes && k % lanes == lanes - 1)
-                each<4>([&](auto q) ORV_INLINE_LAMBDA { put(k - (lanes - 1) + q * quarter); });
-            else if (quarter < lanes && k == quarter - 1)
-                each<radix / lanes>([&](auto t) ORV_INLINE_LAMBDA { put(t * lanes); });
+            if (k % together == together - 1)
+                each<4>([&](auto q) ORV_INLINE_LAMBDA {
+                    const int point = k - (together - 1) + q * quarter;
+                    put_parts<forward>(to.p + 2 * radix * i, x + point, point, radix);
+                });
         });
     }
 }

@@ -30,6 +30,14 @@ ORV_INLINE split<float> apart(vec<cpx<float>> a, vec<cpx<float>> b)
     return {{_mm_shuffle_ps(a.r, b.r, _MM_SHUFFLE(2, 0, 2, 0))}, {_mm_shuffle_ps(a.r, b.r, _MM_SHUFFLE(3, 1, 3, 1))}};
 }
 
+// And back to memory. Halves of registers are stored by themselves without a shuffle.
+ORV_INLINE void interleave(cpx<double>* p, split<double> x) { scatter(&p->re, 2, x.re), scatter(&p->im, 2, x.im); }
+ORV_INLINE void interleave(cpx<float>* p, split<float> x)
+{
+    storeu(&p->re, vec<float>{_mm_unpacklo_ps(x.re.r, x.im.r)});
+    storeu(&p[2].re, vec<float>{_mm_unpackhi_ps(x.re.r, x.im.r)});
+}
+
 // Pairs that are taken apart; exchanged: real parts come as imaginary ones, so that a forward transform with both ends
 // exchanged is the inverse one.
 template <class R, bool exchange> struct Pairs {
@@ -41,18 +49,10 @@ template <class R, bool exchange> struct Pairs {
         const shape x = apart(a, b);
         return exchange ? exchanged(x) : x;
     }
-    ORV_INLINE void put(i64 i, shape x) const
-    {
-        if (exchange) x = exchanged(x);
-        storeu(p + i, vec<cpx<R>>{low(x)}), storeu(p + i + shape_lanes / 2, vec<cpx<R>>{high(x)});
-    }
+    ORV_INLINE void put(i64 i, shape x) const { interleave(p + i, exchange ? exchanged(x) : x); }
 
 private:
     static constexpr i64 shape_lanes = vec<R>::lanes;
-    ORV_INLINE static __m128d low(split<double> x) { return _mm_unpacklo_pd(x.re.r, x.im.r); }
-    ORV_INLINE static __m128d high(split<double> x) { return _mm_unpackhi_pd(x.re.r, x.im.r); }
-    ORV_INLINE static __m128 low(split<float> x) { return _mm_unpacklo_ps(x.re.r, x.im.r); }
-    ORV_INLINE static __m128 high(split<float> x) { return _mm_unpackhi_ps(x.re.r, x.im.r); }
 };
 
 // Blocks: a register of real parts, then one of imaginary parts. What stands between the first pass and the last.
