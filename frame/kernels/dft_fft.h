@@ -93,7 +93,7 @@ template <class T> using BlkSplit = void(const T* block, T* dst, i32 rows, i32 c
 template <class T> using Factor = void(T* data, i32 groups, i64 between, i32 columns, const real_t<T>* twiddles);
 template <class R> using SplitFactor = void(R* re, R* im, i32 groups, i64 between, i32 columns, const R* twiddles);
 // The last pass of a transform of n points, of each part's transform the points from begin to end, multiples of 4: what
-// a thread does of it. There are 8 parts where the order less 4 (64f) or 3 (32f) is a multiple of 3, else 4.
+// a thread does of it. There are 8 parts where the order less 4 is a multiple of 3, else 4.
 template <class T> using Core = void(T* data, i32 n, i32 begin, i32 end, const real_t<T>* twiddles);
 template <class R> using SplitCore = void(R* re, R* im, i32 n, i32 begin, i32 end, const R* twiddles);
 template <class T> using Recombine = void(T* data, i32 points, i32 direction, const T* twiddles);
@@ -108,8 +108,9 @@ template <class T> using Recombine = void(T* data, i32 points, i32 direction, co
     X(_1, __VA_ARGS__)                                                                                                 \
     X(_2, __VA_ARGS__)                                                                                                 \
     X(fwd_4, __VA_ARGS__)                                                                                              \
-    X(fwd_8, __VA_ARGS__) X(fwd_16, __VA_ARGS__) X(fwd_32, __VA_ARGS__) X(inv_4, __VA_ARGS__) X(inv_8, __VA_ARGS__)    \
-        X(inv_16, __VA_ARGS__) X(inv_32, __VA_ARGS__)
+    X(fwd_8, __VA_ARGS__)                                                                                              \
+    X(fwd_16, __VA_ARGS__)                                                                                             \
+    X(fwd_32, __VA_ARGS__) X(inv_4, __VA_ARGS__) X(inv_8, __VA_ARGS__) X(inv_16, __VA_ARGS__) X(inv_32, __VA_ARGS__)
 
 namespace orv::kernels::dft {
 

@@ -1,37 +1,21 @@
-// Transforms of 1 to 64 numbers in registers. The one body divides by the split radix: a transform of the even points
+// Transforms of 1 to 128 numbers in registers. The one body divides by the split radix: a transform of the even points
 // and two of every fourth point, 4m + 1 and 4m - 1. The twiddles of these two are conjugates, so of each two numbers
 // only the difference is ever turned by i: where pairs are in registers that costs a shuffle, and no ports are as busy
 // as those that add and shuffle.
 #pragma once
 
 #include "dft/primitives/fft/numbers.h"
+#include "frame/sines.h"
 
 namespace orv::dft {
 
-// A circle in as many steps as the longest of them has points, and the sines of its first quarter.
-inline constexpr int circle = 64;
-inline constexpr double sines_of_quarter[] = {0,
-                                              0.09801714032956060199419556388864185,
-                                              0.19509032201612826784828486847702224,
-                                              0.29028467725446236763619237581739527,
-                                              0.38268343236508977172845998403039887,
-                                              0.47139673682599764855638762590525438,
-                                              0.55557023301960222474283081394853287,
-                                              0.63439328416364549821517161322549337,
-                                              0.70710678118654752440084436210484904,
-                                              0.77301045336273696081090660975846980,
-                                              0.83146961230254523707878837761790576,
-                                              0.88192126434835502971275686366038835,
-                                              0.92387953251128675612818318939678829,
-                                              0.95694033573220886493579788698026997,
-                                              0.98078528040323044912618223613423904,
-                                              0.99518472667219688624483695310947992,
-                                              1};
+// A circle in as many steps as the longest of them has points.
+inline constexpr int circle_order = 7, circle = 1 << circle_order;
 constexpr double sine_of(int step)
 {
     const int k = step % circle;
     if (k > circle / 2) return -sine_of(k - circle / 2);
-    return sines_of_quarter[k > circle / 4 ? circle / 2 - k : k];
+    return base_sine<double>(k > circle / 4 ? circle / 2 - k : k, circle_order);
 }
 
 // exp(-2*pi*i*k/n) forward, n a divisor of the circle; its conjugate inverse.

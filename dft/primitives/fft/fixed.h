@@ -1,5 +1,5 @@
-// Transforms of 1 to 64 points. With several lanes, lane l has every lanes-th point from l on: its transform is done as
-// if it were alone, then squares of results change rows with columns, and the last butterfly goes across rows.
+// Transforms of 1 to 128 points. With several lanes, lane l has every lanes-th point from l on: its transform is done
+// as if it were alone, then squares of results change rows with columns, and the last butterfly goes across rows.
 #pragma once
 
 #include "dft/primitives/fft/butterfly.h"
@@ -7,14 +7,21 @@
 
 namespace orv::dft {
 
+// The roots that the lanes of a register are multiplied by, as constants.
+template <class C, int n, int row, int column, bool forward> struct LaneRoots {
+    using R = typename number<C>::real;
+    cpx<R> w[number<C>::lanes];
+    constexpr LaneRoots() : w()
+    {
+        for (int l = 0; l < number<C>::lanes; ++l) w[l] = root_of_one<R, forward>(n, row * (column + l));
+    }
+};
 template <int n, int row, int column, bool forward, class C> ORV_INLINE C times_roots(C a)
 {
     if constexpr (row == 0) return a;
     else {
-        using R = typename number<C>::real;
-        cpx<R> w[number<C>::lanes];
-        for (int l = 0; l < number<C>::lanes; ++l) w[l] = root_of_one<R, forward>(n, row * (column + l));
-        return times_each(a, w);
+        constexpr LaneRoots<C, n, row, column, forward> roots;
+        return times_each(a, roots.w);
     }
 }
 

@@ -8,9 +8,8 @@
 
 namespace orv::dft {
 
-// The logarithm of how many points of a transform the first pass has in hand. Where two pairs share a register, their
-// way into blocks costs more than a level of a pass does.
-template <class R> inline constexpr i32 first_log = sizeof(R) == 8 ? 4 : 3;
+// The logarithm of how many points of a transform the first pass has in hand.
+inline constexpr i32 first_log = 4;
 // A pass joins eight transforms, a level for a third of the memory's traffic; four where two or four levels are left.
 constexpr i32 pass_log(i32 rest) { return rest == 2 || rest == 4 ? 2 : 3; }
 
@@ -33,7 +32,7 @@ template <class R> const R* extra_twiddles(const R* table)
 // those that the first pass has.
 template <class R> const R* pass_twiddles(const R* table, i64 points)
 {
-    return table + 2 * (points - (1 << first_log<R>));
+    return table + 2 * (points - (1 << first_log));
 }
 
 // How rows are multiplied: by a twiddle each; or there is one twiddle only, of the points 4m + 1, whose square and cube
@@ -186,16 +185,16 @@ template <int radix, class R, class Place>
 }
 
 // The passes to 2^order points: done[0] levels are those of the first pass, and so on.
-template <class R> struct Passes {
+struct Passes {
     i32 done[table_limit / 2], last = 0;
     explicit Passes(i32 order)
     {
-        for (done[0] = first_log<R>; done[last] < order; ++last)
+        for (done[0] = first_log; done[last] < order; ++last)
             done[last + 1] = done[last] + pass_log(order - done[last]);
     }
     int log(i32 i) const { return done[i] - done[i - 1]; }
     // Pass i, over `all` points.
-    template <class From, class To> void run(i32 i, From from, To to, i64 all, const R* table) const
+    template <class From, class To, class R> void run(i32 i, From from, To to, i64 all, const R* table) const
     {
         const i64 points = i64{1} << done[i - 1], groups = all >> done[i];
         const R* const twiddles = pass_twiddles(table, points);
@@ -207,7 +206,7 @@ template <class R> struct Passes {
 // Of the last pass to n points the columns from begin to end; the view starts at the first of them.
 template <class View, class R> void last_pass(View view, i32 n, i32 begin, i32 end, const R* table)
 {
-    const Passes<R> passes(log_of(n));
+    const Passes passes(log_of(n));
     const int log = passes.log(passes.last);
     const i64 points = i64{n} >> log;
     const R* const twiddles = pass_twiddles(table, points) + 2 * ((1 << log) - 1) * i64{begin};
@@ -251,7 +250,7 @@ private:
         }
         const i64 all = count << order, some = min(all, i64{1} << leaf_order<R>);
         for (const i64 end = at + all; at < end; at += some) {
-            source_.template first<1 << first_log<R>>(data_, at, at + some);
+            source_.template first<1 << first_log>(data_, at, at + some);
             for (i32 p = 1; p <= i; ++p) passes_.run(p, data_.from(at), data_.from(at), some, table_);
         }
     }
@@ -260,7 +259,7 @@ private:
     View data_;
     i32 order_;
     const R* table_;
-    Passes<R> passes_;
+    Passes passes_;
 };
 
 // What gives the first pass its points.

@@ -15,8 +15,9 @@ void transform_pairs(const T* src, T* dst, T* work, i32 n, const real_t<T>* twid
 template <bool forward, class T>
 void normal(const T* src, T* dst, i32 n, const real_t<T>* twiddles, const i32* reversal, T* buffer, const T* dst_or_src)
 {
-    // The shortest is faster in one piece: it saves the way into blocks and back.
+    // The shortest are faster in one piece: there is no way into blocks and back.
     if (n == 64) return fixed_pairs<64, forward>(src, dst);
+    if (n == 128) return fixed_pairs<128, forward>(src, dst);
     transform_pairs<forward>(src, dst, dst_or_src == src ? buffer : dst, n, twiddles, Reversed{reversal, n});
 }
 template <class T> void reversed_before(const T* src, T* dst, i32 n, const real_t<T>* twiddles)

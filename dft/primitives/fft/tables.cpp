@@ -40,7 +40,7 @@ template <class R> t_8u* base(i32 order, R* table)
 template <class R> t_8u* level_one(i32 order, const R* sines, i32 base_order, R* table)
 {
     const Circle<R> circle(sines, base_order);
-    const Passes<R> passes(order);
+    const Passes passes(order);
     for (i32 i = 1; i <= passes.last; ++i)
         table = write_twiddles(circle, passes.done[i], passes.log(i), 1 << passes.log(i), 0,
                                i64{1} << passes.done[i - 1], table);
