@@ -87,3 +87,8 @@ file(GLOB extended ${PROJECT_SOURCE_DIR}/xblas/*.cpp)
 # Loops whose elements do not meet say so (omp simd, without OpenMP). All files of a folder have the same flags: they
 # share inline functions, of which the linker keeps any one.
 set_source_files_properties(${extended} PROPERTIES COMPILE_OPTIONS "-fno-tree-slp-vectorize;-fopenmp-simd")
+
+# Halves of registers are stored by themselves because the ports that shuffle are the busy ones; the compiler would shuffle
+# them into whole ones.
+file(GLOB transforms ${PROJECT_SOURCE_DIR}/dft/primitives/fft/*.cpp)
+set_source_files_properties(${transforms} PROPERTIES COMPILE_OPTIONS -fno-tree-slp-vectorize)
