@@ -99,17 +99,21 @@ template <class R> struct Reals {
     }
 };
 
-// A register's numbers from and to places of their own.
-template <class Form> ORV_INLINE auto gather_places(Form from, const i64 (&at)[Form::width])
-{
-    auto v = from.template get<1>(at[0]);
-    if constexpr (Form::width == 2) v = vec<cpx<float>>{low_halves(vec<float>{v.r}, {from.template get<1>(at[1]).r}).r};
-    return v;
-}
-template <class Form, class V> ORV_INLINE void scatter_places(Form to, const i64 (&at)[Form::width], V v)
-{
-    to.template put<1>(at[0], v);
-    if constexpr (Form::width == 2) to.template put<1>(at[1], {high_halves(vec<float>{v.r}, vec<float>{v.r}).r});
-}
+// Numbers of as many arrays as a register has lanes, each at place i of its own.
+template <class Form> struct Lanes {
+    static constexpr int width = Form::width;
+    Form of[width];
+    ORV_INLINE auto get(i64 i) const
+    {
+        auto v = of[0].template get<1>(i);
+        if constexpr (width == 2) v = {low_halves(vec<float>{v.r}, vec<float>{of[1].template get<1>(i).r}).r};
+        return v;
+    }
+    template <class V> ORV_INLINE void put(i64 i, V v) const
+    {
+        of[0].template put<1>(i, v);
+        if constexpr (width == 2) of[1].template put<1>(i, V{high_halves(vec<float>{v.r}, vec<float>{v.r}).r});
+    }
+};
 
 } // namespace orv::dft::general

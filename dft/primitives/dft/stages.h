@@ -82,21 +82,15 @@ ORV_INLINE void transforms(Form src, Form dst, i64 stride, i64 number, Place pla
 {
     constexpr int width = Form::width;
     for (i64 b = 0; b < number; b += width) {
-        i64 from[width], to[width];
+        Lanes<Form> from, to;
         steps<width>([&](auto lane) ORV_INLINE_LAMBDA {
-            const i64 t = min(b + lane, number - 1);
-            from[lane] = place(t), to[lane] = n * t;
+            const i64 t = lane == 0 ? b : min(b + lane, number - 1);
+            from.of[lane] = src + place(t), to.of[lane] = dst + n * t;
         });
         pairs<typename Form::real> x[n];
-        steps<n>([&](auto j) ORV_INLINE_LAMBDA {
-            x[j] = gather_places(src, from);
-            steps<width>([&](auto lane) ORV_INLINE_LAMBDA { from[lane] += stride; });
-        });
+        steps<n>([&](auto j) ORV_INLINE_LAMBDA { x[j] = from.get(j * stride); });
         butterfly<n, forward>(x);
-        steps<n>([&](auto k) ORV_INLINE_LAMBDA {
-            scatter_places(dst, to, x[k]);
-            steps<width>([&](auto lane) ORV_INLINE_LAMBDA { ++to[lane]; });
-        });
+        steps<n>([&](auto k) ORV_INLINE_LAMBDA { to.put(k, x[k]); });
     }
 }
 
