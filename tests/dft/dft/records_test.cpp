@@ -138,8 +138,8 @@ TEST(GeneralDftRecord, knows_where_to_scale)
 }
 
 // n, out of every way.
-constexpr i32 some_lengths[] = {1,  2,  3,  6,  12, 13,  15,  16,  17,  18,  20,  30,  34,  45,
-                                49, 64, 89, 91, 97, 105, 119, 134, 182, 202, 210, 289, 600, 674};
+constexpr i32 some_lengths[] = {1,  2,  3,  4,  5,  6,  7,  8,  9,  10,  11,  12,  13,  14,  15,  16,  17,  18,
+                                20, 30, 34, 45, 49, 64, 89, 91, 97, 105, 119, 134, 182, 202, 210, 289, 600, 674};
 
 TEST(GeneralDft, comes_back_from_its_inverse_scaled_as_the_flag_says)
 {
