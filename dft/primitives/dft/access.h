@@ -13,6 +13,12 @@
 
 namespace orv::dft::general {
 
+static_assert(vector_bytes == 16, "a register has one pair of doubles or two of singles");
+
+// Of two pairs of singles: the second one first, and the first ones of two registers together.
+ORV_INLINE vec<cpx<float>> second_pair(vec<cpx<float>> v) { return {_mm_movehl_ps(v.r, v.r)}; }
+ORV_INLINE vec<cpx<float>> first_pairs(vec<cpx<float>> a, vec<cpx<float>> b) { return {_mm_movelh_ps(a.r, b.r)}; }
+
 ORV_INLINE void multiply(float by, float* p, i32 n) { DFT(ympsMulC_32f_I)(by, p, n); }
 ORV_INLINE void multiply(double by, double* p, i32 n) { DFT(ympsMulC_64f_I)(by, p, n); }
 
@@ -62,8 +68,8 @@ template <class R> struct Split {
     {
         if constexpr (sizeof(R) == 8) _mm_storel_pd(re + i, v.r), _mm_storeh_pd(im + i, v.r);
         else {
-            const vec<R> parts{_mm_shuffle_ps(v.r, v.r, _MM_SHUFFLE(3, 1, 2, 0))};
-            store_first<n>(re + i, parts), store_first<n>(im + i, high_halves(parts, parts));
+            const vec<cpx<R>> parts{_mm_shuffle_ps(v.r, v.r, _MM_SHUFFLE(3, 1, 2, 0))};
+            store_first<n>(re + i, vec<R>{parts.r}), store_first<n>(im + i, vec<R>{second_pair(parts).r});
         }
     }
     ORV_INLINE bool meets(Split other) const
@@ -106,13 +112,13 @@ template <class Form> struct Lanes {
     ORV_INLINE auto get(i64 i) const
     {
         auto v = of[0].template get<1>(i);
-        if constexpr (width == 2) v = {low_halves(vec<float>{v.r}, vec<float>{of[1].template get<1>(i).r}).r};
+        if constexpr (width == 2) v = first_pairs(v, of[1].template get<1>(i));
         return v;
     }
     template <class V> ORV_INLINE void put(i64 i, V v) const
     {
         of[0].template put<1>(i, v);
-        if constexpr (width == 2) of[1].template put<1>(i, V{high_halves(vec<float>{v.r}, vec<float>{v.r}).r});
+        if constexpr (width == 2) of[1].template put<1>(i, second_pair(v));
     }
 };
 

@@ -72,7 +72,7 @@ template <class R, class Get> ORV_INLINE auto one_by_one(Get get)
 {
     return [=](auto lanes, i64 k) ORV_INLINE_LAMBDA {
         auto x = get(k);
-        if constexpr (lanes == 2) x = {low_halves(vec<R>{x.r}, vec<R>{get(k + 1).r}).r};
+        if constexpr (lanes == 2) x = first_pairs(x, get(k + 1));
         return x;
     };
 }
@@ -80,7 +80,7 @@ template <class R, class Put> ORV_INLINE auto put_one_by_one(Put put)
 {
     return [=](auto lanes, i64 k, pairs<R> x) ORV_INLINE_LAMBDA {
         put(k, x);
-        if constexpr (lanes == 2) put(k + 1, pairs<R>{high_halves(vec<R>{x.r}, vec<R>{x.r}).r});
+        if constexpr (lanes == 2) put(k + 1, second_pair(x));
     };
 }
 

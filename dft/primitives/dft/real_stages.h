@@ -24,8 +24,8 @@ template <int n> ORV_INLINE pairs<float> joined(const float* re, const float* im
 }
 template <int n> ORV_INLINE void put_apart(float* re, float* im, pairs<float> x)
 {
-    const vec<float> parts{_mm_shuffle_ps(x.r, x.r, n == 1 ? _MM_SHUFFLE(1, 1, 0, 0) : _MM_SHUFFLE(1, 3, 2, 0))};
-    store_first<n>(re, parts), store_first<n>(im - (n - 1), high_halves(parts, parts));
+    const pairs<float> parts{_mm_shuffle_ps(x.r, x.r, n == 1 ? _MM_SHUFFLE(1, 1, 0, 0) : _MM_SHUFFLE(1, 3, 2, 0))};
+    store_first<n>(re, vec<float>{parts.r}), store_first<n>(im - (n - 1), vec<float>{second_pair(parts).r});
 }
 
 // The rows of a block: the spectra of its transforms.
