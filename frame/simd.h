@@ -81,23 +81,14 @@ template <class R> ORV_INLINE mask<R> operator>(vec<R> a, vec<R> b) { return {a.
 template <class R> ORV_INLINE mask<R> operator|(mask<R> a, mask<R> b) { return {a.m | b.m}; }
 template <class R> ORV_INLINE bool any(mask<R> a) { return lane_bits(a) != 0; }
 
-// Heads and tails of which only the program knows how long they are: the first n lanes, 0 <= n <= lanes, as above.
+// Tails of which only the program knows how long they are: body<n>() for 0 < n <= most, as load_first<n> and
+// store_first<n> want it; nothing for n = 0.
 template <int most, class Body> ORV_INLINE void with_count(i64 n, Body body)
 {
     if constexpr (most > 0) {
         if (n == most) body.template operator()<most>();
         else with_count<most - 1>(n, body);
     }
-}
-template <class T> ORV_INLINE vec<T> load_first(const T* p, i64 n)
-{
-    vec<T> v = zeros<T>();
-    with_count<vec<T>::lanes>(n, [&]<int count>() ORV_INLINE_LAMBDA { v = load_first<count>(p); });
-    return v;
-}
-template <class T> ORV_INLINE void store_first(T* p, vec<T> v, i64 n)
-{
-    with_count<vec<T>::lanes>(n, [&]<int count>() ORV_INLINE_LAMBDA { store_first<count>(p, v); });
 }
 
 // The way through n elements: body(i, registers) for blocks of so many registers, as long as one fits, then for those

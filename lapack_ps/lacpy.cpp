@@ -24,17 +24,17 @@ template <class T> struct Combination {
     // y(0:n) := alpha*x(0:n) + beta*y(0:n)
     void apply(i64 n, const T* x, T* y) const
     {
-        constexpr i64 lanes = vec<T>::lanes, trip = lanes < 8 ? 8 : lanes;
-        i64 i = 0;
-        const auto registers = [&](i64 count) ORV_INLINE_LAMBDA {
+        constexpr int lanes = vec<T>::lanes, most = lanes < 8 ? 8 / lanes : 1;
+        each<T, most, 1>(
+            n,
+            [&]<int count>(i64 i, std::integral_constant<int, count>) ORV_INLINE_LAMBDA {
 #pragma GCC unroll 8
-            for (i64 r = 0; r < count; r += lanes)
-                storeu(y + i + r, alpha * loadu(x + i + r) + beta * loadu(y + i + r));
-            i += count;
-        };
-        while (i + trip <= n) registers(trip);
-        while (i + lanes <= n) registers(lanes);
-        for (; i < n; ++i) y[i] = a * x[i] + b * y[i];
+                for (int r = 0; r < count; ++r) {
+                    const i64 at = i + r * lanes;
+                    storeu(y + at, alpha * loadu(x + at) + beta * loadu(y + at));
+                }
+            },
+            [&](i64 i) ORV_INLINE_LAMBDA { y[i] = a * x[i] + b * y[i]; });
     }
 };
 

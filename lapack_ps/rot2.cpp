@@ -38,9 +38,10 @@ template <class T, int others> void reflect(i64 n, T* x, T* (&&y)[others], const
     for (; n >= lanes; n -= lanes, advance(lanes))
         reflector.apply(
             x, y, [](const T* p) { return loadu(p); }, [](T* p, vec<T> a) { storeu(p, a); });
-    for (; n > 0; --n, advance(1))
+    with_count<lanes - 1>(n, [&]<int count>() ORV_INLINE_LAMBDA {
         reflector.apply(
-            x, y, [](const T* p) { return load_first<1>(p); }, [](T* p, vec<T> a) { store_first<1>(p, a); });
+            x, y, [](const T* p) { return load_first<count>(p); }, [](T* p, vec<T> a) { store_first<count>(p, a); });
+    });
 }
 
 } // namespace
