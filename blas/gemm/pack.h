@@ -5,13 +5,10 @@
 #pragma once
 
 #include "blas/gemm/gemm.h"
+#include "blas/gemm/sizes.h"
 #include "frame/simd.h"
 
 namespace orv::gemm {
-
-// Rows of A and columns of B in a whole panel. A panel of A fills one register a step.
-template <class T> inline constexpr int a_unit = vec<T>::lanes;
-template <class T> inline constexpr int b_unit = is_complex<T> ? 4 : 8;
 
 // Steps come in groups of 4.
 inline constexpr int group = 4;
