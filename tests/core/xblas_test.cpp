@@ -8,6 +8,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
 
 namespace orv::test {
 namespace {
@@ -97,6 +98,23 @@ TEST(PublicExtended, keeps_what_a_kernel_reports_that_is_called_directly)
     EXPECT_NE(std::string(orv_last_error()).find("BLAS_dsum_x: argument 1 is not allowed; the value looked at is -3"),
               std::string::npos)
         << orv_last_error();
+}
+
+TEST(PublicExtended, answers_for_the_reports_of_this_call_alone)
+{
+    using Sum = void(i64, const double*, i64, double*, int);
+    auto* sum = reinterpret_cast<Sum*>(orv_kernel("xblas", "BLAS_dsum_x"));
+    ASSERT_NE(sum, nullptr);
+    double r = 7;
+    const double x = 3;
+    const auto good = [&] { return orv_xblas_dsum_x(1, &x, 1, &r, ORV_PREC_EXTRA); };
+    sum(-3, &r, 1, &r, 214); // in this thread, before
+    EXPECT_EQ(good(), ORV_OK);
+    std::thread([&] { sum(-3, &r, 1, &r, 214); }).join();
+    EXPECT_EQ(good(), ORV_OK);
+    // The kernel reports within a call, behind reports of others.
+    EXPECT_EQ(orv_xblas_dgemv_x(ORV_COLUMN_MAJOR, ORV_NO_TRANS, 2, 0, 1, &x, 2, &x, 1, 0, &r, 1, ORV_PREC_EXTRA), -4);
+    EXPECT_EQ(good(), ORV_OK);
 }
 
 } // namespace
