@@ -69,6 +69,13 @@ template <class T, bool unit> struct Walk {
     bool diagonal = false;    // whether this pass is to take the diagonal too, if that is not known
     bool on_boundary = false; // doubles: stores to y on 16 bytes
     Ahead ahead = Ahead::nothing;
+
+    // Written member by member: the list of an aggregate would first be cleared as a whole.
+    Walk(const Storage<const T>& b, T alpha, Elements<const T, unit> x_row, Elements<const T, unit> x_column,
+         Elements<T, unit> y_row, Elements<T, unit> y_column)
+        : b(b), alpha(alpha), x_row(x_row), x_column(x_column), y_row(y_row), y_column(y_column)
+    {
+    }
 };
 // The vectors in one piece, x and y being elements 0.
 template <Pass pass, class T> using WalkOf = Walk<T, !pass.one_lane>;
@@ -101,8 +108,8 @@ template <Pass pass, class T>
 ORV_INLINE void structured_mv(const Storage<const T>& b, i64 n, T alpha, const T* x, i64 incx, T* y, i64 incy,
                               Manner manner)
 {
-    const WalkOf<pass, T> walk{b,    factor<T>(alpha),   {x, incx},   {x, incx}, {y, incy}, {y, incy},
-                               true, manner.on_boundary, manner.ahead};
+    WalkOf<pass, T> walk(b, alpha, {x, incx}, {x, incx}, {y, incy}, {y, incy});
+    walk.diagonal = true, walk.on_boundary = manner.on_boundary, walk.ahead = manner.ahead;
     if constexpr (!pass.one_lane)
         if (incx != 1 || incy != 1) return strided_strips<pass, T>(walk, n, x, incx, y, incy);
     whole_strips<pass, T>(walk, {0, n});

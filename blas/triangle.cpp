@@ -76,12 +76,7 @@ template <Task task, Half half, Op op, class T>
 void columns_in_place(bool unit, const Storage<const T>& a, Rows block, T* x)
 {
     constexpr bool solve = task == Task::solve, forth = up<task, half, op>;
-    Walk<T, true> v{.b = solve ? a : off_diagonal(half, a),
-                    .alpha = factor<T>(solve ? -one<T> : one<T>),
-                    .x_row = {x, 1},
-                    .x_column = {x, 1},
-                    .y_row = {x, 1},
-                    .y_column = {x, 1}};
+    Walk<T, true> v(solve ? a : off_diagonal(half, a), solve ? -one<T> : one<T>, {x, 1}, {x, 1}, {x, 1}, {x, 1});
     const bool four = a.share_rows(4), two = a.share_rows(2);
     const auto next = [&]<int columns>() ORV_INLINE_LAMBDA {
         const i64 j = forth ? block.from : block.to - columns;
@@ -143,12 +138,7 @@ template <class T>
     for (i64 i = beyond.from; i < beyond.to; i += window_rows<T>) {
         const Rows window{i, min(beyond.to, i + window_rows<T>)};
         T* const others = copy.gather(window.to - i, x + i * incx, incx) - i;
-        Walk<T, true> v{.b = off_diagonal(form.half, a),
-                        .alpha = factor<T>(alpha),
-                        .x_row = {others, 1},
-                        .x_column = {own, 1},
-                        .y_row = {others, 1},
-                        .y_column = {own, 1}};
+        Walk<T, true> v(off_diagonal(form.half, a), alpha, {others, 1}, {own, 1}, {others, 1}, {own, 1});
         v.b.all = window;
         with_op<T>(form.op, [&]<Op op>() { strips<pass_of<op>, Edges{}, T>(v, block); });
         if (form.op == Op::none) copy.scatter(window.to - i, x + i * incx, incx);
