@@ -249,9 +249,10 @@ Problem Setting::resolved() const
         if (!p.find(name)) p.with(name, values_.at(name));
     for (const auto& [name, value] : problem_.values)
         if (!p.find(name)) {
-            std::string known;
-            for (const auto& [other, text] : p.values) known += ' ' + other;
-            throw Mistake(std::string(family_.name) + " has no " + name + "=; it takes" + known);
+            std::string message(family_.name);
+            message.append(" has no ").append(name).append("=; it takes");
+            for (const auto& [other, text] : p.values) message.append(1, ' ').append(other);
+            throw Mistake(message);
         }
     return p;
 }
