@@ -5,8 +5,8 @@
 
 namespace orv::lapack {
 
-constexpr float square_root(float a) { return __builtin_sqrtf(a); }
-constexpr double square_root(double a) { return __builtin_sqrt(a); }
+inline float square_root(float a) { return __builtin_sqrtf(a); }
+inline double square_root(double a) { return __builtin_sqrt(a); }
 
 template <class R> constexpr R real_part(R a) { return a; }
 template <class R> constexpr R real_part(cpx<R> a) { return a.re; }
