@@ -15,6 +15,8 @@ template <class T> struct Entries {
     i64 n;
 };
 
+static_assert(vector_bytes == 16, "the lanes below are gathered by name, and the sums are numbered by them");
+
 // The elements of x that a register of entries meets.
 ORV_INLINE vec<double> gather_at(const double* x, const Int* col)
 {

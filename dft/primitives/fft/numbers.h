@@ -78,6 +78,8 @@ ORV_INLINE void combine_turned(split<R> a, split<R> b, R c, R s, split<R>& first
     add_turned<forward>(scaled_by(a, s), scaled_by(b, c), unused, second);
 }
 
+static_assert(vector_bytes == 16, "what follows names each lane, and views.h and recombine.h shuffle four or two");
+
 // Each lane times a constant of its own.
 ORV_INLINE vec<cpx<float>> times_each(vec<cpx<float>> a, const cpx<float> (&w)[2])
 {
