@@ -111,8 +111,9 @@ Plan rotmg(Setting& s)
 {
     const Number d1 = s.scalar("d1"), d2 = s.scalar("d2"), x1 = s.scalar("x1"), y1 = s.scalar("y1");
     const double first = d1.re * x1.re * x1.re, second = std::abs(d2.re * y1.re * y1.re);
-    if (!(first > 1.01 * second && second > 0 && 0.01 < d1.re && d1.re < 100 && 0.01 < std::abs(d2.re) &&
-          std::abs(d2.re) < 100))
+    const bool has_that_form = first > 1.01 * second && second > 0 && 0.01 < d1.re && d1.re < 100 &&
+                               0.01 < std::abs(d2.re) && std::abs(d2.re) < 100;
+    if (!has_that_form)
         throw Mistake("rotmg wants d1*x1^2 above |d2*y1^2| and this above 0, d1 and |d2| from 0.01 to 100, or "
                       "else its rotation has another form than verify knows");
     const Operand h21 = after(s.element("param", 2)), h12 = after(s.element("param", 3));
