@@ -92,21 +92,26 @@ template <class From, class To, class R> [[gnu::noinline]] void join_halves(From
     }
 }
 
-// Where the points of a first pass stand: point q of a group is row(q) steps from the group's first one, those of the
-// next group stand so much behind.
+// Where the points of a first pass stand: point q of a group is row(q) steps from the group's first one. A register
+// that has room for two pairs takes a partner group with each: in reversed order that is the group half of all points
+// away, whose points are the neighbours in the source; in order it is the next group.
 struct Reversed {
+    static constexpr bool partner_in_other_half = true;
     const i32* table; // of pairs: doubled
     i64 n;
     template <int radix> ORV_INLINE i64 first(i64 group) const { return table[group * (radix / 4)]; }
     template <int radix> ORV_INLINE i64 step() const { return n / radix; }
-    template <int radix> ORV_INLINE i64 to_next() const { return n / (2 * radix); } // from an even group
+    template <int radix> ORV_INLINE i64 partner() const { return n / 2; } // so many points behind in the results
     template <int radix> static constexpr int row(int q) { return q; }
+    template <int, class T> ORV_INLINE static vec<T> load(const T* p) { return loadu(p); }
 };
 struct InOrder {
+    static constexpr bool partner_in_other_half = false;
     template <int radix> ORV_INLINE i64 first(i64 group) const { return 2 * radix * group; }
     template <int radix> ORV_INLINE i64 step() const { return 1; }
-    template <int radix> ORV_INLINE i64 to_next() const { return radix; }
+    template <int radix> ORV_INLINE i64 partner() const { return radix; }
     template <int radix> static constexpr int row(int q) { return reversed(q, log_of(radix)); }
+    template <int radix, class T> ORV_INLINE static vec<T> load(const T* p) { return gather(p, radix); }
 };
 
 // Rows at equal steps, by four pointers and the first four multiples of the step: all of them at once would need more
@@ -122,41 +127,40 @@ private:
 };
 
 // Parts of numbers to blocks: real ones lie in a half of a register, imaginary ones in the other, and are stored so,
-// which spares the ports that add a shuffle. Of single precision there are two points of two groups, `radix` points
-// apart.
-template <bool forward> ORV_INLINE void put_parts(double* group, const vec<cpx<double>>* x, int point, int)
+// which spares the ports that add a shuffle. In single precision there are two points, each with that of the partner
+// group.
+template <bool forward> ORV_INLINE void put_parts(double* group, const vec<cpx<double>>* x, int point, i64)
 {
     double* const re = group + 2 * point - point % 2;
     if (forward) scatter(re, 2, vec<double>{x->r});
     else scatter(re + 2, -2, vec<double>{x->r});
 }
-template <bool forward> ORV_INLINE void put_parts(float* group, const vec<cpx<float>>* x, int point, int radix)
+template <bool forward> ORV_INLINE void put_parts(float* group, const vec<cpx<float>>* x, int point, i64 partner)
 {
-    auto* const re = reinterpret_cast<cpx<float>*>(group + 2 * point - point % 4);
-    const vec<cpx<float>> first{_mm_unpacklo_ps(x[0].r, x[1].r)}, second{_mm_unpackhi_ps(x[0].r, x[1].r)};
-    scatter(forward ? re : re + 2, forward ? 2 : -2, first);
-    scatter(forward ? re + radix : re + radix + 2, forward ? 2 : -2, second);
+    auto* const re = reinterpret_cast<cpx<float>*>(group + 2 * point - point % 4) + (forward ? 0 : 2);
+    scatter(re, forward ? 2 : -2, vec<cpx<float>>{_mm_unpacklo_ps(x[0].r, x[1].r)});
+    scatter(re + partner, forward ? 2 : -2, vec<cpx<float>>{_mm_unpackhi_ps(x[0].r, x[1].r)});
 }
 
-// First passes, of the groups whose results are the points from begin to end.
+// First passes, of the groups whose results are the points from begin to end, and of their partners in the other half.
 template <int radix, bool forward, class R, class Place>
 [[gnu::noinline]] void first_pass(const cpx<R>* src, Blocks<R> to, i64 begin, i64 end, Place place)
 {
     using C = vec<cpx<R>>;
-    constexpr int together = C::lanes;
-    const i64 step = place.template step<radix>(), to_next = place.template to_next<radix>();
-    for (i64 i = begin / radix; i < end / radix; i += together) {
+    constexpr int together = C::lanes, groups = Place::partner_in_other_half ? 1 : together;
+    const i64 step = place.template step<radix>(), partner = place.template partner<radix>();
+    for (i64 i = begin / radix; i < end / radix; i += groups) {
         C x[radix];
         const Rows<cpx<R>> rows(reinterpret_cast<const cpx<R>*>(&src->re + place.template first<radix>(i)), step);
         const auto load = [&](auto q) ORV_INLINE_LAMBDA {
-            return gather(rows.template at<Place::template row<radix>(q)>(), to_next);
+            return Place::template load<radix>(rows.template at<Place::template row<radix>(q)>());
         };
         constexpr int quarter = radix / 4;
         transform<radix, forward>(x, load, [&](int k) ORV_INLINE_LAMBDA {
             if (k % together == together - 1)
                 each<4>([&](auto q) ORV_INLINE_LAMBDA {
                     const int point = k - (together - 1) + q * quarter;
-                    put_parts<forward>(to.p + 2 * radix * i, x + point, point, radix);
+                    put_parts<forward>(to.p + 2 * radix * i, x + point, point, partner);
                 });
         });
     }
@@ -226,34 +230,43 @@ public:
     {
         const i64 n = i64{1} << order_;
         if (order_ > table_limit) {
-            transforms(0, passes_.last, 2);
+            transforms(0, passes_.last, 2 / halves);
             join_halves(data_, to, n, extra_twiddles(table_));
         } else {
-            transforms(0, passes_.last - 1, i64{1} << passes_.log(passes_.last));
+            transforms(0, passes_.last - 1, (i64{1} << passes_.log(passes_.last)) / halves);
             passes_.run(passes_.last, data_, to, n, table_);
         }
     }
 
 private:
+    // Where the first pass works on both halves of all points at a time, so does everything up to the last pass.
+    static constexpr i64 halves = Source::both_halves ? 2 : 1;
+
     // So many transforms, by the passes up to i, from one point on: as many passes at a time as a cache holds points
     // for.
     void transforms(i64 at, i32 i, i64 count) const
     {
         const i32 order = passes_.done[i];
         const i64 n = i64{1} << order;
-        if (order > leaf_order<R>) {
+        if (n > leaf) {
             for (const i64 end = at + count * n; at < end; at += n) {
                 transforms(at, i - 1, i64{1} << passes_.log(i));
-                passes_.run(i, data_.from(at), data_.from(at), n, table_);
+                join(i, at, n);
             }
             return;
         }
-        const i64 all = count << order, some = min(all, i64{1} << leaf_order<R>);
+        const i64 all = count << order, some = min(all, leaf);
         for (const i64 end = at + all; at < end; at += some) {
             source_.template first<1 << first_log>(data_, at, at + some);
-            for (i32 p = 1; p <= i; ++p) passes_.run(p, data_.from(at), data_.from(at), some, table_);
+            for (i32 p = 1; p <= i; ++p) join(p, at, some);
         }
     }
+    void join(i32 i, i64 at, i64 all) const
+    {
+        for (i64 half = 0; half < halves; ++half, at += i64{1} << (order_ - 1))
+            passes_.run(i, data_.from(at), data_.from(at), all, table_);
+    }
+    static constexpr i64 leaf = (i64{1} << leaf_order<R>) / halves;
 
     Source source_;
     View data_;
@@ -264,6 +277,7 @@ private:
 
 // What gives the first pass its points.
 template <bool forward, class R, class Place> struct PairSource {
+    static constexpr bool both_halves = Place::partner_in_other_half && vec<cpx<R>>::lanes > 1;
     const cpx<R>* src;
     Place place;
     template <int radix> void first(Blocks<R> to, i64 begin, i64 end) const
@@ -272,6 +286,7 @@ template <bool forward, class R, class Place> struct PairSource {
     }
 };
 template <class R, class Place> struct PlaneSource {
+    static constexpr bool both_halves = false;
     Planes<R> src;
     Place place;
     template <int radix> void first(Planes<R> to, i64 begin, i64 end) const
