@@ -136,12 +136,14 @@ template <class R> using DftRecombine = void(const R* src, R* dst, i32 points, c
 // Numbers in names. X(n, ...) or X(r, ...).
 #define ORV_DFT_FIXED_SIZES(X, ...)                                                                                    \
     X(3, __VA_ARGS__)                                                                                                  \
-    X(5, __VA_ARGS__) X(6, __VA_ARGS__) X(7, __VA_ARGS__) X(9, __VA_ARGS__) X(10, __VA_ARGS__) X(11, __VA_ARGS__)      \
-        X(12, __VA_ARGS__) X(13, __VA_ARGS__) X(14, __VA_ARGS__) X(15, __VA_ARGS__)
+    X(5, __VA_ARGS__)                                                                                                  \
+    X(6, __VA_ARGS__) X(7, __VA_ARGS__) X(9, __VA_ARGS__) X(10, __VA_ARGS__) X(11, __VA_ARGS__) X(12, __VA_ARGS__)     \
+        X(13, __VA_ARGS__) X(14, __VA_ARGS__) X(15, __VA_ARGS__)
 #define ORV_DFT_PRIMES(X, ...)                                                                                         \
     X(2, __VA_ARGS__)                                                                                                  \
-    X(3, __VA_ARGS__) X(4, __VA_ARGS__) X(5, __VA_ARGS__) X(6, __VA_ARGS__) X(7, __VA_ARGS__) X(8, __VA_ARGS__)        \
-        X(11, __VA_ARGS__) X(13, __VA_ARGS__) X(16, __VA_ARGS__)
+    X(3, __VA_ARGS__)                                                                                                  \
+    X(4, __VA_ARGS__) X(5, __VA_ARGS__) X(6, __VA_ARGS__) X(7, __VA_ARGS__) X(8, __VA_ARGS__) X(11, __VA_ARGS__)       \
+        X(13, __VA_ARGS__) X(16, __VA_ARGS__)
 #define ORV_DFT_ODD_RADIXES(X, ...)                                                                                    \
     X(3, __VA_ARGS__) X(5, __VA_ARGS__) X(7, __VA_ARGS__) X(11, __VA_ARGS__) X(13, __VA_ARGS__)
 #define ORV_DFT_FACTS(X, ...) X(2, __VA_ARGS__) X(4, __VA_ARGS__) ORV_DFT_ODD_RADIXES(X, __VA_ARGS__)

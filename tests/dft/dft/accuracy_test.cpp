@@ -83,8 +83,7 @@ void compare_forward(const std::vector<R>& x, const std::vector<i64>& points, co
     for (const std::string layout : layouts) {
         const auto spectrum = real_transformed(dft, layout, true, x, false, dft.buffer());
         Errors errors;
-        for (const i64 k : points)
-            if (2 * k <= n) errors.add(unpacked(layout, spectrum, n, k), exact[k]);
+        for (const i64 k : points) errors.add(unpacked(layout, spectrum, n, k), exact[k]);
         table.add(dft.fields(), errors.rms());
         if (layout == "CCS") {
             EXPECT_EQ(spectrum[1], 0);
@@ -149,7 +148,8 @@ TEST(GeneralDftAccuracy, reals_have_the_spectrum_of_the_definition_in_every_layo
     Table twice("double real, forward"), single("single real, forward");
     for_all_lengths([&](i32 n) {
         const auto x = random_array<float>(n, static_cast<std::uint64_t>(n));
-        const auto points = points_of(n);
+        auto points = points_of(n);
+        std::erase_if(points, [n](i64 k) { return 2 * k > n; });
         const auto exact = some_points(x, points);
         compare_forward(x, points, exact, single);
         compare_forward(converted<double>(x), points, exact, twice);
