@@ -92,3 +92,7 @@ set_source_files_properties(${extended} PROPERTIES COMPILE_OPTIONS "-fno-tree-sl
 # them into whole ones.
 file(GLOB transforms ${PROJECT_SOURCE_DIR}/dft/primitives/fft/*.cpp)
 set_source_files_properties(${transforms} PROPERTIES COMPILE_OPTIONS -fno-tree-slp-vectorize)
+
+# Of two pointers that move together the compiler would make a register of two lanes, and take it apart for every use.
+file(GLOB sparse ${PROJECT_SOURCE_DIR}/spblas/*.cpp)
+set_source_files_properties(${sparse} PROPERTIES COMPILE_OPTIONS "-fno-tree-slp-vectorize")

@@ -1,5 +1,6 @@
-// Matrices in compressed rows of dense blocks, lb by lb, one after the other in val. With base 1 columns of a block come
-// one after the other, and of dense operands too; with base 0 rows do. Rows and columns of the list are those of blocks.
+// Matrices in compressed rows of dense blocks, lb by lb, one after the other in val. With base 1 columns of a block
+// come one after the other, and of dense operands too; with base 0 rows do. Rows and columns of the list are those of
+// blocks.
 #pragma once
 
 #include "spblas/csr.h"

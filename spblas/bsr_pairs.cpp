@@ -2,9 +2,9 @@
 // column is what it adds to both elements of y. Block rows are summed in the order of their entries; beta = 0 does not
 // read y.
 //
-// Dense columns go in groups, and a group's sums stay in registers while a block row passes. A group has six columns. On
-// one family of processors it has all of them, one after the other tile of six, unless the columns lie a multiple of 1024
-// elements apart: there they would crowd each other out of the cache, and each goes alone.
+// Dense columns go in groups, and a group's sums stay in registers while a block row passes. A group has six columns.
+// On one family of processors it has all of them, one after the other tile of six, unless the columns lie a multiple of
+// 1024 elements apart: there they would crowd each other out of the cache, and each goes alone.
 #include "spblas/bsr_pairs.h"
 
 #include "frame/serv.h"
@@ -58,12 +58,18 @@ constexpr i64 tile = 6;
 void multiply_tile(const Pairs& p, Rows rows, i64 from, i64 columns)
 {
     switch (columns) {
-    case 1: return multiply_rows<1>(p, rows, from);
-    case 2: return multiply_rows<2>(p, rows, from);
-    case 3: return multiply_rows<3>(p, rows, from);
-    case 4: return multiply_rows<4>(p, rows, from);
-    case 5: return multiply_rows<5>(p, rows, from);
-    default: return multiply_rows<6>(p, rows, from);
+    case 1:
+        return multiply_rows<1>(p, rows, from);
+    case 2:
+        return multiply_rows<2>(p, rows, from);
+    case 3:
+        return multiply_rows<3>(p, rows, from);
+    case 4:
+        return multiply_rows<4>(p, rows, from);
+    case 5:
+        return multiply_rows<5>(p, rows, from);
+    default:
+        return multiply_rows<6>(p, rows, from);
     }
 }
 
@@ -74,16 +80,15 @@ i64 group_of(i64 columns, i64 stride)
     return stride % crowding_stride == 0 ? 1 : columns;
 }
 
-Pairs pairs(const double* alpha, const double* val, const i32* col, const i32* pntrb, const i32* pntre,
-            const double* x, i64 ldx, double* y, i64 ldy, const double* beta)
+Pairs pairs(const double* alpha, const double* val, const i32* col, const i32* pntrb, const i32* pntre, const double* x,
+            i64 ldx, double* y, i64 ldy, const double* beta)
 {
     const i64 base = *pntrb;
     return {val - 4 * base, x - 2, col - base, pntrb - 1, pntre - 1, ldx, y - 2, ldy, *alpha, *beta};
 }
 
-void gemv(const i32* first, const i32* last, const i32*, const i32*, const i32*, const double* alpha,
-          const double* val, const i32* col, const i32* pntrb, const i32* pntre, const double* x, double* y,
-          const double* beta)
+void gemv(const i32* first, const i32* last, const i32*, const i32*, const i32*, const double* alpha, const double* val,
+          const i32* col, const i32* pntrb, const i32* pntre, const double* x, double* y, const double* beta)
 {
     if (*first > *last) return;
     multiply_rows<1>(pairs(alpha, val, col, pntrb, pntre, x, 0, y, 0, beta), {*first, *last}, 0);

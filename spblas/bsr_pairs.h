@@ -22,6 +22,6 @@ inline constexpr auto& pairs_gemv = SPBLAS_PAIRS(gemv);
 inline constexpr auto& pairs_mm = SPBLAS_PAIRS(mm);
 
 // Whether products of a type and this module's integers go to them.
-template <class T> inline constexpr bool has_pairs = std::is_same_v<T, double> && std::is_same_v<Int, i32>;
+template <class T> inline constexpr bool has_pairs = std::is_same_v<T, double>&& std::is_same_v<Int, i32>;
 
 } // namespace orv::ORV_SPBLAS

@@ -7,8 +7,8 @@
 //          anti-symmetric (skew), only the diagonal (diag)
 //   bsrbv  y[frow ..] += block*x[fcol ..], elements counted from 0
 //
-// Blocks on the diagonal are used whole, and mirrored ones are not; of a unit diagonal they are not read, and ones stand
-// in their place; an anti-symmetric matrix has none. beta = 0 does not read y.
+// Blocks on the diagonal are used whole, and mirrored ones are not; of a unit diagonal they are not read, and ones
+// stand in their place; an anti-symmetric matrix has none. beta = 0 does not read y.
 //
 // Blocks of order 2 have loops of their own, of doubles with narrow indices in spblas/bsr_pairs.h.
 #include "spblas/bsr.h"
@@ -37,14 +37,12 @@ template <class T>
                               x_row, y_row);
             if (o.unit)
                 for (i64 r = 0; r < lb; ++r)
-                    for (i64 c = 0; c < nd; ++c)
-                        *y_row.row(r).column(c).at += alpha * *x_row.row(r).column(c).at;
+                    for (i64 c = 0; c < nd; ++c) *y_row.row(r).column(c).at += alpha * *x_row.row(r).column(c).at;
         }
         for (Int e = from; e < to; ++e) {
             const i64 j = a.list.col[e] * lb;
             if (o.direct) add_block(lb, nd, direct, a.block(e), o.conjugate_direct, x.row(j), y_row);
-            if (o.mirrored)
-                add_block(lb, nd, mirrored, a.block(e).transposed(), o.conjugate_mirrored, x_row, y.row(j));
+            if (o.mirrored) add_block(lb, nd, mirrored, a.block(e).transposed(), o.conjugate_mirrored, x_row, y.row(j));
         }
     }
 }
@@ -155,8 +153,7 @@ void block_times_vector(const Int* lb, const Int* frow, const Int* fcol, const T
 
 } // namespace
 
-ORV_SPBLAS_bsr_mv_par(SPBLAS_MEMBER)
-ORV_SPBLAS_bsr_gemv_par(SPBLAS_MEMBER)
+ORV_SPBLAS_bsr_mv_par(SPBLAS_MEMBER) ORV_SPBLAS_bsr_gemv_par(SPBLAS_MEMBER)
 
 #define SPBLAS_BSR(t)                                                                                                  \
     SPBLAS_BSR_OF(, t, false)                                                                                          \
@@ -168,9 +165,6 @@ ORV_SPBLAS_bsr_gemv_par(SPBLAS_MEMBER)
     SPBLAS_ROUTINE(14, before##t##bsrmmskew, anti_symmetric<by_rows, type_##t>)                                        \
     SPBLAS_ROUTINE(14, before##t##bsrmmdiag, diagonal<by_rows, type_##t>)                                              \
     SPBLAS_ROUTINE(6, before##t##bsrbv, block_times_vector<by_rows, type_##t>)
-SPBLAS_BSR(s)
-SPBLAS_BSR(d)
-SPBLAS_BSR(c)
-SPBLAS_BSR(z)
+    SPBLAS_BSR(s) SPBLAS_BSR(d) SPBLAS_BSR(c) SPBLAS_BSR(z)
 
 } // namespace orv::ORV_SPBLAS

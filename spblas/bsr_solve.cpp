@@ -7,8 +7,8 @@
 //                 nothing if mb or flag is 0. Rows of blocks without a diagonal block are left alone.
 //
 // The solves take diagonal blocks for inverses, as bsr_invdiag leaves them. A block that is missing counts for ones.
-// Within a row, blocks are sorted by column. Inverses are found by elimination, each pivot the largest left in its column; a
-// singular block becomes infinite or not a number.
+// Within a row, blocks are sorted by column. Inverses are found by elimination, each pivot the largest left in its
+// column; a singular block becomes infinite or not a number.
 #include "spblas/bsr.h"
 #include "spblas/quotient.h"
 
@@ -57,8 +57,8 @@ template <class T>
 }
 
 template <bool by_columns, bool by_rows, class T>
-void gauss_of(const Int* op, const Int* uplo, const Int* lb, const Int* mb, const Int* nd, const T* val,
-              const Int* col, const Int* pntrb, const Int* pntre, T* c, const Int* ldc)
+void gauss_of(const Int* op, const Int* uplo, const Int* lb, const Int* mb, const Int* nd, const T* val, const Int* col,
+              const Int* pntrb, const Int* pntre, T* c, const Int* ldc)
 {
     gauss(by_columns, *op, *uplo, lb, mb, nd, val, col, pntrb, pntre, by_rows, c, *ldc);
 }

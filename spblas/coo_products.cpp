@@ -21,8 +21,7 @@ ORV_INLINE void each_term(const Options& o, i64 e, i64 end, const Coo<T>& a, T a
         const Int i = a.row[e], j = a.col[e];
         if (i == j ? o.diagonal : i > j ? o.lower : o.upper) {
             act((i == j ? alpha : direct) * conjugate_if(o.conjugate_direct, a.val[e]), i, j);
-            if (!general && o.mirrored && i != j)
-                act(mirrored * conjugate_if(o.conjugate_mirrored, a.val[e]), j, i);
+            if (!general && o.mirrored && i != j) act(mirrored * conjugate_if(o.conjugate_mirrored, a.val[e]), j, i);
         }
     }
 }
@@ -61,10 +60,9 @@ ORV_INLINE void coo_mv_seq_body(const Options& o, const Int* m, const Int* k, co
 }
 
 template <class T>
-[[gnu::noinline]] void coo_mm_par_body(const Options& o, const Int* first, const Int* last, const Int* m,
-                                       const Int* nd, const T* alpha, const T* val, const Int* rowind,
-                                       const Int* colind, const Int*, const T* x, const Int* ldx, T* y,
-                                       const Int* ldy)
+[[gnu::noinline]] void coo_mm_par_body(const Options& o, const Int* first, const Int* last, const Int* m, const Int* nd,
+                                       const T* alpha, const T* val, const Int* rowind, const Int* colind, const Int*,
+                                       const T* x, const Int* ldx, T* y, const Int* ldy)
 {
     const i64 x_ld = *ldx, y_ld = *ldy, columns = *nd;
     const i64 e = *first - 1, end = *last;
@@ -78,19 +76,15 @@ template <class T>
     } else if (o.by_rows) {
         const T* x_rows = x - o.base * x_ld;
         T* y_rows = y - o.base * y_ld;
-        each_term(o, e, end, a, *alpha, [=](T f, Int i, Int j) {
-            add_multiple(columns, f, x_rows + j * x_ld, y_rows + i * y_ld);
-        });
+        each_term(o, e, end, a, *alpha,
+                  [=](T f, Int i, Int j) { add_multiple(columns, f, x_rows + j * x_ld, y_rows + i * y_ld); });
     } else {
-        for (i64 c = 0; c < columns; ++c)
-            multiply(o, e, end, a, *alpha, x + c * x_ld - o.base, y + c * y_ld - o.base);
+        for (i64 c = 0; c < columns; ++c) multiply(o, e, end, a, *alpha, x + c * x_ld - o.base, y + c * y_ld - o.base);
     }
 }
 
 } // namespace
 
-ORV_SPBLAS_coo_mv_par(SPBLAS_MEMBER)
-ORV_SPBLAS_coo_mv_seq(SPBLAS_MEMBER)
-ORV_SPBLAS_coo_mm_par(SPBLAS_MEMBER)
+ORV_SPBLAS_coo_mv_par(SPBLAS_MEMBER) ORV_SPBLAS_coo_mv_seq(SPBLAS_MEMBER) ORV_SPBLAS_coo_mm_par(SPBLAS_MEMBER)
 
 } // namespace orv::ORV_SPBLAS

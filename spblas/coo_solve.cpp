@@ -96,16 +96,14 @@ template <class T> void solve_by_lists(const Problem<T>& p, const Blocks& rows, 
         T* y = columns.y + c * columns.next;
         for (Int step = 0; step < p.m; ++step) {
             const Int i = row_of_step(p, step), end = rows.count[i];
-            Sum<T> sum[4]{};
+            One<T> sum[4]{};
             const auto add = [&](int s, Int at) ORV_INLINE_LAMBDA {
                 const Int e = rows.list[at];
-                sum[s].add_one(p.a.val + e, y + p.a.col[e] * columns.step);
+                sum[s].add(p.a.val + e, y + p.a.col[e] * columns.step);
             };
             Int at = i > 0 ? rows.count[i - 1] : 0;
-            for (; at + 4 <= end; at += 4)
-#pragma GCC unroll 4
-                for (int s = 0; s < 4; ++s) add(s, at + s);
-            add_up(sum);
+            for (; at + 4 <= end; at += 4) repeat<4>([&](auto s) ORV_INLINE_LAMBDA { add(s, at + s); });
+            add_up<4>(sum);
             for (; at < end; ++at) add(0, at);
             T& element = y[(i + p.o.base) * columns.step];
             element = closed(p, element - sum[0].value(p.o.conjugate_direct), rows.diag[i]);
@@ -119,12 +117,12 @@ template <class T> void solve_by_search(const Problem<T>& p, const Columns<T>& c
         T* y = columns.y + c * columns.next;
         for (Int step = 0; step < p.m; ++step) {
             const Int i = row_of_step(p, step) + p.o.base;
-            Sum<T> sum{};
+            One<T> sum{};
             Int diagonal = 0;
             for (Int e = 0; e < p.nnz; ++e) {
                 if (p.a.row[e] != i) continue;
                 if (p.a.col[e] == i) diagonal = e;
-                if (beside(p.o.lower, i, p.a.col[e])) sum.add_one(p.a.val + e, y + p.a.col[e] * columns.step);
+                if (beside(p.o.lower, i, p.a.col[e])) sum.add(p.a.val + e, y + p.a.col[e] * columns.step);
             }
             T& element = y[i * columns.step];
             element = closed(p, element - sum.value(p.o.conjugate_direct), diagonal);
@@ -189,16 +187,15 @@ ORV_INLINE void coo_sm_par_body(const Options& o, const Int* first, const Int* l
 
 } // namespace
 
-ORV_SPBLAS_coo_sv_seq(SPBLAS_MEMBER)
-ORV_SPBLAS_coo_sm_par(SPBLAS_MEMBER)
+ORV_SPBLAS_coo_sv_seq(SPBLAS_MEMBER) ORV_SPBLAS_coo_sm_par(SPBLAS_MEMBER)
 
-SPBLAS_ROUTINE(8, scoofill_0coo2csr_data_ln, fill_rows<true, false, 0>)
-SPBLAS_ROUTINE(8, scoofill_0coo2csr_data_lu, fill_rows<true, true, 0>)
-SPBLAS_ROUTINE(8, scoofill_0coo2csr_data_un, fill_rows<false, false, 0>)
-SPBLAS_ROUTINE(8, scoofill_0coo2csr_data_uu, fill_rows<false, true, 0>)
-SPBLAS_ROUTINE(8, scoofill_coo2csr_data_ln, fill_rows<true, false, 1>)
-SPBLAS_ROUTINE(8, scoofill_coo2csr_data_lu, fill_rows<true, true, 1>)
-SPBLAS_ROUTINE(8, scoofill_coo2csr_data_un, fill_rows<false, false, 1>)
-SPBLAS_ROUTINE(8, scoofill_coo2csr_data_uu, fill_rows<false, true, 1>)
+    SPBLAS_ROUTINE(8, scoofill_0coo2csr_data_ln, fill_rows<true, false, 0>)
+        SPBLAS_ROUTINE(8, scoofill_0coo2csr_data_lu, fill_rows<true, true, 0>)
+            SPBLAS_ROUTINE(8, scoofill_0coo2csr_data_un, fill_rows<false, false, 0>)
+                SPBLAS_ROUTINE(8, scoofill_0coo2csr_data_uu, fill_rows<false, true, 0>)
+                    SPBLAS_ROUTINE(8, scoofill_coo2csr_data_ln, fill_rows<true, false, 1>)
+                        SPBLAS_ROUTINE(8, scoofill_coo2csr_data_lu, fill_rows<true, true, 1>)
+                            SPBLAS_ROUTINE(8, scoofill_coo2csr_data_un, fill_rows<false, false, 1>)
+                                SPBLAS_ROUTINE(8, scoofill_coo2csr_data_uu, fill_rows<false, true, 1>)
 
 } // namespace orv::ORV_SPBLAS

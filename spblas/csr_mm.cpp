@@ -2,12 +2,12 @@
 // rows with base 0 and by columns with base 1.
 //
 // General and triangular matrices that are not transposed write the rows from first to last only, and scale only these.
-// All others scale m rows and add to any row, so a part needs a Y of its own. Of a transposed matrix only m is known: if
-// it has more columns than rows the caller scales the rest, and if it has fewer Y has m rows all the same, or beta is 1.
-// beta = 0 does not read Y. Entries that do not count are not read.
+// All others scale m rows and add to any row, so a part needs a Y of its own. Of a transposed matrix only m is known:
+// if it has more columns than rows the caller scales the rest, and if it has fewer Y has m rows all the same, or beta
+// is 1. beta = 0 does not read Y. Entries that do not count are not read.
 //
-// Each element of Y is one sum in the order of its row, where rows write their own elements: 24, 16 or 8 columns of them
-// are in registers at a time (complex ones half as many), whatever nd is.
+// Each element of Y is one sum in the order of its row, where rows write their own elements: 24, 16 or 8 columns of
+// them are in registers at a time (complex ones half as many), whatever nd is.
 #include "spblas/csr_mv.h"
 
 namespace orv::ORV_SPBLAS {
@@ -36,7 +36,7 @@ template <bool by_rows, int registers, class T>
 [[gnu::noinline]] void multiply_columns(const Options& o, Int i, Int end, const Csr<T>& a, const Close<T>& close,
                                         const T* x, i64 ldx, T* y, i64 ldy)
 {
-    constexpr int lanes = vec<T>::lanes, sums = registers == 0 ? 1 : registers;
+    constexpr int lanes = vec<T>::lanes;
     const factor<T> alpha(close.alpha), beta(close.beta);
     const i64 x_step = by_rows ? ldx : 1, y_step = by_rows ? ldy : 1;
     const i64 x_next = by_rows ? 1 : ldx, y_next = by_rows ? 1 : ldy; // from a column to the next
@@ -46,14 +46,17 @@ template <bool by_rows, int registers, class T>
             const Cut cut = a.cut(o, i);
             from = cut.from(o), to = cut.to(o);
         }
-        Sum<T> sum[sums]{};
+        std::conditional_t<registers == 0, One<T>, Sum<T>> sum[registers == 0 ? 1 : registers]{};
         const auto add = [&](const T* entry, Int j) ORV_INLINE_LAMBDA {
             const T* element = x + j * x_step;
-            if constexpr (registers == 0) return sum[0].add_one(entry, element);
-            const vec<T> value = load_splat(entry);
-#pragma GCC unroll 12
-            for (int r = 0; r < registers; ++r)
-                sum[r].add(value, load_strided<by_rows>(element + r * lanes * x_next, ldx));
+            if constexpr (registers == 0) {
+                sum[0].add(entry, element);
+            } else {
+                const vec<T> value = load_splat(entry);
+                repeat<registers>([&](auto r) ORV_INLINE_LAMBDA {
+                    sum[r].add(value, load_strided<by_rows>(element + r * lanes * x_next, ldx));
+                });
+            }
         };
         for (; from < to; ++from) add(a.val + from, a.col[from]);
         static constexpr T ones = one<T>;
@@ -62,13 +65,12 @@ template <bool by_rows, int registers, class T>
         if constexpr (registers == 0) {
             close(sum[0].value(o.conjugate_direct), result);
         } else {
-#pragma GCC unroll 12
-            for (int r = 0; r < registers; ++r) {
+            repeat<registers>([&](auto r) ORV_INLINE_LAMBDA {
                 T* p = result + r * lanes * y_next;
                 vec<T> closed = alpha * sum[r].values(o.conjugate_direct);
                 if (close.beta != zero<T>) closed = beta * load_strided<by_rows>(p, ldy) + closed;
                 store_strided<by_rows>(p, ldy, closed);
-            }
+            });
         }
     }
 }
@@ -124,13 +126,13 @@ void multiply_own_rows(const Options& o, Part rows, Int m, Int nd, const Csr<T>&
 
 // Dense operands by rows: an entry adds a multiple of a row to another.
 template <class T>
-[[gnu::noinline]] void add_rows(const Options& o, Int i, Int end, const Csr<T>& a, T alpha, i64 nd, const T* x,
-                                i64 ldx, T* y, i64 ldy)
+[[gnu::noinline]] void add_rows(const Options& o, Int i, Int end, const Csr<T>& a, T alpha, i64 nd, const T* x, i64 ldx,
+                                T* y, i64 ldy)
 {
     const T direct = negate_if(o.negate_direct, alpha), mirrored = negate_if(o.negate_mirrored, alpha);
     for (; i < end; ++i) {
         Int from = a.begin[i], to = a.end[i];
-        const T *x_row = x + i * ldx;
+        const T* x_row = x + i * ldx;
         T* y_row = y + i * ldy;
         if (o.lower != o.upper || o.diagonal_only()) {
             const Cut cut = a.cut(o, i);
@@ -142,8 +144,7 @@ template <class T>
         }
         for (Int e = from; e < to; ++e) {
             const Int j = a.col[e];
-            if (o.direct)
-                add_multiple(nd, direct * conjugate_if(o.conjugate_direct, a.val[e]), x + j * ldx, y_row);
+            if (o.direct) add_multiple(nd, direct * conjugate_if(o.conjugate_direct, a.val[e]), x + j * ldx, y_row);
             if (o.mirrored)
                 add_multiple(nd, mirrored * conjugate_if(o.conjugate_mirrored, a.val[e]), x_row, y + j * ldy);
         }
@@ -191,7 +192,6 @@ ORV_INLINE void csr_mm_seq_body(const Options& o, const Int* m, const Int* nd, c
 
 } // namespace
 
-ORV_SPBLAS_csr_mm_par(SPBLAS_MEMBER)
-ORV_SPBLAS_csr_mm_seq(SPBLAS_MEMBER)
+ORV_SPBLAS_csr_mm_par(SPBLAS_MEMBER) ORV_SPBLAS_csr_mm_seq(SPBLAS_MEMBER)
 
 } // namespace orv::ORV_SPBLAS

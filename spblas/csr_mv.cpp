@@ -15,8 +15,8 @@ namespace orv::ORV_SPBLAS {
 namespace {
 
 template <class T>
-[[gnu::noinline]] void run(const Options& o, Part rows, i64 scaled, const Close<T>& close, const T* val,
-                           const Int* col, const Int* pntrb, const Int* pntre, const T* x, T* y)
+[[gnu::noinline]] void run(const Options& o, Part rows, i64 scaled, const Close<T>& close, const T* val, const Int* col,
+                           const Int* pntrb, const Int* pntre, const T* x, T* y)
 {
     if (!keeps_to_its_rows(o)) scale(y, scaled, close.beta);
     if (rows.i >= rows.end) return;
@@ -42,8 +42,6 @@ ORV_INLINE void csr_mv_seq_body(const Options& o, const Int* m, const Int*, cons
 
 } // namespace
 
-ORV_SPBLAS_csr_mv_par(SPBLAS_MEMBER)
-ORV_SPBLAS_csr_mv_seq(SPBLAS_MEMBER)
-ORV_SPBLAS_csr_gemv_par(SPBLAS_MEMBER)
+ORV_SPBLAS_csr_mv_par(SPBLAS_MEMBER) ORV_SPBLAS_csr_mv_seq(SPBLAS_MEMBER) ORV_SPBLAS_csr_gemv_par(SPBLAS_MEMBER)
 
 } // namespace orv::ORV_SPBLAS

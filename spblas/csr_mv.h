@@ -1,5 +1,5 @@
-// Products of a matrix in compressed rows with one vector, as loops over rows. y has been scaled where rows add to other
-// elements than their own.
+// Products of a matrix in compressed rows with one vector, as loops over rows. y has been scaled where rows add to
+// other elements than their own.
 #pragma once
 
 #include "spblas/csr.h"
@@ -9,41 +9,19 @@ namespace orv::ORV_SPBLAS {
 // What becomes of a row's sum where nothing else adds to its element.
 template <class T> struct Close {
     T alpha, beta;
-    ORV_INLINE void operator()(T sum, T* y) const
-    {
-        *y = beta == zero<T> ? alpha * sum : beta * *y + alpha * sum;
-    }
+    ORV_INLINE void operator()(T sum, T* y) const { *y = beta == zero<T> ? alpha * sum : beta * *y + alpha * sum; }
 };
 
 // Rows as they stand: y[i] := alpha*sum + beta*y[i].
 template <class T>
-[[gnu::noinline]] void multiply_rows(const Options& o, Int i, Int end, const Csr<T>& a, const Close<T>& close,
-                                     const T* x, T* y)
+[[gnu::noinline]] void multiply_rows(const Options& o, Int i, Int end, Csr<T> a, Close<T> close, const T* x, T* y)
 {
-    const auto sum_of = [&](Int r) {
-        const Entries<T> row = a.row(r);
-        return row.n >= long_row ? long_dot(row, x, o.conjugate_direct) : plain_dot(row, x, o.conjugate_direct);
-    };
-    // Short rows in fours: each sum is a chain in the order of its row, and four chains run side by side.
-    for (; i + 4 <= end; i += 4) {
-        const Entries<T> rows[] = {a.row(i), a.row(i + 1), a.row(i + 2), a.row(i + 3)};
-        const i64 longest = max(max(rows[0].n, rows[1].n), max(rows[2].n, rows[3].n));
-        if (longest >= long_row) {
-            for (Int r = i; r < i + 4; ++r) close(sum_of(r), y + r);
-            continue;
-        }
-        const i64 shared = max(0, min(min(rows[0].n, rows[1].n), min(rows[2].n, rows[3].n)));
-        Sum<T> sums[4]{};
-        for (i64 e = 0; e < shared; ++e)
-#pragma GCC unroll 4
-            for (int r = 0; r < 4; ++r) sums[r].add_one(rows[r].val + e, x + rows[r].col[e]);
-#pragma GCC unroll 4
-        for (int r = 0; r < 4; ++r) {
-            add_rest(sums[r], rows[r], shared, x);
-            close(sums[r].value(o.conjugate_direct), y + i + r);
-        }
+    const bool conjugates = o.conjugate_direct;
+    for (; i < end; ++i) {
+        const Entries<T> row = a.row(i);
+        close(row.n >= long_row ? long_dot(row.val, row.col, row.n, x, conjugates) : plain_dot(row, x, conjugates),
+              y + i);
     }
-    for (; i < end; ++i) close(sum_of(i), y + i);
 }
 
 // The same for a triangle: the whole row without a branch, and what lies outside the triangle taken off again.
@@ -53,10 +31,10 @@ template <class T>
 {
     for (; i < end; ++i) {
         const Cut cut = a.cut(o, i);
-        T sum = dot(a.row(i), x, o.conjugate_direct);
-        const Entries<T> outside =
-            o.lower ? a.entries(cut.to(o), cut.end) : a.entries(cut.begin, cut.from(o));
-        if (outside.n > 0) sum -= dot(outside, x, o.conjugate_direct);
+        const Entries<T> row = a.row(i);
+        T sum = dot(row.val, row.col, row.n, x, o.conjugate_direct);
+        const Entries<T> outside = o.lower ? a.entries(cut.to(o), cut.end) : a.entries(cut.begin, cut.from(o));
+        if (outside.n > 0) sum -= dot(outside.val, outside.col, outside.n, x, o.conjugate_direct);
         if (o.unit) sum += x[i];
         close(sum, y + i);
     }
@@ -89,20 +67,23 @@ template <class T>
         const Cut cut = a.cut(o, i);
         const Entries<T> row = a.entries(cut.beside_from(o), cut.beside_to(o));
         const Multiple<T> multiple(mirrored_alpha * x[i], o.conjugate_mirrored);
-        Sum<T> sum[partial]{};
-        const auto add = [&](int s, i64 e) ORV_INLINE_LAMBDA {
+        One<T> sum[partial]{};
+        const auto add = [&](One<T>& to, i64 e) ORV_INLINE_LAMBDA {
             const Int j = row.col[e];
-            sum[s].add_one(row.val + e, x + j);
+            to.add(row.val + e, x + j);
             multiple.add(row.val[e], y + j);
         };
         i64 e = 0;
-        for (; e + partial <= row.n; e += partial)
-#pragma GCC unroll 8
-            for (int s = 0; s < partial; ++s) add(s, e + s);
-        for (; e + 2 <= row.n; e += 2) add(0, e), add(1, e + 1);
-        if (e < row.n) add(0, e);
-        add_up(sum);
-        if (o.diagonal) add_rest(sum[0], a.entries(cut.diagonal, cut.behind), 0, x);
+        if (row.n >= partial) {
+            for (; e + partial <= row.n; e += partial)
+                repeat<partial>([&](auto s) ORV_INLINE_LAMBDA { add(sum[s], e + s); });
+            add_up<partial>(sum);
+            sum[1] = One<T>{};
+        }
+        for (; e + 2 <= row.n; e += 2) add(sum[0], e), add(sum[1], e + 1);
+        if (e < row.n) add(sum[0], e);
+        sum[0] += sum[1];
+        if (o.diagonal) add_rest(sum[0], a.entries(cut.diagonal, cut.behind), x);
         T dot = negate_if(o.negate_direct, sum[0].value(o.conjugate_direct));
         if (o.unit) dot += x[i];
         y[i] += alpha * dot;
@@ -115,8 +96,7 @@ template <class T>
 {
     for (; i < end; ++i) {
         const Cut cut = a.cut(o, i);
-        if (cut.diagonal < cut.behind)
-            y[i] += alpha * conjugate_if(o.conjugate_diagonal(), a.val[cut.diagonal]) * x[i];
+        if (cut.diagonal < cut.behind) y[i] += alpha * conjugate_if(o.conjugate_diagonal(), a.val[cut.diagonal]) * x[i];
     }
 }
 

@@ -18,8 +18,7 @@ template <class T, class Y> void solve_one(const Options& o, Int m, T alpha, con
     else solve(o, m, a, y);
 }
 
-template <class T>
-[[gnu::noinline]] void solve_vector(const Options& o, Int m, T alpha, const Csr<T>& a, T* y)
+template <class T> [[gnu::noinline]] void solve_vector(const Options& o, Int m, T alpha, const Csr<T>& a, T* y)
 {
     solve_one(o, m, alpha, a, y - o.base);
 }
@@ -33,8 +32,8 @@ ORV_INLINE void csr_sv_seq_body(const Options& o, const Int* m, const T* alpha, 
 
 template <class T>
 [[gnu::noinline]] void csr_sm_par_body(const Options& o, const Int* first, const Int* last, const Int* m, const Int*,
-                                       const T* alpha, const T* val, const Int* col, const Int* pntrb,
-                                       const Int* pntre, T* y, const Int* ldy)
+                                       const T* alpha, const T* val, const Int* col, const Int* pntrb, const Int* pntre,
+                                       T* y, const Int* ldy)
 {
     const Int n = *m;
     auto [j, end] = Part(first, last);
@@ -55,7 +54,6 @@ template <class T>
 
 } // namespace
 
-ORV_SPBLAS_csr_sv_seq(SPBLAS_MEMBER)
-ORV_SPBLAS_csr_sm_par(SPBLAS_MEMBER)
+ORV_SPBLAS_csr_sv_seq(SPBLAS_MEMBER) ORV_SPBLAS_csr_sm_par(SPBLAS_MEMBER)
 
 } // namespace orv::ORV_SPBLAS

@@ -19,11 +19,14 @@ template <class T> struct Strided {
 };
 
 // Sums over elements of either.
-template <class T> ORV_INLINE T dot_with(const Entries<T>& row, T* y, bool conjugates) { return dot(row, y, conjugates); }
-template <class T> ORV_INLINE T dot_with(const Entries<T>& row, Strided<T> y, bool conjugates)
+template <class T> ORV_INLINE T dot_with(Entries<T> row, T* y, bool conjugates)
 {
-    Sum<T> sum{};
-    for (i64 e = 0; e < row.n; ++e) sum.add_one(row.val + e, &y[row.col[e]]);
+    return dot(row.val, row.col, row.n, y, conjugates);
+}
+template <class T> ORV_INLINE T dot_with(Entries<T> row, Strided<T> y, bool conjugates)
+{
+    One<T> sum{};
+    for (i64 e = 0; e < row.n; ++e) sum.add(row.val + e, &y[row.col[e]]);
     return sum.value(conjugates);
 }
 

@@ -22,8 +22,7 @@ template <class T> ORV_INLINE vec<T> product(vec<T> a, vec<T> x)
 }
 
 // y[r] += (alpha*a[r])*x[r], the entries conjugated or not; eight rows a step.
-template <class T>
-[[gnu::noinline]] void add_products(i64 n, T alpha, bool conjugates, const T* a, const T* x, T* y)
+template <class T> [[gnu::noinline]] void add_products(i64 n, T alpha, bool conjugates, const T* a, const T* x, T* y)
 {
     constexpr i64 lanes = vec<T>::lanes;
     const factor<T> by(alpha, conjugates);

@@ -72,13 +72,12 @@ ORV_INLINE void dia_mm_par_body(const Options& o, const Int* first, const Int* l
                                 const Int* ndiag, const T* x, const Int* ldx, T* y, const Int* ldy)
 {
     const i64 from = *first - 1, x_ld = *ldx, y_ld = *ldy;
-    multiply(o, *m, *k, *alpha, Dia<T>{val, *lval, idiag, *ndiag}, *last - from, x + from * x_ld, x_ld,
-             y + from * y_ld, y_ld);
+    multiply(o, *m, *k, *alpha, Dia<T>{val, *lval, idiag, *ndiag}, *last - from, x + from * x_ld, x_ld, y + from * y_ld,
+             y_ld);
 }
 
 } // namespace
 
-ORV_SPBLAS_dia_mv_par(SPBLAS_MEMBER)
-ORV_SPBLAS_dia_mm_par(SPBLAS_MEMBER)
+ORV_SPBLAS_dia_mv_par(SPBLAS_MEMBER) ORV_SPBLAS_dia_mm_par(SPBLAS_MEMBER)
 
 } // namespace orv::ORV_SPBLAS

@@ -7,7 +7,8 @@
 //   find_diag_par_<triangle><diagonal>(array, n, d0, dlast, d1, d2, flag)
 //
 // which also sets d0 := d1 := 1, and flag := 0, or -1 if the main diagonal is missing and needed. Where it would be, d2
-// says: in a list of nothing but negative distances at n + 1, of nothing but positive ones at 0 if the triangle is upper.
+// says: in a list of nothing but negative distances at n + 1, of nothing but positive ones at 0 if the triangle is
+// upper.
 //
 // A row depends on none that is nearer than the diagonal nearest to the main one. So as many rows make a block whose
 // elements are computed side by side, and only blocks follow each other.
@@ -35,8 +36,7 @@ template <class T> void divide_rows(i64 n, bool conjugates, const T* a, T* y)
     for (i64 i = 0; i < n; ++i) y[i] = divide(y[i], conjugate_if(conjugates, a[i]));
 }
 
-template <class T>
-[[gnu::noinline]] void solve(const Options& o, i64 m, const Dia<T>& a, T* y, Int beside, Int main)
+template <class T> [[gnu::noinline]] void solve(const Options& o, i64 m, const Dia<T>& a, T* y, Int beside, Int main)
 {
     const Int from = o.lower ? 0 : a.count - beside, to = from + beside;
     const i64 nearest = beside == 0 ? 0 : o.lower ? -i64{a.distance[to - 1]} : i64{a.distance[from]};
@@ -67,8 +67,7 @@ template <class T>
     if (main == a.count) return;
     const T* entries = a.at(0, main);
     for (i64 c = 0; c < columns; ++c, y += ldy)
-        for (i64 i = 0; i < m; ++i)
-            y[i] = divide(alpha, conjugate_if(o.conjugate_diagonal(), entries[i])) * y[i];
+        for (i64 i = 0; i < m; ++i) y[i] = divide(alpha, conjugate_if(o.conjugate_diagonal(), entries[i])) * y[i];
 }
 
 template <class T>
@@ -78,9 +77,9 @@ ORV_INLINE void dia_sv_seq_body(const Options& o, const Int* m, const T*, const 
     if (*m > 0) solve(o, *m, Dia<T>{val, *lval, idiag, *ndiag}, y, *dlast, *d2);
 }
 template <class T>
-ORV_INLINE void dia_sm_par_body(const Options& o, const Int* first, const Int* last, const Int* m, const Int*,
-                                const T*, const T* val, const Int* lval, const Int* idiag, const Int* ndiag, T* y,
-                                const Int* ldy, const Int* dlast, const Int* d2)
+ORV_INLINE void dia_sm_par_body(const Options& o, const Int* first, const Int* last, const Int* m, const Int*, const T*,
+                                const T* val, const Int* lval, const Int* idiag, const Int* ndiag, T* y, const Int* ldy,
+                                const Int* dlast, const Int* d2)
 {
     if (*m < 1) return;
     const i64 ld = *ldy;
@@ -103,14 +102,12 @@ ORV_INLINE void dia_sm_seq_body(const Options& o, const Int* m, const Int* nd, c
 
 } // namespace
 
-ORV_SPBLAS_dia_sv_seq(SPBLAS_MEMBER)
-ORV_SPBLAS_dia_sm_par(SPBLAS_MEMBER)
-ORV_SPBLAS_dia_svd_seq(SPBLAS_MEMBER)
-ORV_SPBLAS_dia_sm_seq(SPBLAS_MEMBER)
+ORV_SPBLAS_dia_sv_seq(SPBLAS_MEMBER) ORV_SPBLAS_dia_sm_par(SPBLAS_MEMBER) ORV_SPBLAS_dia_svd_seq(SPBLAS_MEMBER)
+    ORV_SPBLAS_dia_sm_seq(SPBLAS_MEMBER)
 
-SPBLAS_ROUTINE(7, find_diag_par_ln, find_diagonal<true, false>)
-SPBLAS_ROUTINE(7, find_diag_par_lu, find_diagonal<true, true>)
-SPBLAS_ROUTINE(7, find_diag_par_un, find_diagonal<false, false>)
-SPBLAS_ROUTINE(7, find_diag_par_uu, find_diagonal<false, true>)
+        SPBLAS_ROUTINE(7, find_diag_par_ln, find_diagonal<true, false>)
+            SPBLAS_ROUTINE(7, find_diag_par_lu, find_diagonal<true, true>)
+                SPBLAS_ROUTINE(7, find_diag_par_un, find_diagonal<false, false>)
+                    SPBLAS_ROUTINE(7, find_diag_par_uu, find_diagonal<false, true>)
 
 } // namespace orv::ORV_SPBLAS

@@ -9,9 +9,9 @@
 //   split_syml_par, split_symu_par(length, n, first, m, offsets, y)
 //                                the same for slices that do not reach all rows. n of them stand behind the m elements
 //                                of y, slice k from y[offsets[k]] to y[offsets[k + 1] - 1]: of a lower triangle, whose
-//                                parts touch rows from 1 on (syml), of an upper one, rows up to m (symu). They are added
-//                                to length rows from row first, counted from 1. Below 100 slices go in their order, else
-//                                in eight partial sums.
+//                                parts touch rows from 1 on (syml), of an upper one, rows up to m (symu). They are
+//                                added to length rows from row first, counted from 1. Below 100 slices go in their
+//                                order, else in eight partial sums.
 #include "spblas/vectors.h"
 
 namespace orv::ORV_SPBLAS {

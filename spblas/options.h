@@ -70,10 +70,7 @@ struct Part {
 
 // Gives routines of frame/kernels/spblas.def their body, called with the arguments as they are: one, and one a type.
 #define SPBLAS_ROUTINE(count, name, ...)                                                                               \
-    ORV_EXPORT void SPBLAS(name)(ORV_PARAMETERS(count, value_argument, SPBLAS(name)))                                  \
-    {                                                                                                                  \
-        __VA_ARGS__(ORV_NAMES(count));                                                                                 \
-    }
+    ORV_EXPORT void SPBLAS(name)(ORV_PARAMETERS(count, value_argument, SPBLAS(name))) { __VA_ARGS__(ORV_NAMES(count)); }
 #define SPBLAS_SDCZ(count, before, after, body)                                                                        \
     SPBLAS_ROUTINE(count, before##s##after, body<type_s>)                                                              \
     SPBLAS_ROUTINE(count, before##d##after, body<type_d>)                                                              \

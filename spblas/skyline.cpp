@@ -1,6 +1,7 @@
-// Skylines: products and solves. Row i of a lower triangle, or column i of an upper one, is stored from its first element
-// that is not zero to the diagonal: val[pntr[i] - pntr[0]] to val[pntr[i + 1] - pntr[0] - 1]. Dense operands are by
-// columns. op 1 A, else its transpose; uplo 1 lower, else upper; nonunit 0: ones stand on the diagonal, whatever is stored.
+// Skylines: products and solves. Row i of a lower triangle, or column i of an upper one, is stored from its first
+// element that is not zero to the diagonal: val[pntr[i] - pntr[0]] to val[pntr[i + 1] - pntr[0] - 1]. Dense operands
+// are by columns. op 1 A, else its transpose; uplo 1 lower, else upper; nonunit 0: ones stand on the diagonal, whatever
+// is stored.
 //
 //   skymmgk   C := C + alpha*op(A)*B, A triangular
 //   skymmsk   the same, A symmetric
@@ -25,8 +26,7 @@ namespace orv::ORV_SPBLAS {
 
 template <class T> using Axpy = void(const Int* n, const T* alpha, const T* x, const Int* incx, T* y, const Int* incy);
 template <class T> using Dot = T(const Int* n, const T* x, const Int* incx, const T* y, const Int* incy);
-template <class T>
-using Dotu = void(T* result, const Int* n, const T* x, const Int* incx, const T* y, const Int* incy);
+template <class T> using Dotu = void(T* result, const Int* n, const T* x, const Int* incx, const T* y, const Int* incy);
 extern "C" {
 Axpy<float> SPBLAS_PUBLIC(saxpy);
 Axpy<double> SPBLAS_PUBLIC(daxpy);
@@ -93,8 +93,7 @@ template <class T>
             // An element on the diagonal goes with one of the two.
             const bool with_rows = acts.diagonal && acts.along_rows, with_columns = acts.diagonal && !acts.along_rows;
             if (acts.along_rows) y[i] += for_rows * dot(with_rows ? p.length : p.beside(), p.val, x + p.from);
-            if (acts.along_columns)
-                axpy(with_columns ? p.length : p.beside(), for_columns * x[i], p.val, y + p.from);
+            if (acts.along_columns) axpy(with_columns ? p.length : p.beside(), for_columns * x[i], p.val, y + p.from);
             if (acts.unit) y[i] += alpha * x[i];
         }
     }

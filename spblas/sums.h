@@ -41,7 +41,6 @@ template <class T> struct Sum {
     ORV_INLINE void add(vec<T> a, vec<T> x) { s += a * x; }
     ORV_INLINE void operator+=(const Sum& other) { s += other.s; }
     ORV_INLINE void fold() { s = fold_lanes(s); }
-    ORV_INLINE void add_one(const T* a, const T* x) { s.r[0] += *a * *x; }
     ORV_INLINE T value(bool) const { return first_lane(s); }
     ORV_INLINE vec<T> values(bool) const { return s; }
 };
@@ -54,7 +53,6 @@ template <class R> struct Sum<cpx<R>> {
     }
     ORV_INLINE void operator+=(const Sum& other) { by_re += other.by_re, by_im += other.by_im; }
     ORV_INLINE void fold() { by_re = fold_lanes(by_re), by_im = fold_lanes(by_im); }
-    ORV_INLINE void add_one(const cpx<R>* a, const cpx<R>* x) { add(load_first<1>(a), load_first<1>(x)); }
     ORV_INLINE cpx<R> value(bool conjugates) const { return first_lane(values(conjugates)); }
     ORV_INLINE vec<cpx<R>> values(bool conjugates) const
     {
@@ -63,22 +61,44 @@ template <class R> struct Sum<cpx<R>> {
     }
 };
 
+// One partial sum, to which entries are added one by one.
+template <class T> struct One {
+    T s;
+    ORV_INLINE static One of(const Sum<T>& folded) { return {first_lane(folded.s)}; }
+    ORV_INLINE void add(const T* a, const T* x) { s += *a * *x; }
+    ORV_INLINE void operator+=(const One& other) { s += other.s; }
+    ORV_INLINE T value(bool) const { return s; }
+};
+template <class R> struct One<cpx<R>> {
+    Sum<cpx<R>> s;
+    ORV_INLINE static One of(const Sum<cpx<R>>& folded) { return {folded}; }
+    ORV_INLINE void add(const cpx<R>* a, const cpx<R>* x) { s.add(load_first<1>(a), load_first<1>(x)); }
+    ORV_INLINE void operator+=(const One& other) { s += other.s; }
+    ORV_INLINE cpx<R> value(bool conjugates) const { return s.value(conjugates); }
+};
+
 template <class T> ORV_INLINE void add_entries(Sum<T>& sum, const T* val, const Int* col, const T* x)
 {
     sum.add(loadu(val), gather_at(x, col));
 }
-template <class T> ORV_INLINE void add_rest(Sum<T>& sum, const Entries<T>& row, i64 from, const T* x)
+// Entry by entry; of reals a register of products is made at once, which takes fewer loads and changes no sum.
+template <class T> ORV_INLINE void add_rest(One<T>& sum, Entries<T> rest, const T* x)
 {
-    for (i64 e = from; e < row.n; ++e) sum.add_one(row.val + e, x + row.col[e]);
+    i64 e = 0;
+    if constexpr (!is_complex<T>)
+        for (constexpr int lanes = vec<T>::lanes; e + lanes <= rest.n; e += lanes) {
+            const vec<T> products = loadu(rest.val + e) * gather_at(x, rest.col + e);
+            repeat<lanes>([&](auto l) ORV_INLINE_LAMBDA { sum.s += products.r[l.value]; });
+        }
+    for (; e < rest.n; ++e) sum.add(rest.val + e, x + rest.col[e]);
 }
 
-// All registers into the first, two and two.
-template <int count, class T> ORV_INLINE void add_up(Sum<T> (&sum)[count])
+// All sums into the first, two and two.
+template <int count, class S> ORV_INLINE void add_up(S* sum)
 {
-#pragma GCC unroll 3
-    for (int half = count / 2; half > 0; half /= 2)
-#pragma GCC unroll 4
-        for (int r = 0; r < half; ++r) sum[r] += sum[r + half];
+    constexpr int half = count / 2;
+    repeat<half>([&](auto r) ORV_INLINE_LAMBDA { sum[r] += sum[r + half]; });
+    if constexpr (half > 1) add_up<half>(sum);
 }
 
 // Eight entries a step into four registers of two; with narrow integers sixteen into two. Fewer registers if one holds
@@ -89,19 +109,20 @@ template <class T> struct Steps {
     static constexpr int registers = sizeof(Int) == 4 ? 2 : lanes == 4 ? 2 : 4;
 };
 
-template <class T> [[gnu::noinline]] T dot(const Entries<T>& row, const T* x, bool conjugates)
+template <class T> [[gnu::noinline]] T dot(const T* val, const Int* col, i64 n, const T* x, bool conjugates)
 {
     using S = Steps<T>;
     Sum<T> sum[S::registers]{};
     i64 e = 0;
-    for (; e + S::entries <= row.n; e += S::entries)
-#pragma GCC unroll 16
-        for (int g = 0; g < S::entries / S::lanes; ++g)
-            add_entries(sum[g % S::registers], row.val + e + g * S::lanes, row.col + e + g * S::lanes, x);
-    add_up(sum);
+    for (; e + S::entries <= n; e += S::entries)
+        repeat<S::entries / S::lanes>([&](auto g) ORV_INLINE_LAMBDA {
+            add_entries(sum[g % S::registers], val + e + g * S::lanes, col + e + g * S::lanes, x);
+        });
+    add_up<S::registers>(sum);
     sum[0].fold();
-    add_rest(sum[0], row, e, x);
-    return sum[0].value(conjugates);
+    auto all = One<T>::of(sum[0]);
+    add_rest(all, {val + e, col + e, n - e}, x);
+    return all.value(conjugates);
 }
 
 // Rows from this length on take that many entries a step, into half as many registers of pairs.
@@ -111,40 +132,42 @@ inline constexpr i64 long_row = 64;
 // for some of them. Pieces are short enough to stay in the first-level cache.
 inline constexpr i64 piece = 8 * long_row;
 
-template <class T> [[gnu::noinline]] T long_dot(const Entries<T>& row, const T* x, bool conjugates)
+template <class T> [[gnu::noinline]] T long_dot(const T* val, const Int* col, i64 n, const T* x, bool conjugates)
 {
     constexpr int lanes = vec<T>::lanes, together = Sum<T>::together;
     constexpr int registers = lanes == 1 ? 32 : long_row / lanes;
-    const i64 steps_end = row.n / long_row * long_row;
-    Sum<T> kept[registers], total{};
+    const i64 steps_end = n / long_row * long_row;
+    Sum<T> kept[registers]; // from piece to piece
+    Sum<T> total{};
     for (i64 from = 0; from < steps_end; from += piece) {
         const i64 to = min(from + piece, steps_end);
         for (int r = 0; r < registers; r += together) {
             Sum<T> sum[together]{};
-            if (from > 0)
-                for (int g = 0; g < together; ++g) sum[g] = kept[r + g];
-            for (i64 e = from; e < to; e += long_row)
-                for (i64 part = r * lanes; part < long_row; part += registers * lanes)
-#pragma GCC unroll 8
-                    for (int g = 0; g < together; ++g)
-                        add_entries(sum[g], row.val + e + part + g * lanes, row.col + e + part + g * lanes, x);
+            if (from > 0) repeat<together>([&](auto g) ORV_INLINE_LAMBDA { sum[g] = kept[r + g]; });
+            const T* from_val = val + r * lanes;
+            const Int* from_col = col + r * lanes;
+            for (i64 e = from; e < to; e += registers * lanes)
+                repeat<together>([&](auto g) ORV_INLINE_LAMBDA {
+                    add_entries(sum[g], from_val + e + g * lanes, from_col + e + g * lanes, x);
+                });
             if (to < steps_end) {
-                for (int g = 0; g < together; ++g) kept[r + g] = sum[g];
+                repeat<together>([&](auto g) ORV_INLINE_LAMBDA { kept[r + g] = sum[g]; });
             } else {
-                add_up(sum);
+                add_up<together>(sum);
                 total += sum[0];
             }
         }
     }
     total.fold();
-    add_rest(total, row, steps_end, x);
-    return total.value(conjugates);
+    auto all = One<T>::of(total);
+    add_rest(all, {val + steps_end, col + steps_end, n - steps_end}, x);
+    return all.value(conjugates);
 }
 
-template <class T> ORV_INLINE T plain_dot(const Entries<T>& row, const T* x, bool conjugates)
+template <class T> ORV_INLINE T plain_dot(Entries<T> row, const T* x, bool conjugates)
 {
-    Sum<T> sum{};
-    add_rest(sum, row, 0, x);
+    One<T> sum{};
+    add_rest(sum, row, x);
     return sum.value(conjugates);
 }
 

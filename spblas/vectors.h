@@ -5,6 +5,13 @@
 
 namespace orv::ORV_SPBLAS {
 
+// act(0), act(1), ... act(n - 1), each for itself: arrays that only these numbers index are registers.
+template <int n, class Act> ORV_INLINE void repeat(const Act& act)
+{
+    [&]<int... i>(std::integer_sequence<int, i...>) ORV_INLINE_LAMBDA { (act(std::integral_constant<int, i>()), ...); }
+    (std::make_integer_sequence<int, n>());
+}
+
 // y[0 .. n-1] := 0, not read.
 template <class T> void clear(T* y, i64 n)
 {

@@ -66,8 +66,7 @@ using CsrSymmvs = void(const Int* m, const double* val, const Int* col, const In
     const Int *mb, const Int *nd, const Int *lb, const T *alpha, ORV_SPBLAS_CSR(T, Int), const T *b, const Int *ldb,   \
         T *c, const Int *ldc
 template <class T, class Int> using BsrmmGen = void(const Int* op, ORV_SPBLAS_BSR_DENSE(T, Int));
-template <class T, class Int>
-using BsrmmSym = void(const Int* uplo, const Int* nonunit, ORV_SPBLAS_BSR_DENSE(T, Int));
+template <class T, class Int> using BsrmmSym = void(const Int* uplo, const Int* nonunit, ORV_SPBLAS_BSR_DENSE(T, Int));
 template <class T, class Int>
 using BsrmmTr = void(const Int* op, const Int* uplo, const Int* nonunit, ORV_SPBLAS_BSR_DENSE(T, Int));
 template <class T, class Int> using BsrmmSkew = void(const Int* op, const Int* uplo, ORV_SPBLAS_BSR_DENSE(T, Int));

@@ -48,8 +48,7 @@ private:
 };
 
 // What blocks mean: triangles and diagonals are those of blocks, of which each is used whole.
-template <class T>
-std::vector<Coordinate<T>> meant_by_blocks(const SparseName& name, const Coordinates<T>& a, i64 lb)
+template <class T> std::vector<Coordinate<T>> meant_by_blocks(const SparseName& name, const Coordinates<T>& a, i64 lb)
 {
     std::vector<Coordinate<T>> all;
     for (const auto& [i, j, value] : a.entries) {
@@ -123,9 +122,8 @@ TEST(BsrMv, of_every_name_is_within_the_textbook_bound)
                         const auto function = kernel<sparse::bsr_mv_par<T, Int>>(module_of<Int>, name.text);
                         const Int mb = 9, order = static_cast<Int>(lb);
                         const auto run = [&](Int first, Int last) {
-                            function(&first, &last, &mb, &mb, &order, &alpha, blocks.val.data(),
-                                     blocks.list.col.data(), blocks.list.begin.data(), blocks.list.end.data(),
-                                     x.data(), y.data(), &beta);
+                            function(&first, &last, &mb, &mb, &order, &alpha, blocks.val.data(), blocks.list.col.data(),
+                                     blocks.list.begin.data(), blocks.list.end.data(), x.data(), y.data(), &beta);
                         };
                         if (name.kind == 'g') run(1, 4), run(5, 9), run(3, 2);
                         else run(1, 9);
@@ -151,7 +149,8 @@ void expect_product(const std::string& routine, char kind, Int op, Int uplo, Int
     const Blocks<T, Int> blocks(block_pattern<T>(9, false), lb, by_rows, kind == 's');
     const Dense<T> b(9 * lb, columns, by_rows, 1), c(9 * lb, columns, by_rows, 2);
     const T alpha = factors<T>()[0].first;
-    const Int mb = 9, nd = columns, order = static_cast<Int>(lb), ldb = b.template ld<Int>(), ldc = c.template ld<Int>();
+    const Int mb = 9, nd = columns, order = static_cast<Int>(lb), ldb = b.template ld<Int>(),
+              ldc = c.template ld<Int>();
     const std::string prefix = std::string(by_rows ? "cspblas_" : "") + letter<T> + routine;
     const char* module = module_of<Int>;
     const auto call = [&]<class F>(std::type_identity<F>, auto... options) {
@@ -159,11 +158,20 @@ void expect_product(const std::string& routine, char kind, Int op, Int uplo, Int
                                   blocks.list.begin.data(), blocks.list.end.data(), b.data(), &ldb, c.data(), &ldc);
     };
     switch (kind) {
-    case 'g': call(std::type_identity<sparse::BsrmmGen<T, Int>>(), &op); break;
-    case 's': call(std::type_identity<sparse::BsrmmSym<T, Int>>(), &uplo, &nonunit); break;
-    case 't': call(std::type_identity<sparse::BsrmmTr<T, Int>>(), &op, &uplo, &nonunit); break;
-    case 'a': call(std::type_identity<sparse::BsrmmSkew<T, Int>>(), &op, &uplo); break;
-    default: call(std::type_identity<sparse::BsrmmDiag<T, Int>>(), &op, &nonunit);
+    case 'g':
+        call(std::type_identity<sparse::BsrmmGen<T, Int>>(), &op);
+        break;
+    case 's':
+        call(std::type_identity<sparse::BsrmmSym<T, Int>>(), &uplo, &nonunit);
+        break;
+    case 't':
+        call(std::type_identity<sparse::BsrmmTr<T, Int>>(), &op, &uplo, &nonunit);
+        break;
+    case 'a':
+        call(std::type_identity<sparse::BsrmmSkew<T, Int>>(), &op, &uplo);
+        break;
+    default:
+        call(std::type_identity<sparse::BsrmmDiag<T, Int>>(), &op, &nonunit);
     }
     ASSERT_LE(error(meant_by_blocks(name, blocks.a, lb), columns, alpha, one<T>, b, c, 9 * lb), 1)
         << module << ' ' << prefix << ", op " << op << " uplo " << uplo << " nonunit " << nonunit << " order " << lb;
@@ -226,7 +234,7 @@ void expect_solved(bool by_columns, bool by_rows, Int op, Int uplo, i64 lb, bool
     }
     const Int mb = 9, nd = 3, order = static_cast<Int>(lb), flag = 1;
     const char* base = by_rows ? "_cspblas" : "";
-    const auto &list = blocks.list;
+    const auto& list = blocks.list;
     const auto invert = kernel<sparse::BsrInvdiag<T, Int>>(module_of<Int>, letter<T>, "bsr", base, "_invdiag");
     const Int none = 0;
     const std::vector<T> before(blocks.val.begin(), blocks.val.end());
@@ -237,15 +245,14 @@ void expect_solved(bool by_columns, bool by_rows, Int op, Int uplo, i64 lb, bool
 
     const Dense<T> c(9 * lb, nd, by_rows, 2);
     const Int ldc = c.template ld<Int>();
-    kernel<sparse::BsrGauss<T, Int>>(module_of<Int>, letter<T>, by_columns ? "bsc" : "bsr", base, "_gauss")(
-        &op, &uplo, &order, &mb, &nd, blocks.val.data(), list.col.data(), list.begin.data(), list.end.data(), c.data(),
-        &ldc);
+    kernel<sparse::BsrGauss<T, Int>>(module_of<Int>, letter<T>, by_columns ? "bsc" : "bsr", base,
+                                     "_gauss")(&op, &uplo, &order, &mb, &nd, blocks.val.data(), list.col.data(),
+                                               list.begin.data(), list.end.data(), c.data(), &ldc);
     SparseName name{};
     name.kind = 't', name.op = op == 1 ? 'n' : op == 3 ? 'c' : 't', name.triangle = uplo == 1 ? 'l' : 'u';
     auto all = meant_by_blocks(name, a, lb);
     for (i64 i = 0; i < 9; ++i) // blocks that are missing count for ones
-        if (std::none_of(all.begin(), all.end(),
-                         [&](const auto& e) { return e.i / lb == i && e.j / lb == i; }))
+        if (std::none_of(all.begin(), all.end(), [&](const auto& e) { return e.i / lb == i && e.j / lb == i; }))
             for (i64 r = 0; r < lb; ++r) all.push_back({i * lb + r, i * lb + r, one<T>});
     for (i64 j = 0; j < nd; ++j) {
         std::vector<WideSum> sums(static_cast<std::size_t>(9 * lb));
@@ -254,8 +261,8 @@ void expect_solved(bool by_columns, bool by_rows, Int op, Int uplo, i64 lb, bool
             auto& sum = sums[static_cast<std::size_t>(i)];
             sum.add(-one<T>, c.before(i, j));
             sum.terms *= static_cast<long double>(2 * lb); // inverses, of well-conditioned blocks
-            ASSERT_LE(sum.excess(zero<T>), 1) << module_of<Int> << ' ' << letter<T> << (by_columns ? "bsc" : "bsr") << base
-                                              << " op " << op << " uplo " << uplo << " order " << lb;
+            ASSERT_LE(sum.excess(zero<T>), 1) << module_of<Int> << ' ' << letter<T> << (by_columns ? "bsc" : "bsr")
+                                              << base << " op " << op << " uplo " << uplo << " order " << lb;
         }
     }
     EXPECT_TRUE(c.padding_is_untouched());

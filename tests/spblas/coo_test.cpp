@@ -53,7 +53,7 @@ public:
         const Int f = static_cast<Int>(first), l = static_cast<Int>(last), m = static_cast<Int>(a_.m),
                   k = static_cast<Int>(a_.k), nd = static_cast<Int>(columns_), nnz = coo_.count(),
                   ldx = x.template ld<Int>(), ldy = y.template ld<Int>();
-        const auto &[val, row, col] = coo_;
+        const auto& [val, row, col] = coo_;
         if (name_.form == "sv")
             reinterpret_cast<sparse::coo_sv_seq<T, Int>*>(address)(&m, &alpha, val.data(), row.data(), col.data(), &nnz,
                                                                    y.data());
@@ -81,8 +81,7 @@ public:
     {
         SparseName name = name_;
         auto all = meant(name, a_);
-        if (name.unit() && name.kind != 'd')
-            std::erase_if(all, [](const auto& entry) { return entry.i == entry.j; });
+        if (name.unit() && name.kind != 'd') std::erase_if(all, [](const auto& entry) { return entry.i == entry.j; });
         long double worst = 0;
         std::vector<WideSum> sums(static_cast<std::size_t>(a_.m));
         for (i64 c = 0; c < columns_; ++c) {

@@ -10,8 +10,8 @@ namespace {
 template <class T, class Int> class Product {
 public:
     Product(const SparseName& name, const Coordinates<T>& a, i64 columns, T alpha, T beta)
-        : name_(name), a_(a), columns_(columns), alpha_(alpha), beta_(beta),
-          csr_(a, name.base, 1), x_(general_transposed() ? a.m : a.k, columns, name.by_rows(), 2),
+        : name_(name), a_(a), columns_(columns), alpha_(alpha), beta_(beta), csr_(a, name.base, 1),
+          x_(general_transposed() ? a.m : a.k, columns, name.by_rows(), 2),
           y(rows(), columns, name.by_rows(), 3, beta == zero<T>)
     {
         if (beta == zero<T>) // rows beyond m are the caller's to scale
@@ -23,16 +23,16 @@ public:
         const auto address = kernel_address(module_of<Int>, name_.text);
         const Int f = static_cast<Int>(first), l = static_cast<Int>(last), m = static_cast<Int>(a_.m),
                   nd = static_cast<Int>(columns_), ldx = x_.template ld<Int>(), ldy = y.template ld<Int>();
-        const auto &[val, col, begin, end] = csr_;
+        const auto& [val, col, begin, end] = csr_;
         namespace sparse = kernels::sparse;
         if (name_.run == "par")
-            reinterpret_cast<sparse::csr_mm_par<T, Int>*>(address)(
-                &f, &l, &m, &nd, &alpha_, val.data(), col.data(), begin.data(), end.data(), x_.data(), &ldx, y.data(),
-                &ldy, &beta_);
+            reinterpret_cast<sparse::csr_mm_par<T, Int>*>(address)(&f, &l, &m, &nd, &alpha_, val.data(), col.data(),
+                                                                   begin.data(), end.data(), x_.data(), &ldx, y.data(),
+                                                                   &ldy, &beta_);
         else
             reinterpret_cast<sparse::csr_mm_seq<T, Int>*>(address)(&m, &nd, &alpha_, val.data(), col.data(),
-                                                                   begin.data(), end.data(), x_.data(), &ldx,
-                                                                   y.data(), &ldy, &beta_);
+                                                                   begin.data(), end.data(), x_.data(), &ldx, y.data(),
+                                                                   &ldy, &beta_);
     }
     // The kernel does not know the rows of a transposed matrix, and scales as many as there are before.
     i64 rows() const { return general_transposed() ? std::max(a_.m, a_.k) : a_.m; }

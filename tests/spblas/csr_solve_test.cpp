@@ -18,13 +18,13 @@ public:
     {
         const auto m = static_cast<Int>(a_.m);
         const auto address = kernel_address(module_of<Int>, name_.text);
-        const auto &[val, col, begin, end] = csr_;
+        const auto& [val, col, begin, end] = csr_;
         if (name_.form == "sv")
-            return reinterpret_cast<kernels::sparse::csr_sv_seq<T, Int>*>(address)(
-                &m, &alpha, val.data(), col.data(), begin.data(), end.data(), y.data());
+            return reinterpret_cast<kernels::sparse::csr_sv_seq<T, Int>*>(address)(&m, &alpha, val.data(), col.data(),
+                                                                                   begin.data(), end.data(), y.data());
         const Int f = static_cast<Int>(first), l = static_cast<Int>(last), ld = y.template ld<Int>();
-        reinterpret_cast<kernels::sparse::csr_sm_par<T, Int>*>(address)(
-            &f, &l, &m, &l, &alpha, val.data(), col.data(), begin.data(), end.data(), y.data(), &ld);
+        reinterpret_cast<kernels::sparse::csr_sm_par<T, Int>*>(address)(&f, &l, &m, &l, &alpha, val.data(), col.data(),
+                                                                        begin.data(), end.data(), y.data(), &ld);
     }
     long double worst(i64 column) const
     {

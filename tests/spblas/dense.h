@@ -8,8 +8,7 @@ namespace orv::test {
 template <class T> class Dense {
 public:
     Dense(i64 rows, i64 columns, bool by_rows, i64 padding, bool nan = false)
-        : by_rows_(by_rows), rows_(rows), columns_(columns), ld_((by_rows ? columns : rows) + padding),
-          data_(size())
+        : by_rows_(by_rows), rows_(rows), columns_(columns), ld_((by_rows ? columns : rows) + padding), data_(size())
     {
         Random random(static_cast<std::size_t>(rows * 7 + columns));
         for (i64 i = 0; i < rows; ++i)
@@ -32,7 +31,8 @@ public:
     {
         const i64 used = by_rows_ ? columns_ : rows_;
         for (i64 p = 0; p < static_cast<i64>(before_.size()); ++p)
-            if (p % ld_ >= used && !same_bits(&data_[static_cast<std::size_t>(p)], &before_[static_cast<std::size_t>(p)], 1))
+            if (p % ld_ >= used &&
+                !same_bits(&data_[static_cast<std::size_t>(p)], &before_[static_cast<std::size_t>(p)], 1))
                 return false;
         return true;
     }

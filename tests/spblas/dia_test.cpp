@@ -14,7 +14,8 @@ struct Shape {
     std::vector<i64> distances;
 };
 
-// Diagonals in arrays whose corners outside the matrix are not numbers, with padding below, and the same in coordinates.
+// Diagonals in arrays whose corners outside the matrix are not numbers, with padding below, and the same in
+// coordinates.
 template <class T, class Int> struct Arrays {
     Coordinates<T> a;
     i64 lval;

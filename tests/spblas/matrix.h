@@ -143,7 +143,7 @@ template <class T> std::vector<Coordinates<T>> square_patterns(bool with_diagona
     std::vector<i64> mixed{0, 3, 1, 0, 9, 8, 7, 16, 17, 2, 5, 70, 63, 64, 65, 4}, full(9, 9), long_rows;
     while (mixed.size() < 71) mixed.push_back(static_cast<i64>(mixed.size() * 7 % 12));
     for (i64 i = 0; i < 150; ++i) long_rows.push_back(i % 3 == 0 ? 150 - i % 20 : i % 7);
-    return {drawn<T>("no row", 0, {}, d),        drawn<T>("one entry", 1, {1}, d), drawn<T>("full", 9, full, d),
+    return {drawn<T>("no row", 0, {}, d), drawn<T>("one entry", 1, {1}, d), drawn<T>("full", 9, full, d),
             drawn<T>("mixed rows", 71, mixed, d), drawn<T>("long rows", 150, long_rows, d)};
 }
 // Further ones for general matrices.

@@ -57,10 +57,14 @@ template <class Visitor> void each_width(char type, const Visitor& visit)
         visit.template operator()<T, i32>();
     };
     switch (type) {
-    case 's': return both.template operator()<float>();
-    case 'd': return both.template operator()<double>();
-    case 'c': return both.template operator()<cpx<float>>();
-    default: return both.template operator()<cpx<double>>();
+    case 's':
+        return both.template operator()<float>();
+    case 'd':
+        return both.template operator()<double>();
+    case 'c':
+        return both.template operator()<cpx<float>>();
+    default:
+        return both.template operator()<cpx<double>>();
     }
 }
 

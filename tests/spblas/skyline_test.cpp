@@ -134,7 +134,7 @@ template <class Int> void expect_symmetric()
             Random(4).fill(x);
             const Int m = static_cast<Int>(a.m);
             kernel<sparse::CsrSymmvs<Int>>(module_of<Int>, "dcsrsymmvs")(&m, val.data(), col.data(), ia.data(),
-                                                                          x.data(), y.data());
+                                                                         x.data(), y.data());
             std::vector<WideSum> sums(x.size());
             for (const auto& [i, j, value] : meant(name, a))
                 sums[static_cast<std::size_t>(i)].add(value, x[static_cast<std::size_t>(j)]);
@@ -214,8 +214,9 @@ TEST(Helpers, add_shares_that_do_not_reach_all_rows)
                 for (Int k = 0; k < n; ++k) offsets.push_back(offsets.back() + k % 6);
                 Guarded<T> y(static_cast<std::size_t>(offsets.back()));
                 std::fill(y.begin(), y.end(), one<T>);
-                kernel<sparse::SplitSym<T, Int>>(module_of<Int>, letter<T>, upper ? "split_symu_par" : "split_syml_par")(
-                    &length, &n, &first, &m, offsets.data(), y.data());
+                kernel<sparse::SplitSym<T, Int>>(module_of<Int>, letter<T>,
+                                                 upper ? "split_symu_par" : "split_syml_par")(&length, &n, &first, &m,
+                                                                                              offsets.data(), y.data());
                 for (Int i = 0; i < m; ++i) {
                     T expected = one<T>;
                     for (Int k = 0; k < n; ++k)
