@@ -20,11 +20,11 @@ template <int n, bool forward, class R, class... S> ORV_INLINE void fixed_reals(
 {
     auto* const to = reinterpret_cast<cpx<R>*>(dst);
     const auto* from = reinterpret_cast<const cpx<R>*>(src);
-    if constexpr (n > 2 && forward) {
+    if constexpr (n > 4 && forward) {
         fixed_pairs<n / 2, true>(from, to, scale...);
-        recombine_all<true>(to, to, n / 2, half_sines<R, log_of(n)>.table);
+        recombine_all<true, true>(to, to, n / 2, half_sines<R, log_of(n)>.table);
         *to = {dst[0] + dst[1], dst[0] - dst[1]};
-    } else if constexpr (n > 2) {
+    } else if constexpr (n > 4) {
         cpx<R> z[n / 2];
         recombine_all<false>(from, z, n / 2, half_sines<R, log_of(n)>.table);
         z[0] = {src[0] + src[1], src[0] - src[1]};
@@ -33,7 +33,14 @@ template <int n, bool forward, class R, class... S> ORV_INLINE void fixed_reals(
         R x[n];
         for (int i = 0; i < n; ++i) x[i] = (src[i] * ... * scale);
         if constexpr (n == 1) dst[0] = x[0];
-        else dst[0] = x[0] + x[1], dst[1] = x[0] - x[1];
+        else if constexpr (n == 2) dst[0] = x[0] + x[1], dst[1] = x[0] - x[1];
+        else if constexpr (forward) {
+            const R even = x[0] + x[2], odd = x[1] + x[3];
+            dst[0] = even + odd, dst[1] = even - odd, dst[2] = x[0] - x[2], dst[3] = x[3] - x[1];
+        } else {
+            const R even = x[0] + x[1], odd = x[0] - x[1], re = x[2] + x[2], im = x[3] + x[3];
+            dst[0] = even + re, dst[2] = even - re, dst[1] = odd - im, dst[3] = odd + im;
+        }
     }
 }
 

@@ -46,14 +46,15 @@ ORV_INLINE void recombine(vec<cpx<R>>& a, vec<cpx<R>>& b, vec<cpx<R>> half_sine,
     if constexpr (!forward) std::swap(a, b);
 }
 
-template <bool forward, class R>
+// fresh: the numbers have just been stored. A load across two stores would wait for both; one number lies within one.
+template <bool forward, bool fresh = false, class R>
 ORV_INLINE void recombine_all(const cpx<R>* from, cpx<R>* to, i64 m, const R* half_sines)
 {
     constexpr i64 lanes = vec<cpx<R>>::lanes;
     const R* const cosines = half_sines + m / 2;
     i64 k = 1;
     for (; k + lanes <= m - k - lanes + 1; k += lanes) {
-        vec<cpx<R>> a = loadu(from + k), b = load_backward(from + m - k);
+        vec<cpx<R>> a = fresh ? gather(from + k, 1) : loadu(from + k), b = load_backward(from + m - k);
         recombine<forward>(a, b, parts_upward(half_sines + k), parts_downward(cosines - k));
         storeu(to + k, a), store_backward(to + m - k, b);
     }
