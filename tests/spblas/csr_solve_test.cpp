@@ -48,7 +48,7 @@ template <class Check> void each_solve(const std::string& form, const Check& che
     for (const SparseName& name : sparse_names("csr", form)) {
         ++names;
         each_width(name.type, [&]<class T, class Int> {
-            for (const auto& a : solvable_patterns<T>()) {
+            for (const auto& a : solvable_patterns<T>(name)) {
                 if (testing::Test::HasFailure()) return;
                 SCOPED_TRACE(std::string(module_of<Int>) + ' ' + name.text + ", " + a.pattern);
                 check.template operator()<T, Int>(name, a);

@@ -76,11 +76,11 @@ long double residual(const SparseName& name, const Coordinates<T>& a, T alpha, c
     return worst;
 }
 
-// Of a diagonal matrix only rows that have a diagonal can be solved; the patterns for solves have it everywhere. In a
-// triangle of random numbers solutions would grow beyond all bounds, so entries beside the diagonal are small.
-template <class T> std::vector<Coordinates<T>> solvable_patterns()
+// Every row has its diagonal, unless ones stand there: then some have and some have not. In a triangle of random numbers
+// solutions would grow beyond all bounds, so entries beside the diagonal are small.
+template <class T> std::vector<Coordinates<T>> solvable_patterns(const SparseName& name)
 {
-    auto all = square_patterns<T>(true);
+    auto all = square_patterns<T>(!name.unit());
     for (auto& a : all)
         for (auto& entry : a.entries)
             if (entry.i != entry.j) entry.a = real_t<T>(0.125) * entry.a;

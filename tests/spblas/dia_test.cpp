@@ -130,7 +130,7 @@ std::vector<Shape> shapes(const SparseName& name, bool solves)
                            {7, 7, {-6, -2, -1, 0, 1, 5}},
                            {30, 30, {-40, -30, -29, -11, -9, 0, 8, 9, 17, 29, 30, 31}},
                            {64, 64, {-1, 0, 1}}};
-    if (!solves) all.push_back({25, 25, {-3, 4}}), all.push_back({9, 9, {}});
+    if (!solves || name.unit()) all.push_back({25, 25, {-3, 4}}), all.push_back({9, 9, {}});
     if (name.kind == 'g')
         for (const Shape& shape : {Shape{12, 30, {-11, -4, 0, 3, 18, 29}}, Shape{30, 12, {-29, -12, 0, 7, 11}},
                                    Shape{5, 0, {0, 1}}, Shape{0, 5, {0, 1}}})
@@ -188,6 +188,17 @@ TEST(DiaMv, covers_every_element_across_tiles)
             call.run(1, 1);
             EXPECT_LE(call.error(), 1) << name.text << ", " << m << " by " << columns;
         }
+}
+
+TEST(DiaMv, takes_tiles_in_their_order_and_in_each_the_diagonals)
+{
+    const i64 m = 1, k = 10001, n = 3, lval = 1, distance[] = {0, 5000, 1};
+    const double alpha = 1, val[] = {0x1p60, -0x1p60, 1};
+    const std::vector<double> x(static_cast<std::size_t>(k), 1);
+    double y = 0;
+    kernel<kernels::spblas::ddia1ng__f__mvout_par>()(nullptr, nullptr, &m, &k, &alpha, val, &lval, distance, &n,
+                                                     x.data(), &y);
+    EXPECT_EQ(y, 0); // the 1 comes second, and is lost
 }
 
 TEST(DiaSv, of_every_name_leaves_a_small_residual)
