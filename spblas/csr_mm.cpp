@@ -68,7 +68,7 @@ template <bool by_rows, int registers, class T>
             repeat<registers>([&](auto r) ORV_INLINE_LAMBDA {
                 T* p = result + r * lanes * y_next;
                 vec<T> closed = alpha * sum[r].values(o.conjugate_direct);
-                if (close.beta != zero<T>) closed = beta * load_strided<by_rows>(p, ldy) + closed;
+                if (close.reads) closed = beta * load_strided<by_rows>(p, ldy) + closed;
                 store_strided<by_rows>(p, ldy, closed);
             });
         }

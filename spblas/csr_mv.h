@@ -9,7 +9,8 @@ namespace orv::ORV_SPBLAS {
 // What becomes of a row's sum where nothing else adds to its element.
 template <class T> struct Close {
     T alpha, beta;
-    ORV_INLINE void operator()(T sum, T* y) const { *y = beta == zero<T> ? alpha * sum : beta * *y + alpha * sum; }
+    bool reads = beta != zero<T>;
+    ORV_INLINE void operator()(T sum, T* y) const { *y = reads ? beta * *y + alpha * sum : alpha * sum; }
 };
 
 // Rows as they stand: y[i] := alpha*sum + beta*y[i].
