@@ -80,8 +80,7 @@ long double error(const std::vector<Coordinate<T>>& all, i64 columns, T alpha, T
         }
         for (const auto& [i, j, a] : all) sums[static_cast<std::size_t>(i)].add(alpha, a, x(j, c));
         for (i64 i = 0; i < rows; ++i) {
-            const long double e = sums[static_cast<std::size_t>(i)].excess(y(i, c));
-            if (!(e <= worst)) worst = e;
+            keep_worst(worst, sums[static_cast<std::size_t>(i)].excess(y(i, c)));
         }
     }
     return worst;

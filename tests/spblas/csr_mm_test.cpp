@@ -52,8 +52,7 @@ public:
                 WideSum sum = sums[static_cast<std::size_t>(i)].times(alpha_);
                 if (i < a_.m && beta_ != zero<T>) sum.add(beta_, y.before(i, c));
                 if (i >= a_.m && beta_ != zero<T>) sum.add(y.before(i, c));
-                const long double e = sum.excess(y(i, c));
-                if (!(e <= worst)) worst = e;
+                keep_worst(worst, sum.excess(y(i, c)));
             }
         }
         return worst;
@@ -99,6 +98,16 @@ TEST(CsrMm, of_every_name_is_within_the_textbook_bound)
         product.run(1, a.m);
         EXPECT_LE(product.worst(), 1);
         EXPECT_TRUE(product.y.padding_is_untouched());
+    });
+}
+
+TEST(CsrMm, does_not_use_values_that_do_not_count)
+{
+    each_name([]<class T, class Int>(const SparseName& name, const auto& a) {
+        const auto nan = with_nan_where_nothing_counts(name, a);
+        const Product<T, Int> product(name, nan, 2, one<T>, one<T>);
+        product.run(1, a.m);
+        EXPECT_LE(product.worst(), 1);
     });
 }
 

@@ -81,6 +81,17 @@ TEST(CsrSm, of_every_name_leaves_a_small_residual_in_the_columns_asked_for)
     });
 }
 
+TEST(CsrSolves, do_not_use_values_that_do_not_count)
+{
+    for (const char* form : {"sv", "sm"})
+        each_solve(form, []<class T, class Int>(const SparseName& name, const auto& a) {
+            const auto nan = with_nan_where_nothing_counts(name, a);
+            const Solve<T, Int> solve(name, nan);
+            solve.run();
+            EXPECT_LE(solve.worst(0), 1);
+        });
+}
+
 TEST(CsrSm, asks_for_one_column_on_128_bytes_and_gives_it_back)
 {
     each_solve("sm", []<class T, class Int>(const SparseName& name, const auto& a) {

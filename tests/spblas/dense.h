@@ -70,14 +70,13 @@ long double residual(const SparseName& name, const Coordinates<T>& a, T alpha, c
         if (name.kind == 'd') sum.add(-alpha, right(i));
         else sum.add(-one<T>, right(i));
         sum.terms += 4; // a complex quotient
-        const long double e = sum.excess(zero<T>);
-        if (!(e <= worst)) worst = e;
+        keep_worst(worst, sum.excess(zero<T>));
     }
     return worst;
 }
 
-// Every row has its diagonal, unless ones stand there: then some have and some have not. In a triangle of random numbers
-// solutions would grow beyond all bounds, so entries beside the diagonal are small.
+// Every row has its diagonal, unless ones stand there: then some have and some have not. In a triangle of random
+// numbers solutions would grow beyond all bounds, so entries beside the diagonal are small.
 template <class T> std::vector<Coordinates<T>> solvable_patterns(const SparseName& name)
 {
     auto all = square_patterns<T>(!name.unit());

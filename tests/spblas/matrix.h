@@ -100,6 +100,12 @@ struct WideSum {
     }
 };
 
+// The larger error of two; once it is not a number it stays that.
+inline void keep_worst(long double& worst, long double error)
+{
+    if (worst == worst && !(error <= worst)) worst = error;
+}
+
 // ---- Patterns
 
 template <class T> Coordinates<T> from_rows(std::string pattern, i64 k, const std::vector<std::vector<i64>>& rows)
@@ -205,6 +211,13 @@ template <class T> T not_a_number()
     const auto nan = std::numeric_limits<real_t<T>>::quiet_NaN();
     if constexpr (is_complex<T>) return {nan, nan};
     else return nan;
+}
+// The matrix with values that are not numbers wherever they do not count.
+template <class T> Coordinates<T> with_nan_where_nothing_counts(const SparseName& name, Coordinates<T> a)
+{
+    for (auto& entry : a.entries)
+        if (!name.keeps(entry.i, entry.j)) entry.a = not_a_number<T>();
+    return a;
 }
 template <class T> bool same_bits(const T* a, const T* b, i64 n)
 {
