@@ -23,8 +23,8 @@ std::vector<std::string> lines(const std::string& list)
 
 using Names = std::set<std::string>;
 
-// The names of abi/<module>.txt and <module>.probable.txt behind the tag: all, and those that match a line of
-// abi/started.txt, which must be there.
+// The names of abi/<module>.txt and <module>.probable.txt behind the tag: all that there may be, and those of the first
+// list that match a line of abi/started.txt, which must be there.
 struct Listed {
     Names all, started;
 
@@ -32,11 +32,12 @@ struct Listed {
     {
         const std::vector<std::string> patterns = lines("started");
         const std::string prefix = "orv_" + module + "_";
-        for (const char* sort : {"", ".probable"})
+        for (const std::string sort : {"", ".probable"})
             for (const std::string& name : lines(module + sort)) {
                 if (!name.starts_with(prefix)) continue;
                 const std::string stem = name.substr(name.find('_', prefix.size()) + 1);
                 all.insert(stem);
+                if (!sort.empty()) continue;
                 for (const std::string& pattern : patterns)
                     if (fnmatch(pattern.c_str(), name.c_str(), 0) == 0) started.insert(stem);
             }
