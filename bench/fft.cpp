@@ -28,9 +28,14 @@ Case transform(char type, const char* lengths, i64 n, bool quick)
 std::vector<Case> fft_cases()
 {
     std::vector<Case> cases;
-    for (const char type : {'z', 'c', 'd', 's'})
+    for (const char type : {'z', 'c', 'd', 's'}) {
         for (int order = 2; order <= 20; ++order)
             cases.push_back(transform(type, "powers of two", i64{1} << order, order % 3 == 1));
+        for (const i64 n : {6, 9, 12, 15, 20, 24, 36, 50, 60, 75, 100, 105, 120, 180, 210, 250, 360, 500, 700, 1000})
+            cases.push_back(transform(type, "small factors", n, n % 60 == 0));
+        for (const i64 n : {5, 7, 11, 13, 17, 31, 53, 97, 149, 211, 331, 499, 733, 997})
+            cases.push_back(transform(type, "primes", n, n == 97));
+    }
     return cases;
 }
 

@@ -1,4 +1,5 @@
 // FFTW behind the routines that bench/fft.cpp times, planned as BENCH_FFTW says: "patient", or by measurements.
+// Patience with more than 2^14 points takes minutes a length, so those are planned by measurements either way.
 #include "bench/fft_plans.h"
 
 #include <cstdlib>
@@ -8,10 +9,11 @@
 namespace orv::bench {
 namespace {
 
-unsigned effort()
+unsigned effort(int n)
 {
     const char* word = std::getenv("BENCH_FFTW");
-    return word != nullptr && std::strcmp(word, "patient") == 0 ? FFTW_PATIENT : FFTW_MEASURE;
+    const bool patient = word != nullptr && std::strcmp(word, "patient") == 0 && n <= 1 << 14;
+    return patient ? FFTW_PATIENT : FFTW_MEASURE;
 }
 
 // FFTW by precision. Sources are not const there, and not written either: out of place they are preserved.
@@ -23,11 +25,11 @@ template <bool single> struct Fftw;
         using Plan = prefix##_plan;                                                                                    \
         static Plan make(int n, Real* x, Complex* y)                                                                   \
         {                                                                                                              \
-            return prefix##_plan_dft_r2c_1d(n, x, y, effort() | FFTW_PRESERVE_INPUT);                                  \
+            return prefix##_plan_dft_r2c_1d(n, x, y, effort(n) | FFTW_PRESERVE_INPUT);                                 \
         }                                                                                                              \
         static Plan make(int n, Complex* x, Complex* y)                                                                \
         {                                                                                                              \
-            return prefix##_plan_dft_1d(n, x, y, FFTW_FORWARD, effort());                                              \
+            return prefix##_plan_dft_1d(n, x, y, FFTW_FORWARD, effort(n));                                             \
         }                                                                                                              \
         static void run(Plan plan, Real* x, Complex* y) { prefix##_execute_dft_r2c(plan, x, y); }                      \
         static void run(Plan plan, Complex* x, Complex* y) { prefix##_execute_dft(plan, x, y); }                       \

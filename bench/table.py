@@ -14,6 +14,8 @@ TARGETS = [
     (r".omatcopy", r"T alpha=1.*", 1.2, 0.70),
     (r".[oi]matcopy", r"T.*m=1000", 1.0, None),
     (r".[oi]matcopy", r"T.*", 1.2, None),
+    (r".fft", r"small factors", 0.9, None),
+    (r".fft", r"primes", 0.8, None),
     (r".*", r"call", None, None),
     (r"dnrm2|dznrm2|dsdot|sdsdot", r".*", None, 0.90),
     (r"snrm2|scnrm2", r"unit", None, 0.90),
