@@ -71,11 +71,14 @@ template <Want want, class R> struct Greatest;
 template <Want want> struct Greatest<want, float> {
     static constexpr int infinity = 0x7f800000;
     static constexpr int top = want == Want::greatest ? infinity : infinity - INT32_MAX - 1; // of all but NaNs
+    using Wrapping [[gnu::vector_size(vector_bytes)]] = unsigned;
     vec<i32> key;
 
     ORV_INLINE explicit Greatest(vec<float> keys) : key{reinterpret_cast<reg<i32>::type>(keys.r)}
     {
-        if constexpr (want == Want::least) key.r = infinity - key.r;
+        if constexpr (want == Want::least)
+            key.r =
+                reinterpret_cast<reg<i32>::type>(static_cast<unsigned>(infinity) - reinterpret_cast<Wrapping>(keys.r));
     }
     ORV_INLINE Greatest(vec<float> a, vec<float> b) : Greatest(a) { add(Greatest(b)); }
     ORV_INLINE void add(const Greatest& other) { key = maximum(key, other.key); }

@@ -158,12 +158,12 @@ static int keep_modes(const char* path)
 
 /* In place of the C library's, which the dynamic linker uses too. Once none is left, none comes back. */
 static long left = -1;
+#ifndef SANITIZED
 static int may_have(void)
 {
     if (left == 0) errno = ENOMEM;
     return left < 0 || (left > 0 && left-- > 0);
 }
-#ifndef SANITIZED
 #pragma GCC visibility push(default)
 void* __libc_malloc(size_t);
 void* __libc_calloc(size_t, size_t);
