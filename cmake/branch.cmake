@@ -11,13 +11,10 @@ function(orv_branch tag)
   endforeach()
   orv_kernel_options(orv_${tag}_options ${tag} "${branch_FLAGS}")
 
-  set(frame ${PROJECT_SOURCE_DIR}/frame)
-  file(GLOB sources CONFIGURE_DEPENDS ${frame}/*.cpp ${PROJECT_SOURCE_DIR}/blas/*.cpp
-       ${PROJECT_SOURCE_DIR}/blas/gemm/*.cpp ${PROJECT_SOURCE_DIR}/blas/level3/*.cpp
-       ${PROJECT_SOURCE_DIR}/lapack_ps/*.cpp ${PROJECT_SOURCE_DIR}/dft/primitives/*.cpp
-       ${PROJECT_SOURCE_DIR}/dft/primitives/dft/*.cpp ${PROJECT_SOURCE_DIR}/dft/primitives/fft/*.cpp
-       ${PROJECT_SOURCE_DIR}/dft/primitives/convolution/*.cpp
-       ${PROJECT_SOURCE_DIR}/trans/*.cpp ${PROJECT_SOURCE_DIR}/xblas/*.cpp)
+  set(folders frame blas blas/gemm blas/level3 lapack_ps trans xblas dft dft/methods dft/compute dft/batch dft/primitives
+      dft/primitives/dft dft/primitives/fft dft/primitives/convolution)
+  list(TRANSFORM folders REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/\\1/*.cpp")
+  file(GLOB sources CONFIGURE_DEPENDS ${folders})
   add_library(orv_${tag} MODULE ${sources})
   target_link_libraries(orv_${tag} PRIVATE orv_${tag}_options)
   # One source, two modules: what differs is the width of an integer, which the module's name tells.
