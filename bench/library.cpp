@@ -89,9 +89,10 @@ std::vector<Library> libraries(const Places& p)
         {"openblas", openblas, held, false, {"OPENBLAS_CORETYPE=Nehalem"}, openblas_core, "Nehalem"},
         {"blis", blis, held, false, {"BLIS_ARCH_TYPE=5"}, blis_core, "penryn"},
         {"eigen", p.eigen + "/libbench_eigen_sse.so", held, false, {}},
-        {"orv", p.orv + "/libbench_fft_orv.so", everywhere, false, {}},
+        {"orv", p.orv + "/libbench_orv.so", everywhere, false, {}},
         {"fftw", p.eigen + "/libbench_fftw_sse.so", held, false, {}},
         {"fftw patient", p.eigen + "/libbench_fftw_sse.so", held, false, {"BENCH_FFTW=patient"}},
+        {"std::sort", p.eigen + "/libbench_std.so", held, false, {}},
         {"reference", debian + "blas/libblas.so.3", held, false, {}},
         {"lapack", // the reference LAPACK, on the same BLAS
          debian + "lapack/liblapack.so.3",

@@ -8,8 +8,9 @@
 
 namespace orv::dft {
 
-// The logarithm of how many points of a transform the first pass has in hand.
-inline constexpr i32 first_log = 4;
+// The logarithm of how many points of a transform the first pass has in hand: more than registers have room for where
+// that saves a pass.
+constexpr i32 first_log(i32 order) { return order == 8 ? 5 : 4; }
 // A pass joins eight transforms, a level for a third of the memory's traffic; four where two or four levels are left.
 constexpr i32 pass_log(i32 rest) { return rest == 2 || rest == 4 ? 2 : 3; }
 
@@ -26,13 +27,6 @@ template <class R> inline constexpr i64 level_one_bytes(i32 order)
 template <class R> const R* extra_twiddles(const R* table)
 {
     return table + level_one_bytes<R>(table_limit) / static_cast<i64>(sizeof(R));
-}
-
-// The twiddles of the pass over transforms of so many points: behind those of all passes before, one for each point but
-// those that the first pass has.
-template <class R> const R* pass_twiddles(const R* table, i64 points)
-{
-    return table + 2 * (points - (1 << first_log));
 }
 
 // How rows are multiplied: by a twiddle each; or there is one twiddle only, of the points 4m + 1, whose square and cube
@@ -193,17 +187,21 @@ struct Passes {
     i32 done[table_limit / 2], last = 0;
     explicit Passes(i32 order)
     {
-        for (done[0] = first_log; done[last] < order; ++last)
+        for (done[0] = first_log(order); done[last] < order; ++last)
             done[last + 1] = done[last] + pass_log(order - done[last]);
     }
     int log(i32 i) const { return done[i] - done[i - 1]; }
+    // The twiddles of pass i: behind those of all passes before, one for each point but those that the first pass has.
+    template <class R> const R* twiddles(i32 i, const R* table) const
+    {
+        return table + 2 * ((i64{1} << done[i - 1]) - (1 << done[0]));
+    }
     // Pass i, over `all` points.
     template <class From, class To, class R> void run(i32 i, From from, To to, i64 all, const R* table) const
     {
         const i64 points = i64{1} << done[i - 1], groups = all >> done[i];
-        const R* const twiddles = pass_twiddles(table, points);
-        if (log(i) == 3) pass<8>(from, to, groups, points, points, twiddles);
-        else pass<4>(from, to, groups, points, points, twiddles);
+        if (log(i) == 3) pass<8>(from, to, groups, points, points, twiddles(i, table));
+        else pass<4>(from, to, groups, points, points, twiddles(i, table));
     }
 };
 
@@ -213,7 +211,7 @@ template <class View, class R> void last_pass(View view, i32 n, i32 begin, i32 e
     const Passes passes(log_of(n));
     const int log = passes.log(passes.last);
     const i64 points = i64{n} >> log;
-    const R* const twiddles = pass_twiddles(table, points) + 2 * ((1 << log) - 1) * i64{begin};
+    const R* const twiddles = passes.twiddles(passes.last, table) + 2 * ((1 << log) - 1) * i64{begin};
     if (log == 3) pass<8>(view, view, 1, points, end - begin, twiddles);
     else pass<4>(view, view, 1, points, end - begin, twiddles);
 }
@@ -257,7 +255,8 @@ private:
         }
         const i64 all = count << order, some = min(all, leaf);
         for (const i64 end = at + all; at < end; at += some) {
-            source_.template first<1 << first_log>(data_, at, at + some);
+            if (passes_.done[0] == 5) source_.template first<32>(data_, at, at + some);
+            else source_.template first<16>(data_, at, at + some);
             for (i32 p = 1; p <= i; ++p) join(p, at, some);
         }
     }
