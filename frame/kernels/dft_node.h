@@ -5,6 +5,7 @@
 #include "frame/kernels/dft_general.h"
 
 #include <cstddef>
+#include <cstdio>
 
 namespace orv::kernels::dft {
 
@@ -179,4 +180,87 @@ struct DftiNode {
     u32 dynamic_threads;
 };
 
+// One dimension as two: what a transform of n1*n2 points keeps in via2d_data. Pitches are odd multiples of 8, so that
+// neighbouring rows never fall on the same lines of a cache.
+struct Via2dData {
+    enum Mode : i32 { work_array = 0, in_place = 1, out_of_place = -1 }; // where the transposed matrix stands
+
+    i64 n1, n2;                // n1 <= n2
+    i64 ld1, ld2;              // of rows of n1 and of n2 elements
+    DftiNode *child1, *child2; // transforms of n1 and of n2 points; one node if the two are equal
+    void* twist;               // W[-8] to W[n1+n2-1]: exp(-2*pi*i*j*j/(4*n1*n2)) at W[j]
+    i32 mode;
+};
+static_assert(sizeof(Via2dData) == 64);
+
+// ---- What functions look like
+
+using TensorCreate = i32(Iotensor* t, i32 rank);
+using TensorDestroy = void(Iotensor* t);
+using TensorCopy = i32(Iotensor* dst, const Iotensor* src, i32 mode); // mode: a TensorMode
+using TensorTest = i32(const Iotensor* t);
+using TensorChange = void(Iotensor* t);
+using TensorJoin = i32(Iotensor* dst, const Iotensor* a, const Iotensor* b);
+using TensorPrint = void(const Iotensor* t, std::FILE* stream);
+
+// The strides that both sides of a copied tensor get.
+enum TensorMode : i32 { strides_kept = 0, strides_of_input = 1, strides_of_output = 2, strides_exchanged = 3 };
+
+using CreateNode = i32(DftiNode** out, u32 precision, u32 domain, i32 rank, const i64* lengths);
+using Create1d = i32(DftiNode** out, i64 length);
+using CreateMd = i32(DftiNode** out, i32 rank, const i64* lengths);
+using CopyNode = i32(const DftiNode* node, DftiNode** out);
+using NodeTest = i32(const DftiNode* node);
+using NodeStep = i32(DftiNode* node);
+using GetVersionString = i32(char* buffer, i64 size);
+
+// The settings of a node; scale_forward and scale_backward are those of setScale.
+enum ScaleOf : i32 { scale_of_forward = 4, scale_of_backward = 5 };
+using GetInt64s = i32(const DftiNode* node, i64* out);
+using SetInt64s = i32(DftiNode* node, const i64* values);
+using SetInt64 = i32(DftiNode* node, i64 value);
+using GetInt32 = i32(const DftiNode* node, i32* out);
+using SetInt32 = i32(DftiNode* node, i32 value);
+using GetName = i32(const DftiNode* node, char* out, i64 size);
+using SetName = i32(DftiNode* node, const char* text, i64 size, i32 fill);
+using GetScale = i32(const DftiNode* node, double* out, i32 which);
+using SetScale = i32(DftiNode* node, double value, i32 which);
+
+// Parts of commit. head is the first node of a chain, node any of it.
+using CommitCore = i32(DftiNode* head);
+using ThreadedModeDefinition = i32(DftiNode* node, u32 dynamic);
+using YmpInit = i32(DftiNode* node, DftiNode* head);
+using ComplexForReal = i32(DftiNode** node, DftiNode* head);
+using SetCodelet = void(DftiNode* node);
+using CanScale = i32(const DftiNode* node, i32* flag); // flag may be null; a ScaleFlag of frame/kernels/dft_fft.h
+using TransferError = i32(i32 primitive_status);
+template <class R> using PackInverse = i32(const R* src, R* dst, const YmpDftSpec* spec, t_8u* buffer);
+
+// The steps of one dimension as two. T: element type. The matrix has n1 rows of n2 elements. Steps 1 and 2 transform
+// its columns by kernel with child1 and twist them, into the rows of target, or where the transposed matrix stands if
+// target is null; step 3 transforms the rows by kernel with child2 and leaves their transpose, where it starts from
+// child1's order. row: index of the first one, for the twist.
+template <class T>
+using FourStep12 = i32(DftiNode* node, i64 n1, i64 n2, T* data, T* target, DftiKernel* kernel, i64 stride, t_8u* buffer,
+                       const Via2dData* via, i64 row, i32 sign);
+template <class T>
+using FourStep3 = i32(real_t<T> scale, T* data, i64 n1, i64 n2, i64 ld, DftiKernel* kernel, i64 rows, DftiNode* child,
+                      t_8u* buffer);
+
+#define ORV_NAME(name, ...) ORV_PROTOTYPE(dft, name, name, __VA_ARGS__)
+#include "frame/kernels/dft_node.def"
+#undef ORV_NAME
+
 } // namespace orv::kernels::dft
+
+// What the core adds to the commit of a node that no other method has taken: it builds the chain of nodes, one for each
+// dimension, and goes on with commit_descriptor_core_* of the same letters.
+extern "C" {
+#define ORV_DFT_DECLARE(p, d)                                                                                          \
+    orv::kernels::dft::CommitCore orv_dft_commit_node_##p##_##d##_1d_omp, orv_dft_commit_node_##p##_##d##_md_omp;
+ORV_DFT_DECLARE(d, c2c)
+ORV_DFT_DECLARE(d, r2c)
+ORV_DFT_DECLARE(s, c2c)
+ORV_DFT_DECLARE(s, r2c)
+#undef ORV_DFT_DECLARE
+}

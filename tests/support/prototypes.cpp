@@ -3,6 +3,7 @@
 #include "frame/kernels/blas.h"
 #include "frame/kernels/dft_fft.h"
 #include "frame/kernels/dft_general.h"
+#include "frame/kernels/dft_node.h"
 #include "frame/kernels/dft_primitives.h"
 #include "frame/kernels/lapack_ps.h"
 #include "frame/kernels/spblas.h"
@@ -21,6 +22,7 @@ std::span<const Prototype> prototypes()
 #define ORV_NAME(name, ...) ENTRY(kernels::dft::name)
 #include "frame/kernels/dft_fft.def"
 #include "frame/kernels/dft_general.def"
+#include "frame/kernels/dft_node.def"
 #include "frame/kernels/dft_primitives.def"
 #undef ORV_NAME
 #define ORV_NAME(name, ...) ENTRY(kernels::lapack_ps::name)
