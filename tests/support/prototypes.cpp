@@ -3,6 +3,7 @@
 #include "frame/kernels/blas.h"
 #include "frame/kernels/dft_fft.h"
 #include "frame/kernels/dft_general.h"
+#include "frame/kernels/dft_methods.h"
 #include "frame/kernels/dft_node.h"
 #include "frame/kernels/dft_primitives.h"
 #include "frame/kernels/lapack_ps.h"
@@ -22,6 +23,7 @@ std::span<const Prototype> prototypes()
 #define ORV_NAME(name, ...) ENTRY(kernels::dft::name)
 #include "frame/kernels/dft_fft.def"
 #include "frame/kernels/dft_general.def"
+#include "frame/kernels/dft_methods.def"
 #include "frame/kernels/dft_node.def"
 #include "frame/kernels/dft_primitives.def"
 #undef ORV_NAME
