@@ -23,4 +23,33 @@ constexpr Places places(Layout layout, i64 n)
     return {-1, n - 1};
 }
 
+// From Perm to another layout in place.
+template <class R> void from_perm(Layout layout, R* x, i64 n)
+{
+    if (layout == Layout::perm) return;
+    const Places perm = places(Layout::perm, n), to = places(layout, n);
+    const R middle = x[perm.half];
+    if (to.shift < perm.shift)
+        for (i64 i = 2; i < n; ++i) x[i - 1] = x[i];
+    if (to.shift > perm.shift)
+        for (i64 i = n; i-- > 1;) x[i + 1] = x[i];
+    if (n % 2 == 0) x[to.half] = middle;
+    if (layout == Layout::pack) return;
+    x[1] = 0;
+    if (n % 2 == 0) x[n + 1] = 0;
+}
+// From any layout to Perm; source and destination may be the same.
+template <class R> void to_perm(Layout layout, const R* src, R* dst, i64 n)
+{
+    const Places perm = places(Layout::perm, n), from = places(layout, n);
+    const i64 begin = 2 + perm.shift, moved = from.shift - perm.shift;
+    const R first = src[0], middle = n % 2 == 0 ? src[from.half] : R(0);
+    if (moved < 0)
+        for (i64 i = n; i-- > begin;) dst[i] = src[i + moved];
+    else if (moved > 0 || src != dst)
+        for (i64 i = begin; i < n; ++i) dst[i] = src[i + moved];
+    dst[0] = first;
+    if (n % 2 == 0) dst[perm.half] = middle;
+}
+
 } // namespace orv::dft

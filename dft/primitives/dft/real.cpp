@@ -54,32 +54,6 @@ template <class R> void recombine_perm(const R* src, R* dst, i32 m, const cpx<R>
     recombine_inverse(src, places(Layout::perm, 2 * i64{m}), dst, m, twiddles);
 }
 
-// From Perm to another layout in place.
-template <class R> void from_perm(R* x, Layout layout, i64 n)
-{
-    if (layout == Layout::perm) return;
-    const Places perm = places(Layout::perm, n), to = places(layout, n);
-    const R middle = x[perm.half];
-    if (to.shift < perm.shift)
-        for (i64 i = 2; i < n; ++i) x[i - 1] = x[i];
-    if (to.shift > perm.shift)
-        for (i64 i = n; i-- > 1;) x[i + 1] = x[i];
-    if (n % 2 == 0) x[to.half] = middle;
-    if (layout == Layout::pack) return;
-    x[1] = 0;
-    if (n % 2 == 0) x[n + 1] = 0;
-}
-// From any layout to Perm; in place from CCS to fewer values.
-template <class R> void to_perm(const R* src, Layout layout, R* dst, i64 n)
-{
-    const Places perm = places(Layout::perm, n), from = places(layout, n);
-    const R first = src[0], middle = n % 2 == 0 ? src[from.half] : R(0);
-    for (i64 k = 1; 2 * k < n; ++k)
-        for (const i64 part : {0, 1}) dst[2 * k + perm.shift + part] = src[2 * k + from.shift + part];
-    dst[0] = first;
-    if (n % 2 == 0) dst[perm.half] = middle;
-}
-
 // What one type's transforms are called.
 template <class R> struct Names;
 #define ORV_DFT_NAMES(t)                                                                                               \
@@ -121,7 +95,7 @@ template <class R> i32 forward_to_perm(const YmpDftSpec& spec, const R* src, R* 
 template <class R> i32 inverse_from(Layout layout, const YmpDftSpec& spec, const R* src, R* dst, t_8u* work)
 {
     if (spec.length % 2 != 0) {
-        if (layout == Layout::ccs) to_perm(src, layout, dst, spec.length), src = dst;
+        if (layout == Layout::ccs) to_perm(layout, src, dst, spec.length), src = dst;
         return odd<false>(spec, src, dst, work);
     }
     const i32 m = spec.length / 2;
@@ -149,7 +123,7 @@ i32 transform(Layout layout, const R* src, R* dst, const YmpDftSpec* record, t_8
     i32 status = ok;
     if (n <= longest_fixed) {
         R perm[longest_fixed];
-        if (!is_forward) to_perm(src, layout, perm, n), src = perm;
+        if (!is_forward) to_perm(layout, src, perm, n), src = perm;
         if (scaled) Body::scaled.of[n](norm, src, dst);
         else Body::fixed.of[n](src, dst);
     } else {
@@ -157,7 +131,7 @@ i32 transform(Layout layout, const R* src, R* dst, const YmpDftSpec* record, t_8
         else status = inverse_from(layout, spec, src, dst, area.begin());
         if (status == ok && scaled) multiply(norm, dst, n);
     }
-    if (status == ok && is_forward) from_perm(dst, layout, n);
+    if (status == ok && is_forward) from_perm(layout, dst, n);
     return status;
 }
 

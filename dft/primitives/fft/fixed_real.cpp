@@ -2,19 +2,9 @@
 #include "dft/primitives/fft.h"
 #include "dft/primitives/fft/fixed.h"
 #include "dft/primitives/fft/recombine.h"
-#include "frame/sines.h"
 
 namespace orv::dft {
 namespace {
-
-template <class R, int order> struct HalfSines {
-    R table[base_sines(order)];
-    constexpr HalfSines() : table()
-    {
-        for (i64 k = 0; k < base_sines(order); ++k) table[k] = base_sine<R>(k, order) / 2;
-    }
-};
-template <class R, int order> inline constexpr HalfSines<R, order> half_sines;
 
 template <int n, bool forward, class R, class... S> ORV_INLINE void fixed_reals(const R* src, R* dst, S... scale)
 {

@@ -45,31 +45,6 @@ template <class R> void recombine_ccs(R* data, i32 m, i32 direction, const R* tw
     if (direction > 0) data[n] = data[1], data[1] = data[n + 1] = 0;
 }
 
-// A whole spectrum from Perm, in place. Its parts X[k], 0 < k < n/2, move by one in Pack.
-template <Layout layout, class R> void from_perm(R* data, i64 n)
-{
-    if (layout == Layout::perm || n < 2) {
-        if (layout == Layout::ccs) data[1] = 0;
-        return;
-    }
-    const R half = data[1];
-    if (layout == Layout::ccs) data[1] = data[n + 1] = 0;
-    else
-        for (i64 i = 1; i < n - 1; ++i) data[i] = data[i + 1];
-    data[places(layout, n).half] = half;
-}
-// The way back, of the reals before n; source and destination may be the same.
-template <Layout layout, class R> void to_perm(const R* src, R* dst, i64 n)
-{
-    if (n == 1) return void(dst[0] = src[0]);
-    const R half = src[places(layout, n).half];
-    const i64 shift = places(layout, n).shift;
-    if (shift != 0)
-        for (i64 i = n - 1; i >= 2; --i) dst[i] = src[i + shift];
-    else if (src != dst) copy(src + 2, dst + 2, n - 2);
-    dst[0] = src[0], dst[1] = half;
-}
-
 template <Layout layout, class R> i32 forward(const R* src, R* dst, const YmpFftSpec* spec, t_8u* buffer)
 {
     using Way = Engine<R>;
@@ -79,7 +54,7 @@ template <Layout layout, class R> i32 forward(const R* src, R* dst, const YmpFft
     if (order <= fixed_limit) {
         if (divides<true>(*spec)) Way::forward_scaled[order](static_cast<R>(spec->norm), src, dst);
         else Way::forward[order](src, dst);
-        from_perm<layout>(dst, n);
+        from_perm(layout, dst, n);
         return ok;
     }
     const WorkArea work(*spec, buffer);
@@ -96,7 +71,7 @@ template <Layout layout, class R> i32 forward(const R* src, R* dst, const YmpFft
     if (layout == Layout::ccs) Way::recombine_ccs(dst, m, 1, twiddles);
     else {
         Way::recombine(dst, m, 1, twiddles);
-        from_perm<layout>(dst, n);
+        from_perm(layout, dst, n);
     }
     return ok;
 }
@@ -113,7 +88,7 @@ template <Layout layout, class R> i32 inverse(const R* src, R* dst, const YmpFft
         return ok;
     };
     if (order <= fixed_limit) {
-        to_perm<layout>(src, dst, n);
+        to_perm(layout, src, dst, n);
         if (divides<false>(*spec)) Way::inverse_scaled[order](static_cast<R>(spec->norm), dst, dst);
         else Way::inverse[order](dst, dst);
         return finish();
@@ -122,7 +97,7 @@ template <Layout layout, class R> i32 inverse(const R* src, R* dst, const YmpFft
     if (work.missing()) return no_memory;
     const auto m = static_cast<i32>(n / 2);
     const bool large = order - 1 > flat_limit<R>;
-    to_perm<layout>(src, dst, n);
+    to_perm(layout, src, dst, n);
     Way::recombine(dst, m, -1, static_cast<const R*>(spec->real_twiddles));
     if (order - 1 == fixed_limit) Way::complex_inverse(pairs(dst), pairs(dst));
     else if (large) Way::large_inverse(spec, pairs(dst), pairs(dst), order - 1, work.as<t_8u>());

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "dft/primitives/fft/numbers.h"
+#include "frame/sines.h"
 
 namespace orv::dft {
 
@@ -65,5 +66,15 @@ ORV_INLINE void recombine_all(const cpx<R>* from, cpx<R>* to, i64 m, const R* ha
         store_first<1>(to + k, a), store_first<1>(to + m - k, b);
     }
 }
+
+// The table for 2^order reals, where they are few.
+template <class R, int order> struct HalfSines {
+    R table[base_sines(order)];
+    constexpr HalfSines() : table()
+    {
+        for (i64 k = 0; k < base_sines(order); ++k) table[k] = base_sine<R>(k, order) / 2;
+    }
+};
+template <class R, int order> inline constexpr HalfSines<R, order> half_sines;
 
 } // namespace orv::dft
