@@ -1,6 +1,7 @@
 #include "tests/support/prototypes.h"
 
 #include "frame/kernels/blas.h"
+#include "frame/kernels/dft_batch.h"
 #include "frame/kernels/dft_fft.h"
 #include "frame/kernels/dft_general.h"
 #include "frame/kernels/dft_methods.h"
@@ -21,6 +22,7 @@ std::span<const Prototype> prototypes()
 #include "frame/kernels/blas.def"
 #undef ORV_NAME
 #define ORV_NAME(name, ...) ENTRY(kernels::dft::name)
+#include "frame/kernels/dft_batch.def"
 #include "frame/kernels/dft_fft.def"
 #include "frame/kernels/dft_general.def"
 #include "frame/kernels/dft_methods.def"
