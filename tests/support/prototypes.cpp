@@ -2,6 +2,7 @@
 
 #include "frame/kernels/blas.h"
 #include "frame/kernels/dft_batch.h"
+#include "frame/kernels/dft_compute.h"
 #include "frame/kernels/dft_fft.h"
 #include "frame/kernels/dft_general.h"
 #include "frame/kernels/dft_methods.h"
@@ -23,6 +24,7 @@ std::span<const Prototype> prototypes()
 #undef ORV_NAME
 #define ORV_NAME(name, ...) ENTRY(kernels::dft::name)
 #include "frame/kernels/dft_batch.def"
+#include "frame/kernels/dft_compute.def"
 #include "frame/kernels/dft_fft.def"
 #include "frame/kernels/dft_general.def"
 #include "frame/kernels/dft_methods.def"
