@@ -1,29 +1,8 @@
 // The public creators, and the ways that each kind of node tries at commit, in their order.
 #include "dft/node.h"
+#include "frame/kernels/dft_methods.h"
 
 namespace orv::dft {
-
-#define ORV_DFT_METHOD(name) ORV_EXPORT const DftiMethod DFT(name);
-ORV_DFT_METHOD(bkd_as2s_n_m)
-ORV_DFT_METHOD(bkd_as2s_1_m)
-ORV_DFT_METHOD(bkd_ds2s_1_1)
-ORV_DFT_METHOD(bkd_ss2s_1_1)
-ORV_DFT_METHOD(bkd1_c)
-ORV_DFT_METHOD(bkd1_z)
-ORV_DFT_METHOD(bkd2_c)
-ORV_DFT_METHOD(bkd2_z)
-ORV_DFT_METHOD(bkd3_c)
-ORV_DFT_METHOD(bkd3_z)
-ORV_DFT_METHOD(bluestein_c)
-ORV_DFT_METHOD(bluestein_z)
-ORV_DFT_METHOD(bluestein_s)
-ORV_DFT_METHOD(bluestein_d)
-ORV_DFT_METHOD(tiny_3d_c2c)
-ORV_DFT_METHOD(tiny_3d_z2z)
-ORV_DFT_METHOD(tiny_3d_c2s)
-ORV_DFT_METHOD(tiny_3d_z2d)
-ORV_DFT_METHOD(par_1d_r2c_s)
-ORV_DFT_METHOD(par_1d_r2c_d)
 
 namespace {
 

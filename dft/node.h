@@ -40,6 +40,23 @@ inline bool is_split(const DftiNode& node)
 // How many pointers a computation takes.
 inline u32 pointers_of(const DftiNode& node) { return (is_in_place(node) ? 1 : 2) * (is_split(node) ? 2 : 1); }
 
+inline bool has_half_spectrum(const DftiNode& node) { return node.conjugate_even_storage == CFG_STORE_COMPLEX; }
+
+// Whether rows of a real backward transform are packed as Perm beside the spectrum, which they do not fit into.
+inline bool keeps_rows_apart(const DftiNode& node)
+{
+    return !is_in_place(node) && node.work_rank >= 2 &&
+           (has_half_spectrum(node) || node.packed_format == CFG_CCS || node.packed_format == CFG_CCE);
+}
+
+constexpr bool is_power_of_two(i64 n) { return n > 0 && (n & (n - 1)) == 0; }
+
+// The longest length of its kind that the engine is asked for.
+template <class R> constexpr i64 engine_limit(i64 n)
+{
+    return (is_power_of_two(n) ? i64{1} << 26 : i64{1} << 24) << (sizeof(R) == 4 ? 1 : 0);
+}
+
 // ---- Services of the core, with what stands for those that it has not given
 
 inline i32 dynamic_threads(const DftiNode& node)
@@ -79,6 +96,14 @@ inline void finish(DftiNode* node, DftiCompute* forward, DftiCompute* backward)
     node->compute_backward = backward;
     node->nioargs = pointers_of(*node);
     node->commit_status = CFG_COMMITTED;
+}
+
+// The end of a commit that fails. The chain is its maker's.
+inline i32 give_up(DftiNode* head, i32 status)
+{
+    head->next = nullptr;
+    head->uncommit(head);
+    return status;
 }
 
 // A detach begins by this: false where another method is in force, which is an internal error.
