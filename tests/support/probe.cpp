@@ -40,17 +40,18 @@ std::mutex in_use; // members of a team call operations at once
 // The core's own operation behind the probe.
 template <class F> F* next(const char* name) { return reinterpret_cast<F*>(dlsym(RTLD_NEXT, name)); }
 
-void* allocate(const char* operation, i64 bytes, i64 alignment)
+// arguments: what the operation is called with, bytes its size by them.
+template <class... A> void* allocate(const char* operation, i64 bytes, i64 alignment, A... arguments)
 {
     Probe& p = probe();
-    if (!p.active) return next<void*(i64, i64)>(operation)(bytes, alignment);
+    if (!p.active) return next<void*(A...)>(operation)(arguments...);
     const std::lock_guard lock(in_use);
     const bool fail = p.fail_all || p.allocations == p.fail_at;
     ++p.allocations;
     p.asked_bytes.push_back(bytes), p.asked_alignments.push_back(alignment);
     if (fail) return ++p.failed, nullptr;
     ++p.live;
-    return p.living.emplace_back(next<void*(i64, i64)>(operation)(bytes, alignment));
+    return p.living.emplace_back(next<void*(A...)>(operation)(arguments...));
 }
 
 void release(const char* operation, void* block)
@@ -70,11 +71,15 @@ using orv::test::probe;
 
 PROBE_EXPORT void* orv_serv_allocate(i64 bytes, i64 alignment)
 {
-    return test::allocate("orv_serv_allocate", bytes, alignment);
+    return test::allocate("orv_serv_allocate", bytes, alignment, bytes, alignment);
 }
 PROBE_EXPORT void* orv_serv_malloc(i64 bytes, i64 alignment)
 {
-    return test::allocate("orv_serv_malloc", bytes, alignment);
+    return test::allocate("orv_serv_malloc", bytes, alignment, bytes, alignment);
+}
+PROBE_EXPORT void* orv_serv_calloc(i64 count, i64 element_size, i64 alignment)
+{
+    return test::allocate("orv_serv_calloc", count * element_size, alignment, count, element_size, alignment);
 }
 PROBE_EXPORT void orv_serv_deallocate(void* block) { test::release("orv_serv_deallocate", block); }
 PROBE_EXPORT void orv_serv_free(void* block) { test::release("orv_serv_free", block); }
