@@ -236,15 +236,16 @@ using CanScale = i32(const DftiNode* node, i32* flag); // flag may be null; a Sc
 using TransferError = i32(i32 primitive_status);
 template <class R> using PackInverse = i32(const R* src, R* dst, const YmpDftSpec* spec, t_8u* buffer);
 
-// The steps of one dimension as two. T: element type. The matrix has n1 rows of n2 elements. Steps 1 and 2 transform
-// its columns by kernel with child1 and twist them, into the rows of target, or where the transposed matrix stands if
-// target is null; step 3 transforms the rows by kernel with child2 and leaves their transpose, where it starts from
-// child1's order. row: index of the first one, for the twist.
+// The steps of one dimension as two, on a matrix of n1 rows of n2 elements that stand stride apart. Steps 1 and 2
+// transform its columns and twist them, the first one as number `column` of the whole; they leave them in target, as
+// columns at pitch ld2 if the mode has a work array, else as rows behind each other. Without a target the matrix has
+// been transposed, and so they do on its rows in place. Step 3 transforms the columns of n2 elements of a matrix of n1
+// columns in place. Kernels are of the first and of the second child.
 template <class T>
 using FourStep12 = i32(DftiNode* node, i64 n1, i64 n2, T* data, T* target, DftiKernel* kernel, i64 stride, t_8u* buffer,
-                       const Via2dData* via, i64 row, i32 sign);
+                       const Via2dData* via, i64 column, i32 sign);
 template <class T>
-using FourStep3 = i32(real_t<T> scale, T* data, i64 n1, i64 n2, i64 ld, DftiKernel* kernel, i64 rows, DftiNode* child,
+using FourStep3 = i32(real_t<T> scale, T* data, i64 n1, i64 n2, i64 ld, DftiKernel* kernel, i64 stride, DftiNode* child,
                       t_8u* buffer);
 
 #define ORV_NAME(name, ...) ORV_PROTOTYPE(dft, name, name, __VA_ARGS__)
