@@ -34,6 +34,31 @@ template <class R> struct RadixTable {
     ORV_INLINE V sine(i64 e) const { return load(angle + (2 * e + 1) * V::lanes); }
 };
 
+// The smallest number whose powers are all of 1 to r-1 modulo the prime r.
+constexpr i32 primitive_root(i32 r)
+{
+    for (i32 g = 2;; ++g) {
+        i32 order = 1;
+        for (i32 power = g; power != 1; power = power * g % r) ++order;
+        if (order == r - 1) return g;
+    }
+}
+
+// Both parts of a table; unity(k) is exp(-2*pi*i*k/r).
+template <class R, class Unity> constexpr void fill_radix_table(i32 r, Unity unity, i32* powers, cpx<R>* angles)
+{
+    using Table = RadixTable<R>;
+    constexpr int lanes = pairs<R>::lanes;
+    const i32 g = primitive_root(r);
+    i32 power = 1;
+    for (i64 e = 0; e < Table::angles(r); ++e, power = power * g % r) {
+        if (e < Table::powers(r)) powers[e] = power;
+        const cpx<R> w = unity(power);
+        for (int lane = 0; lane < lanes; ++lane, ++angles) angles[0] = {w.re, w.re}, angles[lanes] = {w.im, -w.im};
+        angles += lanes;
+    }
+}
+
 // What the sums need of work memory.
 inline constexpr i64 work_of_radix(i64 r) { return r * i64{vector_bytes}; }
 

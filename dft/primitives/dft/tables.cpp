@@ -24,35 +24,12 @@ template <class R> cpx<R>* create_base(i32 n)
     return table;
 }
 
-// The smallest number whose powers are all of 1 to r-1 modulo the prime r.
-i32 primitive_root(i32 r)
-{
-    for (i32 g = 2;; ++g) {
-        i32 order = 1;
-        for (i32 power = g; power != 1; power = power * g % r) ++order;
-        if (order == r - 1) return g;
-    }
-}
-
-// A register of R: the same pair in all its lanes.
-template <class R> void put_register(cpx<R>*& to, cpx<R> value)
-{
-    for (int lane = 0; lane < pairs<R>::lanes; ++lane) *to++ = value;
-}
-
 template <class R> t_8u* fill_radix(i32 r, const cpx<R>* base, i32 base_length, t_8u* memory)
 {
-    using Table = RadixTable<R>;
-    auto* powers = reinterpret_cast<i32*>(memory);
-    auto* to = reinterpret_cast<cpx<R>*>(memory + Table::bytes_of_powers(r));
-    const i32 g = primitive_root(r);
-    i32 power = 1;
-    for (i64 e = 0; e < Table::angles(r); ++e, power = power * g % r) {
-        if (e < Table::powers(r)) powers[e] = power;
-        const cpx<R> w = base[i64{power} * (base_length / r)];
-        put_register(to, cpx<R>{w.re, w.re}), put_register(to, cpx<R>{w.im, -w.im});
-    }
-    return behind(to);
+    auto* angles = reinterpret_cast<cpx<R>*>(memory + RadixTable<R>::bytes_of_powers(r));
+    fill_radix_table<R>(
+        r, [=](i64 k) { return base[k * (base_length / r)]; }, reinterpret_cast<i32*>(memory), angles);
+    return behind(angles + RadixTable<R>::angles(r) * 2 * pairs<R>::lanes);
 }
 template <class R> t_8u* create_radix(i32 r, const cpx<R>* base, i32 base_length)
 {

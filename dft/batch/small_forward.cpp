@@ -1,0 +1,13 @@
+// The forward transforms of 2 to 64 doubles, and their table.
+#include "dft/batch/small.h"
+
+namespace orv::dft::batch::small {
+
+using kernels::dft::DftiNode;
+
+ORV_DFT_SMALL_RADIXES(ORV_DFT_SMALL_POINTS, Fwd, true)
+
+} // namespace orv::dft::batch::small
+
+orv::kernels::dft::DftiKernel* const orv::kernels::dft::DFT(zsmallradix_forward)[] = {
+    ORV_DFT_SMALL_RADIXES(ORV_DFT_SMALL_ENTRY, Fwd)};
