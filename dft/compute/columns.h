@@ -13,8 +13,7 @@ template <class T> inline constexpr int widest = (is_complex<T> ? 2 : 1) * stati
 template <class T> using ToRows = void(i64 n, T* dst, i64 ldd, const real_t<T>* src, i64 stride);
 template <class T> using ToColumns = void(i64 n, real_t<T>* dst, i64 stride, const T* src, i64 lds);
 
-template <class T, int width>
-[[gnu::noinline]] void to_rows(i64 n, T* dst, i64 ldd, const real_t<T>* src, i64 stride)
+template <class T, int width> [[gnu::noinline]] void to_rows(i64 n, T* dst, i64 ldd, const real_t<T>* src, i64 stride)
 {
     constexpr int lanes = vec<T>::lanes, tiled = width / lanes * lanes;
     i64 i = 0;

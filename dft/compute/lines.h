@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dft/node.h"
+#include "dft/primitives/packed.h"
 #include "frame/kernels/dft_compute.h"
 
 namespace orv::dft {
@@ -13,7 +14,8 @@ template <class T> inline constexpr i64 reals = sizeof(T) / sizeof(real_t<T>);
 
 // Many lines. Strides count reals, for pairs stand between reals too: in packed rows of any length.
 template <class T> struct Lines {
-    using real = std::conditional_t<std::is_const_v<T>, const real_t<std::remove_const_t<T>>, real_t<std::remove_const_t<T>>>;
+    using real =
+        std::conditional_t<std::is_const_v<T>, const real_t<std::remove_const_t<T>>, real_t<std::remove_const_t<T>>>;
     real* data;
     i64 stride, distance; // between elements, between lines
 

@@ -1,6 +1,6 @@
-// How a committed transform runs: entries, the routes below them, kernels over the engine, staging of strided data. Each
-// name has a form for both precisions, told by its letters: z, c pairs; d, s reals; dz, sc reals to pairs; zd, cs back; a
-// doubled letter (ddz, zzd) where the half spectrum is kept as pairs.
+// How a committed transform runs: entries, the routes below them, kernels over the engine, staging of strided data.
+// Each name has a form for both precisions, told by its letters: z, c pairs; d, s reals; dz, sc reals to pairs; zd, cs
+// back; a doubled letter (ddz, zzd) where the half spectrum is kept as pairs.
 //
 // Strides, distances and leading dimensions count elements of the array that they belong to. Where a set has several
 // rows, they are lines of a buffer: line j at j times its leading dimension.
@@ -50,8 +50,8 @@ using DftCopyAndTransformOut = i32(const In* input, i64 input_stride, Out* outpu
                                    i64 output_distance, void* buffer, i64 log2_block, void* work);
 template <class In>
 using DftCopyAndTransformInPlace = i32(In* data, i64 input_stride, i64 output_stride, DftiKernel* kernel,
-                                       DftiNode* node, i64 count, i64 input_distance, i64 output_distance,
-                                       void* buffer, i64 log2_block, void* work);
+                                       DftiNode* node, i64 count, i64 input_distance, i64 output_distance, void* buffer,
+                                       i64 log2_block, void* work);
 // The same with the node's strides and distances, and a buffer of its own.
 template <class T> using DftMult = i32(DftiNode* node, T* data, DftiKernel* kernel, i64 count, void* work);
 template <class In, class Out>
@@ -63,20 +63,41 @@ using DftRouteOut = i32(DftiNode* node, const void* input, void* output, i64 cou
 
 // What a thread body works on (its argument): arrays with their offsets added; in place both are the same array. Of c
 // items thread t of T does those from t*ceil(c/T), ceil(c/T) or what is left. Items are
-//   ?1_nd      transforms; from rank 3 on planes of the two lowest dimensions, of all transforms
-//   ?2_nd      columns along `dimension`, from 2 on, of one transform
+//   ?1_nd      transforms, so many; or planes of the two lowest dimensions of one transform, if count is 0
+//   ?2_nd      lines of one transform along `dimension`, from 2 on
 //   ?2_c, ?2_r rows or columns of one transform of two dimensions: of the pass that comes first, and of the other one
-// Backward from half spectra, ?2_nd and then ?1_nd go through `middle` where it is not null.
+// Of pairs and forward the planes come before the lines, which go by rising dimension; back to reals it is the reverse.
 struct DftShare {
     DftiNode* node; // head of the chain
     const void* input;
     void* output;
-    void* middle; // room for total_half_size pairs of one transform
-    i64 count;    // transforms
-    i32 forward;  // 0: backward
+    void* middle; // where it is needed, see below
+    i64 count;
+    i32 forward; // 0: backward
     i32 dimension;
     i32* status; // a word for each thread, which the body writes
 };
+
+// Pairs of one half spectrum without gaps.
+inline i64 half_spectrum_pairs(const DftiNode& head)
+{
+    i64 pairs = head.length / 2 + 1;
+    for (const DftiNode* n = head.next; n != nullptr; n = n->next) pairs *= n->length;
+    return pairs;
+}
+
+// Whether a transform of reals and pairs goes through a work area of that size: back from three dimensions and more the
+// input would be written otherwise; in place a row may stand on another row's input.
+inline bool needs_middle(const DftiNode& head, bool forward, const void* input, const void* output)
+{
+    if (head.forward_domain != CFG_DOMAIN_REAL || head.conjugate_even_storage != CFG_STORE_COMPLEX) return false;
+    if (head.work_rank < 2) return false;
+    if (head.placement != CFG_IN_PLACE) return !forward && head.work_rank > 2;
+    if (input != output) return true;
+    for (const DftiNode* n = head.next; n != nullptr; n = n->next)
+        if (forward ? n->input_stride != 2 * n->output_stride : n->output_stride != 2 * n->input_stride) return true;
+    return false;
+}
 
 } // namespace orv::kernels::dft
 
@@ -87,8 +108,8 @@ struct DftShare {
 #define ORV_DFT_WIDTHS_TO_16(X, ...)                                                                                   \
     ORV_DFT_WIDTHS_TO_8(X, __VA_ARGS__)                                                                                \
     X(9, __VA_ARGS__)                                                                                                  \
-    X(10, __VA_ARGS__) X(11, __VA_ARGS__) X(12, __VA_ARGS__) X(13, __VA_ARGS__) X(14, __VA_ARGS__) X(15, __VA_ARGS__)  \
-        X(16, __VA_ARGS__)
+    X(10, __VA_ARGS__)                                                                                                 \
+    X(11, __VA_ARGS__) X(12, __VA_ARGS__) X(13, __VA_ARGS__) X(14, __VA_ARGS__) X(15, __VA_ARGS__) X(16, __VA_ARGS__)
 // The letters of a precision: X(R, real, pairs, real to pairs, back, engine's reals, engine's pairs)
 #define ORV_DFT_PRECISIONS(X) X(double, d, z, dz, zd, 64f, 64fc) X(float, s, c, sc, cs, 32f, 32fc)
 

@@ -1,0 +1,214 @@
+#include "dft/compute/many.h"
+#include "frame/kernels/dft_batch.h"
+
+namespace orv::dft {
+namespace {
+
+// Where a row is transformed from and to: in the array, or in the buffer.
+template <class In, class Out> struct Ends {
+    static constexpr bool between_reals = !is_complex<In> && !is_complex<Out>;
+    i64 n_in, n_out; // elements
+    bool packs;      // pairs first become the row that the kernel reads
+
+    explicit Ends(const Run& run)
+    {
+        const DftiNode& node = *run.node;
+        const bool forward = run.kernel == node.*Precision<real_t<In>>::real_forward;
+        n_in = n_out = node.length;
+        if constexpr (is_complex<Out> && !is_complex<In>) n_out = half(node.length);
+        if constexpr (is_complex<In> && !is_complex<Out>) n_in = half(node.length);
+        if constexpr (between_reals) {
+            if (forward) n_out = packed_length(layout_of(node.packed_format), node.length);
+            else n_in = packed_length(read_by_kernel(node), node.length);
+        }
+        packs = is_complex<In> && !is_complex<Out> && keeps_rows_apart(node);
+    }
+};
+
+} // namespace
+
+template <class In, class Out> i32 transform(const Run& run, i64 count, Lines<const In> in, Lines<Out> out)
+{
+    using R = real_t<In>;
+    DftiNode* const node = run.node;
+    const Ends<In, Out> ends(run);
+    const bool gathers = !in.is_dense(), scatters = !out.is_dense();
+    R* const rows = static_cast<R*>(run.buffer);
+    const i64 pitch = row_reals<In, Out>(*node);
+    const i64 block = i64{1} << run.log2_block;
+    for (i64 first = 0, m; first < count; first += m) {
+        m = min(block, count - first);
+        if (gathers) gather(ends.n_in, m, reinterpret_cast<In*>(rows), pitch / reals<In>, in.from(first));
+        for (i64 j = 0; j < m; ++j) {
+            void* from = gathers ? rows + j * pitch : const_cast<R*>(in.from(first + j).data);
+            void* const to = scatters ? rows + j * pitch : out.from(first + j).data;
+            if constexpr (is_complex<In> && !is_complex<Out>)
+                if (ends.packs) {
+                    pack_row(node->length, Layout::perm, static_cast<const In*>(from), static_cast<Out*>(to));
+                    from = to;
+                }
+            if (const i32 status = run.kernel(from, to, node, run.work); status != node_ok) return status;
+        }
+        if (scatters) scatter(ends.n_out, m, out.from(first), reinterpret_cast<const Out*>(rows), pitch / reals<Out>);
+    }
+    return node_ok;
+}
+
+namespace {
+
+i32 all_columns(bool forward, cpx<double>* data, DftiNode* node, i64 count)
+{
+    return (forward ? DFT(xbatchfft_fwd_64fc) : DFT(xbatchfft_inv_64fc))(data, data, node, &count);
+}
+i32 all_columns(bool forward, cpx<float>* data, DftiNode* node, i64 count)
+{
+    return (forward ? DFT(xbatchfft_fwd_32fc) : DFT(xbatchfft_inv_32fc))(data, data, node, &count);
+}
+
+} // namespace
+
+template <class R> i32 transform(const Run& run, i64 count, Lines<cpx<R>> data)
+{
+    DftiNode* const node = run.node;
+    const i64 planned = is_in_place(*node) ? node->input_stride : node->output_stride;
+    if (node->method != nullptr && data.are_neighbours() && data.stride == 2 * planned) {
+        const bool forward = run.kernel == node->*Precision<R>::forward;
+        if (all_columns(forward, data.line(0), node, count) == node_ok) return node_ok;
+    }
+    return transform<cpx<R>, cpx<R>>(run, count, data, data);
+}
+
+// X[0] and, of even n, X[n/2] are real.
+template <class R> void unpack_row(i64 n, Layout layout, const R* packed, cpx<R>* half)
+{
+    const Places at = places(layout, n);
+    const R first = packed[0], middle = n % 2 == 0 ? packed[at.half] : R(0);
+    for (i64 k = (n - 1) / 2; k > 0; --k) // from the end: the row may be the packed one
+        half[k] = {packed[2 * k + at.shift], packed[2 * k + at.shift + 1]};
+    half[0] = {first, R(0)};
+    if (n % 2 == 0) half[n / 2] = {middle, R(0)};
+}
+
+template <class R> void pack_row(i64 n, Layout layout, const cpx<R>* half, R* packed)
+{
+    const Places at = places(layout, n);
+    const R middle = half[n / 2].re;
+    packed[0] = half[0].re;
+    for (i64 k = 1; 2 * k < n; ++k) {
+        const cpx<R> x = half[k];
+        packed[2 * k + at.shift] = x.re;
+        packed[2 * k + at.shift + 1] = x.im;
+    }
+    if (n % 2 == 0) packed[at.half] = middle;
+    if (layout != Layout::ccs) return;
+    packed[1] = R(0);
+    if (n % 2 == 0) packed[n + 1] = R(0);
+}
+
+// Short lines of few transforms go 4 at a time, else 8.
+template <class R> static i64 log2_of_batch(i64 n, i64 count)
+{
+    return log2_of_columns<R>(count <= 16384 && n < 33 ? 2 : 3);
+}
+
+template <class In, class Out>
+i32 transform_batch(DftiNode* node, const In* input, Out* output, DftiKernel* kernel, i64 count, void* work)
+{
+    const i64 log2_block = log2_of_batch<real_t<In>>(node->length, count);
+    const Buffer buffer(block_bytes<In, Out>(*node, log2_block, count));
+    if (buffer.missing()) return node_no_memory;
+    return transform<In, Out>({node, kernel, buffer.begin(), log2_block, work}, count,
+                              lines_of(input, node->input_stride, node->input_distance),
+                              lines_of(output, node->output_stride, node->output_distance));
+}
+
+template <class R> i32 transform_batch(DftiNode* node, cpx<R>* data, DftiKernel* kernel, i64 count, void* work)
+{
+    const i64 log2_block = log2_of_batch<R>(node->length, count);
+    const Buffer buffer(block_bytes<cpx<R>, cpx<R>>(*node, log2_block, count));
+    if (buffer.missing()) return node_no_memory;
+    return transform<R>({node, kernel, buffer.begin(), log2_block, work}, count,
+                        lines_of(data, node->input_stride, node->input_distance));
+}
+
+#define INSTANCES(R, ...)                                                                                              \
+    template i32 transform<cpx<R>, cpx<R>>(const Run&, i64, Lines<const cpx<R>>, Lines<cpx<R>>);                       \
+    template i32 transform<R, R>(const Run&, i64, Lines<const R>, Lines<R>);                                           \
+    template i32 transform<R, cpx<R>>(const Run&, i64, Lines<const R>, Lines<cpx<R>>);                                 \
+    template i32 transform<cpx<R>, R>(const Run&, i64, Lines<const cpx<R>>, Lines<R>);                                 \
+    template i32 transform<R>(const Run&, i64, Lines<cpx<R>>);                                                         \
+    template i32 transform_batch<cpx<R>, cpx<R>>(DftiNode*, const cpx<R>*, cpx<R>*, DftiKernel*, i64, void*);          \
+    template i32 transform_batch<R, R>(DftiNode*, const R*, R*, DftiKernel*, i64, void*);                              \
+    template i32 transform_batch<R, cpx<R>>(DftiNode*, const R*, cpx<R>*, DftiKernel*, i64, void*);                    \
+    template i32 transform_batch<cpx<R>, R>(DftiNode*, const cpx<R>*, R*, DftiKernel*, i64, void*);                    \
+    template i32 transform_batch<R>(DftiNode*, cpx<R>*, DftiKernel*, i64, void*);                                      \
+    template void unpack_row<R>(i64, Layout, const R*, cpx<R>*);                                                       \
+    template void pack_row<R>(i64, Layout, const cpx<R>*, R*);
+ORV_DFT_PRECISIONS(INSTANCES)
+
+} // namespace orv::dft
+
+using namespace orv;
+using namespace orv::dft;
+
+namespace {
+
+template <class In, class Out>
+i32 told(const In* input, i64 input_stride, Out* output, i64 output_stride, DftiKernel* kernel, DftiNode* node,
+         i64 count, i64 input_distance, i64 output_distance, void* buffer, i64 log2_block, void* work)
+{
+    return transform<In, Out>({node, kernel, buffer, log2_block, work}, count,
+                              lines_of(input, input_stride, input_distance),
+                              lines_of(output, output_stride, output_distance));
+}
+
+} // namespace
+
+#define TOLD(letters, In, Out)                                                                                         \
+    ORV_EXPORT i32 DFT(x##letters##dft1d_out_copy)(const In* input, i64 input_stride, Out* output, i64 output_stride,  \
+                                                   DftiKernel* kernel, DftiNode* node, i64 count, i64 input_distance,  \
+                                                   i64 output_distance, void* buffer, i64 log2_block, void* work)      \
+    {                                                                                                                  \
+        return told(input, input_stride, output, output_stride, kernel, node, count, input_distance, output_distance,  \
+                    buffer, log2_block, work);                                                                         \
+    }                                                                                                                  \
+    ORV_EXPORT i32 DFT(x##letters##dft_out_mult)(DftiNode * node, const In* input, Out* output, DftiKernel* kernel,    \
+                                                 i64 count, void* work)                                                \
+    {                                                                                                                  \
+        return transform_batch(node, input, output, kernel, count, work);                                              \
+    }
+#define BY_NAME(R, d, z, dz, zd, f, fc)                                                                                \
+    TOLD(z, cpx<R>, cpx<R>)                                                                                            \
+    TOLD(d, R, R)                                                                                                      \
+    TOLD(dz, R, cpx<R>)                                                                                                \
+    TOLD(zd, cpx<R>, R)                                                                                                \
+    ORV_EXPORT i32 DFT(x##z##dft1d_copy)(cpx<R> * data, i64 stride, DftiKernel * kernel, DftiNode * node, i64 count,   \
+                                         i64 distance, void* buffer, i64 log2_block, void* work)                       \
+    {                                                                                                                  \
+        return transform<R>({node, kernel, buffer, log2_block, work}, count, lines_of(data, stride, distance));        \
+    }                                                                                                                  \
+    ORV_EXPORT i32 DFT(x##zd##dft1d_copy)(cpx<R> * data, i64 input_stride, i64 output_stride, DftiKernel * kernel,     \
+                                          DftiNode * node, i64 count, i64 input_distance, i64 output_distance,         \
+                                          void* buffer, i64 log2_block, void* work)                                    \
+    {                                                                                                                  \
+        return told(data, input_stride, reinterpret_cast<R*>(data), output_stride, kernel, node, count,                \
+                    input_distance, output_distance, buffer, log2_block, work);                                        \
+    }                                                                                                                  \
+    ORV_EXPORT i32 DFT(x##z##dft_mult)(DftiNode * node, cpx<R> * data, DftiKernel * kernel, i64 count, void* work)     \
+    {                                                                                                                  \
+        return transform_batch(node, data, kernel, count, work);                                                       \
+    }                                                                                                                  \
+    ORV_EXPORT void DFT(zd##_complex_for_real_by_row)(i64 n, u32 format, const cpx<R>* half, R* packed)                \
+    {                                                                                                                  \
+        pack_row(n, layout_of(format), half, packed);                                                                  \
+    }
+ORV_DFT_PRECISIONS(BY_NAME)
+
+ORV_EXPORT void DFT(d_complex_for_real_by_row)(i64 n, u32 format, const double* packed, cpx<double>* half)
+{
+    unpack_row(n, layout_of(format), packed, half);
+}
+ORV_EXPORT void DFT(c_complex_for_real_by_row)(i64 n, u32 format, const float* packed, cpx<float>* half)
+{
+    unpack_row(n, layout_of(format), packed, half);
+}

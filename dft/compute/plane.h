@@ -1,0 +1,122 @@
+// Two dimensions: rows, lines along the first one, and columns, along the second. A pass does any share of its lines,
+// so that threads can divide it; what a line becomes does not depend on the share.
+#pragma once
+
+#include "dft/compute/many.h"
+
+namespace orv::dft {
+
+struct Strides {
+    i64 first, second; // in elements
+};
+
+// What a transform of two dimensions is made of; the node is that of the first dimension.
+struct PlaneRun {
+    DftiNode* node;
+    DftiKernel *kernel0, *kernel1;
+    void* buffer;
+    void* work;
+};
+
+template <class R> class PairPlane {
+public:
+    PairPlane(const PlaneRun& run, const cpx<R>* input, Strides is, cpx<R>* output, Strides os);
+    static i64 buffer_bytes(const DftiNode& node, Strides is, Strides os);
+    i64 first_count() const { return run_.node->next->length; }
+    i64 second_count() const { return run_.node->length; }
+    i32 first_pass(i64 begin, i64 end) const;  // rows, from input to output
+    i32 second_pass(i64 begin, i64 end) const; // columns
+
+private:
+    PlaneRun run_;
+    Lines<const cpx<R>> in_;
+    Lines<cpx<R>> out_;
+    Strides os_;
+};
+
+// Where half spectra of rows of n reals stand: as pairs, or packed among reals. Strides count reals.
+template <class R> struct HalfRows {
+    R* data;
+    i64 stride, distance;
+    bool as_pairs;
+    Places places; // of packed rows
+    i64 n;
+
+    static HalfRows pairs(R* data, Strides s, i64 n) { return {data, 2 * s.first, 2 * s.second, true, {}, n}; }
+    static HalfRows packed(R* data, Strides s, Layout layout, i64 n)
+    {
+        return {data, s.first, s.second, false, dft::places(layout, n), n};
+    }
+
+    bool is_real(i64 k) const { return !as_pairs && (k == 0 || 2 * k == n); }
+    bool is_adjacent() const { return as_pairs || stride == 1; } // both parts of a pair
+    R* re(i64 k) const
+    {
+        return data + stride * (as_pairs || k == 0 ? k : 2 * k == n ? places.half : 2 * k + places.shift);
+    }
+    R* im(i64 k) const { return re(k) + (as_pairs ? 1 : stride); }
+    void get(i64 k, i64 rows, cpx<R>* column) const
+    {
+        const R *x = re(k), *y = im(k);
+        for (i64 j = 0; j < rows; ++j, x += distance, y += distance) column[j] = {*x, is_real(k) ? R(0) : *y};
+    }
+    void put(i64 k, i64 rows, const cpx<R>* column) const
+    {
+        R *x = re(k), *y = im(k);
+        for (i64 j = 0; j < rows; ++j, x += distance, y += distance) {
+            *x = column[j].re;
+            if (!is_real(k)) *y = column[j].im;
+        }
+    }
+    Lines<cpx<R>> columns(i64 k) const { return {re(k), distance, as_pairs ? stride : 2}; }
+    Lines<R> column_of_reals(i64 k) const { return {re(k), distance, 0}; }
+    Lines<cpx<R>> lines_of_pairs() const { return {data, stride, distance}; }
+    Lines<R> lines_of_reals() const { return {data, stride, distance}; }
+};
+
+// Reals and half spectra. The pass that comes second reads what the first one left in `middle`: the array that is
+// written, the one that is read if both are the same, or a work area.
+template <class R> class RealPlane {
+public:
+    // The half spectrum as pairs or packed; a work area for half(n) pairs a row where one is needed, else null.
+    RealPlane(const PlaneRun& run, bool forward, bool as_pairs, R* reals, Strides of_reals, R* half, Strides of_half,
+              void* work_area);
+    static i64 buffer_bytes(const DftiNode& node);
+    // Forward rows, then columns; backward columns, then rows.
+    i64 first_count() const { return forward_ ? row_count() : column_count(); }
+    i64 second_count() const { return forward_ ? column_count() : row_count(); }
+    i32 first_pass(i64 begin, i64 end) const
+    {
+        return forward_ ? rows_forward(begin, end) : columns_backward(begin, end);
+    }
+    i32 second_pass(i64 begin, i64 end) const
+    {
+        return forward_ ? columns_forward(begin, end) : rows_backward(begin, end);
+    }
+
+private:
+    i64 row_count() const { return run_.node->next->length; }
+    i64 column_count() const { return dft::half(run_.node->length); }
+    i32 rows_forward(i64 begin, i64 end) const;     // from reals to middle
+    i32 columns_forward(i64 begin, i64 end) const;  // from middle to half spectra
+    i32 columns_backward(i64 begin, i64 end) const; // and back
+    i32 rows_backward(i64 begin, i64 end) const;
+    template <class Single> i32 columns(HalfRows<R> from, HalfRows<R> to, i64 begin, i64 end, Single single) const;
+    Run run_of_rows() const { return {run_.node, run_.kernel0, run_.buffer, log2_block, run_.work}; }
+    Run run_of_columns() const { return {run_.node->next, run_.kernel1, run_.buffer, log2_block, run_.work}; }
+    static constexpr i64 log2_block = log2_of_columns<R>(2);
+
+    PlaneRun run_;
+    bool forward_;
+    Lines<R> reals_;
+    HalfRows<R> half_, middle_;
+};
+
+// Both passes.
+template <class Plane> i32 run(const Plane& plane)
+{
+    const i32 status = plane.first_pass(0, plane.first_count());
+    return status != node_ok ? status : plane.second_pass(0, plane.second_count());
+}
+
+} // namespace orv::dft
