@@ -16,8 +16,8 @@
 
 namespace orv::kernels::dft {
 
-// A block of memory that is given out from below. The word is the next free address.
-using BatchArena = t_8u*;
+// Memory that is given out from below. The word, at whatever address the memory has, is the next free one.
+using BatchArena [[gnu::aligned(1)]] = t_8u*;
 
 struct BatchEnv;
 struct BatchEnvTable {
@@ -48,8 +48,11 @@ struct BatchPlan {
     BatchEnv env;
     BatchChList* lists[4];
     BatchEnvList* children;
-    i64 reserved[2];
+    i64 apart;    // of the points of a shortest transform, negative backwards
+    i64 together; // columns that are worth being taken at once
     i64 rows, length, input_width, output_width, columns;
+    enum Form : i64 { from_array_to_array = 0, in_place = 1, strided = 2 };
+    i64 form; // the sum of what it is
 };
 static_assert(offsetof(BatchPlan, rows) == 9 * 8 && offsetof(BatchPlan, columns) == 13 * 8);
 

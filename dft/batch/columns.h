@@ -1,0 +1,104 @@
+// The kinds of bases: how columns are transformed by the tables of a plan, and what of the thread's buffer that takes.
+#pragma once
+
+#include "dft/batch/factors.h"
+#include "dft/batch/kernels.h"
+#include "dft/batch/objects.h"
+
+namespace orv::dft::batch {
+
+// The lists of a plan.
+enum List { starts, radixes, places, twiddles };
+
+template <class R> struct Columns {
+    const cpx<R>* src;
+    Layout from;
+    cpx<R>* dst;
+    Layout to;
+    i64 count;
+
+    Columns part(i64 begin, i64 columns) const
+    {
+        return {src + begin * from.distance, from, dst + begin * to.distance, to, columns};
+    }
+};
+
+template <class R> inline constexpr i64 lanes = vec<cpx<R>>::lanes;
+template <class R> constexpr i64 filling_registers(i64 columns) { return columns / lanes<R> * lanes<R>; }
+
+// As many columns as stay in a first-level cache between two passes, and whole cache lines of them.
+template <class R> constexpr i64 columns_together(i64 n)
+{
+    constexpr i64 cache = 32768, line = cache_line / sizeof(cpx<R>);
+    return max(line, cache / (n * i64{sizeof(cpx<R>)}) / line * line);
+}
+
+template <class R> constexpr i64 bytes_between(i64 n, i64 columns) { return block(n * columns * i64{sizeof(cpx<R>)}); }
+
+// Columns side by side that fill registers; between: room for them, where the length has more than one factor.
+template <class R> void transform_registers(const BatchPlan& plan, const Columns<R>& c, cpx<R>* between)
+{
+    const i64 n = plan.length, *radix = plan.lists[radixes]->data, joins = plan.lists[radixes]->size - 1;
+    const auto to = [&](bool last, i64 row) { return last ? c.dst + row * c.to.stride : between + row * c.count; };
+    const auto pitch = [&](bool last) { return last ? c.to.stride : c.count; };
+
+    i64 joined = radix[joins];
+    passes<R>().leaves[joined]({c.src, c.from.stride, n, plan.apart, plan.lists[starts]->data, to(joins == 0, 0),
+                                pitch(joins == 0), n / joined, c.count});
+    const auto* const w = reinterpret_cast<const R*>(plan.lists[twiddles]->data);
+    for (i64 f = joins; f-- > 0; joined *= radix[f])
+        for (i64 row = 0; row < n; row += joined * radix[f])
+            passes<R>().joins[radix[f]]({between + row * c.count, c.count, to(f == 0, row), pitch(f == 0), joined,
+                                         c.count, w + plan.lists[places]->data[f]});
+}
+
+// Kind 21: a length with straight-line code.
+template <class R> i32 compute_straight(const Base& base, const Columns<R>& c, BatchArena*)
+{
+    if (c.count > 0) transform_registers<R>(*base.plan, c, nullptr);
+    return node_ok;
+}
+
+// Kind 20: a length that is split.
+template <class R> constexpr i64 split_together(i64 n, i64 columns)
+{
+    return min(filling_registers<R>(columns), columns_together<R>(n));
+}
+template <class R> i32 compute_split(const Base& base, const Columns<R>& c, BatchArena* arena)
+{
+    const i64 bytes = bytes_between<R>(base.plan->length, base.together);
+    auto* const between = static_cast<cpx<R>*>(orvgArenaMalloc(arena, bytes));
+    for (i64 at = 0; at < c.count; at += base.together)
+        transform_registers<R>(*base.plan, c.part(at, min(base.together, c.count - at)), between);
+    orvgArenaFree(arena, between, bytes);
+    return node_ok;
+}
+
+// Kind 5: any columns, staged so that they are side by side and fill registers.
+template <class R> constexpr i64 staged_together(i64 n, i64 columns)
+{
+    return min(round_up(columns, lanes<R>), columns_together<R>(n));
+}
+template <class R> i32 compute_staged(const Base& base, const Columns<R>& c, BatchArena* arena)
+{
+    const i64 n = base.plan->length, pitch = base.together, bytes = bytes_between<R>(n, pitch);
+    auto* const stage = static_cast<cpx<R>*>(orvgArenaMalloc(arena, bytes));
+    auto* const between = is_straight(n) ? nullptr : static_cast<cpx<R>*>(orvgArenaMalloc(arena, bytes));
+    for (i64 at = 0; at < c.count; at += pitch) {
+        const Columns<R> part = c.part(at, min(pitch, c.count - at));
+        for (i64 column = 0; column < round_up(part.count, lanes<R>); ++column)
+            for (i64 j = 0; j < n; ++j) // what fills up a register is zero
+                stage[j * pitch + column] =
+                    column < part.count ? part.src[column * part.from.distance + j * part.from.stride] : cpx<R>{};
+        const Layout rows{pitch, 1};
+        transform_registers<R>(*base.plan, {stage, rows, stage, rows, round_up(part.count, lanes<R>)}, between);
+        for (i64 column = 0; column < part.count; ++column)
+            for (i64 j = 0; j < n; ++j)
+                part.dst[column * part.to.distance + j * part.to.stride] = stage[j * pitch + column];
+    }
+    if (between != nullptr) orvgArenaFree(arena, between, bytes);
+    orvgArenaFree(arena, stage, bytes);
+    return node_ok;
+}
+
+} // namespace orv::dft::batch

@@ -1,0 +1,70 @@
+// The bodies of the passes. Whichever the direction is, they run forward: the inverse of x is the transform of x read
+// backwards.
+#pragma once
+
+#include "dft/batch/kernels.h"
+#include "dft/batch/points.h"
+#include "dft/primitives/dft/stages.h"
+
+namespace orv::dft::batch {
+
+template <int r, class R> void run_leaves(const Leaves<R>& a)
+{
+    const i64 step = a.apart * a.src_pitch;
+    cpx<R>* dst = a.dst;
+    for (i64 t = 0; t < a.transforms; ++t, dst += r * a.dst_pitch) {
+        const i64 start = a.starts[t];
+        const cpx<R>*const first = a.src + (start == a.length ? 0 : start * a.src_pitch), *const src =
+                                                                                              a.src +
+                                                                                              start * a.src_pitch;
+        for (i64 c = 0; c < a.columns; c += pairs<R>::lanes) {
+            pairs<R> x[r];
+            x[0] = loadu(first + c);
+            steps<r - 1>([&](auto j) ORV_INLINE_LAMBDA { x[j + 1] = loadu(src + (j + 1) * step + c); });
+            transform<r, true>(x);
+            steps<r>([&](auto k) ORV_INLINE_LAMBDA { storeu(dst + k * a.dst_pitch + c, x[k]); });
+        }
+    }
+}
+
+template <int r, class R> void run_join(const Join<R>& a)
+{
+    const i64 from = a.count * a.src_pitch, to = a.count * a.dst_pitch;
+    const cpx<R>* src = a.src;
+    cpx<R>* dst = a.dst;
+    const R* w = a.twiddles;
+    constexpr int lanes = pairs<R>::lanes;
+    for (i64 q = 0; q < a.count;
+         ++q, src += a.src_pitch, dst += a.dst_pitch, w += (r - 1) * general::reals_of_twiddle<R>)
+        for (i64 c = 0; c < a.columns; c += lanes) {
+            pairs<R> x[r];
+            x[0] = loadu(src + c);
+            steps<r - 1>([&](auto j) ORV_INLINE_LAMBDA {
+                x[j + 1] = general::twiddled_by<true, lanes>(loadu(src + (j + 1) * from + c),
+                                                             w + j * general::reals_of_twiddle<R>);
+            });
+            transform<r, true>(x);
+            steps<r>([&](auto k) ORV_INLINE_LAMBDA { storeu(dst + k * to + c, x[k]); });
+        }
+}
+
+template <int r, class R> constexpr auto leaves_of() -> void (*)(const Leaves<R>&)
+{
+    if constexpr (is_straight(r)) return run_leaves<r, R>;
+    else return nullptr;
+}
+template <int r, class R> constexpr auto join_of() -> void (*)(const Join<R>&)
+{
+    if constexpr (is_straight(r)) return run_join<r, R>;
+    else return nullptr;
+}
+template <class R, int... r> constexpr Passes<R> all_passes(std::integer_sequence<int, r...>)
+{
+    return {{leaves_of<r, R>()...}, {join_of<r, R>()...}};
+}
+template <class R> constexpr Passes<R> all_passes()
+{
+    return all_passes<R>(std::make_integer_sequence<int, longest_straight + 1>());
+}
+
+} // namespace orv::dft::batch
