@@ -66,6 +66,12 @@ const char* orv_status_text(orv_status status)
         return "no memory is left";
     case ORV_BAD_SETTING:
         return "a setting makes no sense";
+    case ORV_NOT_COMMITTED:
+        return "it has to be committed first";
+    case ORV_UNSUPPORTED:
+        return "no kernel does this";
+    case ORV_INTERNAL_ERROR:
+        return "a kernel failed: a fault of orv itself";
     default:
         return "no status of this library";
     }

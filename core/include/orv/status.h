@@ -16,7 +16,10 @@ enum {
     ORV_BRANCH_MISMATCH = 3, /* the library of kernels belongs to another version of orv */
     ORV_NO_KERNEL = 4,       /* the library of kernels lacks one kernel by name */
     ORV_NO_MEMORY = 5,       /* the system has no memory left */
-    ORV_BAD_SETTING = 6      /* an environment variable or a set value makes no sense */
+    ORV_BAD_SETTING = 6,     /* an environment variable or a set value makes no sense */
+    ORV_NOT_COMMITTED = 7,   /* what has to be committed first is not, or was changed since */
+    ORV_UNSUPPORTED = 8,     /* what is asked for makes sense, but no kernel does it */
+    ORV_INTERNAL_ERROR = 9   /* a kernel failed where it must not: a fault of orv */
 };
 
 /* One line in English for any status; never null, valid for ever. */
