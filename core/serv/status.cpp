@@ -16,6 +16,13 @@ thread_local Record latest;
 
 constinit std::atomic<orv_argument_handler> argument_handler{nullptr};
 
+bool is_handled(const char* routine, int argument)
+{
+    const auto handler = argument_handler.load();
+    if (handler) handler(routine, argument);
+    return handler != nullptr;
+}
+
 } // namespace
 
 orv_status fail(orv_status status, const char* format, ...)
@@ -31,12 +38,18 @@ orv_status last_status() { return latest.status; }
 
 orv_status bad_argument(const char* routine, int argument)
 {
-    if (const auto handler = argument_handler.load()) {
-        handler(routine, argument);
-        return -argument;
-    }
-    return fail(-argument, "%s: argument %d is not allowed; see the routine's description for its range", routine,
-                argument);
+    return bad_argument(routine, argument, "not allowed; see the routine's description for its range");
+}
+
+orv_status bad_argument(const char* routine, int argument, const char* why, ...)
+{
+    if (is_handled(routine, argument)) return -argument;
+    char reason[sizeof latest.sentence];
+    va_list arguments;
+    va_start(arguments, why);
+    std::vsnprintf(reason, sizeof reason, why, arguments);
+    va_end(arguments);
+    return fail(-argument, "%s: argument %d is %s", routine, argument, reason);
 }
 
 } // namespace orv::core

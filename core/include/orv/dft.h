@@ -148,8 +148,8 @@ ORV_API orv_status orv_dft_forward_split(const orv_dft* dft, const void* signal_
 ORV_API orv_status orv_dft_backward_split(const orv_dft* dft, const void* spectrum_re, const void* spectrum_im,
                                           void* signal_re, void* signal_im);
 
-/* A line that tells how the transform is done: the method and its threads, what it has in memory while it is committed,
-   and what each call takes. Never null; valid until the transform is committed again or freed. */
+/* A line that tells how the transform is done: the method, its threads, and the work memory that each call takes. Never
+   null; valid until the calling thread's next call of it. */
 ORV_API const char* orv_dft_method(const orv_dft* dft);
 
 /* ---- In one call ------------------------------------------------------------------------------------------------ */
