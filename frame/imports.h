@@ -7,6 +7,10 @@
 
 namespace orv {
 
+namespace kernels::dft {
+struct DftiNode;
+}
+
 namespace imports { // what no kernel has
 
 template <class T> using Lamch = T(const char* what);
@@ -23,6 +27,32 @@ template <class T> // orgati: a Fortran logical, which is as wide as an integer
 using Laed6 = void(const i64* iteration, const i64* orgati, const T* rho, const T* d, const T* z, const T* f_at_0,
                    T* tau, i64* info);
 template <class T> using ImatcopySquarePar = int(u64 n, T* ab, u64 ld);
+
+// Fourier transforms for kernels that need one, by the numbers of frame/kernels/dft_node.h; what they return is a
+// NodeStatus. A transform is a node; free takes it back and clears the handle. Lengths of more than one dimension are
+// those of an array stored by rows: the last is the innermost one. In place the output is not looked at.
+using Handle = kernels::dft::DftiNode*;
+enum DftiParameter : i32 {
+    dfti_forward_scale = 4, // a double
+    dfti_backward_scale = 5,
+    dfti_conjugate_even_storage = 10, // an i32, as all below
+    dfti_placement = 11,
+    dfti_packed_format = 21,
+    dfti_number_of_user_threads = 26
+};
+using CreateDfti1d = i64(Handle* handle, i32 domain, i64 length);
+using CreateDftiMd = i64(Handle* handle, i32 domain, i32 rank, const i64* lengths);
+using SetDfti = i64(Handle handle, i32 parameter, ...);
+using CommitDfti = i64(Handle handle);
+using ComputeDfti = i64(Handle handle, void* input, void* output);
+using FreeDfti = i64(Handle* handle);
+using DftiErrorClass = i64(i64 status, i64 error_class); // 1: the status is of that class, which is a NodeStatus
+
+// The same for transforms of one dimension, in place, with packed spectra.
+using CreateDftiExternal = i64(Handle* handle, i32 precision, i32 domain, i32 rank, i64 length);
+using SetDftiExternal = i64(Handle handle, i32 parameter, i64 value);
+template <class R> using ComputeDftiExternal = i64(Handle handle, R* data);
+using DftiErrorMessage = const char*(i64 status);
 
 } // namespace imports
 
@@ -62,6 +92,18 @@ kernels::blas::RealScal<cpx<double>> orv_blas_zdscal;
 kernels::blas::Ger<cpx<float>> orv_blas_cgerc;
 kernels::blas::Syr<float> orv_blas_ssyr;
 kernels::blas::Syr<cpx<double>> orv_blas_zher;
+imports::CreateDfti1d orv_dft_dfticreatedescriptor_s_1d, orv_dft_dfticreatedescriptor_d_1d;
+imports::CreateDftiMd orv_dft_dfticreatedescriptor_s_md, orv_dft_dfticreatedescriptor_d_md;
+imports::SetDfti orv_dft_dftisetvalue;
+imports::CommitDfti orv_dft_dfticommitdescriptor, orv_dft_dfti_commit_descriptor_external;
+imports::ComputeDfti orv_dft_dfticomputeforward, orv_dft_dfticomputebackward;
+imports::FreeDfti orv_dft_dftifreedescriptor, orv_dft_dfti_free_descriptor_external;
+imports::DftiErrorClass orv_dft_dftierrorclass;
+imports::CreateDftiExternal orv_dft_dfti_create_descriptor_s_1d, orv_dft_dfti_create_descriptor_d_1d;
+imports::SetDftiExternal orv_dft_dfti_set_value_intval;
+imports::ComputeDftiExternal<float> orv_dft_dfti_compute_forward_s, orv_dft_dfti_compute_backward_s;
+imports::ComputeDftiExternal<double> orv_dft_dfti_compute_forward_d, orv_dft_dfti_compute_backward_d;
+imports::DftiErrorMessage orv_dft_dfti_error_message_external;
 #undef ORV_IMPORTS
 #undef ORV_REAL_IMPORTS
 #undef ORV_COMPLEX_IMPORTS
