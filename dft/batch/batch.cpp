@@ -60,15 +60,15 @@ i64 divisors(i64* out, i64 n)
 #define BATCH_RULES(k, prefix)                                                                                         \
     ORV_EXPORT i64 prefix##_env##k##__chooseRule(i64 n) { return base_rule(n); }
 
-#define BATCH(dir, forward, t, T)                                                                                      \
-    BATCH_FORM(dir, , BatchPlan::from_array_to_array, t, real_t<T>, forward)                                           \
-    BATCH_FORM(dir, I, BatchPlan::in_place, t, real_t<T>, forward)                                                     \
-    BATCH_FORM(dir, T, BatchPlan::strided, t, real_t<T>, forward)                                                      \
-    BATCH_FORM(dir, IT, BatchPlan::in_place + BatchPlan::strided, t, real_t<T>, forward)                               \
-    BATCH_APART(dir, , t, T, forward)                                                                                  \
-    BATCH_IN_PLACE(dir, I, t, T, forward)                                                                              \
-    BATCH_APART(dir, T, t, T, forward)                                                                                 \
-    BATCH_IN_PLACE(dir, IT, t, T, forward)                                                                             \
+#define BATCH(dir, forward, t, Type)                                                                                   \
+    BATCH_FORM(dir, , BatchPlan::from_array_to_array, t, real_t<Type>, forward)                                        \
+    BATCH_FORM(dir, I, BatchPlan::in_place, t, real_t<Type>, forward)                                                  \
+    BATCH_FORM(dir, T, BatchPlan::strided, t, real_t<Type>, forward)                                                   \
+    BATCH_FORM(dir, IT, BatchPlan::in_place + BatchPlan::strided, t, real_t<Type>, forward)                            \
+    BATCH_APART(dir, , t, Type, forward)                                                                               \
+    BATCH_IN_PLACE(dir, I, t, Type, forward)                                                                           \
+    BATCH_APART(dir, T, t, Type, forward)                                                                              \
+    BATCH_IN_PLACE(dir, IT, t, Type, forward)                                                                          \
     ORV_EXPORT i32 owngDFT##dir##Batch_##t##w7_hasBaseCase(i64 n) { return has_base_case(n); }                         \
     ORV_EXPORT i64 owngDFT##dir##Batch_##t##w7_divisorsIntNonTriv(i64* out, i64 n) { return divisors(out, n); }        \
     BATCH_RULES(19, owngDFT##dir##Batch_##t##w7)                                                                       \
