@@ -35,12 +35,24 @@ template <class R> constexpr i64 columns_together(i64 n)
 
 template <class R> constexpr i64 bytes_between(i64 n, i64 columns) { return block(n * columns * i64{sizeof(cpx<R>)}); }
 
+// If the rows that a transform of so many points writes push each other out of a first-level cache before their lines
+// are full. Then all rows are stored one by one when they are done.
+template <class R> bool rows_collide(i64 points, i64 apart, i64 pitch)
+{
+    constexpr i64 way = 4096, ways = 12;
+    return points > ways && apart * pitch * i64{sizeof(cpx<R>)} % way == 0;
+}
+
 // Columns side by side that fill registers; between: room for them, where the length has more than one factor.
 template <class R> void transform_registers(const BatchPlan& plan, const Columns<R>& c, cpx<R>* between)
 {
     const i64 n = plan.length, *radix = plan.lists[radixes]->data, joins = plan.lists[radixes]->size - 1;
-    const auto to = [&](bool last, i64 row) { return last ? c.dst + row * c.to.stride : between + row * c.count; };
-    const auto pitch = [&](bool last) { return last ? c.to.stride : c.count; };
+    const bool row_by_row = joins > 0 && rows_collide<R>(radix[0], n / radix[0], c.to.stride);
+    const auto here = [&](bool last) { return last && !row_by_row; };
+    const auto to = [&](bool last, i64 row) {
+        return here(last) ? c.dst + row * c.to.stride : between + row * c.count;
+    };
+    const auto pitch = [&](bool last) { return here(last) ? c.to.stride : c.count; };
 
     i64 joined = radix[joins];
     passes<R>().leaves[joined]({c.src, c.from.stride, n, plan.apart, plan.lists[starts]->data, to(joins == 0, 0),
@@ -50,6 +62,10 @@ template <class R> void transform_registers(const BatchPlan& plan, const Columns
         for (i64 row = 0; row < n; row += joined * radix[f])
             passes<R>().joins[radix[f]]({between + row * c.count, c.count, to(f == 0, row), pitch(f == 0), joined,
                                          c.count, w + plan.lists[places]->data[f]});
+    if (row_by_row)
+        for (i64 row = 0; row < n; ++row)
+            for (i64 column = 0; column < c.count; column += lanes<R>)
+                storeu(c.dst + row * c.to.stride + column, load(between + row * c.count + column));
 }
 
 // Kind 21: a length with straight-line code.

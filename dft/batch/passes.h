@@ -8,15 +8,15 @@
 
 namespace orv::dft::batch {
 
-template <int r, class R> void run_leaves(const Leaves<R>& a)
+// The records are copied because every store might change what they say, for all that the compiler knows.
+template <int r, class R> void run_leaves(const Leaves<R>& leaves)
 {
+    const Leaves<R> a = leaves;
     const i64 step = a.apart * a.src_pitch;
     cpx<R>* dst = a.dst;
     for (i64 t = 0; t < a.transforms; ++t, dst += r * a.dst_pitch) {
         const i64 start = a.starts[t];
-        const cpx<R>*const first = a.src + (start == a.length ? 0 : start * a.src_pitch), *const src =
-                                                                                              a.src +
-                                                                                              start * a.src_pitch;
+        const cpx<R>*const src = a.src + start * a.src_pitch, *const first = start == a.length ? a.src : src;
         for (i64 c = 0; c < a.columns; c += pairs<R>::lanes) {
             pairs<R> x[r];
             x[0] = loadu(first + c);
@@ -27,21 +27,20 @@ template <int r, class R> void run_leaves(const Leaves<R>& a)
     }
 }
 
-template <int r, class R> void run_join(const Join<R>& a)
+template <int r, class R> void run_join(const Join<R>& join)
 {
+    const Join<R> a = join;
+    constexpr int lanes = pairs<R>::lanes, twiddle = general::reals_of_twiddle<R>;
     const i64 from = a.count * a.src_pitch, to = a.count * a.dst_pitch;
     const cpx<R>* src = a.src;
     cpx<R>* dst = a.dst;
     const R* w = a.twiddles;
-    constexpr int lanes = pairs<R>::lanes;
-    for (i64 q = 0; q < a.count;
-         ++q, src += a.src_pitch, dst += a.dst_pitch, w += (r - 1) * general::reals_of_twiddle<R>)
+    for (i64 q = 0; q < a.count; ++q, src += a.src_pitch, dst += a.dst_pitch, w += (r - 1) * twiddle)
         for (i64 c = 0; c < a.columns; c += lanes) {
             pairs<R> x[r];
             x[0] = loadu(src + c);
             steps<r - 1>([&](auto j) ORV_INLINE_LAMBDA {
-                x[j + 1] = general::twiddled_by<true, lanes>(loadu(src + (j + 1) * from + c),
-                                                             w + j * general::reals_of_twiddle<R>);
+                x[j + 1] = general::twiddled_by<true, lanes>(loadu(src + (j + 1) * from + c), w + j * twiddle);
             });
             transform<r, true>(x);
             steps<r>([&](auto k) ORV_INLINE_LAMBDA { storeu(dst + k * to + c, x[k]); });

@@ -70,6 +70,7 @@ TEST(Batch, treats_all_columns_alike_whatever_their_number_and_form)
         for (i64 n = 2; n <= 256; n += n < 40 ? 1 : 13)
             if (is_covered(n)) compare<R>(forward, n, {1, 2, 3, 4, 5, 7, 8, 16, 33, 70}, n % 3);
         compare<R>(forward, 4096, {1, 2, 5}, 1);
+        for (const i64 n : {208, 224, 240, 416}) compare<R>(forward, n, {32}, 0); // rows that share cache sets
     });
 }
 
