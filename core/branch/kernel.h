@@ -29,6 +29,8 @@ public:
         return __builtin_expect(known != nullptr, 1) ? known : resolve();
     }
 
+    KernelName name() const { return name_; }
+
     template <class... Arguments> orv_status run(Arguments... arguments)
     {
         Signature* kernel = get();

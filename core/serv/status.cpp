@@ -16,10 +16,11 @@ thread_local Record latest;
 
 constinit std::atomic<orv_argument_handler> argument_handler{nullptr};
 
-bool is_handled(const char* routine, int argument)
+// Whether the user's handler took the report.
+bool handled(const char* routine, int argument)
 {
     const auto handler = argument_handler.load();
-    if (handler) handler(routine, argument);
+    if (handler != nullptr) handler(routine, argument);
     return handler != nullptr;
 }
 
@@ -38,18 +39,20 @@ orv_status last_status() { return latest.status; }
 
 orv_status bad_argument(const char* routine, int argument)
 {
-    return bad_argument(routine, argument, "not allowed; see the routine's description for its range");
+    if (handled(routine, argument)) return -argument;
+    return fail(-argument, "%s: argument %d is not allowed; see the routine's description for its range", routine,
+                argument);
 }
 
-orv_status bad_argument(const char* routine, int argument, const char* why, ...)
+orv_status bad_argument(const char* routine, int argument, const char* format, ...)
 {
-    if (is_handled(routine, argument)) return -argument;
-    char reason[sizeof latest.sentence];
+    if (handled(routine, argument)) return -argument;
+    char why[512];
     va_list arguments;
-    va_start(arguments, why);
-    std::vsnprintf(reason, sizeof reason, why, arguments);
+    va_start(arguments, format);
+    std::vsnprintf(why, sizeof why, format, arguments);
     va_end(arguments);
-    return fail(-argument, "%s: argument %d is %s", routine, argument, reason);
+    return fail(-argument, "%s: argument %d: %s", routine, argument, why);
 }
 
 } // namespace orv::core
@@ -85,6 +88,16 @@ const char* orv_status_text(orv_status status)
         return "no kernel does this";
     case ORV_INTERNAL_ERROR:
         return "a kernel failed: a fault of orv itself";
+    case ORV_BAD_INDEX:
+        return "an index of a sparse matrix leads outside of it";
+    case ORV_NOT_SORTED:
+        return "entries of a sparse matrix are not sorted";
+    case ORV_DUPLICATE:
+        return "two entries of a sparse matrix stand in the same place";
+    case ORV_NO_DIAGONAL:
+        return "a sparse matrix lacks an element of its diagonal";
+    case ORV_ZERO_DIAGONAL:
+        return "an element on the diagonal of a sparse matrix is zero";
     default:
         return "no status of this library";
     }

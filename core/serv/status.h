@@ -14,7 +14,7 @@ orv_status last_status();
 // Reports argument number `argument` (from 1) of a routine to the user's handler or the record; returns -argument.
 orv_status bad_argument(const char* routine, int argument);
 
-// The same with what is wrong about it (printf-like) for the record.
-[[gnu::format(printf, 3, 4)]] orv_status bad_argument(const char* routine, int argument, const char* why, ...);
+// The same with a sentence (printf-like) that says what is wrong with it.
+[[gnu::format(printf, 3, 4)]] orv_status bad_argument(const char* routine, int argument, const char* format, ...);
 
 } // namespace orv::core

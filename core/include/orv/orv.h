@@ -14,6 +14,7 @@
 #include <orv/numerics.h>
 #include <orv/processor.h>
 #include <orv/settings.h>
+#include <orv/sparse.h>
 #include <orv/status.h>
 #include <orv/threads.h>
 #include <orv/trans.h>

@@ -19,7 +19,12 @@ enum {
     ORV_BAD_SETTING = 6,     /* an environment variable or a set value makes no sense */
     ORV_NOT_COMMITTED = 7,   /* what has to be committed first is not, or was changed since */
     ORV_UNSUPPORTED = 8,     /* what is asked for makes sense, but no kernel does it */
-    ORV_INTERNAL_ERROR = 9   /* a kernel failed where it must not: a fault of orv */
+    ORV_INTERNAL_ERROR = 9,  /* a kernel failed where it must not: a fault of orv */
+    ORV_BAD_INDEX = 10,      /* of sparse matrices: an index leads outside, */
+    ORV_NOT_SORTED = 11,     /* entries are not sorted, */
+    ORV_DUPLICATE = 12,      /* two entries stand in the same place, */
+    ORV_NO_DIAGONAL = 13,    /* an element of the diagonal is not stored, */
+    ORV_ZERO_DIAGONAL = 14   /* or it is zero */
 };
 
 /* One line in English for any status; never null, valid for ever. */
