@@ -121,7 +121,7 @@ template <class T, class Int> Matrix<T, Int> matrix_of(const orv_sparse& a, char
         l.storage = Storage::bsr, op = real(op);
         if (l.kind == 's' && op == 't') op = 'n';
     }
-    l.op = op;
+    l.op = l.kind == 'd' && l.diagonal == 'u' ? 'n' : op;
     l.triangle = !triangular ? '_' : lower ? 'l' : 'u';
     return r;
 }
