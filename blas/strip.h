@@ -36,15 +36,16 @@ template <Edges edges, int columns, class T> ORV_INLINE Run run(const Storage<co
     return rows;
 }
 
-// Columns j..j+columns-1 of B.
-template <Pass pass, Edges edges, int columns, class T>
-ORV_INLINE void strip(const WalkOf<pass, T>& v, i64 j, const Neighbours<const T>& b)
+// Columns j..j+columns-1 of B. own(c) is the element of x that column j+c multiplies, in every lane; at the end
+// gain(c, f, s) takes what comes to the element of y that it gains: the column's factor, and alpha times its sum in the
+// first lane.
+template <Pass pass, Edges edges, int columns, class T, class Own, class Gain>
+ORV_INLINE void strip(const WalkOf<pass, T>& v, i64 j, const Neighbours<const T>& b, const Own& own, const Gain& gain)
 {
     const Run rows = run<edges, columns>(v.b, j);
-    const auto within_strip = [](int c) { return min(c, columns - 1); };
     const factor<T> alpha = v.alpha;
     const auto scaled = [&](int c) {
-        if constexpr (pass.direct) return alpha * splat(*(v.x_column + (j + within_strip(c))));
+        if constexpr (pass.direct) return alpha * own(min(c, columns - 1));
         else return zeros<T>();
     };
     const vec<T> f[4] = {scaled(0), scaled(1), scaled(2), scaled(3)};
@@ -124,15 +125,8 @@ ORV_INLINE void strip(const WalkOf<pass, T>& v, i64 j, const Neighbours<const T>
 
     if constexpr (pass.across != Op::none)
 #pragma GCC unroll 4
-        for (int c = 0; c < columns; ++c) {
-            T* const to = v.y_column + (j + c);
-            vec<T> y = One::load(to, 0);
-            // The diagonal of a Hermitian matrix is real; its imaginary part is not read.
-            if constexpr (pass.both())
-                if (edges.from == Edge::diagonal || edges.to == Edge::diagonal || v.diagonal)
-                    y += lane_product(splat_real(b.at[c] + (j + c)), f[c]);
-            One::store(to, 0, y + alpha * sums[c].folded().template value<pass.across == Op::conjugate>());
-        }
+        for (int c = 0; c < columns; ++c)
+            gain(c, f[c], alpha * sums[c].folded().template value<pass.across == Op::conjugate>());
 }
 
 } // namespace orv::blas

@@ -5,8 +5,20 @@ namespace orv::blas {
 
 template <Pass pass, Edges edges, class T> void strips(const WalkOf<pass, T>& __restrict v, Rows columns)
 {
-    const auto next = [&]<int width>(i64 j)
-                          ORV_INLINE_LAMBDA { strip<pass, edges, width, T>(v, j, v.b.template neighbours<width>(j)); };
+    const auto next = [&]<int width>(i64 j) ORV_INLINE_LAMBDA {
+        const Neighbours<const T> b = v.b.template neighbours<width>(j);
+        const auto own = [&](int c) ORV_INLINE_LAMBDA { return splat(*(v.x_column + (j + c))); };
+        const auto gain = [&](int c, vec<T> f, vec<T> sum) ORV_INLINE_LAMBDA {
+            T* const to = v.y_column + (j + c);
+            vec<T> y = load_first<1>(to);
+            // The diagonal of a Hermitian matrix is real; its imaginary part is not read.
+            if constexpr (pass.both())
+                if (edges.from == Edge::diagonal || edges.to == Edge::diagonal || v.diagonal)
+                    y += lane_product(splat_real(b.at[c] + (j + c)), f);
+            store_first<1>(to, y + sum);
+        };
+        strip<pass, edges, width, T>(v, j, b, own, gain);
+    };
     const bool four = v.b.meet(4), two = v.b.meet(2);
     for (i64 j = columns.from; j < columns.to;) {
         const i64 left = columns.to - j;

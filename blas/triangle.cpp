@@ -10,64 +10,86 @@ constexpr bool square_first(Task task, Op op) { return (task == Task::solve) == 
 
 template <Task task, Half half, Op op> inline constexpr bool up = ascending(task, {half, op, false});
 
-// x(own) := op(square)^-1 * x(own), own being j..j+columns-1, from the first to the last column or back.
+// The elements of x that belong to the columns of a strip stay in registers until they are known.
+template <int columns, class T> struct Own {
+    vec<T> v[columns];
+    explicit Own(const T* x)
+    {
+#pragma GCC unroll 4
+        for (int c = 0; c < columns; ++c) v[c] = load_first<1>(x + c);
+    }
+    void store(T* x) const
+    {
+#pragma GCC unroll 4
+        for (int c = 0; c < columns; ++c) store_first<1>(x + c, v[c]);
+    }
+    vec<T> operator()(int c) const { return splat_first(v[c]); }
+};
+
+// own := op(square)^-1 * own, own being elements j..j+columns-1, from the first to the last column or back.
 template <Half half, Op op, int columns, class T>
-ORV_INLINE void solve_square(bool unit, const Neighbours<const T>& b, i64 j, T* x)
+ORV_INLINE void solve_square(bool unit, const Neighbours<const T>& b, i64 j, Own<columns, T>& own)
 {
     constexpr bool forth = up<Task::solve, half, op>;
-    constexpr i64 step = forth ? 1 : -1;
-    const i64 first = forth ? j : j + columns - 1;
-    x += first;
-    vec<T> v[columns];
-#pragma GCC unroll 4
-    for (int s = 0; s < columns; ++s) v[s] = load_first<1>(x + s * step);
-#pragma GCC unroll 4
-    for (int s = 0; s < columns; ++s) {
-        const T* const column = b.at[forth ? s : columns - 1 - s] + first;
+    constexpr auto nth = [](int s) { return forth ? s : columns - 1 - s; };
+    unrolled<0, columns>([&]<int s>() ORV_INLINE_LAMBDA {
+        constexpr int c = nth(s);
+        const T* const column = b.at[c] + j;
         if constexpr (op != Op::none)
-#pragma GCC unroll 4
-            for (int solved = 0; solved < s; ++solved)
-                v[s] = v[s] - element_product(element_of<op>(column + solved * step), v[solved]);
-        if (!unit) v[s] = quotient<op>(v[s], column[s * step]);
+            unrolled<0, s>([&]<int solved>() ORV_INLINE_LAMBDA {
+                own.v[c] = own.v[c] - element_product(element_of<op>(column + nth(solved)), own.v[nth(solved)]);
+            });
+        if (!unit) own.v[c] = quotient<op>(own.v[c], column[c]);
         if constexpr (op == Op::none)
-#pragma GCC unroll 4
-            for (int left = s + 1; left < columns; ++left)
-                v[left] = v[left] - element_product(element_of<op>(column + left * step), v[s]);
-    }
-#pragma GCC unroll 4
-    for (int s = 0; s < columns; ++s) store_first<1>(x + s * step, v[s]);
+            unrolled<s + 1, columns>([&]<int left>() ORV_INLINE_LAMBDA {
+                own.v[nth(left)] = own.v[nth(left)] - element_product(element_of<op>(column + nth(left)), own.v[c]);
+            });
+    });
 }
 
 template <Half half, Op op, int columns, class T>
 ORV_INLINE void solve_strip(bool unit, const Walk<T, true>& v, i64 j, T* x)
 {
     const Neighbours<const T> b = v.b.template neighbours<columns>(j);
-    if constexpr (op == Op::none) solve_square<half, op, columns>(unit, b, j, x);
-    strip<pass_of<op>, edges_at(half, Edge::square), columns, T>(v, j, b);
-    if constexpr (op != Op::none) solve_square<half, op, columns>(unit, b, j, x);
+    Own<columns, T> own(x + j);
+    const auto gain = [&](int c, vec<T>, vec<T> sum) ORV_INLINE_LAMBDA { own.v[c] = first_only(own.v[c] + sum); };
+    if constexpr (op == Op::none) solve_square<half, op, columns>(unit, b, j, own), own.store(x + j);
+    strip<pass_of<op>, edges_at(half, Edge::square), columns, T>(v, j, b, own, gain);
+    if constexpr (op != Op::none) solve_square<half, op, columns>(unit, b, j, own), own.store(x + j);
+}
+
+// own += B*x in the square, B being what lies beside the diagonal; x is what own was before.
+template <Half half, int columns, class T>
+ORV_INLINE void multiply_square(const Walk<T, true>& v, const Neighbours<const T>& b, i64 j, const Own<columns, T>& x,
+                                Own<columns, T>& own)
+{
+    const factor<T> alpha = v.alpha;
+    unrolled<0, columns>([&]<int row>() ORV_INLINE_LAMBDA {
+        constexpr int from = half == Half::lower ? 0 : row + 1, to = half == Half::lower ? row : columns;
+        ProductSum<T> sum(own.v[row]);
+        unrolled<from, to>([&]<int c>() ORV_INLINE_LAMBDA {
+            const vec<T> element = load_first<1>(b.at[c] + j + row);
+            const Multiplicand<T> f(alpha * x(c));
+            c == from ? sum.begin(element, f) : sum.add(element, f);
+        });
+        if constexpr (from < to) own.v[row] = sum.value();
+    });
 }
 
 template <Half half, Op op, int columns, class T>
-ORV_INLINE void multiply_strip(bool unit, Walk<T, true>& v, i64 j, T* x)
+ORV_INLINE void multiply_strip(bool unit, const Walk<T, true>& v, i64 j, T* x)
 {
     const Neighbours<const T> b = v.b.template neighbours<columns>(j);
-    // Elements come and go whole, or loads would wait for two stores.
-    T before[columns], own[columns];
+    const Own<columns, T> before(x + j);
+    Own<columns, T> own = before;
+    if (!unit)
 #pragma GCC unroll 4
-    for (int c = 0; c < columns; ++c) {
-        vec<T> e = load_first<1>(x + j + c);
-        store_first<1>(before + c, e);
-        if (!unit) e = element_product(element_of<op>(b.at[c] + j + c), e);
-        store_first<1>(own + c, e);
-    }
-    const auto put = [&] {
-#pragma GCC unroll 4
-        for (int c = 0; c < columns; ++c) store_first<1>(x + j + c, load_first<1>(own + c));
-    };
-    v.x_column.v = before - j, v.y_column.v = own - j;
-    if constexpr (op == Op::none) put();
-    strip<pass_of<op>, edges_at(half, Edge::diagonal), columns, T>(v, j, b);
-    if constexpr (op != Op::none) put();
+        for (int c = 0; c < columns; ++c) own.v[c] = element_product(element_of<op>(b.at[c] + j + c), own.v[c]);
+    const auto gain = [&](int c, vec<T>, vec<T> sum) ORV_INLINE_LAMBDA { own.v[c] = own.v[c] + sum; };
+    if constexpr (op == Op::none) multiply_square<half>(v, b, j, before, own), own.store(x + j);
+    constexpr Edge edge = op == Op::none ? Edge::square : Edge::diagonal;
+    strip<pass_of<op>, edges_at(half, edge), columns, T>(v, j, b, before, gain);
+    if constexpr (op != Op::none) own.store(x + j);
 }
 
 } // namespace
@@ -76,7 +98,8 @@ template <Task task, Half half, Op op, class T>
 void columns_in_place(bool unit, const Storage<const T>& a, Rows block, T* x)
 {
     constexpr bool solve = task == Task::solve, forth = up<task, half, op>;
-    Walk<T, true> v(solve ? a : off_diagonal(half, a), solve ? -one<T> : one<T>, {x, 1}, {x, 1}, {x, 1}, {x, 1});
+    // Were it const, it would be filled by whole registers from what the caller has just stored by words.
+    Walk<T, true> v(a, solve ? -one<T> : one<T>, {x, 1}, {x, 1}, {x, 1}, {x, 1});
     const bool four = a.share_rows(4), two = a.share_rows(2);
     const auto next = [&]<int columns>() ORV_INLINE_LAMBDA {
         const i64 j = forth ? block.from : block.to - columns;
@@ -94,21 +117,21 @@ void columns_in_place(bool unit, const Storage<const T>& a, Rows block, T* x)
 
 namespace {
 
-// Cuts 0..n-1 in blocks, each of which ends a multiple of `size` before n: what is left over stands at the low end.
-// For each, in the order of the task, triangle(block) and rectangle(block, next), the part beside it in the same
-// columns; next is the block whose triangle follows.
+// Cuts 0..n-1 in blocks, each of which ends a multiple of `size`, a power of two, before n: what is left over stands at
+// the low end. In the order of the task, triangle(block) for each; before each but the first one rectangle(columns,
+// block), the part beside the triangle in the columns of the block that was before, or in its own.
 template <class Triangle, class Rectangle>
-void by_blocks(Task task, Form form, i64 n, i64 size, const Triangle& triangle, const Rectangle& rectangle)
+ORV_INLINE void by_blocks(Task task, Form form, i64 n, i64 size, const Triangle& triangle, const Rectangle& rectangle)
 {
     const bool up = ascending(task, form), first = square_first(task, form.op);
+    Rows before{};
     for (i64 done = 0, count; done < n; done += count) {
-        count = up && done == 0 ? (n - 1) % size + 1 : min(size, n - done);
+        count = up && done == 0 ? ((n - 1) & (size - 1)) + 1 : min(size, n - done);
         const i64 to = up ? done + count : n - done;
         const Rows block{to - count, to};
-        if (first) triangle(block);
-        const Rows above{max(block.from - size, 0), block.from}, below{to, min(to + size, n)};
-        rectangle(block, !first ? block : up ? below : above);
-        if (!first) triangle(block);
+        if (done > 0) rectangle(first ? before : block, block);
+        triangle(block);
+        before = block;
     }
 }
 
@@ -182,15 +205,14 @@ void blocks_in_place(Form form, i64 n, i64 size, const T* a, i64 lda, T* x, i64 
         for (i64 j = 0; j < t.all.to; ++j)
             for (i64 i = t.rows(j).from; i < t.rows(j).to; i += cache_line / sizeof(T)) prefetch(t.column(j) + i);
     };
-    const auto triangle = [=](Rows block) {
+    const auto triangle = [=](Rows block) ORV_INLINE_LAMBDA {
         in_place<task>(form, own(block), block.to - block.from, x + block.from * incx, incx);
     };
-    const auto rectangle = [=](Rows block, Rows next) {
+    const auto rectangle = [=](Rows columns, Rows next) ORV_INLINE_LAMBDA {
         if (far) ask_for(own(next));
-        const Rows rest = beside(form.half, full_triangle(form.half, a, lda, n), block);
-        if (rest.from == rest.to) return;
-        add(trans, rest.to - rest.from, block.to - block.from, a + rest.from + block.from * lda, lda,
-            part(none ? block : rest), part(none ? rest : block), incx);
+        const Rows rest = form.half == Half::upper ? Rows{0, columns.from} : Rows{columns.to, n};
+        add(trans, rest.to - rest.from, columns.to - columns.from, a + rest.from + columns.from * lda, lda,
+            part(none ? columns : rest), part(none ? rest : columns), incx);
     };
     by_blocks(task, form, n, size, triangle, rectangle);
 }

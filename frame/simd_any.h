@@ -47,6 +47,16 @@ template <class T> ORV_INLINE vec<T> loadu(const T* p) { return {reinterpret_cas
 template <class T> ORV_INLINE void store(T* p, vec<T> v) { *reinterpret_cast<typename reg<real_t<T>>::type*>(p) = v.r; }
 template <class T> ORV_INLINE void storeu(T* p, vec<T> v) { reinterpret_cast<anywhere<real_t<T>>*>(p)->r = v.r; }
 
+// The first element in every lane; the first element, and zeros in the other lanes.
+template <class T> ORV_INLINE vec<T> splat_first(vec<T> v)
+{
+    return pick(v, v, [](int lane) { return lane % parts<T>; });
+}
+template <class T> ORV_INLINE vec<T> first_only(vec<T> v)
+{
+    return pick(v, vec<T>{}, [](int lane) { return lane < parts<T> ? lane : lane + reals<T>; });
+}
+
 // Keeps a value in a register at this point, if the processor has one that holds it: what is made of several is left to
 // the compiler.
 template <class T> ORV_INLINE void settle([[maybe_unused]] vec<T>& v)

@@ -87,6 +87,21 @@ template <int n, class T> ORV_INLINE void store_first(T* p, vec<T> v)
     }
 }
 
+template <class T> ORV_INLINE vec<T> splat_first(vec<T> v)
+{
+    if constexpr (sizeof(T) == vector_bytes) return v;
+    else if constexpr (sizeof(T) == 4) return {_mm_shuffle_ps(v.r, v.r, 0)};
+    else if constexpr (is_complex<T>) return {_mm_movelh_ps(v.r, v.r)};
+    else return {_mm_movedup_pd(v.r)};
+}
+template <class T> ORV_INLINE vec<T> first_only(vec<T> v)
+{
+    if constexpr (sizeof(T) == vector_bytes) return v;
+    else if constexpr (sizeof(T) == 4) return {_mm_insert_ps(v.r, v.r, 0b1110)};
+    else if constexpr (is_complex<T>) return {_mm_castsi128_ps(_mm_move_epi64(_mm_castps_si128(v.r)))};
+    else return {_mm_castsi128_pd(_mm_move_epi64(_mm_castpd_si128(v.r)))};
+}
+
 template <class T> ORV_INLINE void settle(vec<T>& v) { asm volatile("" : "+x"(v.r)); }
 
 // A load alone.

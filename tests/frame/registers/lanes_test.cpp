@@ -42,6 +42,14 @@ TYPED_TEST(Registers, shuffle_neighbouring_reals)
     EXPECT_TRUE(is(as_reals(imaginary_parts(a)), each_lane<R>([&](int l) { return x[l | 1]; })));
 }
 
+TYPED_TEST(Registers, spread_the_first_element_or_keep_it_alone)
+{
+    using T = TypeParam;
+    const Lanes<T> a = drawn_lanes<T>();
+    EXPECT_TRUE(is(splat_first(register_of<T>(a)), each_lane<T>([&](int) { return a[0]; })));
+    EXPECT_TRUE(is(first_only(register_of<T>(a)), each_lane<T>([&](int l) { return l == 0 ? a[0] : zero<T>; })));
+}
+
 TYPED_TEST(Registers, change_rows_with_columns)
 {
     using T = TypeParam;
