@@ -110,6 +110,8 @@ template <auto& F, class Function, class... P> auto on_values(Function function,
 #define ORV_PARAMETERS_14(type, F) ORV_PARAMETERS_13(type, F), type<F, 13> a13
 #define ORV_PARAMETERS_15(type, F) ORV_PARAMETERS_14(type, F), type<F, 14> a14
 #define ORV_PARAMETERS_16(type, F) ORV_PARAMETERS_15(type, F), type<F, 15> a15
+#define ORV_PARAMETERS_17(type, F) ORV_PARAMETERS_16(type, F), type<F, 16> a16
+#define ORV_PARAMETERS_18(type, F) ORV_PARAMETERS_17(type, F), type<F, 17> a17
 
 #define ORV_NAMES_1 a0
 #define ORV_NAMES_2 ORV_NAMES_1, a1
@@ -127,3 +129,5 @@ template <auto& F, class Function, class... P> auto on_values(Function function,
 #define ORV_NAMES_14 ORV_NAMES_13, a13
 #define ORV_NAMES_15 ORV_NAMES_14, a14
 #define ORV_NAMES_16 ORV_NAMES_15, a15
+#define ORV_NAMES_17 ORV_NAMES_16, a16
+#define ORV_NAMES_18 ORV_NAMES_17, a17

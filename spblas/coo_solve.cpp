@@ -16,13 +16,12 @@
 // diagonal, 0 if there is none or ones stand in their place. flag := 0, or 1 without memory for a list of nnz.
 #include "spblas/coo.h"
 
-#include "frame/serv.h"
+#include "spblas/counting.h"
+#include "spblas/memory.h"
 #include "spblas/quotient.h"
 
 namespace orv::ORV_SPBLAS {
 namespace {
-
-template <class E> E* allocate(i64 count) { return static_cast<E*>(orv_serv_allocate(count * i64{sizeof(E)}, 128)); }
 
 // Whether an entry is beside the diagonal, in the triangle.
 constexpr bool beside(bool lower, Int row, Int col) { return lower ? row > col : row < col; }
@@ -30,20 +29,16 @@ constexpr bool beside(bool lower, Int row, Int col) { return lower ? row > col :
 bool fill(bool lower, bool unit, Int base, Int m, const Int* row, const Int* col, Int nnz, Int* diag, Int* count,
           Int* list)
 {
-    Int* found = allocate<Int>(max(1, nnz));
-    if (found == nullptr) return false;
+    const Block<Int> found(nnz);
+    if (found.data() == nullptr) return false;
     for (Int i = 0; i < m; ++i) diag[i] = 0, count[i] = 0;
     Int n = 0;
     for (Int e = 0; e < nnz; ++e) {
         if (row[e] == col[e] && !unit) diag[row[e] - base] = e;
         if (beside(lower, row[e], col[e])) ++count[row[e] - base], found[n++] = e;
     }
-    for (Int i = 0, start = 0; i < m; ++i) {
-        const Int entries = count[i];
-        count[i] = start, start += entries;
-    }
+    counts_to_places(count, m, 0);
     for (Int k = 0; k < n; ++k) list[count[row[found[k]] - base]++] = found[k];
-    orv_serv_deallocate(found);
     return true;
 }
 
@@ -54,17 +49,11 @@ void fill_rows(const Int* m, const Int* rowind, const Int* colind, const Int* nn
     *flag = fill(lower, unit, base, *m, rowind, colind, *nnz, diag, count, list) ? 0 : 1;
 }
 
-// Memory that is given back at the end.
-struct Blocks {
-    Int *diag, *count, *list;
-    Blocks(Int m, Int nnz) : diag(allocate<Int>(m)), count(allocate<Int>(m)), list(allocate<Int>(nnz)) {}
-    Blocks(const Blocks&) = delete;
-    ~Blocks()
-    {
-        for (Int* block : {diag, count, list})
-            if (block != nullptr) orv_serv_deallocate(block);
-    }
-    bool complete() const { return diag != nullptr && count != nullptr && list != nullptr; }
+// The lists of all rows.
+struct Lists {
+    const Block<Int> diag, count, list;
+    Lists(Int m, Int nnz) : diag(m), count(m), list(nnz) {}
+    bool complete() const { return diag.data() != nullptr && count.data() != nullptr && list.data() != nullptr; }
 };
 
 template <class T> struct Problem {
@@ -90,7 +79,7 @@ template <class T> ORV_INLINE Int row_of_step(const Problem<T>& p, Int step)
     return p.o.lower ? step : p.m - 1 - step;
 }
 
-template <class T> void solve_by_lists(const Problem<T>& p, const Blocks& rows, const Columns<T>& columns)
+template <class T> void solve_by_lists(const Problem<T>& p, const Lists& rows, const Columns<T>& columns)
 {
     for (i64 c = 0; c < columns.count; ++c) {
         T* y = columns.y + c * columns.next;
@@ -156,14 +145,12 @@ template <class T> [[gnu::noinline]] void solve(const Problem<T>& p, const Colum
 {
     if (p.m < 1 || p.nnz < 1 || columns.count < 1) return;
     if (p.o.diagonal_only()) {
-        Int* last = allocate<Int>(p.m);
-        solve_diagonal(p, last, columns);
-        if (last != nullptr) orv_serv_deallocate(last);
-        return;
+        const Block<Int> last(p.m);
+        return solve_diagonal(p, last.data(), columns);
     }
-    const Blocks rows(p.m, p.nnz);
-    if (rows.complete() &&
-        fill(p.o.lower, p.o.unit, p.o.base, p.m, p.a.row, p.a.col, p.nnz, rows.diag, rows.count, rows.list))
+    const Lists rows(p.m, p.nnz);
+    if (rows.complete() && fill(p.o.lower, p.o.unit, p.o.base, p.m, p.a.row, p.a.col, p.nnz, rows.diag.data(),
+                                rows.count.data(), rows.list.data()))
         solve_by_lists(p, rows, columns);
     else solve_by_search(p, columns);
 }

@@ -7,7 +7,7 @@
 // A triangle's diagonal must be stored; nothing tests it (spblas/csr_solve.h says what is taken in its place).
 #include "spblas/csr_solve.h"
 
-#include "frame/serv.h"
+#include "spblas/memory.h"
 
 namespace orv::ORV_SPBLAS {
 namespace {
@@ -40,7 +40,8 @@ template <class T>
     if (n < 1 || j >= end) return;
     const Csr<T> a(o, val, col, pntrb, pntre);
     const i64 ld = *ldy, row_step = o.by_rows ? ld : 1, column_step = o.by_rows ? 1 : ld;
-    T* scratch = static_cast<T*>(orv_serv_allocate(n * i64{sizeof(T)}, 128));
+    const Block<T> memory(n);
+    T* scratch = memory.data();
     for (; j < end; ++j) {
         T* column = y + j * column_step;
         if (scratch != nullptr) {
@@ -49,7 +50,6 @@ template <class T>
             for (Int i = 0; i < n; ++i) column[i * row_step] = scratch[i];
         } else solve_one(o, n, *alpha, a, Strided<T>{column - o.base * row_step, row_step});
     }
-    if (scratch != nullptr) orv_serv_deallocate(scratch);
 }
 
 } // namespace

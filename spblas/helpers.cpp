@@ -12,6 +12,10 @@
 //                                parts touch rows from 1 on (syml), of an upper one, rows up to m (symu). They are
 //                                added to length rows from row first, counted from 1. Below 100 slices go in their
 //                                order, else in eight partial sums.
+//   spmalloc(bytes) spfree(block)
+//                                memory of the service layer, for what outlives a call; the bytes come by value, and
+//                                none are null
+#include "frame/serv.h"
 #include "spblas/vectors.h"
 
 namespace orv::ORV_SPBLAS {
@@ -63,5 +67,8 @@ SPBLAS_SDCZ(2, , zeros, zeros)
 SPBLAS_SDCZ(6, , split_par, split_par)
 SPBLAS_SDCZ(6, , split_syml_par, split_lower)
 SPBLAS_SDCZ(6, , split_symu_par, split_upper)
+
+ORV_EXPORT void* SPBLAS(spmalloc)(i64 bytes) { return bytes == 0 ? nullptr : orv_serv_malloc(bytes, 128); }
+ORV_EXPORT void SPBLAS(spfree)(void* block) { orv_serv_free(block); }
 
 } // namespace orv::ORV_SPBLAS

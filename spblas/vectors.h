@@ -20,6 +20,13 @@ template <class T> void clear(T* y, i64 n)
     for (; i < n; ++i) y[i] = zero<T>;
 }
 
+template <class T> void copy(const T* x, T* y, i64 n)
+{
+    i64 i = 0;
+    for (; i + vec<T>::lanes <= n; i += vec<T>::lanes) storeu(y + i, loadu(x + i));
+    for (; i < n; ++i) y[i] = x[i];
+}
+
 // y := beta*y; beta = 0 does not read y.
 template <class T> void scale(T* y, i64 n, T beta)
 {

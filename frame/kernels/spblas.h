@@ -96,6 +96,60 @@ template <class T, class Int>
 using Skysv = void(const Int* op, const Int* uplo, const Int* nonunit, const Int* n, const T* val, const Int* pntr,
                    T* y);
 
+// Formats into each other, in the direction that job[0] says; info receives 0 or why nothing came of it.
+#define ORV_SPBLAS_CONVERSION(T, Int) const Int *job, const Int *m, T *acsr, Int *ja, Int *ia
+template <class T, class Int>
+using CsrCoo = void(ORV_SPBLAS_CONVERSION(T, Int), Int* nnz, T* acoo, Int* rowind, Int* colind, Int* info);
+template <class T, class Int>
+using CsrCsc = void(ORV_SPBLAS_CONVERSION(T, Int), T* acsc, Int* ja1, Int* ia1, Int* info);
+template <class T, class Int>
+using CsrBsr = void(const Int* job, const Int* m, const Int* mblk, const Int* ldabsr, T* acsr, Int* ja, Int* ia,
+                    T* absr, Int* jab, Int* iab, Int* info);
+template <class T, class Int>
+using CsrDia = void(ORV_SPBLAS_CONVERSION(T, Int), T* adia, const Int* ndiag, Int* distance, Int* idiag, T* acsr_rem,
+                    Int* ja_rem, Int* ia_rem, Int* info);
+template <class T, class Int> using CsrSky = void(ORV_SPBLAS_CONVERSION(T, Int), T* asky, Int* pointers, Int* info);
+#undef ORV_SPBLAS_CONVERSION
+template <class T, class Int>
+using DnsCsr = void(const Int* job, const Int* m, const Int* n, T* adns, const Int* lda, T* acsr, Int* ja, Int* ia,
+                    Int* info);
+template <class T, class Int> using SortRow = void(ORV_SPBLAS_SLICE(Int), const Int* ia, Int* ja, T* a);
+
+// Sums and products of compressed rows.
+template <class T, class Int>
+using CsrAdd = void(ORV_SPBLAS_SLICE(Int), const Int* sort, const Int* m, const Int* n, T* a, Int* ja, const Int* ia,
+                    const T* beta, T* b, Int* jb, const Int* ib, T* c, Int* jc, Int* ic, const Int* nzmax, Int* info);
+template <class, class Int> // of all types
+using CsrAddPlaces = void(ORV_SPBLAS_SLICE(Int), const Int* m, const Int* n, const Int* ja, const Int* ia,
+                          const Int* jb, const Int* ib, Int* ic);
+#define ORV_SPBLAS_FACTORS(T, Int)                                                                                     \
+    const T *a, const Int *ja, const Int *ia, const T *b, const Int *jb, const Int *ib, T *c, Int *jc, Int *ic,        \
+        const Int *nzmax
+template <class T, class Int>
+using CsrProduct = void(ORV_SPBLAS_SLICE(Int), const Int* m, const Int* n, const Int* request, const Int* start,
+                        ORV_SPBLAS_FACTORS(T, Int), Int* work, Int* info);
+template <class, class Int> // of all types
+using CsrProductCounts = void(const Int* m, const Int* n, ORV_SPBLAS_SLICE(Int), const Int* ja, const Int* ia,
+                              const Int* jb, const Int* ib, Int* ic);
+template <class T, class Int>
+using CsrProductTransposed = void(const Int* request, const Int* m, const Int* n, const Int* k, const Int* block,
+                                  ORV_SPBLAS_FACTORS(T, Int), Int* info);
+#undef ORV_SPBLAS_FACTORS
+template <class T, class Int>
+using CsrProductDense = void(const Int* op, ORV_SPBLAS_SLICE(Int), const Int* n, const T* a, const Int* ja,
+                             const Int* ia, const T* b, const Int* jb, const Int* ib, T* c, const Int* ldc);
+template <class T, class Int>
+using Matcopy = void(const Int* m, const Int* n, const T* a, const Int* lda, T* b, const Int* ldb, const T* alpha);
+
+// Incomplete factors by columns, and the memory of who makes them.
+template <class Int>
+using FactorSolve = void(const Int* n, const double* a, const Int* ja, const Int* ia, const double* d, double* x);
+template <class Int>
+using FlaggedFactorSolve = void(const Int* n, const double* a, const Int* ja, const Int* ia, const i32* flags,
+                                const double* d, double* y, const Int* request);
+using TakeMemory = void*(i64 bytes);
+using GiveMemory = void(void* block);
+
 } // namespace orv::kernels::sparse
 
 #define ORV_SPBLAS_SDCZ(before, after, F)                                                                              \

@@ -20,6 +20,7 @@ namespace orv::test {
 template <class T> struct Coordinate {
     i64 i, j;
     T a;
+    friend bool operator==(const Coordinate&, const Coordinate&) = default;
 };
 
 // m rows, k columns; entries sorted by row, then by column.
