@@ -16,6 +16,15 @@ template <class Check> void each_type(const Check& check)
     for (const char type : {'s', 'd', 'c', 'z'}) each_width(type, check);
 }
 
+// Runs check<T, Int>(base of compressed rows, base of the other side) for all types and widths.
+template <class Check> void each_base(const Check& check)
+{
+    each_type([&]<class T, class Int> {
+        for (const Int csr : {0, 1})
+            for (const Int other : {0, 1}) check.template operator()<T, Int>(csr, other);
+    });
+}
+
 // Whole numbers: so sums and products have no roundings, and results can be told exactly.
 template <class T> T whole_number(Random& random)
 {

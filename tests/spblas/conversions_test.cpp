@@ -6,15 +6,6 @@ using namespace orv::test;
 
 namespace {
 
-// Runs check<T, Int>(base of compressed rows, base of the other side) for all types and widths.
-template <class Check> void each_base(const Check& check)
-{
-    each_type([&]<class T, class Int> {
-        for (const Int csr : {0, 1})
-            for (const Int other : {0, 1}) check.template operator()<T, Int>(csr, other);
-    });
-}
-
 template <class T, class Int> struct Coo {
     Guarded<T> val;
     Guarded<Int> row, col;
