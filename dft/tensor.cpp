@@ -110,17 +110,16 @@ void remove_ones(Iotensor* t)
         if (t->dims[k].n == 1) remove(t, k);
 }
 
-// Neighbours that together are one longer dimension become that one, from the last to the first.
+// Neighbours that together are one longer dimension become that one, from the last to the first: a pair that did not
+// match before does not match once one of the two is longer.
 void compress(Iotensor* t)
 {
-    for (i32 k = t->rank - 1; k > 0;) {
+    for (i32 k = t->rank - 1; k > 0; --k) {
         IotensorDim& below = t->dims[k - 1];
         const IotensorDim above = t->dims[k];
-        if (above.is == below.n * below.is && above.os == below.n * below.os) {
-            below.n *= above.n;
-            remove(t, k);
-            k = t->rank - 1;
-        } else --k;
+        if (above.is != below.n * below.is || above.os != below.n * below.os) continue;
+        below.n *= above.n;
+        remove(t, k);
     }
 }
 

@@ -300,6 +300,24 @@ TEST(Chain, takes_as_many_columns_at_once_as_stay_in_cache)
     EXPECT_EQ(widest('s', 6, 12), 682);
 }
 
+i32 many() { return 1000; }
+
+TEST(Chain, plans_no_batches_in_three_dimensions_whose_buffers_exceed_the_data)
+{
+    const auto planned = [](const std::vector<i64>& lengths, i32 (*threads)()) {
+        const Node node = create_md('d', 'c', lengths);
+        ServicesScope services(node);
+        services->max_threads = threads, services->dynamic_threads = nullptr;
+        EXPECT_EQ(commit(node), node_ok);
+        const DftiNode* const last = dimension(node, static_cast<int>(lengths.size()) - 1);
+        EXPECT_EQ(last->kernel_d_forward, named("xymps_fwd_64fc"));
+        return has_plans(last);
+    };
+    EXPECT_TRUE(planned({24, 24, 100}, two));
+    EXPECT_FALSE(planned({24, 24, 100}, many));
+    EXPECT_TRUE(planned({24 * 24, 100}, many));
+}
+
 // ---- Real transforms
 
 TEST(Chain, of_reals_begins_with_a_codelet_or_the_engine)
@@ -374,6 +392,15 @@ TEST(Chain, of_reals_goes_on_with_complex_dimensions)
     EXPECT_EQ(dimension(node, 2)->kernel_d_forward, named("xymps_fwd_64fc"));
     EXPECT_NE(dimension(node, 1)->spec_c_64fc, nullptr);
     EXPECT_EQ(node->total_half_size, 6 * 12 * 66);
+}
+
+TEST(Chain, of_reals_is_in_order_even_if_it_need_not_be)
+{
+    const Node node = create_md('d', 'r', {10, 100});
+    node->ordering = 49;
+    ASSERT_EQ(commit(node), node_ok);
+    EXPECT_EQ(dimension(node, 1)->kernel_d_forward, named("xymps_fwd_64fc"));
+    EXPECT_NE(dimension(node, 1)->spec_c_64fc, nullptr);
 }
 
 TEST(Chain, of_packed_reals_ends_at_two_dimensions)
