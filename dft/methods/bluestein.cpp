@@ -9,6 +9,7 @@
 //
 // Beside its data a call needs an array of m numbers; without memory it returns node_no_memory and writes nothing.
 #include "dft/methods/method.h"
+#include "dft/methods/product.h"
 
 namespace orv::dft {
 namespace {
@@ -83,23 +84,6 @@ template <class T> struct Stage {
     i64 n;
     Layout layout;
 };
-
-template <bool conjugated, class V> ORV_INLINE V factor_of(V table)
-{
-    if constexpr (conjugated) return conj(table);
-    else return table;
-}
-// y := x*table
-template <bool conjugated, class T> void multiply(const T* x, const T* table, T* y, i64 n)
-{
-    each<T, 4, 1>(
-        n,
-        [=]<int count>(i64 i, std::integral_constant<int, count>) ORV_INLINE_LAMBDA {
-            for (int r = 0; r < count; ++r, i += vec<T>::lanes)
-                storeu(y + i, element_product(loadu(x + i), factor_of<conjugated>(loadu(table + i))));
-        },
-        [=](i64 i) ORV_INLINE_LAMBDA { y[i] = x[i] * factor_of<conjugated>(table[i]); });
-}
 
 // w := x*table_a; inverse, its conjugate
 template <bool forward, class T> void first_product(i32 thread, i32 threads, void* argument)

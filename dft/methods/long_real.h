@@ -1,0 +1,60 @@
+// One long transform of n reals by several threads. With N = n/2 and w = exp(-2*pi*i/n) the spectrum X comes from those
+// of the even and of the odd elements, E and O, as
+//
+//   X[k] = E[k] + w^k*O[k]      X[N - k] = conj(E[k] - w^k*O[k])
+//
+// and each of E and O, of N = m1*m2 points, as a matrix: element j1 + m1*j2 and point k2 + m2*k1 go
+//
+//   rows      for each j1, m2 reals j2 to the half spectrum k2 <= m2/2
+//   columns   for each k2, m1 pairs j1, times exp(-2*pi*i*j1*k2/N), to k1; those of k2 = 0 are real
+//
+// Threads share rows, wait for each other, and share columns, with which X is at hand. Backward goes the other way.
+#pragma once
+
+#include "dft/methods/method.h"
+
+namespace orv::dft::long_real {
+
+// Real transforms between reals and Perm, and those of pairs.
+template <class R> struct Engine;
+#define ORV_DFT_ENGINE(t)                                                                                              \
+    template <> struct Engine<t_##t> {                                                                                 \
+        static constexpr auto& init_real = DFT(ympsDFTInitAlloc_R_##t);                                                \
+        static constexpr auto& real_bytes = DFT(ympsDFTGetBufSize_R_##t);                                              \
+        static constexpr auto& free_real = DFT(ympsDFTFree_R_##t);                                                     \
+        static constexpr auto& to_perm = DFT(ympsDFTFwd_RToPerm_##t);                                                  \
+        static constexpr auto& from_perm = DFT(ympsDFTInv_PermToR_##t);                                                \
+        static constexpr auto& init_pairs = DFT(ympsDFTInitAlloc_C_##t##c);                                            \
+        static constexpr auto& pairs_bytes = DFT(ympsDFTGetBufSize_C_##t##c);                                          \
+        static constexpr auto& free_pairs = DFT(ympsDFTFree_C_##t##c);                                                 \
+        static constexpr auto& forward = DFT(ympsDFTFwd_CToC_##t##c);                                                  \
+        static constexpr auto& backward = DFT(ympsDFTInv_CToC_##t##c);                                                 \
+    };
+ORV_DFT_REAL(ORV_DFT_ENGINE)
+#undef ORV_DFT_ENGINE
+
+template <class R> struct State {
+    i64 points; // N
+    Layout layout;
+    i32 threads;
+    i64 m1, m2;
+    cpx<R>* twiddle_a;                     // exp(-2*pi*i*j1*k2/N), a row of m1 for each k2
+    cpx<R>* twiddle_b;                     // w^(m1*q) for q <= 2*m2, then w^r for r < m1
+    YmpDftSpec *spec_r, *spec_r2, *spec_c; // of m2 reals, of m1 reals, of m1 pairs
+    i64 columns;                           // m2/2 + 1
+    i64 buffer_bytes;                      // the largest of the engine's work areas
+
+    void release();
+    i32 build(const DftiNode& node, i64 n, i32 team);
+
+    // w^(m1*q + r)
+    ORV_INLINE cpx<R> root(i64 q, i64 r) const { return twiddle_b[q] * twiddle_b[2 * m2 + 1 + r]; }
+};
+static_assert(sizeof(State<double>) == 88);
+
+extern template struct State<float>;
+extern template struct State<double>;
+
+template <class R, bool forward> i32 compute(DftiNode* node, void* data, void* output, void*, void*);
+
+} // namespace orv::dft::long_real
