@@ -211,6 +211,30 @@ TYPED_TEST(Bluestein, has_the_same_bits_with_any_number_of_threads)
         }
     }
 }
+// Of the last of four stages only one task runs: what it has written tells its slice.
+TYPED_TEST(Bluestein, shares_results_in_units_of_four)
+{
+    using T = cpx<TypeParam>;
+    static i32 stage, runs;
+    const i64 n = 99;
+    for (runs = 0; runs < 3; ++runs) {
+        Node node(precision_of<T>, CFG_DOMAIN_COMPLEX, {n}, {name<T>()});
+        Team::of(node, 3);
+        node.services.parallel_for = [](i32 threads, DftTask* task, void* argument) {
+            if (++stage < 4) return Team::one_by_one(threads, task, argument);
+            task(runs, threads, argument);
+        };
+        node->placement = CFG_OUT_OF_PLACE;
+        ASSERT_EQ(node.commit(), node_ok);
+        auto x = random_array<T>(n, 2);
+        std::vector<T> y(n, T{});
+        stage = 0;
+        ASSERT_EQ(node.run(true, x.data(), y.data()), node_ok);
+        EXPECT_EQ(stage, 4);
+        const i64 share = 9 * 4; // of 25 units
+        for (i64 k = 0; k < n; ++k) EXPECT_EQ(y[k] != T{}, k / share == runs) << k;
+    }
+}
 TYPED_TEST(Bluestein, starts_no_more_threads_than_the_user_allows)
 {
     using T = cpx<TypeParam>;

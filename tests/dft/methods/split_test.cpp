@@ -236,6 +236,25 @@ TYPED_TEST(Split, batch_has_the_same_bits_with_any_number_of_threads_and_no_more
     }
 }
 
+// So many transforms are staged together as make up for the smaller of the strides that are not 1.
+TYPED_TEST(Split, threads_share_what_is_staged_together)
+{
+    using R = TypeParam;
+    struct Case {
+        i64 is, os, rows;
+    };
+    for (const auto& [is, os, rows] :
+         {Case{2, 3, 4}, {3, 2, 4}, {1, 3, 2}, {3, 1, 2}, {5, 4, 2}, {9, 12, 1}, {-4, 1, 2}}) {
+        const Shape shape{{{20, is, os}}, {{11, 200, 240}}, is < 0 ? 80 : 0};
+        SplitNode<R> node(shape, false, {batch_method<R>()});
+        Team::of(node, 64);
+        ASSERT_EQ(node.commit(), node_ok);
+        SplitArrays<R> x(shape, &IotensorDim::is), y(shape, &IotensorDim::os);
+        ASSERT_EQ(node.run(true, x.re.data(), x.im.data(), y.re.data(), y.im.data()), node_ok);
+        EXPECT_EQ(Team::started, 11 / rows) << is << ' ' << os;
+    }
+}
+
 TYPED_TEST(Split, several_batches_go_one_after_the_other)
 {
     using R = TypeParam;
