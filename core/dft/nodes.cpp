@@ -4,7 +4,7 @@
 
 #include "core/branch/kernel.h"
 #include "core/dft/services.h"
-#include "frame/serv.h"
+#include "orv/numerics.h"
 
 #include <cinttypes>
 #include <cstdio>
@@ -96,7 +96,8 @@ i32 describe(DftiNode* node, const Settings& s, Direction direction, bool shared
     if (!status && (shared || direction == forward)) status = set.set_scale(node, s.scales[forward], scale_of_forward);
     if (!status && (shared || direction == backward))
         status = set.set_scale(node, s.scales[backward], scale_of_backward);
-    if (!status) status = set.set_thread_limit(node, s.threads);
+    // Some methods are chosen by the number of threads.
+    if (!status) status = set.set_thread_limit(node, orv_get_reproducible() ? 1 : s.threads);
     return status;
 }
 
@@ -201,15 +202,6 @@ void drop_nodes(orv_dft& dft)
     if (dft.node[backward] != dft.node[forward]) destroy(dft.node[backward]);
     destroy(dft.node[forward]);
     dft.node[forward] = dft.node[backward] = nullptr;
-}
-
-int threads_used(const orv_dft& dft)
-{
-    if (!dft.committed) return 0;
-    int threads = 1;
-    for (const DftiNode* node : dft.node)
-        if (node) threads = static_cast<int>(max(threads, node->effective_threads));
-    return threads;
 }
 
 } // namespace orv::core::dft

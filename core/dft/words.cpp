@@ -15,28 +15,29 @@ namespace {
 // By the end of the symbol of a method, behind the tag of its branch.
 struct Phrase {
     const char *stem, *words;
+    bool shares; // among threads
 };
 constexpr Phrase phrases[] = {
-    {"_bkd_as2s_n_m", "split arrays, dimension by dimension (as2s_n_m)"},
-    {"_bkd_as2s_1_m", "split arrays, one batch after the other (as2s_1_m)"},
-    {"_bkd_ds2s_1_1", "split arrays in rows (ds2s_1_1)"},
-    {"_bkd_ss2s_1_1", "split arrays in rows (ss2s_1_1)"},
-    {"_bkd3_c", "straight code for the length (bkd3_c)"},
-    {"_bkd3_z", "straight code for the length (bkd3_z)"},
-    {"_bkd2_c", "straight code for the length (bkd2_c)"},
-    {"_bkd2_z", "straight code for the length (bkd2_z)"},
-    {"_bkd1_c", "the engine, with its work area on the stack (bkd1_c)"},
-    {"_bkd1_z", "the engine, with its work area on the stack (bkd1_z)"},
-    {"_tiny_3d_c2c", "a small cube (tiny_3d_c2c)"},
-    {"_tiny_3d_z2z", "a small cube (tiny_3d_z2z)"},
-    {"_tiny_3d_c2s", "a small cube (tiny_3d_c2s)"},
-    {"_tiny_3d_z2d", "a small cube (tiny_3d_z2d)"},
-    {"_par_1d_r2c_d", "a long real signal shared by threads (par_1d_r2c_d)"},
-    {"_par_1d_r2c_s", "a long real signal shared by threads (par_1d_r2c_s)"},
-    {"_bluestein_c", "a convolution with a chirp (bluestein_c)"},
-    {"_bluestein_z", "a convolution with a chirp (bluestein_z)"},
-    {"_bluestein_s", "a convolution with a chirp (bluestein_s)"},
-    {"_bluestein_d", "a convolution with a chirp (bluestein_d)"},
+    {"_bkd_as2s_n_m", "split arrays, dimension by dimension (as2s_n_m)", true},
+    {"_bkd_as2s_1_m", "split arrays, one batch after the other (as2s_1_m)", true},
+    {"_bkd_ds2s_1_1", "split arrays in rows (ds2s_1_1)", true},
+    {"_bkd_ss2s_1_1", "split arrays in rows (ss2s_1_1)", true},
+    {"_bkd3_c", "straight code for the length (bkd3_c)", false},
+    {"_bkd3_z", "straight code for the length (bkd3_z)", false},
+    {"_bkd2_c", "straight code for the length (bkd2_c)", false},
+    {"_bkd2_z", "straight code for the length (bkd2_z)", false},
+    {"_bkd1_c", "the engine, with its work area on the stack (bkd1_c)", false},
+    {"_bkd1_z", "the engine, with its work area on the stack (bkd1_z)", false},
+    {"_tiny_3d_c2c", "a small cube (tiny_3d_c2c)", false},
+    {"_tiny_3d_z2z", "a small cube (tiny_3d_z2z)", false},
+    {"_tiny_3d_c2s", "a small cube (tiny_3d_c2s)", false},
+    {"_tiny_3d_z2d", "a small cube (tiny_3d_z2d)", false},
+    {"_par_1d_r2c_d", "a long real signal shared by threads (par_1d_r2c_d)", true},
+    {"_par_1d_r2c_s", "a long real signal shared by threads (par_1d_r2c_s)", true},
+    {"_bluestein_c", "a convolution with a chirp (bluestein_c)", true},
+    {"_bluestein_z", "a convolution with a chirp (bluestein_z)", true},
+    {"_bluestein_s", "a convolution with a chirp (bluestein_s)", true},
+    {"_bluestein_d", "a convolution with a chirp (bluestein_d)", true},
 };
 
 bool ends_in(const char* text, const char* end)
@@ -45,20 +46,20 @@ bool ends_in(const char* text, const char* end)
     return length >= tail && std::strcmp(text + length - tail, end) == 0;
 }
 
-// Null for methods without a symbol.
-const char* words_for(const DftiMethod* method)
+// Null for methods without a symbol: those of a node for itself.
+const Phrase* phrase_for(const DftiMethod* method)
 {
     Dl_info found;
     if (dladdr(method, &found) == 0 || found.dli_saddr != method) return nullptr;
     for (const Phrase& phrase : phrases)
-        if (ends_in(found.dli_sname, phrase.stem)) return phrase.words;
+        if (ends_in(found.dli_sname, phrase.stem)) return &phrase;
     return nullptr;
 }
 
 const char* words_for(const DftiNode* node)
 {
     if (node->method)
-        if (const char* words = words_for(node->method)) return words;
+        if (const Phrase* phrase = phrase_for(node->method)) return phrase->words;
     if (node->via2d_data) return "one dimension as two (via_2d)";
     for (const DftiNode* n = node; n; n = n->next)
         if (n->method) return "columns in batches (batch)";
@@ -72,7 +73,22 @@ const char* words_for(const DftiNode* node)
     }
 }
 
+i32 threads_used(const DftiNode* node)
+{
+    const Phrase* const phrase = node->method ? phrase_for(node->method) : nullptr;
+    return phrase && !phrase->shares ? 1 : node->effective_threads;
+}
+
 } // namespace
+
+int orv::core::dft::threads_used(const orv_dft& dft)
+{
+    if (!dft.committed) return 0;
+    i64 threads = 1;
+    for (const DftiNode* node : dft.node)
+        if (node) threads = max(threads, ::threads_used(node));
+    return static_cast<int>(threads);
+}
 
 const char* orv_dft_method(const orv_dft* dft)
 {

@@ -1,31 +1,37 @@
 /* Discrete Fourier transforms: of one to seven dimensions, any lengths, complex or real, one or many in a call.
 
-       orv_dft* t;                                            1000 transforms of 256 complex numbers, in place:
+       orv_dft* t;                                       1000 transforms of 256 complex numbers, in place:
        int64_t n = 256;
        orv_dft_create(&t, ORV_DFT_DOUBLE, ORV_DFT_COMPLEX, 1, &n);
        orv_dft_set(t, ORV_DFT_TRANSFORMS, 1000);
        orv_dft_commit(t);
-       orv_dft_forward(t, x, x);                              as often as one likes, on any arrays
+       orv_dft_forward(t, x, x);                         as often as one likes, on any arrays
        orv_dft_free(t);
 
-   What is computed   forward: y[k] = scale * sum over j of x[j] * exp(-2*pi*i*j*k/n), in every dimension. backward: the
-             same with +2*pi*i, from the spectrum y back to the signal x. Both scales are 1 unless set otherwise, so
-   that forward and then backward multiplies by the product of the lengths. Two sides The signal is what forward reads
-   and backward writes, the spectrum what forward writes and backward reads. Strides, distances and offsets belong to a
-   side, not to a direction: one description serves both ways. Lengths   lengths[0] is the dimension whose elements are
-   neighbours in memory unless strides say otherwise (for arrays stored by rows: the last index first). It is also the
-   dimension that is halved in the spectrum of reals. A transform of no dimension, which is a copy, is one of a single
-   dimension of length 1. Arrays    Element (j0, j1, ...) of transform b stands at a[offset + b*distance + j0*strides[0]
-   + j1*strides[1] + ...], counted in elements of its side: reals for a real signal or a packed spectrum, complex
-   numbers (or, in split arrays, reals of either array) for all else. Arrays stand at any address. What lies between the
-   elements is never touched, and out of place nothing of the input is written. Real signals   have a spectrum with
-   y[n-k] = conj(y[k]) of which only half is stored; ORV_DFT_FORMAT says how. Backward takes the parts that must be zero
-   (the imaginary one of y[0], say) as zero. Results   Every function returns a status (orv/status.h): 0; -i if argument
-   i is bad, counted from 1; or a positive code. Where it is not 0 nothing was changed or written, unless memory ran out
-   in the middle of a transform; orv_last_error() has a sentence that names the setting at fault and its value. Threads
-   A committed transform is only read by orv_dft_forward, orv_dft_backward and the functions that ask, which any number
-   of threads may call at once on arrays of their own. Creating different ones at once is fine, too. Setting, committing
-   and freeing need the transform alone. Results do not depend on the number of threads. */
+   Formula   Forward: y[k] = scale * sum over j of x[j] * exp(-2*pi*i*j*k/n), in every dimension. Backward: the same
+             with +2*pi*i, from the spectrum y back to the signal x. Both scales are 1 unless set otherwise, so that
+             forward and then backward multiplies by the product of the lengths.
+   Sides     The signal is what forward reads and backward writes, the spectrum what forward writes and backward reads.
+             Strides, distances and offsets belong to a side, not to a direction: one description serves both ways.
+   Lengths   lengths[0] is the dimension whose elements are neighbours in memory unless strides say otherwise (for
+             arrays stored by rows: the last index first). It is also the dimension that is halved in the spectrum of
+             reals. A transform of no dimension, which is a copy, is one of a single dimension of length 1.
+   Arrays    Element (j0, j1, ...) of transform b stands at
+                 a[offset + b*distance + j0*strides[0] + j1*strides[1] + ...],
+             counted in elements of its side: reals for a real signal or a packed spectrum, complex numbers (or, in
+             split arrays, reals of either array) for all else. Arrays stand at any address. What lies between the
+             elements is never touched, and out of place nothing of the input is written.
+   Reals     have a spectrum with y[n-k] = conj(y[k]), of which only half is stored; ORV_DFT_FORMAT says how. Backward
+             takes the parts that must be zero (the imaginary one of y[0], say) as zero.
+   Results   Every function returns a status (orv/status.h): 0; -i if argument i is bad, counted from 1; or a positive
+             code. Where it is not 0 nothing was changed or written, unless memory ran out in the middle of a
+             transform; orv_last_error() has a sentence that names the setting at fault and its value.
+   Threads   A committed transform is only read by orv_dft_forward, orv_dft_backward and the functions that ask, which
+             any number of threads may call at once on arrays of their own. Creating different ones at once is fine,
+             too. Setting, committing and freeing need the transform alone. Where threads only share work, their number
+             does not change results. But some methods are chosen by it, as orv_dft_method tells: long real signals of
+             one dimension, and some lengths in single precision, may have other last bits on one thread than on
+             several. What is committed while orv_get_reproducible() is not 0 uses one thread. */
 #ifndef ORV_DFT_H
 #define ORV_DFT_H
 
@@ -50,8 +56,7 @@ enum {
 
     /* ORV_DFT_INTERLEAVED: a complex number is a real and an imaginary part, one behind the other. ORV_DFT_SPLIT: all
        real parts in one array and all imaginary parts in another; orv_dft_forward_split then takes the place of
-       orv_dft_forward. Of real transforms it is the spectrum that is split, in the format ORV_DFT_HALF, out of place.
-     */
+       orv_dft_forward. Of real transforms it is the spectrum that is split, in ORV_DFT_HALF, out of place. */
     ORV_DFT_STORAGE,
 
     /* How the spectrum of n reals is stored, in dimension 0; n/2 is rounded down.
@@ -119,9 +124,10 @@ ORV_API orv_status orv_dft_set(orv_dft* dft, int setting, int64_t value);
 /* The factors of both directions. Any numbers will do; 1 costs nothing, and 1/n next to nothing. Bad: 1 null. */
 ORV_API orv_status orv_dft_set_scales(orv_dft* dft, double forward, double backward);
 
-/* The strides of each side, a number for each dimension, none of them 0. Null: no gaps, lengths[0] innermost; in place
-   and for spectra of reals with the padding that goes with it. Two elements of what is written must not share a place,
-   which is not looked at. Bad: 1 null; 2, 3 a stride of 0 in a dimension longer than 1. */
+/* The strides of each side, a number for each dimension, none of them 0; one below 0 goes back from the element that
+   pointer and offset name. Null: no gaps, lengths[0] innermost; in place and for spectra of reals with the padding that
+   goes with it. Two elements of what is written must not share a place, which is not looked at. Bad: 1 null; 2, 3 a
+   stride of 0 in a dimension longer than 1. */
 ORV_API orv_status orv_dft_set_strides(orv_dft* dft, const int64_t* signal, const int64_t* spectrum);
 
 /* What holds now, defaults included. Pointers to results may be null. Bad: 1 null; orv_dft_get: 2 no setting. */
