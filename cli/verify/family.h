@@ -36,5 +36,6 @@ Group matrix_vectors();
 Group matrix_products();
 Group transpositions();
 Group extended();
+Group transforms();
 
 } // namespace orv::verify

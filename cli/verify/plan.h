@@ -22,7 +22,7 @@ constexpr i64 sparse_position(i64 i) { return 3 * (i ^ 1) + i % 3 / 2; }
 
 // rows by columns of an array.
 struct View {
-    std::string array; // an argument's name; "result": what is returned; empty: ones
+    std::string array; // an argument's name; "result": what is returned; empty: ones, or roots of one
     i64 rows = 1, columns = 1;
 
     // Element (i,j) stands at base + i*row + j*column, if it lies in the band of so many diagonals below the main one
@@ -37,6 +37,12 @@ struct View {
     enum class Rest { zero, symmetric, hermitian } rest = Rest::zero;
     bool unit = false;     // the diagonal is not stored and 1
     bool dominant = false; // to be filled so that solving with it neither grows nor shrinks a vector
+
+    // Without an array: element (i,j) is exp(2*pi*i*turns*i*j/points), turns being 1 or -1. halved: those of column 0,
+    // and of the one in the middle if there is one, count half.
+    i64 points = 0;
+    int turns = 0;
+    bool halved = false;
 
     void keep_triangle(bool upper) { (upper ? below : above) = 0; }
 

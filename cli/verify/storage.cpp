@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <numbers>
 
 namespace orv::verify {
 namespace {
@@ -147,10 +148,20 @@ Elements::Elements(const Operand& operand, const Arrays& arrays)
 {
 }
 
+Number Elements::root(i64 i, i64 j) const
+{
+    const View& v = operand_.view;
+    const long double angle = 2 * std::numbers::pi_v<long double> * static_cast<long double>(i * j % v.points) /
+                              static_cast<long double>(v.points);
+    const int turns = operand_.op == 'r' ? -v.turns : v.turns;
+    const long double weight = v.halved && (j == 0 || 2 * j == v.points) ? 0.5L : 1;
+    return {static_cast<double>(weight * std::cos(angle)), static_cast<double>(weight * turns * std::sin(angle))};
+}
+
 Number Elements::operator()(i64 i, i64 j) const
 {
-    if (array_ == nullptr) return {1, 0};
     const View& v = operand_.view;
+    if (array_ == nullptr) return v.turns == 0 ? Number{1, 0} : root(i, j);
     const bool after = operand_.after;
     if (turned_) std::swap(i, j);
     Number e{i == j && v.unit ? 1.0 : 0.0, 0};

@@ -69,14 +69,16 @@ private:
 class Elements {
 public:
     Elements(const Operand& operand, const Arrays& arrays);
-    bool complex() const { return array_ != nullptr && operand_.op != 'a' && array_->is_complex(); }
+    bool complex() const { return array_ ? operand_.op != 'a' && array_->is_complex() : operand_.view.turns != 0; }
     i64 rows() const { return turned_ ? operand_.view.columns : operand_.view.rows; }
     i64 columns() const { return turned_ ? operand_.view.rows : operand_.view.columns; }
     Number operator()(i64 i, i64 j) const;
 
 private:
+    Number root(i64 i, i64 j) const;
+
     const Operand& operand_;
-    const Array* array_; // none: ones
+    const Array* array_; // none: ones or roots
     bool turned_;
 };
 
