@@ -239,6 +239,34 @@ TEST(DftCommit, is_needed_again_after_a_change_and_only_then)
     for (int i = 0; i < 4; ++i) EXPECT_EQ(x[i], 4.0 * start[i]);
 }
 
+TEST(DftCommit, is_undone_by_every_setting_that_gets_another_value)
+{
+    Transform t(ORV_DFT_DOUBLE, c, {4});
+    const std::pair<int, i64> others[] = {{ORV_DFT_PLACEMENT, ORV_DFT_OUT_OF_PLACE},
+                                          {ORV_DFT_STORAGE, ORV_DFT_SPLIT},
+                                          {ORV_DFT_FORMAT, ORV_DFT_PERM},
+                                          {ORV_DFT_ORDERING, ORV_DFT_ANY_ORDER},
+                                          {ORV_DFT_WORKSPACE, ORV_DFT_AVOID},
+                                          {ORV_DFT_DIRECTIONS, ORV_DFT_FORWARD},
+                                          {ORV_DFT_TRANSFORMS, 2},
+                                          {ORV_DFT_SIGNAL_DISTANCE, 7},
+                                          {ORV_DFT_SPECTRUM_DISTANCE, 8},
+                                          {ORV_DFT_SIGNAL_OFFSET, 5},
+                                          {ORV_DFT_SPECTRUM_OFFSET, 6},
+                                          {ORV_DFT_THREADS, 3}};
+    for (const auto& [setting, value] : others) {
+        ASSERT_EQ(orv_dft_commit(t), ORV_OK) << orv_last_error();
+        t.set(setting, value);
+        EXPECT_EQ(t.get(ORV_DFT_COMMITTED), 0) << setting;
+    }
+    const i64 strides[] = {3};
+    for (const bool of_spectrum : {false, true}) {
+        ASSERT_EQ(orv_dft_commit(t), ORV_OK) << orv_last_error();
+        EXPECT_EQ(orv_dft_set_strides(t, strides, of_spectrum ? strides : nullptr), ORV_OK);
+        EXPECT_EQ(t.get(ORV_DFT_COMMITTED), 0);
+    }
+}
+
 TEST(DftCompute, refuses_arrays_that_do_not_fit_the_settings)
 {
     const auto refused = [](orv_status status, orv_status wanted, const std::string& word) {
@@ -520,8 +548,7 @@ TEST(DftOnce, names_what_is_bad)
     EXPECT_EQ(orv_ifft_z(4, x, nullptr), -3);
     EXPECT_EQ(orv_fftn_z(0, lengths, x, x), -1);
     EXPECT_EQ(orv_fftn_z(2, bad, x, x), -2);
-    EXPECT_NE(std::string(orv_last_error()).find("orv_fftn_z: argument 2 is -2"), std::string::npos)
-        << orv_last_error();
+    EXPECT_NE(std::string(orv_last_error()).find("orv_fftn_z: argument 2: -2"), std::string::npos) << orv_last_error();
     EXPECT_EQ(orv_fftn_z(2, lengths, nullptr, x), -3);
     EXPECT_EQ(orv_ifftn_z(2, lengths, x, nullptr), -4);
 }
