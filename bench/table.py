@@ -22,7 +22,7 @@ TARGETS = [
     (r".*", r".*", 1.0, None),
 ]
 CALL_OVERHEAD_NS = 40  # standard interface above kernel, at n = 10
-THREADS_2_OVER_1 = [(r".gemm", 1.8), (r".(sy|he|tr)(mm|sm|rk|r2k)|.gemm3m", 1.75), (r".*matcopy", 1.5)]
+THREADS_2_OVER_1 = [(r".gemm", 1.8), (r".(sy|he|tr)(mm|sm|rk|r2k)|.gemm3m", 1.75), (r".*matcopy", 1.5), (r".dft", 1.6)]
 OURS = ("orv", "orv-kernel")
 # The reference library is shown, but nobody chooses it for its speed.
 NO_PEER = OURS + ("reference", "limit", "against", "orv 1", "orv 2")
