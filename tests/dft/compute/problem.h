@@ -148,11 +148,14 @@ struct Extent {
     }
 };
 
+// In place a row of reals has the room of its pairs.
 inline Extent signal_extent(const Problem& p)
 {
     Extent extent;
+    std::vector<i64> shape = p.lengths;
+    if (p.in_place && p.storage == Storage::half && p.signal.strides[0] == 1) shape[0] = 2 * (shape[0] / 2 + 1);
     for (i64 t = 0; t < p.count; ++t)
-        each_index(p.lengths, [&](const std::vector<i64>& index) {
+        each_index(shape, [&](const std::vector<i64>& index) {
             const Place at = signal_place(p, index, t);
             extent.use(at.re), extent.use(at.im);
         });

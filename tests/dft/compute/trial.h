@@ -23,27 +23,61 @@ public:
 
     const Node& node() const { return node_; }
 
-    // Commits for so many threads, fills the arrays and computes.
-    i32 run(i32 threads)
+    // Commits for so many threads. The other direction's scale is another one.
+    i32 commit_for(i32 threads)
     {
         node_->methods->set_thread_limit(node_.get(), threads);
         node_->methods->set_scale(node_.get(), 2 * p.scale, p.forward ? scale_of_backward : scale_of_forward);
-        if (const i32 status = commit(node_); status != node_ok) return status;
+        return commit(node_);
+    }
+
+    i32 run(i32 threads)
+    {
+        if (const i32 status = commit_for(threads); status != node_ok) return status;
         fill();
         return compute();
     }
 
-    // Of the pointers that the problem's storage and placement want.
+    // From what a call reads to what it writes, without offsets.
+    std::array<void*, 4> pointers() const
+    {
+        std::array<void*, 4> all{};
+        const int parts = is_split() ? 2 : 1;
+        for (int part = 0; part < parts; ++part) {
+            all[part] = array(p.forward || p.in_place ? 0 : 1, part);
+            if (!p.in_place) all[parts + part] = array(p.forward ? 1 : 0, part);
+        }
+        return all;
+    }
+
     i32 compute()
     {
-        void* pointers[4] = {};
-        const int parts = p.storage == Storage::split ? 2 : 1;
-        for (int part = 0; part < parts; ++part) {
-            pointers[part] = array(p.forward || p.in_place ? 0 : 1, part);
-            if (!p.in_place) pointers[parts + part] = array(p.forward ? 1 : 0, part);
-        }
+        const auto pointers = this->pointers();
         return (p.forward ? node_->compute_forward : node_->compute_backward)(node_.get(), pointers[0], pointers[1],
                                                                               pointers[2], pointers[3]);
+    }
+
+    // New arrays with the input of the problem; gaps and results are NaN.
+    void fill()
+    {
+        arrays_.clear();
+        for (int side = 0; side < 2; ++side)
+            for (int part = 0; part < 2; ++part)
+                arrays_.push_back(std::make_unique<Guarded<R>>(static_cast<std::size_t>(reals(side))));
+        if (!p.forward && p.storage == Storage::CCS) // its zeros
+            for (i64 i = 0; i < spectrum_.reals; ++i)
+                if (spectrum_.used[i]) array(side_of(false), 0)[i] = 0;
+        each_number(p.forward, [&](i64 t, i64 number, const Place& at) {
+            const QuadPair value = p.forward ? signals_[t][number] : spectra_[t][number];
+            const int side = side_of(p.forward);
+            if (at.re >= 0) array(side, 0)[at.re] = static_cast<R>(value.re);
+            if (at.im >= 0) array(side, is_split())[at.im] = static_cast<R>(value.im);
+        });
+        if (!p.in_place) {
+            const int side = side_of(p.forward);
+            for (int part = 0; part < 2; ++part)
+                inputs_[part].assign(array(side, part), array(side, part) + reals(side));
+        }
     }
 
     // Error by the definition, and what had to stay.
@@ -128,28 +162,6 @@ private:
         node_->methods->set_output_strides(node_.get(), strides(p.output()).data());
         set_batch(node_, p.count, p.input().distance, p.output().distance);
         set_scales(node_, p.scale, p.scale);
-    }
-
-    void fill()
-    {
-        arrays_.clear();
-        for (int side = 0; side < 2; ++side)
-            for (int part = 0; part < 2; ++part)
-                arrays_.push_back(std::make_unique<Guarded<R>>(static_cast<std::size_t>(reals(side))));
-        if (!p.forward && p.storage == Storage::CCS) // its zeros
-            for (i64 i = 0; i < spectrum_.reals; ++i)
-                if (spectrum_.used[i]) array(side_of(false), 0)[i] = 0;
-        each_number(p.forward, [&](i64 t, i64 number, const Place& at) {
-            const QuadPair value = p.forward ? signals_[t][number] : spectra_[t][number];
-            const int side = side_of(p.forward);
-            if (at.re >= 0) array(side, 0)[at.re] = static_cast<R>(value.re);
-            if (at.im >= 0) array(side, is_split())[at.im] = static_cast<R>(value.im);
-        });
-        if (!p.in_place) {
-            const int side = side_of(p.forward);
-            for (int part = 0; part < 2; ++part)
-                inputs_[part].assign(array(side, part), array(side, part) + reals(side));
-        }
     }
 
     // Gaps of what is written, and all of what is only read.

@@ -38,6 +38,7 @@ std::vector<i64> draw_lengths(Random& random, int rank)
     for (int k = 0; k < rank; ++k)
         lengths.push_back(random.integer(0, 1) == 0 ? random.integer(1, longest)
                                                     : min(longest, pick(random, {1, 2, 3, 4, 8, 16, 32, 64})));
+    if (rank == 2 && random.integer(0, 7) == 0) lengths[1] = random.integer(65, 90); // planned in batches
     return lengths;
 }
 
@@ -77,15 +78,30 @@ Problem draw(Random& random, bool real)
     return p;
 }
 
+// The dimensions whose columns go by plans of batches.
+std::vector<bool> planned(const Node& node)
+{
+    std::vector<bool> all;
+    for (const DftiNode* n = node.get(); n != nullptr; n = n->next) all.push_back(n->method != nullptr);
+    return all;
+}
+
 template <class R> void expect_problem(const Problem& p, std::uint64_t stream)
 {
     Trial<R> trial(p, stream);
-    trial.node()->api->dynamic_threads = []() -> i32 { return 0; }; // small work, too, is for as many as are allowed
+    ServicesScope services(trial.node());
+    services->dynamic_threads = []() -> i32 { return 0; }; // small work, too, is for as many as are allowed
     ASSERT_EQ(trial.run(1), node_ok) << p.line();
     trial.expect_right();
     const std::vector<R> alone = trial.result();
+    const std::vector<bool> planned_alone = planned(trial.node());
     for (const i32 threads : {2, 3, 5}) {
         ASSERT_EQ(trial.run(threads), node_ok) << p.line();
+        // Which columns are planned in batches depends on the threads; only with the same plans the bits are the same.
+        if (planned(trial.node()) != planned_alone) {
+            trial.expect_right();
+            continue;
+        }
         const std::vector<R> shared = trial.result();
         ASSERT_TRUE(same_bits(shared.data(), alone.data(), static_cast<i64>(alone.size())))
             << p.line() << " threads=" << threads;
@@ -116,11 +132,11 @@ TYPED_TEST(WholeTransform, of_reals_is_the_definition_for_any_layout_and_any_num
 }
 TYPED_TEST(WholeTransformFull, of_complex_numbers_is_the_definition_for_many_layouts)
 {
-    expect_problems<TypeParam>(600, false, 1503);
+    expect_problems<TypeParam>(250, false, 1503);
 }
 TYPED_TEST(WholeTransformFull, of_reals_is_the_definition_for_many_layouts)
 {
-    expect_problems<TypeParam>(600, true, 1504);
+    expect_problems<TypeParam>(250, true, 1504);
 }
 
 } // namespace
