@@ -33,8 +33,6 @@ template <class R> constexpr i64 columns_together(i64 n)
     return max(line, cache / (n * i64{sizeof(cpx<R>)}) / line * line);
 }
 
-template <class R> constexpr i64 bytes_between(i64 n, i64 columns) { return block(n * columns * i64{sizeof(cpx<R>)}); }
-
 // If the rows that a transform of so many points writes push each other out of a first-level cache before their lines
 // are full. Then all rows are stored one by one when they are done.
 template <class R> bool rows_collide(i64 points, i64 apart, i64 pitch)
@@ -71,7 +69,7 @@ template <class R> void transform_registers(const BatchPlan& plan, const Columns
 // Kind 21: a length with straight-line code.
 template <class R> i32 compute_straight(const Base& base, const Columns<R>& c, BatchArena*)
 {
-    if (c.count > 0) transform_registers<R>(*base.plan, c, nullptr);
+    transform_registers<R>(*base.plan, c, nullptr);
     return node_ok;
 }
 
@@ -80,9 +78,13 @@ template <class R> constexpr i64 split_together(i64 n, i64 columns)
 {
     return min(filling_registers<R>(columns), columns_together<R>(n));
 }
+template <class R> constexpr i64 room_of_split(i64 n, i64 together)
+{
+    return block(n * together * i64{sizeof(cpx<R>)});
+}
 template <class R> i32 compute_split(const Base& base, const Columns<R>& c, BatchArena* arena)
 {
-    const i64 bytes = bytes_between<R>(base.plan->length, base.together);
+    const i64 bytes = room_of_split<R>(base.plan->length, base.together);
     auto* const between = static_cast<cpx<R>*>(orvgArenaMalloc(arena, bytes));
     for (i64 at = 0; at < c.count; at += base.together)
         transform_registers<R>(*base.plan, c.part(at, min(base.together, c.count - at)), between);
@@ -95,9 +97,13 @@ template <class R> constexpr i64 staged_together(i64 n, i64 columns)
 {
     return min(round_up(columns, lanes<R>), columns_together<R>(n));
 }
+template <class R> constexpr i64 room_of_staged(i64 n, i64 together)
+{
+    return room_of_split<R>(n, together) * (is_straight(n) ? 1 : 2);
+}
 template <class R> i32 compute_staged(const Base& base, const Columns<R>& c, BatchArena* arena)
 {
-    const i64 n = base.plan->length, pitch = base.together, bytes = bytes_between<R>(n, pitch);
+    const i64 n = base.plan->length, pitch = base.together, bytes = room_of_split<R>(n, pitch);
     auto* const stage = static_cast<cpx<R>*>(orvgArenaMalloc(arena, bytes));
     auto* const between = is_straight(n) ? nullptr : static_cast<cpx<R>*>(orvgArenaMalloc(arena, bytes));
     for (i64 at = 0; at < c.count; at += pitch) {

@@ -70,7 +70,6 @@ struct Share {
 struct Base {
     BatchEnv env;
     const BatchPlan* plan;
-    i64 rule;     // of its length
     i64 together; // columns at once
 };
 

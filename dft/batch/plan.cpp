@@ -84,16 +84,6 @@ template <class R> void put_tables(BatchEnv* env)
     put_twiddles<R>(f, plan);
 }
 
-// Bases hold nothing; the lists are the plan's.
-void end_base(BatchEnv*) {}
-template <class R> i32 plan_base(BatchEnv* env)
-{
-    auto& base = *reinterpret_cast<Base*>(env);
-    base.rule = base_rule(base.plan->length);
-    return node_ok;
-}
-template <class R> constexpr BatchEnvTable base_table{sizeof(Base), end_base, plan_base<R>, nullptr};
-
 template <class Parent> void end_parent(BatchEnv* env)
 {
     auto& parent = *reinterpret_cast<Parent*>(env);
@@ -103,11 +93,13 @@ template <class Parent> void end_parent(BatchEnv* env)
 constexpr BatchEnvTable division_table{sizeof(Division), end_parent<Division>, nullptr, nullptr};
 constexpr BatchEnvTable share_table{sizeof(Share), end_parent<Share>, nullptr, nullptr};
 
-template <class R> void add_base(Share& share, const BatchPlan& plan, i64 together)
+void end_base(BatchEnv*) {} // the tables are the plan's
+constexpr BatchEnvTable base_table{sizeof(Base), end_base, nullptr, nullptr};
+
+void add_base(Share& share, const BatchPlan& plan, i64 together)
 {
-    auto* const base = make<Base>(share.env.arena, base_table<R>);
+    auto* const base = make<Base>(share.env.arena, base_table);
     base->plan = &plan, base->together = together;
-    base_table<R>.plan(&base->env);
     orvgEnvList_add(&share.children, &base->env);
 }
 
@@ -128,8 +120,7 @@ template <class R> i32 plan_top(BatchEnv* env)
     const ListSizes<R> sizes(f);
     for (int i = 0; i < 4; ++i)
         if (sizes.of[i] > 0) orvgChList_setSize(plan.lists[i], sizes.of[i]);
-    const i64 backwards = plan.apart; // what Init has left here is a sign
-    plan.apart = backwards * (p.n / f.last());
+    plan.apart *= p.n / f.last(); // Init has left the sign of the direction
 
     auto* const division = make<Division>(env->arena, division_table);
     orvgEnvList___init__(&division->children, env->arena, alignment);
@@ -139,9 +130,9 @@ template <class R> i32 plan_top(BatchEnv* env)
     orvgEnvList___init__(&share->children, env->arena, alignment);
     share->rule = p.share_rule();
     orvgEnvList_add(&division->children, &share->env);
-    if (share->rule == 3) add_base<R>(*share, plan, staged_together<R>(p.n, p.columns));
-    else add_base<R>(*share, plan, split_together<R>(p.n, p.columns));
-    if (has_rest<R>(share->rule)) add_base<R>(*share, plan, lanes<R>);
+    if (share->rule == 3) add_base(*share, plan, staged_together<R>(p.n, p.columns));
+    else add_base(*share, plan, split_together<R>(p.n, p.columns));
+    if (has_rest<R>(share->rule)) add_base(*share, plan, lanes<R>);
     return node_ok;
 }
 
@@ -208,11 +199,11 @@ template <class R> i64 plan_bytes(const Problem& p)
 
 template <class R> i64 thread_bytes(const Problem& p)
 {
-    const auto staged = [&](i64 together) { return bytes_between<R>(p.n, together) * (is_straight(p.n) ? 1 : 2); };
     const i64 rule = p.share_rule();
-    i64 bytes = rule == 3 ? staged(staged_together<R>(p.n, p.columns)) : 0;
-    if (rule == 2) bytes = bytes_between<R>(p.n, split_together<R>(p.n, p.columns));
-    if (has_rest<R>(rule)) bytes = max(bytes, staged(lanes<R>));
+    i64 bytes = 0;
+    if (rule == 2) bytes = room_of_split<R>(p.n, split_together<R>(p.n, p.columns));
+    if (rule == 3) bytes = room_of_staged<R>(p.n, staged_together<R>(p.n, p.columns));
+    if (has_rest<R>(rule)) bytes = max(bytes, room_of_staged<R>(p.n, lanes<R>));
     return before_blocks + bytes;
 }
 
