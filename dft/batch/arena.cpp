@@ -1,10 +1,8 @@
 // What plans are made of: memory that is given out from below, lists of objects, arrays of 64-bit entries. None of it
-// carries a tag, and none of it fails.
+// carries a tag, and none of it runs out: sizes are told before.
 #include "dft/batch/objects.h"
 
-using namespace orv;
-using namespace orv::kernels::dft;
-using orv::dft::batch::block;
+namespace orv::dft::batch {
 
 ORV_EXPORT void* orvgArenaMalloc(BatchArena* arena, i64 size)
 {
@@ -74,3 +72,5 @@ ORV_EXPORT void orvgChList___del__(BatchChList* list)
     if (list->size > 0) orvgArenaFree(list->arena, list->data, orvgChList_add_mem(list->size, list->alignment));
     list->data = nullptr, list->size = 0;
 }
+
+} // namespace orv::dft::batch

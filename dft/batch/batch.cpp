@@ -2,10 +2,7 @@
 #include "dft/batch/plan.h"
 #include "dft/batch/rules.h"
 
-using namespace orv;
-using namespace orv::dft::batch;
-using kernels::dft::t_32fc;
-using kernels::dft::t_64fc;
+namespace orv::dft::batch {
 
 #define ARGUMENTS i64 n, i64 rows, i64 columns, i64 width, i64 one
 
@@ -91,3 +88,5 @@ PLAN_RULE(Fwd, 1)
 PLAN_RULE(Fwd, 2)
 PLAN_RULE(Inv, 1)
 PLAN_RULE(Inv, 2)
+
+} // namespace orv::dft::batch

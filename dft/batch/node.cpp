@@ -8,17 +8,6 @@
 namespace orv::dft::batch {
 namespace {
 
-using kernels::dft::BatchFree;
-using kernels::dft::BatchInPlace;
-using kernels::dft::BatchPlans;
-using kernels::dft::BatchThread;
-using kernels::dft::DftiMethod;
-using kernels::dft::DftiNode;
-using kernels::dft::node_no_memory;
-using kernels::dft::node_ok;
-using kernels::dft::t_32fc;
-using kernels::dft::t_64fc;
-
 // Widest first, each as often as it fits.
 template <class T>
 i32 transform(T* data, const BatchPlans& plans, void* const* by_width, BatchInPlace<T>& run, i64 count)
@@ -43,7 +32,7 @@ i32 transform_and_scale(T* data, const DftiNode& node, bool forward, BatchInPlac
     const i32 status = transform(data, plans, forward ? plans.forward : plans.inverse, run, count);
     const double by = forward ? node.committed_forward_scale : node.committed_backward_scale;
     if (status != node_ok || by == 1) return status;
-    const i64 stride = node.placement == kernels::dft::CFG_OUT_OF_PLACE ? node.output_stride : node.input_stride;
+    const i64 stride = node.placement == CFG_OUT_OF_PLACE ? node.output_stride : node.input_stride;
     for (i64 column = 0; column < count; ++column)
         scale(node.length, static_cast<real_t<T>>(by), data + column, stride);
     return node_ok;

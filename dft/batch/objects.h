@@ -11,19 +11,6 @@
 
 namespace orv::dft::batch {
 
-using kernels::dft::BatchArena;
-using kernels::dft::BatchChList;
-using kernels::dft::BatchEnv;
-using kernels::dft::BatchEnvList;
-using kernels::dft::BatchEnvTable;
-using kernels::dft::BatchPlan;
-using kernels::dft::BatchThread;
-using kernels::dft::node_inconsistent;
-using kernels::dft::node_internal_error;
-using kernels::dft::node_no_memory;
-using kernels::dft::node_ok;
-using kernels::dft::t_8u;
-
 inline constexpr i64 alignment = 256;
 constexpr i64 block(i64 bytes, i64 boundary = alignment) { return round_up(bytes, boundary); }
 

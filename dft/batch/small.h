@@ -102,11 +102,11 @@ template <int n, bool forward> ORV_INLINE void points(const Z* src, Z* dst, doub
     }
 }
 
-template <int n, bool forward> ORV_INLINE i32 run(const void* input, void* output, const kernels::dft::DftiNode& node)
+template <int n, bool forward> ORV_INLINE i32 run(const void* input, void* output, const DftiNode& node)
 {
     points<n, forward>(static_cast<const Z*>(input), static_cast<Z*>(output),
                        forward ? node.committed_forward_scale : node.committed_backward_scale);
-    return kernels::dft::node_ok;
+    return node_ok;
 }
 
 } // namespace orv::dft::batch::small

@@ -3,8 +3,6 @@
 
 namespace orv::dft::batch::small {
 
-using kernels::dft::DftiNode;
-
 ORV_DFT_SMALL_RADIXES(ORV_DFT_SMALL_POINTS, Inv, false)
 
 } // namespace orv::dft::batch::small

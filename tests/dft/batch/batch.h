@@ -6,14 +6,6 @@
 
 namespace orv::test {
 
-using kernels::dft::BatchArena;
-using kernels::dft::BatchFree;
-using kernels::dft::BatchGetSize;
-using kernels::dft::BatchInit;
-using kernels::dft::BatchInitAlloc;
-using kernels::dft::BatchInPlace;
-using kernels::dft::BatchThread;
-
 template <class F> F* untagged(const std::string& name) { return reinterpret_cast<F*>(branch_symbol(name)); }
 
 template <class Body> void both_types(Body body)
@@ -75,9 +67,8 @@ template <class R> struct BatchPlanOf {
         for (i64 index = 0; index < threads; ++index) {
             const Memory buffer(thread_bytes + off);
             const BatchThread ctx{threads, index, buffer.get()};
-            const i32 status = name.in_place()
-                                   ? name.template entry<BatchInPlace<cpx<R>>>("")(dst, &ctx, memory.get())
-                                   : name.template entry<kernels::dft::Batch<cpx<R>>>("")(src, dst, &ctx, memory.get());
+            const i32 status = name.in_place() ? name.template entry<BatchInPlace<cpx<R>>>("")(dst, &ctx, memory.get())
+                                               : name.template entry<Batch<cpx<R>>>("")(src, dst, &ctx, memory.get());
             if (status != 0) return status;
         }
         return 0;

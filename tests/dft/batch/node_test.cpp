@@ -5,14 +5,6 @@
 namespace orv::test {
 namespace {
 
-using kernels::dft::BatchAll;
-using kernels::dft::BatchDetach;
-using kernels::dft::BatchPlans;
-using kernels::dft::CFG_IN_PLACE;
-using kernels::dft::CFG_OUT_OF_PLACE;
-using kernels::dft::DftiMethod;
-using kernels::dft::DftiNode;
-
 // A node as commit leaves it: plans of n points that are stride apart, for widths of 2^k, k in ks.
 template <class R> struct Batched {
     DftiNode node{};

@@ -6,8 +6,6 @@
 namespace orv::test {
 namespace {
 
-using namespace kernels::dft;
-
 #define PART(name) (*untagged<kernels::dft::name::signature>(kernels::dft::name::symbol))
 
 alignas(256) t_8u memory[8192];
@@ -137,18 +135,13 @@ TEST(BatchRules, choose_by_length_rows_and_columns)
         for (const char* kind : {"1", "2"}) {
             const auto rule =
                 untagged<ChoosePlanRule>(std::string("owngDFT") + instance + "Batch_64fcw7_env" + kind + "_chooseRule");
-            EXPECT_EQ(rule(18, 1, 1), 1);
-            EXPECT_EQ(rule(128, 1, 32), 1);
-            EXPECT_EQ(rule(128, 1, 33), 9);
-            EXPECT_EQ(rule(128, 2, 32), 9);
-            EXPECT_EQ(rule(128, 2, 1), 5);
-            EXPECT_EQ(rule(16, 1, 1), 4);
-            EXPECT_EQ(rule(16, 2, 1), 5);
-            EXPECT_EQ(rule(2, 1, 32), 7);
-            EXPECT_EQ(rule(2, 1, 33), 9);
-            EXPECT_EQ(rule(2, 2, 2), 9);
-            EXPECT_EQ(rule(17, 1, 1), 9);
-            EXPECT_EQ(rule(65, 1, 1), 9);
+            const struct {
+                i64 n, rows, columns, rule;
+            } told[] = {{18, 1, 1, 1},  {128, 1, 32, 1}, {128, 1, 33, 9}, {128, 2, 32, 9},
+                        {128, 2, 1, 5}, {16, 1, 1, 4},   {16, 2, 1, 5},   {2, 1, 32, 7},
+                        {2, 1, 33, 9},  {2, 2, 2, 9},    {17, 1, 1, 9},   {65, 1, 1, 9}};
+            for (const auto& t : told)
+                EXPECT_EQ(rule(t.n, t.rows, t.columns), t.rule) << t.n << " " << t.rows << " " << t.columns;
         }
 }
 

@@ -109,7 +109,7 @@ TEST(BatchPlan, refuses_null_before_numbers_before_lengths)
 template <class R> i32 run(BatchName<R> name, cpx<R>* data, const BatchThread* ctx, const void* plan)
 {
     if (name.in_place()) return name.template entry<BatchInPlace<cpx<R>>>("")(data, ctx, plan);
-    return name.template entry<kernels::dft::Batch<cpx<R>>>("")(data, data, ctx, plan);
+    return name.template entry<Batch<cpx<R>>>("")(data, data, ctx, plan);
 }
 
 TEST(BatchPlan, refuses_to_run_on_null_and_by_plans_of_others)

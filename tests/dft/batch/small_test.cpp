@@ -7,9 +7,6 @@
 namespace orv::test {
 namespace {
 
-using kernels::dft::DftiKernel;
-using kernels::dft::DftiNode;
-using kernels::dft::small_radixes;
 using Z = cpx<double>;
 
 DftiKernel* const* table_of(bool forward)
