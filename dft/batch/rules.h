@@ -4,6 +4,8 @@
 
 #include "frame/types.h"
 
+#include <initializer_list>
+
 namespace orv::dft::batch {
 
 // Lengths that are no other's product in a plan's eyes.
@@ -17,13 +19,12 @@ constexpr bool has_base_case(i64 n)
     return false;
 }
 
-// Of n as a product the factor that is split off: the largest of a list that divides n; below 4096 it is at most the
-// root of n. 0: there is none.
+// Of n as a product the factor that is split off: the largest of a list that divides n and is at most its root. 0:
+// there is none.
 constexpr i64 split_radix(i64 n)
 {
-    constexpr i64 radixes[] = {64, 32, 25, 20, 16, 15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2};
-    for (const i64 d : radixes)
-        if (n % d == 0 && (n >= 4096 || d * d <= n)) return n < 4 ? 0 : d;
+    for (const i64 d : {64, 32, 25, 20, 16, 15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2})
+        if (n % d == 0 && d * d <= n) return d;
     return 0;
 }
 

@@ -93,7 +93,7 @@ TEST(BatchRules, know_the_base_lengths)
     });
 }
 
-TEST(BatchRules, split_off_a_listed_factor_below_4096_one_of_the_lower_half)
+TEST(BatchRules, split_off_the_largest_listed_factor_up_to_the_root)
 {
     const std::vector<i64> list = {64, 32, 25, 20, 16, 15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2};
     every_rule<Divisors>("divisorsIntNonTriv", [&](auto divisors) {
