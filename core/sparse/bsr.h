@@ -2,6 +2,7 @@
 // with a dense matrix of one column. (The interface: formats.h)
 #pragma once
 
+#include "core/sparse/share.h"
 #include "core/sparse/vectors.h"
 
 #include <algorithm>
@@ -43,7 +44,7 @@ public:
     bool adds_ones() const { return true; }
     bool writes_own_rows() const { return is_vector_ && a_.kind() == 'g'; }
     bool divides() const { return is_vector_; }
-    i64 work() const { return a_.listed() * lb_ * lb_; }
+    i64 work() const { return blocks() * lb_ * lb_; }
 
     void multiply_rows(int index, int count, T alpha, const T* x, T beta, T* y) const
     {
@@ -151,15 +152,8 @@ private:
         return Dense<E>::of(at, n, 1, by_rows() ? 1 : n, by_rows());
     }
     Int option() const { return a_.letters.op == 'n' ? 1 : a_.letters.op == 't' ? 2 : 3; }
-    // Parts of the rows with entries as even as those of other compressed rows, if not as finely told.
-    Int edge(int index, int count) const
-    {
-        if (index == 0 || index == count) return index == 0 ? 0 : a_.m;
-        const i64 before = a_.listed() * index / count;
-        return static_cast<Int>(
-            std::partition_point(a_.begin, a_.begin + a_.m, [&](Int b) { return i64{b} - a_.begin[0] < before; }) -
-            a_.begin);
-    }
+    Int edge(int index, int count) const { return share_of_rows(a_.begin, a_.m, blocks(), index, count); }
+    i64 blocks() const { return work_of(a_.begin, a_.end, a_.m); }
     // Entries of a row that a solve uses; of ones on the diagonal none is stored.
     template <class Act> void for_each_counting(Int i, const Act& act) const
     {

@@ -1,6 +1,7 @@
 // Matrices in compressed rows, and in compressed columns as their transposes. (The interface: formats.h)
 #pragma once
 
+#include "core/sparse/share.h"
 #include "core/sparse/vectors.h"
 
 namespace orv::core::sparse {
@@ -28,7 +29,7 @@ public:
         return (op == 'n' || op == 's') && (a_.kind() == 'g' || a_.kind() == 't');
     }
     bool divides() const { return !a_.letters.seq; }
-    i64 work() const { return a_.listed() + row_cost * a_.m; }
+    i64 work() const { return work_of(a_.begin, a_.end, a_.m); }
 
     // y := beta*y + alpha*op(A)*x, the rows of part `index` of `count`.
     void multiply_rows(int index, int count, T alpha, const T* x, T beta, T* y) const
@@ -88,23 +89,7 @@ public:
     }
 
 private:
-    static constexpr i64 row_cost = 2; // of a row, in entries
-
-    // Where part `index` begins, from 0: at the first row that has its share of entries before it. If rows do not
-    // follow each other parts are less even, and no more.
-    Int edge(int index, int count) const
-    {
-        if (index == 0) return 0;
-        if (index == count) return a_.m;
-        const i64 before = work() * index / count;
-        Int low = 0, high = a_.m;
-        while (low < high) {
-            const Int middle = low + (high - low) / 2;
-            if (i64{a_.begin[middle]} - a_.begin[0] + row_cost * middle < before) low = middle + 1;
-            else high = middle;
-        }
-        return low;
-    }
+    Int edge(int index, int count) const { return share_of_rows(a_.begin, a_.m, work(), index, count); }
     template <class Signature, class... Arguments> void call(Arguments... arguments) const
     {
         reinterpret_cast<Signature*>(kernel_)(arguments...);

@@ -26,8 +26,6 @@ template <class T, class Int> struct Matrix {
     bool unit() const { return letters.diagonal == 'u'; }
     char kind() const { return letters.kind; }
     bool lower() const { return letters.triangle == 'l'; }
-    // Entries of compressed rows that follow each other; what others may have is good for an estimate.
-    i64 listed() const { return m == 0 ? 0 : max(0, i64{end[m - 1]} - begin[0]); }
 };
 
 // How many rows there are in the record's compressed lines: columns for CSC.
