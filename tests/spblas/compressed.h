@@ -43,7 +43,7 @@ template <class T> Coordinates<T> disorder(i64 m, i64 k, std::uint64_t seed = 0)
     Random random(seed + static_cast<std::uint64_t>(m * 100 + k));
     for (i64 i = 0; i < m; ++i) {
         if (i % 4 == 1) continue;
-        for (i64 e = random.integer(0, i % 7 == 3 ? 90 : 6); e > 0; --e) {
+        for (i64 e = k > 0 ? random.integer(0, i % 7 == 3 ? 90 : 6) : 0; e > 0; --e) {
             const i64 j = random.integer(0, k - 1);
             if (j % 5 == 2) continue;
             a.entries.push_back({i, j, whole_number<T>(random)});
@@ -123,6 +123,27 @@ template <class T> Entries<T> pattern(Entries<T> entries)
     for (auto& entry : entries) entry.a = T{};
     return entries;
 }
+// Of results for rows first to last, counted from 1, with pointers and columns from 1, too.
+template <class T> Entries<T> in_rows(Entries<T> entries, i64 first, i64 last) // counted from 1
+{
+    std::erase_if(entries, [=](const auto& e) { return e.i < first - 1 || e.i >= last; });
+    return entries;
+}
+template <class T, class Int> Entries<T> rows_of(const Csr<T, Int>& c, Int first, Int last)
+{
+    Entries<T> all;
+    for (Int i = first; i <= last; ++i)
+        for (Int p = c.start[static_cast<std::size_t>(i - 1)]; p < c.start[static_cast<std::size_t>(i)]; ++p)
+            all.push_back({i - 1, c.col[static_cast<std::size_t>(p - 1)] - 1, c.val[static_cast<std::size_t>(p - 1)]});
+    return all;
+}
+template <class Int> bool untouched_but(const Guarded<Int>& start, Int first, Int last) // rows, from 1
+{
+    for (std::size_t i = 0; i < start.size(); ++i)
+        if ((static_cast<Int>(i) < first - 1 || static_cast<Int>(i) > last) && start[i] != Int{-1}) return false;
+    return true;
+}
+
 template <class T> i64 count(const Entries<T>& entries) { return static_cast<i64>(entries.size()); }
 
 } // namespace orv::test
