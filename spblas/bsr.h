@@ -25,7 +25,7 @@ template <class T>
     const auto entry = [&](i64 r, i64 s) ORV_INLINE_LAMBDA {
         return conjugate_if(conjugates, block.at[r * block.row_step + s * block.column_step]);
     };
-    if (y.column_step == 1 && nd > 1) { // rows of x and y are vectors
+    if (x.column_step == 1 && y.column_step == 1 && nd > 1) { // rows of x and y are vectors
         for (i64 r = 0; r < lb; ++r)
             for (i64 s = 0; s < lb; ++s)
                 add_multiple(nd, f * entry(r, s), x.at + s * x.row_step, y.at + r * y.row_step);

@@ -37,5 +37,6 @@ Group matrix_products();
 Group transpositions();
 Group extended();
 Group transforms();
+Group sparse_matrices();
 
 } // namespace orv::verify

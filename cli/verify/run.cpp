@@ -102,7 +102,7 @@ void expand(const Family& family, const Routine& routine, const char* line, std:
 const std::vector<Group>& groups()
 {
     static const std::vector<Group> all{vectors(),        sparse_vectors(), matrix_vectors(), matrix_products(),
-                                        transpositions(), extended(),       transforms()};
+                                        transpositions(), extended(),       transforms(),     sparse_matrices()};
     return all;
 }
 

@@ -50,13 +50,13 @@ const char* fault_of_sizes(const orv_sparse& a)
 const char* fault_of_arrays(const orv_sparse& a)
 {
     const bool columns = a.format == ORV_SPARSE_CSC;
+    if (a.rows == 0 || a.cols == 0) return nullptr; // nothing will be read
     if (a.format == ORV_SPARSE_COO || a.format == ORV_SPARSE_DIA) {
         if (a.count == 0) return nullptr;
         if (a.values == nullptr || a.col == nullptr) return "values or col is a null pointer";
         return a.format == ORV_SPARSE_COO && a.row == nullptr ? "row is a null pointer" : nullptr;
     }
     const i64 lines = lines_of(a);
-    if (lines == 0) return nullptr;
     if (a.begin == nullptr) return "begin is a null pointer";
     const i64 last =
         a.end != nullptr && a.format != ORV_SPARSE_SKY ? number(a, a.end, lines - 1) : number(a, a.begin, lines);

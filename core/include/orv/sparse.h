@@ -29,7 +29,8 @@
    kind     what the entries mean
    G (0)    they are the matrix
    S H A    a triangle of a symmetric, Hermitian or anti-symmetric matrix; uplo says which one, others are skipped. A
-            real Hermitian matrix is a symmetric one. An entry on the diagonal of A is not used.
+            real Hermitian matrix is a symmetric one; the diagonal of a complex one is used as stored, and should be
+            real. An entry on the diagonal of A is not used.
    T        a triangular matrix: the triangle uplo, others are skipped
    D        a diagonal matrix: entries beside the diagonal are skipped
    Of all but G rows and cols are equal. With diag U ones stand on the diagonal in place of what is stored there (S H T
