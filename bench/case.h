@@ -93,6 +93,7 @@ std::vector<Case> matrix_vector_cases();
 std::vector<Case> transpose_cases();
 std::vector<Case> fft_cases();
 std::vector<Case> sort_cases();
+std::vector<Case> sparse_cases();
 std::vector<Case> factor_cases();
 std::vector<Case> rotation_cases();
 std::vector<Case> norm_cases();

@@ -104,6 +104,26 @@ TEST(Sparse, products_with_dense_matrices_are_within_the_textbook_bound)
     });
 }
 
+TEST(Sparse, products_of_one_row_and_without_padding_are_right)
+{
+    // Columns of a matrix with one row are as near to each other as rows of one with one column.
+    each_style("G", [](const Style& style) {
+        if (style.block != 1 || style.format == ORV_SPARSE_SKY) return;
+        const auto a = sample<double>(6, 1, style);
+        const Stored<double, i64> stored(style, a);
+        for (const char order : {'R', 'C'}) {
+            const Dense<double> x(6, 9, order == 'R', 0), y(1, 9, order == 'R', 0);
+            ASSERT_EQ(orv_sparse_dmm(order, 'T', 1, &stored.record, 9, x.data(), x.ld<i64>(), 0, y.data(), y.ld<i64>()),
+                      ORV_OK);
+            for (i64 c = 0; c < 9; ++c) {
+                WideSum sum;
+                for (const auto& [i, j, value] : a.entries) sum.add(value, x(i, c));
+                EXPECT_LE(sum.excess(y(0, c)), 1) << style.text() << ' ' << order;
+            }
+        }
+    });
+}
+
 namespace {
 
 // The worst row of op(A)*Y against alpha*X.

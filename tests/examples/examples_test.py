@@ -274,5 +274,62 @@ class Factor(unittest.TestCase):
             self.assertIn(why, done.stderr)
 
 
+class Iterate(unittest.TestCase):
+    """Sparse systems from files, solved by iterations."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def matrix(self, text):
+        path = self.folder / "m.mtx"
+        path.write_text("%%MatrixMarket matrix coordinate real " + text)
+        return path
+
+    def rows(self, output):
+        """Steps, times, last residual, error: by what the products were."""
+        found = re.findall(r"^(orv, [a-z ]+|a plain loop) +(\d+) +(\S+) +(\S+) +(\S+) +(\S+)", output, re.M)
+        return {name.strip(): list(map(float, numbers)) for name, *numbers in found}
+
+    def test_solves_the_power_network_by_conjugate_gradients(self):
+        page = self.folder / "page.html"
+        done = run("iterate", POWER, page)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertIn("1723 by 1723, 6511 elements not 0, symmetric", done.stdout)
+        self.assertIn("conjugate gradients", done.stdout)
+        rows = self.rows(done.stdout)
+        self.assertEqual(list(rows), ["orv, whole matrix", "orv, lower triangle", "a plain loop"])
+        for steps, _, _, residual, error in rows.values():
+            self.assertLess(steps, 1723)
+            self.assertLessEqual(residual, 1e-12)
+            self.assertLess(error, 1e-12 * 2e5)  # the condition is 2e5
+        text = page.read_text()
+        self.assertEqual(text.count("<polyline"), 3)
+        self.assertTrue(text.startswith("<!doctype html>") and text.rstrip().endswith("</html>"))
+        self.assertNotRegex(text, r"\bnan\b|\binf\b")
+
+    def test_takes_another_method_where_gradients_do_not_apply(self):
+        for text, words in (("general\n3 3 5\n1 1 4\n1 2 1\n2 2 5\n3 1 1\n3 3 6\n", ["not symmetric", "BiCGSTAB"]),
+                            ("symmetric\n2 2 2\n1 1 1\n2 2 -1\n",
+                             ["do not apply: the matrix is not positive definite", "BiCGSTAB"])):
+            with self.subTest(text):
+                done = run("iterate", self.matrix(text))
+                self.assertEqual((done.returncode, done.stderr), (0, ""))
+                for word in words:
+                    self.assertIn(word, done.stdout)
+                self.assertLess(self.rows(done.stdout)["orv, whole matrix"][4], 1e-10)
+
+    def test_refuses_bad_files_with_file_and_line(self):
+        for text, line, why in (("general\n2 3 1\n1 1 1\n", 2, "only a square one can be solved"),
+                                ("general\n2 2 1\n3 1 1\n", 3, "the row is not from 1 to 2"),
+                                ("general\n2 2 2\n1 1 1\n1 1 1\n", 2, "row 0 has column 0 twice")):
+            path = self.matrix(text)
+            done = run("iterate", path)
+            self.assertEqual(done.returncode, 1)
+            self.assertIn(f"iterate: {path}:{line}: ", done.stderr)
+            self.assertIn(why, done.stderr)
+
+
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1] + sys.argv[4:])

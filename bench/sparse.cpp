@@ -1,0 +1,60 @@
+// Sparse products and solves, in cache and beyond. Each library makes the matrix from the same pattern at its first
+// call and keeps it, in its own arrays if it has such.
+#include "bench/case.h"
+#include "bench/sparse_patterns.h"
+
+namespace orv::bench {
+namespace {
+
+struct Kind {
+    Pattern pattern;
+    const char* name;
+    int small, large;
+};
+constexpr Kind kinds[] = {{Pattern::grid5, "grid5", 60, 1000},       {Pattern::grid7, "grid7", 15, 100},
+                          {Pattern::random, "random", 2000, 200000}, {Pattern::power, "power", 2000, 200000},
+                          {Pattern::band, "band", 2000, 200000},     {Pattern::block, "block", 2000, 200000}};
+
+Case start(const char* routine, const std::string& variant, const Kind& kind, int size, double entries, int columns)
+{
+    Case c{std::string("dsparse_") + routine, variant, size, 'd'};
+    c.quick = size == kind.small;
+    c.integer(static_cast<int>(kind.pattern)).integer(size);
+    c.work = 2 * entries * columns;
+    c.unit = "GFLOP/s";
+    c.roundings = 2100; // of the longest row
+    c.magnitude = 2;
+    return c;
+}
+
+} // namespace
+
+std::vector<Case> sparse_cases()
+{
+    std::vector<Case> cases;
+    for (const Kind& kind : kinds)
+        for (const int size : {kind.small, kind.large}) {
+            const Rows rows = rows_of(kind.pattern, size);
+            const double entries = rows.entries(), half = rows.lower().entries();
+            const auto vectors = [&](const char* routine, double work) {
+                cases.push_back(start(routine, kind.name, kind, size, work, 1));
+                cases.back().operand(rows.n, Use::read).operand(rows.n, Use::written);
+            };
+            vectors("mv", entries);
+            vectors("sv", half);
+            if (kind.pattern == Pattern::grid5 || kind.pattern == Pattern::grid7 || kind.pattern == Pattern::band)
+                vectors("symv", entries); // as work, those of the full matrix
+            for (const int columns : {8, 16, 24, 64}) {
+                if (size == kind.large && columns > 16) continue;
+                cases.push_back(
+                    start("mm", kind.name + (" columns=" + std::to_string(columns)), kind, size, entries, columns));
+                cases.back()
+                    .integer(columns)
+                    .operand(i64{rows.n} * columns, Use::read)
+                    .operand(i64{rows.n} * columns, Use::written);
+            }
+        }
+    return cases;
+}
+
+} // namespace orv::bench
