@@ -15,6 +15,22 @@ constexpr Kind kinds[] = {{Pattern::grid5, "grid5", 60, 1000},       {Pattern::g
                           {Pattern::random, "random", 2000, 200000}, {Pattern::power, "power", 2000, 200000},
                           {Pattern::band, "band", 2000, 200000},     {Pattern::block, "block", 2000, 200000}};
 
+// Close enough for rates: rows of the larger matrices are like those of the smaller.
+struct Counts {
+    int n;
+    double entries, lower;
+    Counts(const Kind& kind, int size)
+    {
+        const Rows small = rows_of(kind.pattern, kind.small);
+        const double side = size;
+        n = kind.pattern == Pattern::grid5 ? size * size : kind.pattern == Pattern::grid7 ? size * size * size : size;
+        entries = kind.pattern == Pattern::grid5   ? 5 * side * side - 4 * side
+                  : kind.pattern == Pattern::grid7 ? 7 * side * side * side - 6 * side * side
+                                                   : static_cast<double>(small.entries()) / small.n * n;
+        lower = (entries + n) / 2;
+    }
+};
+
 Case start(const char* routine, const std::string& variant, const Kind& kind, int size, double entries, int columns)
 {
     Case c{std::string("dsparse_") + routine, variant, size, 'd'};
@@ -34,14 +50,14 @@ std::vector<Case> sparse_cases()
     std::vector<Case> cases;
     for (const Kind& kind : kinds)
         for (const int size : {kind.small, kind.large}) {
-            const Rows rows = rows_of(kind.pattern, size);
-            const double entries = rows.entries(), half = rows.lower().entries();
+            const Counts rows(kind, size);
+            const double entries = rows.entries;
             const auto vectors = [&](const char* routine, double work) {
                 cases.push_back(start(routine, kind.name, kind, size, work, 1));
                 cases.back().operand(rows.n, Use::read).operand(rows.n, Use::written);
             };
             vectors("mv", entries);
-            vectors("sv", half);
+            vectors("sv", rows.lower);
             if (kind.pattern == Pattern::grid5 || kind.pattern == Pattern::grid7 || kind.pattern == Pattern::band)
                 vectors("symv", entries); // as work, those of the full matrix
             for (const int columns : {8, 16, 24, 64}) {
@@ -52,6 +68,13 @@ std::vector<Case> sparse_cases()
                     .integer(columns)
                     .operand(i64{rows.n} * columns, Use::read)
                     .operand(i64{rows.n} * columns, Use::written);
+            }
+            if (size == kind.large) {
+                Case shared = cases[cases.size() - 2]; // eight columns
+                vectors("mv", entries);
+                cases.back().threads = shared.threads = 2;
+                cases.back().variant += " threads", shared.variant += " threads";
+                cases.push_back(shared);
             }
         }
     return cases;
