@@ -1,12 +1,13 @@
 # What `cmake --install` lays down. Everything finds everything else by relative paths, so the folder can be moved.
 #
 #   bin/orv
-#   lib/          liborv.so and liborv_<branch>.so, which must stay side by side, liborv_blas.so and liborv_lapack.so
+#   lib/          liborv.so and liborv_<branch>.so, which must stay side by side, liborv_blas.so, liborv_lapack.so and
+#                 libsparseblas.so
 #   lib/orv/      libblas.so.3: a folder of its own, so that no program meets the stand-in unasked
 #   include/orv/  public headers; compat/ holds those of well-known interfaces
 #
 # orv.pc and the CMake target orv::orv serve programs against <orv/orv.h>, orv-blas.pc and orv::blas those against
-# <cblas.h> or Fortran BLAS.
+# <cblas.h> or Fortran BLAS, orv-sparseblas.pc and orv::sparseblas those against <blas_sparse.h>.
 # Libraries and command are laid down without symbols and lines; both stand in files that debuggers look for in .debug/
 # beside each. Components: runtime, development, debug; all by default.
 include(GNUInstallDirs)
@@ -18,6 +19,7 @@ set(libraries COMPONENT runtime NAMELINK_COMPONENT development)
 set_target_properties(orv_blas PROPERTIES INSTALL_RPATH "$ORIGIN/..")
 set_target_properties(orv_blas_twin PROPERTIES EXPORT_NAME blas INSTALL_RPATH "$ORIGIN")
 set_target_properties(orv_lapack PROPERTIES INSTALL_RPATH "$ORIGIN")
+set_target_properties(orv_sparseblas PROPERTIES EXPORT_NAME sparseblas INSTALL_RPATH "$ORIGIN")
 set_target_properties(orv_cli PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 install(TARGETS orv_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 install(TARGETS orv EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ${libraries}
@@ -25,7 +27,7 @@ install(TARGETS orv EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR
 foreach(tag ${ORV_BRANCHES})
   install(TARGETS orv_${tag} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
 endforeach()
-install(TARGETS orv_blas_twin EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ${libraries}
+install(TARGETS orv_blas_twin orv_sparseblas EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ${libraries}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orv/compat)
 install(TARGETS orv_lapack LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ${libraries})
 install(TARGETS orv_blas LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/orv COMPONENT runtime NAMELINK_SKIP)
@@ -51,7 +53,7 @@ if(NOT ORV_SANITIZE)
   add_custom_target(debug_files ALL)
   orv_split(orv_cli ${CMAKE_INSTALL_BINDIR})
   list(TRANSFORM ORV_BRANCHES PREPEND orv_ OUTPUT_VARIABLE branches)
-  foreach(library orv ${branches} orv_blas_twin orv_lapack)
+  foreach(library orv ${branches} orv_blas_twin orv_lapack orv_sparseblas)
     orv_split(${library} ${CMAKE_INSTALL_LIBDIR})
   endforeach()
   orv_split(orv_blas ${CMAKE_INSTALL_LIBDIR}/orv)
@@ -65,7 +67,7 @@ install(FILES ${PROJECT_BINARY_DIR}/orvConfig.cmake ${PROJECT_BINARY_DIR}/orvCon
         DESTINATION ${package_dir})
 
 file(RELATIVE_PATH prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-foreach(package orv orv-blas)
+foreach(package orv orv-blas orv-sparseblas)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()

@@ -220,5 +220,22 @@ class BeforeLapack(unittest.TestCase):
         self.assertFalse(too_young(self.library)[:10])
 
 
+class SparseBlas(unittest.TestCase):
+    library = libraries / "libsparseblas.so"
+    header = (LISTS.parent / "compat/include/blas_sparse.h").read_text()
+
+    def test_exports_what_its_header_declares_and_each_name_for_fortran(self):
+        of_types = {f"BLAS_{t}{name}" for name in re.findall(r"\bBLAS_##t##(\w+)\(", self.header) for t in "sdcz"}
+        declared = of_types | set(re.findall(r"^int (BLAS_\w+)\(", self.header, re.M))
+        self.assertEqual(len(declared), 80)
+        self.assertEqual(set(symbols(self.library)[0]), declared | {name.lower() + "_" for name in declared})
+
+    def test_needs_no_runtime_of_its_language(self):
+        self.assertFalse([name for name in needed(self.library) if "stdc++" in name or "gcc_s" in name])
+
+    def test_holds_no_instruction_beyond_the_oldest_class(self):
+        self.assertFalse(too_young(self.library)[:10])
+
+
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1])

@@ -39,6 +39,7 @@ class Package(unittest.TestCase):
         cls.source.mkdir()
         shutil.copy(HERE / "native.c", cls.source)
         shutil.copy(HERE / "standard.c", cls.source)
+        shutil.copy(HERE / "sparse.c", cls.source)
         shutil.copy(HERE / "consumer.cmake", cls.source / "CMakeLists.txt")
 
     def installed_files(self):
@@ -69,6 +70,8 @@ class Package(unittest.TestCase):
     def test_serves_programs_built_with_pkg_config(self):
         self.check_native(self.pkg_config("native", "orv"), LD_LIBRARY_PATH=str(self.prefix / "lib"))
         self.check_standard(self.pkg_config("standard", "orv-blas"), LD_LIBRARY_PATH=str(self.prefix / "lib"))
+        sparse = self.pkg_config("sparse", "orv-sparseblas")
+        self.assertEqual(run(sparse, env={"LD_LIBRARY_PATH": str(self.prefix / "lib")}), "30 4 0")
 
     def test_serves_the_first_program_of_the_readme(self):
         readme = (HERE.parents[1] / "README.md").read_text()
@@ -82,6 +85,7 @@ class Package(unittest.TestCase):
         run(cmake, "--build", target)
         self.check_native(target / "native")
         self.check_standard(target / "standard")
+        self.assertEqual(run(target / "sparse"), "30 4 0")
 
     def test_names_no_folder_of_the_build_machine(self):
         for path in self.prefix.rglob("*"):
