@@ -1,14 +1,16 @@
 #include "dft/compute/many.h"
+#include "dft/primitives/dft/plan.h"
+#include "dft/primitives/fft/plan.h"
+#include "dft/primitives/fft/record.h"
 #include "frame/kernels/dft_batch.h"
 
 namespace orv::dft {
 namespace {
 
-// Where a row is transformed from and to: in the array, or in the buffer.
+// Elements of a line on either side.
 template <class In, class Out> struct Ends {
     static constexpr bool between_reals = !is_complex<In> && !is_complex<Out>;
-    i64 n_in, n_out; // elements
-    bool packs;      // pairs first become the row that the kernel reads
+    i64 n_in, n_out;
 
     explicit Ends(const Run& run)
     {
@@ -21,35 +23,78 @@ template <class In, class Out> struct Ends {
             if (forward) n_out = packed_length(layout_of(node.packed_format), node.length);
             else n_in = packed_length(read_by_kernel(node), node.length);
         }
-        packs = is_complex<In> && !is_complex<Out> && keeps_rows_apart(node);
     }
 };
 
+// Rows so far apart, in reals, that are transformed where the others are.
+template <class R> struct RowsAt {
+    R* row;
+    i64 step;
+};
+
+// Of a few points the engine's checks take longer than its kernel, which needs neither record nor memory.
+template <class R> struct Short;
+#define SHORT(R, d, z, dz, zd, f, fc)                                                                                  \
+    template <> struct Short<R> {                                                                                      \
+        static constexpr auto &forward = DFT(xymps_fwd_##fc), &backward = DFT(xymps_inv_##fc);                         \
+        static constexpr FixedFft<cpx<R>>* forward_of[] = ORV_DFT_FIXED_KERNELS(c, fwd, _, fc);                        \
+        static constexpr FixedFft<cpx<R>>* backward_of[] = ORV_DFT_FIXED_KERNELS(c, inv, _, fc);                       \
+    };
+ORV_DFT_PRECISIONS(SHORT)
+
+// What the kernel of pairs comes down to, or null.
+template <class R> FixedFft<cpx<R>>* short_kernel(const Run& run)
+{
+    using S = Short<R>;
+    const bool forward = run.kernel == S::forward;
+    if (!forward && run.kernel != S::backward) return nullptr;
+    const DftiNode& node = *run.node;
+    if ((forward ? node.committed_forward_scale : node.committed_backward_scale) != 1) return nullptr;
+    const YmpDftSpec* const spec = general::on_boundary(node.*Precision<R>::spec_complex);
+    if (spec == nullptr || spec->is_pow2 == 0 || (forward ? spec->scale_forward : spec->scale_inverse) != 0)
+        return nullptr;
+    const i32 order = spec->fft_spec->order;
+    return order <= fixed_limit ? (forward ? S::forward_of : S::backward_of)[order] : nullptr;
+}
+
+template <class In, class Out, class R> i32 transform_rows(const Run& run, i64 count, RowsAt<R> from, RowsAt<R> to)
+{
+    if constexpr (is_complex<In> && is_complex<Out>)
+        if (auto* const transform = short_kernel<R>(run)) {
+            for (; count > 0; --count, from.row += from.step, to.row += to.step)
+                transform(reinterpret_cast<const In*>(from.row), reinterpret_cast<Out*>(to.row));
+            return node_ok;
+        }
+    // Pairs that become reals may first have to become the row that the kernel reads.
+    const bool packs = is_complex<In> && !is_complex<Out> && keeps_rows_apart(*run.node);
+    for (; count > 0; --count, from.row += from.step, to.row += to.step) {
+        if (packs) pack_row(run.node->length, Layout::perm, reinterpret_cast<const cpx<R>*>(from.row), to.row);
+        if (const i32 status = run.kernel(packs ? to.row : from.row, to.row, run.node, run.work); status != node_ok)
+            return status;
+    }
+    return node_ok;
+}
+
 } // namespace
 
+// Rows are transformed from and to where they stand in the array, or in the buffer.
 template <class In, class Out> i32 transform(const Run& run, i64 count, Lines<const In> in, Lines<Out> out)
 {
     using R = real_t<In>;
-    DftiNode* const node = run.node;
     const Ends<In, Out> ends(run);
     const bool gathers = !in.is_dense(), scatters = !out.is_dense();
-    R* const rows = static_cast<R*>(run.buffer);
-    const i64 pitch = row_reals<In, Out>(*node);
-    const i64 block = i64{1} << run.log2_block;
+    const i64 pitch = row_reals<In, Out>(*run.node);
+    const RowsAt<R> rows{static_cast<R*>(run.buffer), pitch};
+    const i64 block = gathers || scatters ? i64{1} << run.log2_block : count;
     for (i64 first = 0, m; first < count; first += m) {
         m = min(block, count - first);
-        if (gathers) gather(ends.n_in, m, reinterpret_cast<In*>(rows), pitch / reals<In>, in.from(first));
-        for (i64 j = 0; j < m; ++j) {
-            void* from = gathers ? rows + j * pitch : const_cast<R*>(in.from(first + j).data);
-            void* const to = scatters ? rows + j * pitch : out.from(first + j).data;
-            if constexpr (is_complex<In> && !is_complex<Out>)
-                if (ends.packs) {
-                    pack_row(node->length, Layout::perm, static_cast<const In*>(from), static_cast<Out*>(to));
-                    from = to;
-                }
-            if (const i32 status = run.kernel(from, to, node, run.work); status != node_ok) return status;
-        }
-        if (scatters) scatter(ends.n_out, m, out.from(first), reinterpret_cast<const Out*>(rows), pitch / reals<Out>);
+        if (gathers) gather(ends.n_in, m, reinterpret_cast<In*>(rows.row), pitch / reals<In>, in.from(first));
+        const RowsAt<R> from{const_cast<R*>(in.from(first).data), in.distance}, to{out.from(first).data, out.distance};
+        if (const i32 status = transform_rows<In, Out>(run, m, gathers ? rows : from, scatters ? rows : to);
+            status != node_ok)
+            return status;
+        if (scatters)
+            scatter(ends.n_out, m, out.from(first), reinterpret_cast<const Out*>(rows.row), pitch / reals<Out>);
     }
     return node_ok;
 }

@@ -137,6 +137,31 @@ TYPED_TEST(Kernels, back_to_reals_read_rows_that_were_kept_apart_as_Perm)
             }
 }
 
+// Commit plans batches for the columns of a node as they lie. Other columns go by blocks.
+TYPED_TEST(Kernels, of_many_lines_take_plans_of_batches_for_the_planned_stride_alone)
+{
+    using R = TypeParam;
+    const i64 n = 70, planned = 6, stride = 9;
+    const Node node = create_md(precision_letter<R>, 'c', {planned, n});
+    ASSERT_EQ(commit(node), node_ok);
+    DftiNode* const columns = node->next;
+    ASSERT_NE(columns->method, nullptr);
+    std::vector<cpx<R>> data = random_array<cpx<R>>(stride * n, 21), expected = data;
+    DftiKernel* kernel;
+    if constexpr (sizeof(R) == 4) kernel = columns->kernel_s_forward;
+    else kernel = columns->kernel_d_forward;
+    std::vector<cpx<R>> buffer(static_cast<std::size_t>(16 * n));
+    auto* const lines = primitive<DftCopyAndTransform<cpx<R>>>(std::string("x") + letter<cpx<R>> + "dft1d_copy");
+    ASSERT_EQ(lines(data.data(), stride, kernel, columns, planned, 1, buffer.data(), 3, nullptr), node_ok);
+    for (i64 c = 0; c < planned; ++c) {
+        std::vector<cpx<R>> line(static_cast<std::size_t>(n));
+        for (i64 i = 0; i < n; ++i) line[i] = expected[c + i * stride];
+        ASSERT_EQ(kernel(line.data(), line.data(), columns, nullptr), node_ok);
+        for (i64 i = 0; i < n; ++i) expected[c + i * stride] = line[i];
+    }
+    EXPECT_TRUE(same_bits(data.data(), expected.data(), stride * n));
+}
+
 TYPED_TEST(Kernels, rows_go_from_any_packed_format_to_pairs_and_back_in_place_too)
 {
     using R = TypeParam;

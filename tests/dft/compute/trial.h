@@ -159,8 +159,11 @@ private:
             return all;
         };
         node_->methods->set_input_strides(node_.get(), strides(p.input()).data());
-        node_->methods->set_output_strides(node_.get(), strides(p.output()).data());
-        set_batch(node_, p.count, p.input().distance, p.output().distance);
+        Layout output = p.output();
+        if (!p.real && p.in_place) // is not looked at
+            output.distance += 3, output.offset += 5, output.strides[0] += 7;
+        node_->methods->set_output_strides(node_.get(), strides(output).data());
+        set_batch(node_, p.count, p.input().distance, output.distance);
         set_scales(node_, p.scale, p.scale);
     }
 
