@@ -3,9 +3,13 @@
 namespace orv::dft {
 namespace {
 
-// A batch whose transforms lie element beside element goes by blocks, as columns do; of length 1 there is nothing to
-// gain by that.
-bool is_interleaved(const DftiNode& head) { return head.input_distance == 1 && head.length != 1; }
+// A batch whose transforms lie element beside element on either side goes by blocks, as columns do; of length 1 there is
+// nothing to gain by that.
+bool is_interleaved(const DftiNode& head)
+{
+    const bool beside = head.input_distance == 1 || (!is_in_place(head) && head.output_distance == 1);
+    return beside && head.length != 1;
+}
 
 template <class In, class Out>
 i32 lines_of_node(DftiNode* node, DftiKernel* kernel, const In* input, Out* output, i64 output_stride,
