@@ -1,7 +1,6 @@
 #include "dft/compute/many.h"
+#include "dft/primitives/dft/kernels.h"
 #include "dft/primitives/dft/plan.h"
-#include "dft/primitives/fft/plan.h"
-#include "dft/primitives/fft/record.h"
 #include "frame/kernels/dft_batch.h"
 
 namespace orv::dft {
@@ -32,13 +31,13 @@ template <class R> struct RowsAt {
     i64 step;
 };
 
-// Of a few points the engine's checks take longer than its kernel, which needs neither record nor memory.
+// Of a few points the engine's checks take longer than its kernels, which need neither record nor memory.
 template <class R> struct Short;
 #define SHORT(R, d, z, dz, zd, f, fc)                                                                                  \
     template <> struct Short<R> {                                                                                      \
         static constexpr auto &forward = DFT(xymps_fwd_##fc), &backward = DFT(xymps_inv_##fc);                         \
-        static constexpr FixedFft<cpx<R>>* forward_of[] = ORV_DFT_FIXED_KERNELS(c, fwd, _, fc);                        \
-        static constexpr FixedFft<cpx<R>>* backward_of[] = ORV_DFT_FIXED_KERNELS(c, inv, _, fc);                       \
+        static constexpr FixedFft<cpx<R>>*forward_32 = DFT(ymps_cFFTfwd_32_##fc),                                      \
+                         *backward_32 = DFT(ymps_cFFTinv_32_##fc);                                                     \
     };
 ORV_DFT_PRECISIONS(SHORT)
 
@@ -46,15 +45,17 @@ ORV_DFT_PRECISIONS(SHORT)
 template <class R> FixedFft<cpx<R>>* short_kernel(const Run& run)
 {
     using S = Short<R>;
+    using Pairs = general::Interleaved<R>;
     const bool forward = run.kernel == S::forward;
     if (!forward && run.kernel != S::backward) return nullptr;
     const DftiNode& node = *run.node;
-    if ((forward ? node.committed_forward_scale : node.committed_backward_scale) != 1) return nullptr;
     const YmpDftSpec* const spec = general::on_boundary(node.*Precision<R>::spec_complex);
-    if (spec == nullptr || spec->is_pow2 == 0 || (forward ? spec->scale_forward : spec->scale_inverse) != 0)
+    if (spec == nullptr || (forward ? spec->scale_forward : spec->scale_inverse) != 0 ||
+        (forward ? node.committed_forward_scale : node.committed_backward_scale) != 1)
         return nullptr;
-    const i32 order = spec->fft_spec->order;
-    return order <= fixed_limit ? (forward ? S::forward_of : S::backward_of)[order] : nullptr;
+    if (spec->length == 32) return forward ? S::forward_32 : S::backward_32;
+    if (spec->length > general::longest_fixed) return nullptr;
+    return (forward ? general::Bodies<Pairs, true>::fixed : general::Bodies<Pairs, false>::fixed).of[spec->length];
 }
 
 template <class In, class Out, class R> i32 transform_rows(const Run& run, i64 count, RowsAt<R> from, RowsAt<R> to)

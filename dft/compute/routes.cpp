@@ -3,8 +3,8 @@
 namespace orv::dft {
 namespace {
 
-// A batch whose transforms lie element beside element on either side goes by blocks, as columns do; of length 1 there is
-// nothing to gain by that.
+// A batch whose transforms lie element beside element on either side goes by blocks, as columns do; of length 1 there
+// is nothing to gain by that.
 bool is_interleaved(const DftiNode& head)
 {
     const bool beside = head.input_distance == 1 || (!is_in_place(head) && head.output_distance == 1);
