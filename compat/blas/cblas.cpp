@@ -9,21 +9,37 @@ using namespace orv::compat;
 
 namespace {
 
+template <auto& F, int... i, class... C> auto enter(std::integer_sequence<int, i...>, C... arguments)
+{
+    return F(native<value_argument<F, i>>(arguments)...);
+}
+template <auto& F, class... C> auto enter(C... arguments)
+{
+    return enter<F>(std::make_integer_sequence<int, sizeof...(C)>(), arguments...);
+}
+
+template <auto& F, class Int, class... C>
+[[gnu::cold, gnu::noinline]] auto first_call(CblasCall<Int> made, C... arguments)
+{
+    if constexpr (std::is_same_v<result_of<F>, i64>) return first_answer<F>(made, enter<F>(arguments...) + 1) - 1;
+    else return first_answer<F>(made, enter<F>(arguments...));
+}
+
+template <auto& F, class Int, class... C> auto run(const CblasCall<Int>& made, C... arguments)
+{
+    if (!runs<F, CblasCall<Int>>.load(std::memory_order_relaxed)) [[unlikely]]
+        return first_call<F>(made, arguments...);
+    return enter<F>(arguments...);
+}
+
 // A position counts from 0 here too, but that of nothing is 0.
-template <auto& F, class Int, int... i, class... C>
-auto call(const CblasCall<Int>& made, std::integer_sequence<int, i...>, C... arguments)
+template <auto& F, class Int, class... C> auto call(const CblasCall<Int>& made, C... arguments)
 {
     using R = result_of<F>;
     if constexpr (std::is_same_v<R, orv_status>) {
-        if (!goes_nowhere<F>(arguments...)) end(made, F(native<value_argument<F, i>>(arguments)...));
-    } else if constexpr (std::is_same_v<R, i64>)
-        return static_cast<std::size_t>(max(answer<F>(made, F(native<value_argument<F, i>>(arguments)...) + 1), 1) - 1);
-    else return goes_nowhere<F>(arguments...) ? R{} : answer<F>(made, F(native<value_argument<F, i>>(arguments)...));
-}
-
-template <auto& F, class Int, class... C> auto call(const CblasCall<Int>& made, C... arguments)
-{
-    return call<F>(made, std::make_integer_sequence<int, sizeof...(C)>(), arguments...);
+        if (!goes_nowhere<F>(arguments...)) run<F>(made, arguments...);
+    } else if constexpr (std::is_same_v<R, i64>) return static_cast<std::size_t>(max(run<F>(made, arguments...), 0));
+    else return goes_nowhere<F>(arguments...) ? R{} : run<F>(made, arguments...);
 }
 
 } // namespace

@@ -12,17 +12,31 @@ using namespace orv::compat;
 
 namespace {
 
-template <auto& F, auto& Entry, class Int, class... P> auto call(const char* name, P... pointers)
+template <auto& F, auto& Entry, class... P> auto enter(P... pointers)
 {
-    using R = pointer_result<F, Int>;
-    const FortranCall<Int> made{name};
-    if constexpr (std::is_same_v<result_of<F>, orv_status>) {
-        if (!goes_nowhere<F>(pointers...)) end(made, Entry(pointers...));
-    } else if constexpr (is_complex<R>) {
-        R result;
+    if constexpr (is_complex<result_of<F>>) {
+        result_of<F> result;
         Entry(&result, pointers...);
-        return answer<F>(made, result);
-    } else return goes_nowhere<F>(pointers...) ? R(0) : answer<F>(made, Entry(pointers...));
+        return result;
+    } else return Entry(pointers...);
+}
+
+template <auto& F, auto& Entry, class Int, class... P>
+[[gnu::cold, gnu::noinline]] auto first_call(const char* name, P... pointers)
+{
+    return first_answer<F>(FortranCall<Int>{name}, enter<F, Entry>(pointers...));
+}
+
+template <auto& F, class Int>
+using fortran_result = std::conditional_t<std::is_same_v<result_of<F>, orv_status>, void, pointer_result<F, Int>>;
+
+template <auto& F, auto& Entry, class Int, class... P> fortran_result<F, Int> call(const char* name, P... pointers)
+{
+    using R = fortran_result<F, Int>;
+    if (goes_nowhere<F>(pointers...)) return R();
+    if (!runs<F, FortranCall<Int>>.load(std::memory_order_relaxed)) [[unlikely]]
+        return static_cast<R>(first_call<F, Entry, Int>(name, pointers...));
+    return static_cast<R>(enter<F, Entry>(pointers...));
 }
 
 template <auto& F, auto& Entry, class Int, class Check, class... P>

@@ -73,20 +73,23 @@ template <class Call> void end(const Call& call, orv_status status)
 // Why the kernel of a routine of level 1 cannot run; ORV_OK if it can. As calls have the name: "ddot", "cblas_ddot".
 [[gnu::cold]] orv_status kernel_status(const char* routine);
 
-// Passes the result of F on. Results that also stand for "no kernel can run" are rare, and worth a look until the
-// kernel is known to be there.
-template <auto& F, class Call, class R> R answer(const Call& call, R result)
+// Whether the kernel of a routine of level 1 has been met in calls of one interface. Nothing else can keep such a
+// routine from running, so from then on calls go straight to the core and nothing is looked at when they return.
+template <auto& F, class Call> inline constinit std::atomic<bool> runs{false};
+
+// What a routine of level 1 returned before that is known: a status, or a result that may also stand for "no kernel can
+// run".
+template <auto& F, class Call, class R> R first_answer(const Call& call, R result)
 {
-    static constinit std::atomic<bool> has_kernel{false};
-    bool suspect;
-    if constexpr (std::is_integral_v<R>) suspect = result < 1;
+    orv_status status = ORV_OK;
+    bool suspect = false;
+    if constexpr (std::is_same_v<result_of<F>, orv_status>) status = result;
+    else if constexpr (std::is_integral_v<R>) suspect = result < 1;
     else if constexpr (is_complex<R>) suspect = result.re != result.re;
     else suspect = result != result;
-    if (suspect && !has_kernel.load(std::memory_order_relaxed)) [[unlikely]] {
-        const orv_status status = kernel_status(call.name);
-        has_kernel.store(status == ORV_OK, std::memory_order_relaxed);
-        end(call, status);
-    }
+    if (suspect) status = kernel_status(call.name);
+    runs<F, Call>.store(status == ORV_OK, std::memory_order_relaxed);
+    end(call, status);
     return result;
 }
 

@@ -26,13 +26,15 @@ public:
             constexpr i64 piece = 1024;
             i64 wide[piece];
             R result{};
-            for (i64 start = 0; start < *n; start += piece) {
+            i64 start = 0;
+            do { // once at least: without a kernel no call succeeds
                 const i64 length = min(piece, *n - start);
                 for (i64 i = 0; i < length; ++i) wide[i] = indices[start + i];
                 const R part = on_piece(start, length, wide, std::make_integer_sequence<int, arity<F> - 1>(), all);
                 if constexpr (std::is_same_v<R, orv_status>) result = part;
                 else result += part;
-            }
+                start += piece;
+            } while (start < *n);
             return result;
         }
     }
