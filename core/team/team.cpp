@@ -65,6 +65,13 @@ int available_threads()
     return wanted < limit ? wanted : limit;
 }
 
+int threads_for_large(double worth, double grain, i64 most)
+{
+    if (most < 2) return 1;
+    const i64 shares = worth < most_threads * grain ? static_cast<i64>(worth / grain) : most_threads;
+    return static_cast<int>(min(available_threads(), min(most, shares)));
+}
+
 void run_team(int threads, void (*body)(void*, int, int), void* argument)
 {
     if (forked.load(std::memory_order_relaxed)) return body(argument, 0, 1);
