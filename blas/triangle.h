@@ -57,22 +57,19 @@ template <Op op, class T> ORV_INLINE vec<T> element_of(const T* a)
 // or -1: the quotient of Smith (Algorithm 116, 1962) bit for bit, but without his branch. What comes between exceeds
 // neither operands nor quotient by more than a factor of two. d = 0 gives NaN; of an infinite d, u is that of the
 // largest number, and the quotient 0.
-template <Op op, class T> ORV_INLINE vec<T> quotient(vec<T> b, T d)
+template <Op op, class T> ORV_INLINE vec<T> quotient(vec<T> b, T divisor)
 {
     if constexpr (is_complex<T>) {
         using R = real_t<T>;
-        if constexpr (op == Op::conjugate) d = conj(d);
-        constexpr R most = sizeof(R) == sizeof(float) ? R(__FLT_MAX__) : R(__DBL_MAX__);
-        const auto finite = [](R a) { // in the form of two instructions that keep NaN
-            const R low = most < a ? most : a;
-            return -most > low ? -most : low;
-        };
-        const T f{finite(d.re), finite(d.im)};
-        const R re = magnitude(f.re), im = magnitude(f.im), larger = re > im ? re : im;
-        const T u{f.re / larger, f.im / larger};
-        const R t = d.re * u.re + d.im * u.im;
-        return {(factor<T>(conj(u)) * b).r / splat(T{t, t}).r};
-    } else return b / splat(d);
+        using Parts = vec<R>; // each part in lanes of its own
+        const vec<R> most = splat(sizeof(R) == sizeof(float) ? R(__FLT_MAX__) : R(__DBL_MAX__));
+        const vec<T> d = op == Op::conjugate ? conj(splat(divisor)) : splat(divisor);
+        const Parts finite = maximum({-most.r}, minimum(most, Parts{d.r})), size = magnitude(finite);
+        const vec<T> u{(finite / maximum(size, swap_neighbours(size))).r}, squares = lane_product(d, u);
+        const vec<T> product =
+            lane_product(b, real_parts(u)) + lane_product(swap_neighbours(b), conj(imaginary_parts(u)));
+        return {product.r / (squares + swap_neighbours(squares)).r};
+    } else return b / splat(divisor);
 }
 
 // The stored rows outside of a block of columns.

@@ -240,6 +240,7 @@ template <class T> ORV_INLINE vec<T> negative_magnitude(vec<T> a)
 
 ORV_INLINE vec<float> maximum(vec<float> a, vec<float> b) { return {_mm_max_ps(a.r, b.r)}; }
 ORV_INLINE vec<double> maximum(vec<double> a, vec<double> b) { return {_mm_max_pd(a.r, b.r)}; }
+ORV_INLINE vec<float> minimum(vec<float> a, vec<float> b) { return {_mm_min_ps(a.r, b.r)}; }
 ORV_INLINE vec<double> minimum(vec<double> a, vec<double> b) { return {_mm_min_pd(a.r, b.r)}; }
 ORV_INLINE vec<i32> maximum(vec<i32> a, vec<i32> b)
 {
