@@ -77,6 +77,8 @@ public:
         if constexpr (!is_complex<T>) store(sum, r);
         else out_of_line(sum, r);
     }
+    // For loops over short rows, where a call would be a good part of the time.
+    template <class Sum> ORV_INLINE void in_line(Sum s, T* r) const { store(unnamed(widened<T>(s)), r); }
     // r := alpha*head + alpha*tail + beta*r, added from left to right.
     template <class Sum> ORV_INLINE void operator()(Sum h, Sum t, T* r) const
     {

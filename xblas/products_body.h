@@ -33,6 +33,22 @@ ORV_INLINE sum_of<typename P::One, A, B> brief_row_sum(const Rows& rows, i64 i, 
     return sum;
 }
 
+template <class P, class A, class B>
+ORV_INLINE sum_of<typename P::One, A, B> any_row_sum(const Rows& rows, i64 i, const A* a, const B* x, i64 incx,
+                                                     double x_sign)
+{
+    sum_of<typename P::One, A, B> sum{};
+    x += rows.first_column(i) * incx;
+    rows.walks(i, [&](Walk walk, Use use) ORV_INLINE_LAMBDA {
+        if (is_complex<A> && use == Use::real_part) add_real_part<P>(a + walk.at, x, x_sign, sum);
+        else
+            add_products<P>(walk.count, Shared<A>{a + walk.at, walk.step, walk.bend, sign(use == Use::conjugated)},
+                            Several<B>{x, incx, 0, x_sign}, sum);
+        x += walk.count * incx;
+    });
+    return sum;
+}
+
 // Adds row i times four vectors to four sums.
 template <class P, class A, class B>
 ORV_INLINE void add_row(const Rows& rows, i64 i, const A* a, Several<B> v, FourSums<P, A, B>& sums)
@@ -60,16 +76,7 @@ template <class P, class A, class B>
 sum_of<typename P::One, A, B> row_sum(const Rows& rows, i64 i, const A* a, const B* x, i64 incx, double x_sign)
 {
     if constexpr (is_brief<P, A, B>) return brief_row_sum<P>(rows, i, a, x, incx);
-    sum_of<typename P::One, A, B> sum{};
-    x += rows.first_column(i) * incx;
-    rows.walks(i, [&](Walk walk, Use use) {
-        if (is_complex<A> && use == Use::real_part) add_real_part<P>(a + walk.at, x, x_sign, sum);
-        else
-            add_products<P>(walk.count, Shared<A>{a + walk.at, walk.step, walk.bend, sign(use == Use::conjugated)},
-                            Several<B>{x, incx, 0, x_sign}, sum);
-        x += walk.count * incx;
-    });
-    return sum;
+    else return any_row_sum<P>(rows, i, a, x, incx, x_sign);
 }
 
 template <class P, class A, class B>
@@ -102,6 +109,7 @@ void multiply(i64 n, const Rows& rows, const A* a, const B* x, const B* tail, i6
 {
     const auto sum = [&](i64 i, const B* v) ORV_INLINE_LAMBDA {
         if constexpr (is_brief<P, A, B>) return brief_row_sum<P>(rows, i, a, v, incx);
+        else if constexpr (is_plain<P>) return any_row_sum<P>(rows, i, a, v, incx, 1);
         else return row_sum<P>(rows, i, a, v, incx);
     };
     i64 i = 0;
@@ -113,8 +121,11 @@ void multiply(i64 n, const Rows& rows, const A* a, const B* x, const B* tail, i6
             if (tail != nullptr) close(heads[l], tails[l], y);
             else close(heads[l], y);
     }
-    if (tail == nullptr)
-        for (; i < n; ++i, y += incy) close(sum(i, x), y);
+    if (tail == nullptr) {
+        for (; i < n; ++i, y += incy)
+            if constexpr (is_plain<P>) close.in_line(sum(i, x), y);
+            else close(sum(i, x), y);
+    }
     for (; i < n; ++i, y += incy) {
         const auto head = row_sum<P>(rows, i, a, x, incx);
         close(head, row_sum<P>(rows, i, a, tail, incx), y);

@@ -80,16 +80,16 @@ struct Rows {
     i64 first_column(i64 i) const { return i - min(i, below); }
     i64 diagonal_at(i64 i) const { return diagonal.at + distance(i, diagonal.step, diagonal.bend); }
 
-    Walk before(i64 i) const
+    ORV_INLINE Walk before(i64 i) const
     {
         const i64 count = min(i, below);
         return {diagonal_at(i) - distance(count, step_before, bend_before), step_before, bend_before, count};
     }
-    Walk from_diagonal(i64 i) const
+    ORV_INLINE Walk from_diagonal(i64 i) const
     {
         return {diagonal_at(i), step_behind + i * step_growth, bend_behind, min(columns - i, above + 1)};
     }
-    Walk all(i64 i) const
+    ORV_INLINE Walk all(i64 i) const
     {
         const i64 count = min(i, below);
         return {diagonal_at(i) - count * step_before, step_before, 0,
