@@ -47,6 +47,34 @@ constexpr Root root(i64 k, i64 n)
     return {((octant + 2) & 4) != 0 ? -re : re, octant >= 4 ? -im : im};
 }
 
+// The same for one k after the other of a long circle: the product of the first root of a block and of a step within
+// the block, which takes a tenth of the formula's time. A part near 0 is at least a 256th of the products that it is
+// the difference of, so it loses 8 of the 11 bits that double does not have: within 0.9 units of its last place, and
+// most parts within 0.51.
+class RootWalk {
+public:
+    constexpr explicit RootWalk(i64 n) : n_(n), steps_()
+    {
+        for (i64 j = 0; j < block; ++j) steps_[j] = root(j, n);
+    }
+    constexpr Root at(i64 k)
+    {
+        if (k / block != number_) {
+            number_ = k / block;
+            first_ = root(number_ * block, n_);
+        }
+        const Root step = steps_[k % block];
+        return {first_.re * step.re - first_.im * step.im, first_.re * step.im + first_.im * step.re};
+    }
+
+private:
+    static constexpr i64 block = 64;
+
+    i64 n_, number_ = -1;
+    Root first_{};
+    Root steps_[block];
+};
+
 template <class R> constexpr cpx<R> rounded(Root w) { return {static_cast<R>(w.re), static_cast<R>(w.im)}; }
 
 } // namespace orv

@@ -12,7 +12,13 @@ template <class R> constexpr R base_sine(i64 k, int order) { return rounded<R>(r
 constexpr i64 base_sines(int order) { return (i64{1} << (order - 2)) + 1; }
 template <class R> constexpr void fill_base(int order, R* sines)
 {
-    for (i64 k = 0; k < base_sines(order); ++k) sines[k] = base_sine<R>(k, order);
+    constexpr int longest_by_formula = 10; // the core's table is one of these
+    if (order <= longest_by_formula) {
+        for (i64 k = 0; k < base_sines(order); ++k) sines[k] = base_sine<R>(k, order);
+        return;
+    }
+    RootWalk roots(i64{1} << order);
+    for (i64 k = 0; k < base_sines(order); ++k) sines[k] = rounded<R>(roots.at(k)).im;
 }
 template <class R, int order_> struct Base {
     static constexpr int order = order_;

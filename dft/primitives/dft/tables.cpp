@@ -11,8 +11,9 @@ template <class R> t_8u* behind(R* end) { return on_boundary(reinterpret_cast<t_
 template <class R> t_8u* fill_base(i32 n, cpx<R>* table)
 {
     table[0] = {1, 0};
+    RootWalk roots(n);
     for (i32 k = 1; 2 * k <= n; ++k) {
-        table[n - k] = rounded<R>(root(k, n));
+        table[n - k] = rounded<R>(roots.at(k));
         table[k] = conj(table[n - k]);
     }
     return behind(table + n);

@@ -52,7 +52,7 @@ template <class R> t_8u* for_reals(i32 order, const R* sines, i32 base_order, R*
 {
     const Circle<R> circle(sines, base_order);
     const i64 quarter = i64{1} << (order - 2);
-    for (i64 k = 0; k <= quarter; ++k) table[k] = circle.sine(k << (base_order - order)) / 2;
+    for (i64 k = 0; k <= quarter; ++k) table[k] = circle.root(k << (base_order - order)).im / 2;
     return behind_table(table + quarter + 1);
 }
 

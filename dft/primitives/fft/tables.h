@@ -21,19 +21,22 @@ template <class R> class Circle {
 public:
     Circle(const R* sines, i32 order) : sines_(sines), order_(order) {}
     i32 order() const { return order_; }
-    R sine(i64 k) const
+    // exp(2*pi*i*k/2^order)
+    cpx<R> root(i64 k) const
     {
         const i64 quarter = i64{1} << (order_ - 2), place = k & (quarter - 1);
         const i64 which = k >> (order_ - 2) & 3;
-        const R magnitude = sines_[which & 1 ? quarter - place : place];
-        return which & 2 ? -magnitude : magnitude;
+        const i64 of_sine = which & 1 ? quarter - place : place;
+        const R sine = sines_[of_sine], cosine = sines_[quarter - of_sine];
+        return {(which + 1) & 2 ? -cosine : cosine, which & 2 ? -sine : sine};
     }
-    R cosine(i64 k) const { return sine(k + (i64{1} << (order_ - 2))); }
 
 private:
     const R* sines_;
     i32 order_;
 };
+
+inline constexpr int most_rows = 8; // of a butterfly of a pass or of a stage
 
 // The twiddles of one butterfly of 2^log rows over some columns, in the order in which a pass reads them: for each
 // block of columns and each row but the first, in bit-reversed order of the rows as in memory, a register of real and
@@ -42,12 +45,13 @@ template <class R>
 R* write_twiddles(const Circle<R>& circle, i32 order, int log, int rows, i64 begin, i64 columns, R* out)
 {
     constexpr i64 lanes = vec<R>::lanes;
-    const i32 shift = circle.order() - order;
+    i64 turns[most_rows];
+    for (int row = 1; row < rows; ++row) turns[row] = i64{reversed(row, log)} << (circle.order() - order);
     for (i64 c = begin; c < begin + columns; c += lanes)
         for (int row = 1; row < rows; ++row, out += 2 * lanes)
             for (i64 l = 0; l < lanes; ++l) {
-                const i64 angle = reversed(row, log) * (c + l) << shift;
-                out[l] = circle.cosine(angle), out[lanes + l] = -circle.sine(angle);
+                const cpx<R> w = circle.root(turns[row] * (c + l));
+                out[l] = w.re, out[lanes + l] = -w.im;
             }
     return out;
 }

@@ -20,7 +20,7 @@ template <class R> double units(R computed, quad exact)
 TEST(GeneralDftTables, have_roots_within_one_unit_of_their_last_place)
 {
     both_types([]<class R>() {
-        for (const i32 n : {1, 2, 3, 8, 17, 60, 91, 360, 1009, 6561, 100000}) {
+        for (const i32 n : {1, 2, 3, 8, 17, 60, 63, 65, 91, 129, 255, 360, 1009, 4095, 4097, 6561, 16382, 100000}) {
             Guarded<cpx<R>> table(n + 64 / sizeof(cpx<R>));
             const auto init = primitive<InitTabDft<R>>("ownsInitTabDftBase_" + token<R>());
             const t_8u* const behind = init(n, table.data());
