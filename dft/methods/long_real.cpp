@@ -39,7 +39,7 @@ template <class R> void fill_roots(i32 thread, i32 threads, void* argument)
     const i64 coarse = 2 * s.m2 + 1;
     const auto [begin, end] = slice(coarse + s.m1, 1, thread, threads);
     for (i64 i = begin; i < end; ++i)
-        s.twiddle_b[i] = rounded<R>(i < coarse ? orv::root(-i, 2 * s.m2) : orv::root(coarse - i, 2 * s.points));
+        s.twiddle_b[i] = rounded<R>(i < coarse ? orv::root(-i, 2 * s.m2) : orv::root(coarse - i, 2 * s.half));
 }
 template <class R> void fill_products(i32 thread, i32 threads, void* argument)
 {
@@ -47,7 +47,7 @@ template <class R> void fill_products(i32 thread, i32 threads, void* argument)
     const auto [begin, end] = slice(s.columns, 1, thread, threads);
     for (i64 k2 = begin; k2 < end; ++k2) {
         cpx<R>* const row = s.twiddle_a + k2 * s.m1;
-        for (i64 j1 = 0; j1 < s.m1; ++j1) row[j1] = s.root(2 * j1 * k2 / s.m1, 2 * j1 * k2 % s.m1);
+        for (i64 j = 0; j < s.m1; ++j) row[j] = s.root(2 * j * k2);
     }
 }
 
@@ -83,8 +83,8 @@ template <class R> i32 State<R>::build(const DftiNode& node, i64 n, i32 team)
 {
     if (n / 2 > most_points) return node_too_long;
     const Split split = split_of(n / 2);
-    if (split.m1 > engine_limit<R>(split.m1) || split.m2 > engine_limit<R>(split.m2)) return node_too_long;
-    points = n / 2, m1 = split.m1, m2 = split.m2, columns = m2 / 2 + 1;
+    if (2 * split.m1 > engine_limit<R>(2 * split.m1) || split.m2 > engine_limit<R>(split.m2)) return node_too_long;
+    half = n / 2, m1 = split.m1, m2 = split.m2, columns = m2 / 2 + 1;
     twiddle_a = allocate<R>(m1 * columns);
     twiddle_b = allocate<R>(2 * m2 + 1 + m1);
     if (twiddle_a == nullptr || twiddle_b == nullptr) return node_no_memory;
@@ -92,8 +92,8 @@ template <class R> i32 State<R>::build(const DftiNode& node, i64 n, i32 team)
     share(node, team, fill_products<R>, this);
     using E = Engine<R>;
     if (const i32 status = make(&spec_r, m2, E::init_real, E::real_bytes, &buffer_bytes)) return status;
-    if (const i32 status = make(&spec_r2, m1, E::init_real, E::real_bytes, &buffer_bytes)) return status;
-    return make(&spec_c, m1, E::init_pairs, E::pairs_bytes, &buffer_bytes);
+    if (const i32 status = make(&spec_r2, 2 * m1, E::init_real, E::real_bytes, &buffer_bytes)) return status;
+    return make(&spec_c, 2 * m1, E::init_pairs, E::pairs_bytes, &buffer_bytes);
 }
 
 template struct State<float>;
@@ -114,7 +114,7 @@ template <class R> i32 commit(const DftiMethod* method, DftiNode* node)
     auto* const state = state_of<State<R>>(node, alignment);
     if (state == nullptr) return give_up(node, node_no_memory);
     const i32 threads = alone ? 1 : node->effective_threads;
-    if (state->points != n / 2) {
+    if (state->half != n / 2) {
         state->release();
         if (const i32 status = state->build(*node, n, threads)) return give_up(node, status);
     }

@@ -1,14 +1,11 @@
-// One long transform of n reals by several threads. With N = n/2 and w = exp(-2*pi*i/n) the spectrum X comes from those
-// of the even and of the odd elements, E and O, as
+// One long transform of n = 2*m1*m2 reals by several threads. With w = exp(-2*pi*i/n), element r + 2*m1*c and point
+// k2 + m2*k1 go
 //
-//   X[k] = E[k] + w^k*O[k]      X[N - k] = conj(E[k] - w^k*O[k])
+//   rows      for each r, m2 reals c to the half spectrum k2 <= m2/2
+//   columns   for each k2, 2*m1 pairs r, times w^(r*k2), to k1; those of k2 = 0 are real
 //
-// and each of E and O, of N = m1*m2 points, as a matrix: element j1 + m1*j2 and point k2 + m2*k1 go
-//
-//   rows      for each j1, m2 reals j2 to the half spectrum k2 <= m2/2
-//   columns   for each k2, m1 pairs j1, times exp(-2*pi*i*j1*k2/N), to k1; those of k2 = 0 are real
-//
-// Threads share rows, wait for each other, and share columns, with which X is at hand. Backward goes the other way.
+// A column has the points k2 + m2*k1 of the spectrum for k1 < m1, and the conjugates of N - k2 - m2*(k1 - m1) for the
+// others, N = n/2. Threads share rows, wait for each other, and share columns; backward it is columns, then rows.
 #pragma once
 
 #include "dft/methods/method.h"
@@ -34,21 +31,21 @@ ORV_DFT_REAL(ORV_DFT_ENGINE)
 #undef ORV_DFT_ENGINE
 
 template <class R> struct State {
-    i64 points; // N
+    i64 half; // N
     Layout layout;
     i32 threads;
     i64 m1, m2;
-    cpx<R>* twiddle_a;                     // exp(-2*pi*i*j1*k2/N), a row of m1 for each k2
+    cpx<R>* twiddle_a;                     // w^(2*j*k2), a row of m1 for each k2
     cpx<R>* twiddle_b;                     // w^(m1*q) for q <= 2*m2, then w^r for r < m1
-    YmpDftSpec *spec_r, *spec_r2, *spec_c; // of m2 reals, of m1 reals, of m1 pairs
+    YmpDftSpec *spec_r, *spec_r2, *spec_c; // of m2 reals, of 2*m1 reals, of 2*m1 pairs
     i64 columns;                           // m2/2 + 1
     i64 buffer_bytes;                      // the largest of the engine's work areas
 
     void release();
     i32 build(const DftiNode& node, i64 n, i32 team);
 
-    // w^(m1*q + r)
-    ORV_INLINE cpx<R> root(i64 q, i64 r) const { return twiddle_b[q] * twiddle_b[2 * m2 + 1 + r]; }
+    // w^t, 0 <= t <= n
+    ORV_INLINE cpx<R> root(i64 t) const { return twiddle_b[t / m1] * twiddle_b[2 * m2 + 1 + t % m1]; }
 };
 static_assert(sizeof(State<double>) == 88);
 

@@ -3,6 +3,7 @@
 #include "dft/methods/long_real.h"
 #include "dft/methods/product.h"
 #include "frame/kernels/dft_compute.h"
+#include "frame/kernels/trans.h"
 
 #include <emmintrin.h>
 
@@ -13,14 +14,12 @@ template <class T> constexpr i64 block = 128 / sizeof(T);     // rows or columns
 constexpr i64 pitch_of(i64 n) { return (n + 7) / 8 * 8 | 8; } // an odd multiple of 8
 
 template <class R> struct Call {
-    using T = cpx<R>;
     const State<R>& state;
     const R* from;
     R* to;
-    T *even, *odd; // between rows and columns: m1 for each k2
+    cpx<R>* lines; // between rows and columns: 2*m1 pairs for each k2
     R* column;     // of k2 = 0, for the thread that has it
-    Layout layout;
-    t_8u* memory; // of each thread: the block, then the engine's work area
+    t_8u* memory;  // of each thread: the block, then the engine's work area
     i64 memory_bytes, block_bytes;
     i32 arrived, status;
 
@@ -39,147 +38,146 @@ template <class R> struct Call {
 
 // ---- Rows
 
-// Of even and odd elements each so many rows of m2 reals.
-template <class R> struct Rows {
-    R* begin;
+template <class T> struct Block {
+    T* begin;
     i64 pitch;
-    R* even(i64 c) const { return begin + 2 * c * pitch; }
-    R* odd(i64 c) const { return begin + (2 * c + 1) * pitch; }
+    T* operator[](i64 row) const { return begin + row * pitch; }
 };
 
-template <bool forward, class R> void move_reals(const Call<R>& call, i64 j1, i64 count, Rows<R> rows)
+// to := the transpose of rows by columns elements; leading dimensions of either side
+template <class T> struct Turn;
+#define TURN(T, t)                                                                                                     \
+    template <> struct Turn<T> {                                                                                       \
+        static void call(i64 rows, i64 columns, const T* from, i64 from_ld, T* to, i64 to_ld)                          \
+        {                                                                                                              \
+            kernels::trans::TRANS(t##omatcopy2_seq)('R', 'T', static_cast<u64>(rows), static_cast<u64>(columns),       \
+                                                    one<T>, from, static_cast<u64>(from_ld), 1, to,                    \
+                                                    static_cast<u64>(to_ld), 1);                                       \
+        }                                                                                                              \
+    };
+TURN(float, s)
+TURN(double, d)
+TURN(cpx<float>, c)
+TURN(cpx<double>, z)
+template <class T> void turn(i64 rows, i64 columns, const T* from, i64 from_ld, T* to, i64 to_ld)
 {
-    const i64 m1 = call.state.m1, m2 = call.state.m2;
-    for (i64 j2 = 0; j2 < m2; ++j2)
-        for (i64 c = 0; c < count; ++c) {
-            const i64 at = 2 * (j1 + c + m1 * j2);
-            R &even = rows.even(c)[j2], &odd = rows.odd(c)[j2];
-            if constexpr (forward) even = call.from[at], odd = call.from[at + 1];
-            else call.to[at] = even, call.to[at + 1] = odd;
-        }
+    Turn<T>::call(rows, columns, from, from_ld, to, to_ld);
 }
-template <bool forward, class R> void move_half_spectra(const Call<R>& call, i64 j1, i64 count, Rows<R> rows)
+
+template <bool forward, class R> void move_reals(const Call<R>& call, i64 r, i64 count, Block<R> rows)
 {
-    const i64 m1 = call.state.m1, m2 = call.state.m2;
-    for (i64 k2 = 0; k2 < call.state.columns; ++k2)
-        for (i64 c = 0; c < count; ++c) {
-            const Spectrum<R> even(rows.even(c), m2, Layout::perm), odd(rows.odd(c), m2, Layout::perm);
-            cpx<R>&at_even = call.even[k2 * m1 + j1 + c], &at_odd = call.odd[k2 * m1 + j1 + c];
-            if constexpr (forward) at_even = even.get(k2), at_odd = odd.get(k2);
-            else even.put(k2, at_even), odd.put(k2, at_odd);
+    const i64 lines = 2 * call.state.m1, m2 = call.state.m2;
+    if constexpr (forward) turn(m2, count, call.from + r, lines, rows.begin, rows.pitch);
+    else turn<R>(count, m2, rows.begin, rows.pitch, call.to + r, lines);
+}
+template <bool forward, class R> void move_half_spectra(const Call<R>& call, i64 r, i64 count, Block<R> rows)
+{
+    using T = cpx<R>;
+    const i64 line = 2 * call.state.m1, m2 = call.state.m2, inner = (m2 - 1) / 2; // points that have both parts
+    T* const lines = call.lines + r;
+    T* const points = reinterpret_cast<T*>(rows.begin + 2 + places(Layout::perm, m2).shift);
+    if constexpr (forward) turn<T>(count, inner, points, rows.pitch / 2, lines + line, line);
+    else turn<T>(inner, count, lines + line, line, points, rows.pitch / 2);
+    for (i64 i = 0; i < count; ++i) {
+        const Spectrum<R> spectrum(rows[i], m2, Layout::perm);
+        for (i64 k2 = 0; k2 <= m2 / 2; k2 += inner + 1) {
+            if constexpr (forward) lines[k2 * line + i] = spectrum.get(k2);
+            else spectrum.put(k2, lines[k2 * line + i]);
         }
+    }
 }
 template <bool forward, class R> i32 transform_rows(const Call<R>& call, i32 thread, i32 threads, t_8u* memory)
 {
-    constexpr i64 most = block<cpx<R>>;
+    constexpr i64 most = block<R>;
     const auto transform = forward ? Engine<R>::to_perm : Engine<R>::from_perm;
-    const Rows<R> rows{reinterpret_cast<R*>(memory), pitch_of(call.state.m2)};
-    const auto [begin, end] = slice(call.state.m1, most, thread, threads);
+    const Block<R> rows{reinterpret_cast<R*>(memory), pitch_of(call.state.m2)};
+    const auto [begin, end] = slice(2 * call.state.m1, most, thread, threads);
     i32 s = ok;
-    for (i64 j1 = begin; j1 < end && s == ok; j1 += most) {
-        const i64 count = min(most, end - j1);
-        if (forward) move_reals<true>(call, j1, count, rows);
-        else move_half_spectra<false>(call, j1, count, rows);
-        for (i64 r = 0; r < 2 * count && s == ok; ++r) {
-            R* const row = rows.begin + r * rows.pitch;
-            s = transform(row, row, call.state.spec_r, memory + call.block_bytes);
-        }
-        if (forward) move_half_spectra<true>(call, j1, count, rows);
-        else move_reals<false>(call, j1, count, rows);
+    for (i64 r = begin; r < end && s == ok; r += most) {
+        const i64 count = min(most, end - r);
+        if (forward) move_reals<true>(call, r, count, rows);
+        else move_half_spectra<false>(call, r, count, rows);
+        for (i64 i = 0; i < count && s == ok; ++i)
+            s = transform(rows[i], rows[i], call.state.spec_r, memory + call.block_bytes);
+        if (forward) move_half_spectra<true>(call, r, count, rows);
+        else move_reals<false>(call, r, count, rows);
     }
     return s;
 }
 
 // ---- Columns
 
-// Columns of points k1, with those of the odd elements behind them. Column 0 is the spectrum of m1 reals: its half.
-template <class R> struct Columns {
-    cpx<R>* begin;
-    i64 pitch;
-    cpx<R>* even(i64 b) const { return begin + 2 * b * pitch; }
-    cpx<R>* odd(i64 b) const { return begin + (2 * b + 1) * pitch; }
-};
+// The line of k2 times w^(r*k2), or its conjugate: w^(2*j*k2) for r = 2*j is in the table.
+template <bool conjugated, class R> void twist(const State<R>& state, i64 k2, cpx<R>* line)
+{
+    using T = cpx<R>;
+    const T* const twiddles = state.twiddle_a + k2 * state.m1;
+    const factor<T> odd(state.root(k2));
+    for (i64 j = 0; j < state.m1; ++j) {
+        const auto w = load_first<1>(twiddles + j), next = odd * w;
+        const auto at = load_first<1>(line + 2 * j), behind = load_first<1>(line + 2 * j + 1);
+        store_first<1>(line + 2 * j, element_product(at, factor_of<conjugated>(w)));
+        store_first<1>(line + 2 * j + 1, element_product(behind, factor_of<conjugated>(next)));
+    }
+}
 
-// Between a line of m1 pairs j1 and a column; the line is written over.
+// Between a line of pairs r, which is written over, and a column of points k1. Of k2 = 0 the line is real, and half of
+// the column is all.
 template <bool forward, class R>
 i32 transform_column(const Call<R>& call, i64 k2, cpx<R>* line, cpx<R>* points, t_8u* work)
 {
     const State<R>& state = call.state;
-    const i64 m1 = state.m1;
-    const cpx<R>* const twiddles = state.twiddle_a + k2 * m1;
     i32 s;
     if (k2 != 0 && forward) {
-        multiply<false>(line, twiddles, line, m1);
+        twist<false>(state, k2, line);
         return Engine<R>::forward(line, points, state.spec_c, work);
     }
     if (k2 != 0) {
         s = Engine<R>::backward(points, line, state.spec_c, work);
-        multiply<true>(line, twiddles, line, m1);
+        twist<true>(state, k2, line);
         return s;
     }
     R* const reals = call.column;
-    const Spectrum<R> half(reals, m1, Layout::perm);
+    const i64 m1 = state.m1;
+    const Spectrum<R> half(reals, 2 * m1, Layout::perm);
     if (forward) {
-        for (i64 j1 = 0; j1 < m1; ++j1) reals[j1] = line[j1].re;
+        for (i64 r = 0; r < 2 * m1; ++r) reals[r] = line[r].re;
         s = Engine<R>::to_perm(reals, reals, state.spec_r2, work);
-        for (i64 k1 = 0; 2 * k1 <= m1; ++k1) points[k1] = half.get(k1);
+        for (i64 k1 = 0; k1 <= m1; ++k1) points[k1] = half.get(k1);
     } else {
-        for (i64 k1 = 0; 2 * k1 <= m1; ++k1) half.put(k1, points[k1]);
+        for (i64 k1 = 0; k1 <= m1; ++k1) half.put(k1, points[k1]);
         s = Engine<R>::from_perm(reals, reals, state.spec_r2, work);
-        for (i64 j1 = 0; j1 < m1; ++j1) line[j1] = {reals[j1], 0};
+        for (i64 r = 0; r < 2 * m1; ++r) line[r] = {reals[r], 0};
     }
     return s;
 }
 
-// Two points of the spectrum from one of each half, and back.
-template <class T> ORV_INLINE void join(T w, T even, T odd, T& x, T& mirrored)
+// Between columns k2 to k2 + count - 1, k2 > 0, and the spectrum.
+template <bool forward, class R> void move_columns(const Call<R>& call, i64 k2, i64 count, Block<cpx<R>> columns)
 {
-    const T turned = w * odd;
-    x = even + turned, mirrored = conj(even - turned);
-}
-template <class T> ORV_INLINE void part(T w, T x, T mirrored, T& even, T& odd)
-{
-    const T other = conj(mirrored);
-    even = x + other, odd = (x - other) * conj(w);
-}
-
-// Columns k2 to k2 + count - 1, none of which has its mirror images in itself.
-template <bool forward, class R> void recombine(const Call<R>& call, i64 k2, i64 count, Columns<R> columns)
-{
-    const State<R>& state = call.state;
-    const i64 m1 = state.m1, m2 = state.m2;
+    const i64 m1 = call.state.m1, m2 = call.state.m2;
     using T = std::conditional_t<forward, cpx<R>, const cpx<R>>;
     T* x = reinterpret_cast<T*>(forward ? call.to : const_cast<R*>(call.from)) + k2;
-    T* mirrored = x + (state.points - 2 * k2);
-    i64 q = k2 / m1, r = k2 % m1; // w^(m1*q + r) is the first one's
-    for (i64 k1 = 0; k1 < m1; ++k1, x += m2, mirrored -= m2) {
-        i64 next_q = q, next_r = r;
+    T* mirrored = x + (call.state.half - 2 * k2);
+    for (i64 k1 = 0; k1 < m1; ++k1, x += m2, mirrored -= m2)
         for (i64 b = 0; b < count; ++b) {
-            const cpx<R> w = state.root(next_q, next_r);
-            if (++next_r == m1) next_r = 0, ++next_q;
-            cpx<R>&even = columns.even(b)[k1], &odd = columns.odd(b)[k1];
-            if constexpr (forward) join(w, even, odd, x[b], mirrored[-b]);
-            else part(w, x[b], mirrored[-b], even, odd);
+            cpx<R>* const point = columns[b] + k1;
+            if constexpr (forward) {
+                store_first<1>(x + b, load_first<1>(point));
+                store_first<1>(mirrored - b, conj(load_first<1>(point + m1)));
+            } else {
+                store_first<1>(point, load_first<1>(x + b));
+                store_first<1>(point + m1, conj(load_first<1>(mirrored - b)));
+            }
         }
-        q += m2 / m1, r += m2 % m1;
-        if (r >= m1) r -= m1, ++q;
-    }
 }
-// Column 0, of which there is a half, and column m2/2, of which one half gives the other.
-template <bool forward, class R> void recombine_with_itself(const Call<R>& call, i64 k2, Columns<R> columns)
+template <bool forward, class R> void move_column_0(const Call<R>& call, cpx<R>* points)
 {
     const State<R>& state = call.state;
-    const i64 m1 = state.m1, pairs = k2 == 0 ? m1 / 2 + 1 : forward ? (m1 + 1) / 2 : m1;
-    cpx<R>*const even = columns.even(0), *const odd = columns.odd(0);
-    const Spectrum<R> x(forward ? call.to : const_cast<R*>(call.from), 2 * state.points, call.layout);
-    for (i64 k1 = 0; k1 < pairs; ++k1) {
-        const i64 k = k2 + state.m2 * k1;
-        const cpx<R> w = state.root(k / m1, k % m1);
-        if constexpr (forward) {
-            cpx<R> at, mirrored;
-            join(w, even[k1], odd[k1], at, mirrored);
-            x.put(k, at), x.put(state.points - k, mirrored);
-        } else part(w, x.get(k), x.get(state.points - k), even[k1], odd[k1]);
+    const Spectrum<R> x(forward ? call.to : const_cast<R*>(call.from), 2 * state.half, state.layout);
+    for (i64 k1 = 0; k1 <= state.m1; ++k1) {
+        if constexpr (forward) x.put(state.m2 * k1, points[k1]);
+        else points[k1] = x.get(state.m2 * k1);
     }
 }
 
@@ -187,25 +185,21 @@ template <bool forward, class R> i32 transform_columns(const Call<R>& call, i32 
 {
     constexpr i64 most = block<cpx<R>>;
     const State<R>& state = call.state;
-    const i64 m1 = state.m1;
-    const Columns<R> columns{reinterpret_cast<cpx<R>*>(memory), pitch_of(m1)};
+    const Block<cpx<R>> columns{reinterpret_cast<cpx<R>*>(memory), pitch_of(2 * state.m1)};
     const auto [begin, end] = slice(state.columns, most, thread, threads);
-    const auto alone = [&](i64 k2) { return k2 == 0 || 2 * k2 == state.m2; };
-    const auto recombine_all = [&](i64 k2, i64 count) {
-        if (alone(k2)) recombine_with_itself<forward>(call, k2, columns);
-        else recombine<forward>(call, k2, count, columns);
+    const auto move = [&](i64 k2, i64 count) {
+        if (k2 == 0) move_column_0<forward>(call, columns[0]);
+        else move_columns<forward>(call, k2, count, columns);
     };
     i32 s = ok;
     for (i64 k2 = begin, count; k2 < end && s == ok; k2 += count) {
-        for (count = 1; !alone(k2) && count < min(most, end - k2) && !alone(k2 + count);) ++count;
-        if (!forward) recombine_all(k2, count);
+        count = k2 == 0 ? 1 : min(most, end - k2);
+        if (!forward) move(k2, count);
         for (i64 b = 0; b < count && s == ok; ++b) {
-            t_8u* const work = memory + call.block_bytes;
-            const i64 line = (k2 + b) * m1;
-            s = transform_column<forward>(call, k2 + b, call.even + line, columns.even(b), work);
-            if (s == ok) s = transform_column<forward>(call, k2 + b, call.odd + line, columns.odd(b), work);
+            cpx<R>* const line = call.lines + (k2 + b) * 2 * state.m1;
+            s = transform_column<forward>(call, k2 + b, line, columns[b], memory + call.block_bytes);
         }
-        if (forward) recombine_all(k2, count);
+        if (forward) move(k2, count);
     }
     return s;
 }
@@ -256,30 +250,21 @@ template <class R, bool forward> i32 compute(DftiNode* node, void* data, void* o
     using T = cpx<R>;
     constexpr i64 pair = sizeof(T);
     const auto& state = *static_cast<const State<R>*>(node->method_data);
-    const i64 block_bytes = block<T> * max(2 * pitch_of(state.m1) * pair, pitch_of(state.m2) * pair);
+    const i64 line_bytes = 2 * state.m1 * pair, row_bytes = pitch_of(state.m2) * static_cast<i64>(sizeof(R));
+    const i64 block_bytes = max(block<T> * pitch_of(2 * state.m1) * pair, block<R> * row_bytes);
     const i64 memory_bytes = round_up(block_bytes + state.buffer_bytes, cache_line);
-    const Memory even(state.columns * state.m1 * pair), odd(state.columns * state.m1 * pair), column(state.m1 * pair);
-    const Memory memory(state.threads * memory_bytes);
-    if (even.at == nullptr || odd.at == nullptr || column.at == nullptr || memory.at == nullptr) return node_no_memory;
+    const Memory lines(state.columns * line_bytes), column(line_bytes / 2), memory(state.threads * memory_bytes);
+    if (lines.at == nullptr || column.at == nullptr || memory.at == nullptr) return node_no_memory;
 
     const auto [from, to] = reals_of<R>(*node, forward, data, output);
-    Call<R> call{state,
-                 from,
-                 to,
-                 reinterpret_cast<T*>(even.at),
-                 reinterpret_cast<T*>(odd.at),
-                 reinterpret_cast<R*>(column.at),
-                 state.layout,
-                 memory.at,
-                 memory_bytes,
-                 block_bytes,
-                 0,
-                 ok};
+    Call<R> call{
+        state,       from, to, reinterpret_cast<T*>(lines.at), reinterpret_cast<R*>(column.at), memory.at, memory_bytes,
+        block_bytes, 0,    ok};
     if (state.threads > 1) parallel_together(*node, state.threads, task<forward, R>, &call);
     else task<forward, R>(0, 1, &call);
     const double factor = forward ? node->committed_forward_scale : node->committed_backward_scale;
     if (factor != 1) {
-        Scaling<R> all{to, 2 * state.points + (forward && state.layout == Layout::ccs ? 1 : 0), static_cast<R>(factor)};
+        Scaling<R> all{to, 2 * state.half + (forward && state.layout == Layout::ccs ? 1 : 0), static_cast<R>(factor)};
         share(*node, state.threads, scale<R>, &all);
     }
     return DFT(transfer_ymp_orv_error)(call.status);
