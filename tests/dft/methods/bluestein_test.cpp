@@ -295,21 +295,8 @@ TYPED_TEST(Bluestein, leaves_nothing_behind_and_writes_nothing_without_memory)
     Node node(precision_of<T>, CFG_DOMAIN_COMPLEX, {2049}, {name<T>()});
     const auto x = random_array<T>(2049, 5);
     auto y = x;
+    expect_commit_to_survive_without_memory(node);
     i32 status = node_ok;
-    each_allocation_fails(
-        [&] {
-            status = node.commit();
-            if (status == node_ok) {
-                EXPECT_TRUE(node.committed());
-                node->uncommit(node.get());
-            }
-        },
-        [&] {
-            EXPECT_EQ(status, probe().failed == 0 ? node_ok : node_no_memory);
-            EXPECT_FALSE(node.committed());
-            EXPECT_EQ(node->method_data, nullptr);
-        });
-    ASSERT_EQ(node.commit(), node_ok);
     each_allocation_fails([&] { y = x, status = node.run(true, y.data()); },
                           [&] {
                               if (probe().failed == 0) return;
@@ -322,25 +309,8 @@ TYPED_TEST(Bluestein, leaves_nothing_behind_and_writes_nothing_without_memory)
 TYPED_TEST(Bluestein, keeps_its_tables_for_the_next_commit_and_gives_them_back_when_it_is_detached)
 {
     using T = cpx<TypeParam>;
-    const DftiMethod* const m = method(name<T>());
-    ProbeScope probe;
-    {
-        Node node(precision_of<T>, CFG_DOMAIN_COMPLEX, {7}, {name<T>()});
-        EXPECT_EQ(m->detach(m, node.get()), node_internal_error);
-        const i64 before = probe->live;
-        ASSERT_EQ(node.commit(), node_ok);
-        const void* const data = node->method_data;
-        const i64 taken = probe->allocations;
-        node->placement = CFG_OUT_OF_PLACE;
-        ASSERT_EQ(node.commit(), node_ok);
-        EXPECT_EQ(node->method_data, data);
-        EXPECT_EQ(probe->allocations, taken);
-        EXPECT_EQ(m->detach(m, node.get()), node_ok);
-        EXPECT_FALSE(node.committed());
-        EXPECT_EQ(node->method, nullptr);
-        EXPECT_EQ(probe->live, before);
-    }
-    EXPECT_EQ(probe->live, 0);
+    Node node(precision_of<T>, CFG_DOMAIN_COMPLEX, {7}, {name<T>()});
+    expect_state_to_be_kept_and_let_go(method(name<T>()), node, [&] { node->placement = CFG_OUT_OF_PLACE; });
 }
 
 } // namespace

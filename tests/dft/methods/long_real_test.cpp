@@ -236,41 +236,18 @@ TYPED_TEST(LongReal, transform_is_one_of_reals_that_is_worth_it)
 
 TYPED_TEST(LongReal, tables_stay_for_the_next_commit_and_go_when_it_is_detached)
 {
-    using R = TypeParam;
-    const DftiMethod* const m = method(name<R>());
-    ProbeScope probe;
-    {
-        Long<R> node(16384, 2);
-        EXPECT_EQ(m->detach(m, node.get()), node_internal_error);
-        const i64 before = probe->live;
-        ASSERT_EQ(node.commit(), node_ok);
-        const void* const data = node->method_data;
-        const i64 taken = probe->allocations;
-        node->packed_format = CFG_PERM, node->placement = CFG_IN_PLACE;
-        ASSERT_EQ(node.commit(), node_ok);
-        EXPECT_EQ(probe->allocations, taken);
-        EXPECT_EQ(node->method_data, data);
-        EXPECT_EQ(m->detach(m, node.get()), node_ok);
-        EXPECT_FALSE(node.committed());
-        EXPECT_EQ(node->method, nullptr);
-        EXPECT_EQ(probe->live, before);
-    }
-    EXPECT_EQ(probe->live, 0);
+    Long<TypeParam> node(16384, 2);
+    expect_state_to_be_kept_and_let_go(method(name<TypeParam>()), node, [&] {
+        node->packed_format = CFG_PERM;
+        node->placement = CFG_IN_PLACE;
+    });
 }
 
 TYPED_TEST(LongReal, transform_without_memory_leaves_its_arrays_alone)
 {
     using R = TypeParam;
     Long<R> node(16384, 2, true);
-    each_allocation_fails(
-        [&] {
-            const i32 status = node.commit();
-            EXPECT_EQ(status, probe().failed == 0 ? node_ok : node_no_memory);
-            EXPECT_EQ(node.committed(), probe().failed == 0);
-            node->uncommit(node.get());
-        },
-        [] {});
-    ASSERT_EQ(node.commit(), node_ok);
+    expect_commit_to_survive_without_memory(node);
     const auto x = random_array<R>(16384 + 2, 1);
     auto y = x;
     each_allocation_fails(

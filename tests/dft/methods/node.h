@@ -99,6 +99,41 @@ inline void expect_refused(Node& node, const Change& change, i32 status = node_i
     EXPECT_EQ(node.commit(), node_ok) << "after: " << change.what;
 }
 
+// Every allocation of a commit fails in turn: it tells so and leaves nothing in force or taken, and the next one is
+// fine.
+inline void expect_commit_to_survive_without_memory(Node& node)
+{
+    each_allocation_fails(
+        [&] {
+            const i32 status = node.commit();
+            EXPECT_EQ(status, probe().failed == 0 ? node_ok : node_no_memory);
+            EXPECT_EQ(node.committed(), probe().failed == 0);
+            node->uncommit(node.get());
+        },
+        [&] { EXPECT_EQ(node->method_data, nullptr); });
+    ASSERT_EQ(node.commit(), node_ok);
+}
+
+// A method refuses to detach from a node that it has not taken; from one that it has, it lets go of all. A second
+// commit with another setting, by which nothing that is kept changes, asks for no memory.
+inline void expect_state_to_be_kept_and_let_go(const DftiMethod* m, Node& node, const std::function<void()>& set)
+{
+    ProbeScope probe;
+    EXPECT_EQ(m->detach(m, node.get()), node_internal_error);
+    ASSERT_EQ(node.commit(), node_ok);
+    const void* const data = node->method_data;
+    const i64 taken = probe->allocations;
+    set();
+    ASSERT_EQ(node.commit(), node_ok);
+    EXPECT_EQ(probe->allocations, taken);
+    EXPECT_EQ(node->method_data, data);
+    EXPECT_EQ(m->detach(m, node.get()), node_ok);
+    EXPECT_FALSE(node.committed());
+    EXPECT_EQ(node->method, nullptr);
+    EXPECT_EQ(node->method_data, nullptr);
+    EXPECT_EQ(probe->live, 0);
+}
+
 // A team that runs its tasks one after another, the last first, or at the same time; it counts what it was asked for.
 struct Team {
     static inline i32 threads = 1, started = 0;

@@ -180,34 +180,15 @@ TYPED_TEST(TinyCube, is_a_dense_cube_of_less_than_eleven_points_and_nothing_else
 TYPED_TEST(TinyCube, keeps_its_side_for_the_next_commit_and_lets_go)
 {
     using T = cpx<TypeParam>;
-    const DftiMethod* const m = method(name<T>());
-    ProbeScope probe;
     Cube<T> node(5, true);
-    EXPECT_EQ(m->detach(m, node.get()), node_internal_error);
-    const i64 before = probe->live;
-    ASSERT_EQ(node.commit(), node_ok);
-    const i64 taken = probe->allocations;
-    ASSERT_EQ(node.commit(), node_ok);
-    EXPECT_EQ(probe->allocations, taken);
-    EXPECT_EQ(m->detach(m, node.get()), node_ok);
-    EXPECT_FALSE(node.committed());
-    EXPECT_EQ(node->method, nullptr);
-    EXPECT_EQ(probe->live, before);
+    expect_state_to_be_kept_and_let_go(method(name<T>()), node, [&] { node->placement = CFG_OUT_OF_PLACE; });
 }
 
 TYPED_TEST(TinyCube, is_left_as_it_was_without_memory)
 {
     using R = TypeParam;
     Cube<R> node(6, true);
-    each_allocation_fails(
-        [&] {
-            const i32 status = node.commit();
-            EXPECT_EQ(status, probe().failed == 0 ? node_ok : node_no_memory);
-            EXPECT_EQ(node.committed(), probe().failed == 0);
-            node->uncommit(node.get());
-        },
-        [] {});
-    ASSERT_EQ(node.commit(), node_ok);
+    expect_commit_to_survive_without_memory(node);
     const auto x = random_array<R>(2 * 216, 1);
     auto y = x;
     each_allocation_fails(
