@@ -146,16 +146,20 @@ Elements::Elements(const Operand& operand, const Arrays& arrays)
     : operand_(operand), array_(operand.view.array.empty() ? nullptr : &arrays.at(operand.view.array)),
       turned_(operand.op == 't' || operand.op == 'c')
 {
+    const View& v = operand.view;
+    for (i64 k = 0; k < v.points; ++k) {
+        const long double angle =
+            2 * std::numbers::pi_v<long double> * static_cast<long double>(k) / static_cast<long double>(v.points);
+        roots_.push_back({static_cast<double>(std::cos(angle)), static_cast<double>(v.turns * std::sin(angle))});
+    }
 }
 
 Number Elements::root(i64 i, i64 j) const
 {
     const View& v = operand_.view;
-    const long double angle = 2 * std::numbers::pi_v<long double> * static_cast<long double>(i * j % v.points) /
-                              static_cast<long double>(v.points);
-    const int turns = operand_.op == 'r' ? -v.turns : v.turns;
-    const long double weight = v.halved && (j == 0 || 2 * j == v.points) ? 0.5L : 1;
-    return {static_cast<double>(weight * std::cos(angle)), static_cast<double>(weight * turns * std::sin(angle))};
+    const double weight = v.halved && (j == 0 || 2 * j == v.points) ? 0.5 : 1;
+    const Number e = roots_[static_cast<std::size_t>(i * j % v.points)];
+    return {weight * e.re, operand_.op == 'r' ? -weight * e.im : weight * e.im};
 }
 
 Number Elements::operator()(i64 i, i64 j) const

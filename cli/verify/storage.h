@@ -80,6 +80,7 @@ private:
     const Operand& operand_;
     const Array* array_; // none: ones or roots
     bool turned_;
+    std::vector<Number> roots_; // one turn of them, where elements are roots
 };
 
 // body(operand) for all operands of a plan.

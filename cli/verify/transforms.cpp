@@ -48,7 +48,7 @@ Group transforms()
 {
     const std::vector<const char*> lengths{
         "n=1|2|3|4|5|6|7|8|9|10|11|12|13|15|16|17|19|25|27|30|31|32|33|49|53|60|63|64|65|97|100|120|121|127|128|129",
-        "n=210|211|243|255|256|257|360|499|500|512|1000|1024", "n=2048", "times=12 n=130..1500 threads=2..8"};
+        "n=210|211|243|255|256|257|360|500|512", "z n=1000|1024", "s n=997", "times=4 n=130..500 threads=2..8"};
     return {"dft",
             "Fourier transforms",
             {{"fft", "n in out", fft, lengths, {ALL(fft)}}, {"ifft", "n in out", ifft, lengths, {ALL(ifft)}}}};
