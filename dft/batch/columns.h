@@ -45,12 +45,12 @@ template <class R> bool rows_collide(i64 points, i64 apart, i64 pitch)
 template <class R> void transform_registers(const BatchPlan& plan, const Columns<R>& c, cpx<R>* between)
 {
     const i64 n = plan.length, *radix = plan.lists[radixes]->data, joins = plan.lists[radixes]->size - 1;
-    const bool row_by_row = joins > 0 && rows_collide<R>(radix[0], n / radix[0], c.to.stride);
-    const auto here = [&](bool last) { return last && !row_by_row; };
-    const auto to = [&](bool last, i64 row) {
+    const bool row_by_row = between != nullptr && rows_collide<R>(radix[0], n / radix[0], c.to.stride);
+    const auto here = [=](bool last) { return last && !row_by_row; };
+    const auto to = [=](bool last, i64 row) {
         return here(last) ? c.dst + row * c.to.stride : between + row * c.count;
     };
-    const auto pitch = [&](bool last) { return here(last) ? c.to.stride : c.count; };
+    const auto pitch = [=](bool last) { return here(last) ? c.to.stride : c.count; };
 
     i64 joined = radix[joins];
     passes<R>().leaves[joined]({c.src, c.from.stride, n, plan.apart, plan.lists[starts]->data, to(joins == 0, 0),

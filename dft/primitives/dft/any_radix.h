@@ -60,7 +60,7 @@ template <class R, class Unity> constexpr void fill_radix_table(i32 r, Unity uni
 }
 
 // What the sums need of work memory.
-inline constexpr i64 work_of_radix(i64 r) { return r * i64{vector_bytes}; }
+constexpr i64 work_of_radix(i64 r) { return r * i64{vector_bytes}; }
 
 // get(j) is x[j], put(k, X) takes X[k]. Everything is read before anything is written.
 template <bool forward, class R, class Get, class Put>

@@ -43,7 +43,7 @@ ORV_INLINE void column(From from, To to, i64 q, const R* w)
 {
     pairs<R> x[radix];
     steps<radix>([&](auto j) ORV_INLINE_LAMBDA { x[j] = from.template get<n>(j, q); });
-    const auto turn = [&] ORV_INLINE_LAMBDA {
+    const auto turn = [&]() ORV_INLINE_LAMBDA {
         steps<radix - 1>([&](auto j) ORV_INLINE_LAMBDA {
             x[j + 1] = twiddled_by<forward, n>(x[j + 1], w + j * reals_of_twiddle<R>);
         });
