@@ -35,8 +35,10 @@ int main(int count, char** words)
     double y[] = {3, 4}, z[] = {0, 0};
     printf("%g\n", ddot_(&n, x, &one, y, &one));
     printf("%g\n", cblas_ddot(2, x, 1, y, 1));
-    printf("%d\n", idamax_(&n, x, &one));
-    cblas_daxpy(2, 2, x, 1, y, 1);
+    for (int time = 0; time < 2; ++time) { /* what cannot be carried out is told of each time */
+        printf("%d\n", idamax_(&n, x, &one));
+        cblas_daxpy(2, 1, x, 1, y, 1);
+    }
     cblas_zdotu_sub(1, x, 1, x, 1, z);
     dgemm_("N", "N", &one, &one, &one, &scale, x, &one, x, &one, &scale, y, &one, 1, 1);
     printf("%g %g %g\n", y[0], y[1], z[0]);
