@@ -7,21 +7,29 @@
 namespace orv::ORV_SPBLAS {
 namespace {
 
-template <class T>
+// Places to write are asked for so many entries ahead: those of a large matrix are anywhere in memory.
+constexpr Int ahead = 16;
+
+template <bool values, class T>
 void turn(Int m, const T* a, const Int* index, const Int* start, Int base, T* b, Int* to_index, Int* to_start,
-          Int to_base, bool values)
+          Int to_base)
 {
     const Int entries = start[m] - start[0];
     Int* count = to_start - base;
     clear_counts(to_start, m);
     for (Int p = 0; p < entries; ++p) ++count[index[p]];
-    counts_to_places(to_start, m, to_base);
-    a -= start[0], index -= start[0], b -= to_base, to_index -= to_base;
+    to_start[m] = counts_to_places(to_start, m, to_base);
+    b -= to_base, to_index -= to_base;
     for (Int i = 0; i < m; ++i)
-        for (Int p = start[i]; p < start[i + 1]; ++p) {
+        for (Int p = start[i] - start[0], end = start[i + 1] - start[0]; p < end; ++p) {
+            if (p + ahead < entries) {
+                const Int soon = count[index[p + ahead]];
+                prefetch(to_index + soon);
+                if constexpr (values) prefetch(b + soon);
+            }
             const Int at = count[index[p]]++;
             to_index[at] = i + to_base;
-            if (values) b[at] = a[p];
+            if constexpr (values) b[at] = a[p];
         }
     places_to_starts(to_start, m, to_base);
 }
@@ -31,8 +39,9 @@ void csrcsc(const Int* job, const Int* m, T* acsr, Int* ja, Int* ia, T* acsc, In
 {
     const Int csr = static_cast<i32>(job[1]), csc = static_cast<i32>(job[2]);
     const bool values = static_cast<i32>(job[5]) != 0;
-    if (job[0] == 0) turn(*m, acsr, ja, ia, csr, acsc, ja1, ia1, csc, values);
-    else turn(*m, acsc, ja1, ia1, csc, acsr, ja, ia, csr, values);
+    const auto& go = values ? turn<true, T> : turn<false, T>;
+    if (job[0] == 0) go(*m, acsr, ja, ia, csr, acsc, ja1, ia1, csc);
+    else go(*m, acsc, ja1, ia1, csc, acsr, ja, ia, csr);
     *info = 0;
 }
 
