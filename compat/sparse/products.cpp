@@ -73,7 +73,7 @@ template <class T> int solve(int trans, T alpha, int handle, T* x, int incx)
 {
     const Matrix* a = finished<T>(handle);
     const char op = trans_letter(trans);
-    if (a == nullptr || a->kind() != 'T' || op == '\0' || incx == 0) return refused;
+    if (a == nullptr || op == '\0' || incx == 0) return refused;
     const Contiguous<T> in_place(x, a->rows, incx);
     if (!in_place.ready()) return refused;
     const orv_sparse record = a->record();
@@ -87,14 +87,15 @@ int multiply_dense(int order, int trans, int nrhs, T alpha, int handle, const T*
 {
     const Matrix* a = finished<T>(handle);
     if (a == nullptr) return refused;
-    const orv_sparse record = a->record(); // the core refuses letters of 0, and dimensions
+    const orv_sparse record =
+        a->record(); // the core refuses letters of 0, dimensions, and solves that are not with triangles
     return answer(Core<T>::mm(order_letter(order), trans_letter(trans), alpha, &record, nrhs, b, ldb, one<T>, c, ldc));
 }
 
 template <class T> int solve_dense(int order, int trans, int nrhs, T alpha, int handle, T* b, int ldb)
 {
     const Matrix* a = finished<T>(handle);
-    if (a == nullptr || a->kind() != 'T') return refused;
+    if (a == nullptr) return refused;
     const orv_sparse record = a->record();
     return answer(Core<T>::sm(order_letter(order), trans_letter(trans), alpha, &record, nrhs, b, ldb, b, ldb));
 }
