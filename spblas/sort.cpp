@@ -21,7 +21,7 @@ template <class T> struct RowSort {
     }
 
 private:
-    static constexpr Int longest_insertion = 32;
+    static constexpr Int longest_insertion = 128;
 
     [[gnu::noinline]] void insert(Int first, Int last) const
     {
