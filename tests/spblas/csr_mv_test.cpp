@@ -158,16 +158,31 @@ TEST(CsrMv, of_parts_is_that_of_the_whole_where_rows_write_their_own_elements)
     });
 }
 
+TEST(CsrMv, of_parts_in_vectors_of_their_own_is_added_up_by_split_par)
+{
+    each_product("mv", []<template <class, class> class P, class T, class Int>(
+                           P<T, Int>& product, const SparseName& name, const Coordinates<T>& a, const auto& exact) {
+        if (name.run == "seq" || product.own_rows()) return;
+        const P<T, Int> other(name, a, product.factors_of().first, zero<T>);
+        std::vector<T> work;
+        product.run(1, a.m / 3);
+        for (const i64 part : {1, 2}) {
+            other.run(a.m * part / 3 + 1, a.m * (part + 1) / 3);
+            work.insert(work.end(), other.y.begin(), other.y.end());
+        }
+        add_parts<T, Int>(3, static_cast<i64>(product.y.size()), work, product.y.data());
+        EXPECT_LE(product.worst(exact), 1);
+    });
+}
+
 TEST(CsrMv, does_not_depend_on_the_base_of_indices)
 {
-    each_product("mv", [](auto& product, SparseName name, const auto& a, const auto&) {
+    each_product("mv", [](auto& product, const SparseName& name, const auto& a, const auto&) {
         if (name.base == 1) return;
         product.run(1, a.m);
         const std::vector whole(product.y.begin(), product.y.end());
-        const std::size_t at = name.text.find("csr0");
-        name.text[at + 3] = '1', name.text[name.text.find("c__")] = 'f', name.base = 1;
         product.restart();
-        product.rename(name);
+        product.rename(from_one(name));
         product.run(1, a.m);
         EXPECT_TRUE(same_bits(product.y.data(), whole.data(), static_cast<i64>(whole.size())));
     });

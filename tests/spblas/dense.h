@@ -75,6 +75,18 @@ long double residual(const SparseName& name, const Coordinates<T>& a, T alpha, c
     return worst;
 }
 
+// Whether a solve for the columns first to last of y, from 0, solved these and left the others and the padding alone.
+template <class T, class Residual>
+void expect_solved(const Dense<T>& y, i64 rows, i64 columns, i64 first, i64 last, const Residual& residual_of)
+{
+    for (i64 column = 0; column < columns; ++column) {
+        if (column >= first && column <= last) EXPECT_LE(residual_of(column), 1) << column;
+        else
+            for (i64 i = 0; i < rows; ++i) EXPECT_EQ(y(i, column), y.before(i, column));
+    }
+    EXPECT_TRUE(y.padding_is_untouched());
+}
+
 // Every row has its diagonal, unless ones stand there: then some have and some have not. In a triangle of random
 // numbers solutions would grow beyond all bounds, so entries beside the diagonal are small.
 template <class T> std::vector<Coordinates<T>> solvable_patterns(const SparseName& name)

@@ -2,6 +2,7 @@
 // in arrays that end at unreadable pages.
 #pragma once
 
+#include "frame/kernels/spblas.h"
 #include "tests/spblas/name.h"
 #include "tests/support/guarded.h"
 #include "tests/support/kernels.h"
@@ -198,6 +199,14 @@ private:
         return n;
     }
 };
+
+// Adds up parts of a product by split_par: parts - 1 vectors of n elements in work, and y.
+template <class T, class Int> void add_parts(Int parts, i64 n, const std::vector<T>& work, T* y)
+{
+    const Int first = 1, last = static_cast<Int>(n);
+    auto* const add = kernel<kernels::sparse::SplitPar<T, Int>>(module_of<Int>, std::string(1, letter<T>), "split_par");
+    add(&first, &last, &parts, &last, work.data(), y);
+}
 
 // alpha and beta
 template <class T> std::vector<std::pair<T, T>> factors()

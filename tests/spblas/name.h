@@ -47,6 +47,14 @@ inline std::vector<SparseName> sparse_names(const std::string& format, const std
     return names;
 }
 
+// The same kernel for indices from 1, of one for indices from 0.
+inline SparseName from_one(SparseName name)
+{
+    name.text[name.text.find(name.format + '0') + 3] = '1', name.text[name.text.find("c__")] = 'f';
+    name.base = 1, name.layout = 'f';
+    return name;
+}
+
 template <class Int> inline constexpr const char* module_of = std::is_same_v<Int, i64> ? "spblas" : "spblas_lp64";
 
 // visit.operator()<T, Int>() for the type of a name and both widths of integers.
