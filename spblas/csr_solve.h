@@ -18,37 +18,42 @@ template <class T> struct Strided {
     ORV_INLINE T& operator[](Int i) const { return y[i * step]; }
 };
 
-// Sums over elements of either.
-template <class T> ORV_INLINE T dot_with(Entries<T> row, T* y, bool conjugates)
+// Where the search for the diagonal of row i stops. In a triangle alone, that is the end where it would be found last,
+// so there it is looked for first.
+template <class T> ORV_INLINE Int stop(const Csr<T>& a, Int i, bool downward)
 {
-    return dot(row.val, row.col, row.n, y, conjugates);
+    const Int begin = a.begin[i], end = a.end[i];
+    if (downward) {
+        if (begin < end && a.col[end - 1] == i && (end - begin == 1 || a.col[end - 2] < i)) return end - 1;
+        Int p = begin;
+        while (p < end && a.col[p] < i) ++p;
+        return p;
+    }
+    if (begin < end && a.col[begin] == i && (end - begin == 1 || a.col[begin + 1] > i)) return begin;
+    Int p = end - 1;
+    while (p >= begin && a.col[p] > i) --p;
+    return p;
 }
-template <class T> ORV_INLINE T dot_with(Entries<T> row, Strided<T> y, bool conjugates)
+
+// The entries of row i that act beside the diagonal, which stands at p.
+template <class T> ORV_INLINE Entries<T> beside(const Options& o, const Csr<T>& a, Int i, Int p)
+{
+    const Int begin = a.begin[i], end = a.end[i];
+    // A search from the other triangle has to leave out itself what is stored in place of ones.
+    if (o.unit && o.mirrored) {
+        while (p >= begin && p < end && a.col[p] == i) p += o.lower ? -1 : 1;
+        p += o.lower ? 1 : -1;
+    }
+    return o.lower ? a.entries(begin, p) : a.entries(p + 1, end);
+}
+
+// The sum of a*y[j], entry by entry: the last one is often the element that has just been solved, and has to wait for
+// nothing but its own product and sum.
+template <class T, class Y> ORV_INLINE T dot_with(Entries<T> row, Y y, bool conjugates)
 {
     One<T> sum{};
     for (i64 e = 0; e < row.n; ++e) sum.add(row.val + e, &y[row.col[e]]);
     return sum.value(conjugates);
-}
-
-// The entries of row i that its solve uses beside the diagonal, and the one that stands for the diagonal.
-struct Stop {
-    Int from, to, diagonal;
-};
-template <class T> ORV_INLINE Stop stop(const Options& o, const Csr<T>& a, Int i, bool downward)
-{
-    const Int begin = a.begin[i], end = a.end[i];
-    Int p = downward ? begin : end - 1;
-    if (downward)
-        while (p < end && a.col[p] < i) ++p;
-    else
-        while (p >= begin && a.col[p] > i) --p;
-    const Int diagonal = p;
-    // A search that comes from the other triangle has to leave out itself what is stored in place of ones.
-    const bool whole = o.unit && o.mirrored;
-    if (whole)
-        while (p >= begin && p < end && a.col[p] == i) p += o.lower ? -1 : 1;
-    if (o.lower) return {begin, p + (whole ? 1 : 0), diagonal};
-    return {p + (whole ? 0 : 1), end, diagonal};
 }
 
 // y := op(A)^-1*y; Y is T* or Strided<T>, numbered as the columns are.
@@ -58,19 +63,19 @@ template <class T, class Y> void solve(const Options& o, Int m, const Csr<T>& a,
     const Int low = o.base, high = m + o.base - 1;
     for (Int step = 0; step < m; ++step) {
         const Int i = downward ? low + step : high - step;
-        const Stop s = stop(o, a, i, downward);
+        const Int diagonal = stop(a, i, downward);
         const bool conjugates = o.conjugate_diagonal();
-        const auto divided = [&](T value) {
-            return o.unit ? value : divide(value, conjugate_if(conjugates, a.val[s.diagonal]));
+        const auto divided = [&](T value) ORV_INLINE_LAMBDA {
+            return o.unit ? value : divide(value, conjugate_if(conjugates, a.val[diagonal]));
         };
-        const Entries<T> beside = a.entries(s.from, s.to);
+        const Entries<T> row = beside(o, a, i, diagonal);
         if (o.direct) {
-            y[i] = divided(y[i] - dot_with(beside, y, conjugates));
+            y[i] = divided(y[i] - dot_with(row, y, conjugates));
         } else {
             const T solved = y[i] = divided(y[i]);
             const Multiple<T> multiple(-solved, conjugates);
 #pragma GCC unroll 8
-            for (i64 e = 0; e < beside.n; ++e) multiple.add(beside.val[e], &y[beside.col[e]]);
+            for (i64 e = 0; e < row.n; ++e) multiple.add(row.val[e], &y[row.col[e]]);
         }
     }
 }
