@@ -121,18 +121,20 @@ TEST(Verify, lists_every_family_and_each_runs_with_nothing_but_type_and_letters)
     const Outcome list = verify("--list");
     EXPECT_EQ(list.status, 0);
     int families = 0;
-    const std::map<std::string, char> first{{"transa", 'n'}, {"transb", 'n'}, {"trans", 'n'},
-                                            {"uplo", 'u'},   {"diag", 'n'},   {"side", 'l'},
-                                            {"conj", 'c'},   {"order", 'c'},  {"ordering", 'c'}};
+    const std::map<std::string, char> first{{"transa", 'n'},   {"transb", 'n'}, {"trans", 'n'}, {"uplo", 'u'},
+                                            {"diag", 'n'},     {"side", 'l'},   {"conj", 'c'},  {"order", 'c'},
+                                            {"ordering", 'c'}, {"format", 'r'}, {"base", 'z'}};
     const std::vector<std::string> lines = lines_of(list.text);
     for (std::size_t i = 0; i + 1 < lines.size(); ++i) {
         if (!lines[i + 1].starts_with("                   types ")) continue;
         std::istringstream words(lines[i]), types(lines[i + 1].substr(25));
         std::string family, letters, type;
         words >> family;
-        for (std::string word; words >> word;)
-            if (const auto found = first.find(word.substr(0, word.find(':'))); found != first.end())
-                letters += found->second;
+        for (std::string word; words >> word;) { // "format:rso" tells its letters
+            const std::size_t colon = word.find(':');
+            if (colon != std::string::npos) letters += word[colon + 1];
+            else if (const auto found = first.find(word); found != first.end()) letters += found->second;
+        }
         types >> type;
         const Outcome o = problem(family + ' ' + type + ' ' + letters);
         EXPECT_TRUE(o.status == 0 && o.text.ends_with("right\n")) << o.text;

@@ -2,6 +2,7 @@
 #include "frame/kernels/blas.h"
 #include "tests/support/kernels.h"
 
+#include <algorithm>
 #include <fnmatch.h>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -24,22 +25,24 @@ std::vector<std::string> lines(const std::string& list)
 using Names = std::set<std::string>;
 
 // The names of abi/<module>.txt and <module>.probable.txt behind the tag: all that there may be, and those of the first
-// list that match a line of abi/started.txt, which must be there.
+// list that match a line of abi/started.txt, which must be there unless they are data.
 struct Listed {
     Names all, started;
 
     explicit Listed(const std::string& module)
     {
-        const std::vector<std::string> patterns = lines("started");
+        const std::vector<std::string> patterns = lines("started"), data = lines("data");
+        const auto is_one_of = [](const std::vector<std::string>& patterns, const std::string& name) {
+            return std::ranges::any_of(patterns,
+                                       [&](const std::string& p) { return fnmatch(p.c_str(), name.c_str(), 0) == 0; });
+        };
         const std::string prefix = "orv_" + module + "_";
         for (const std::string sort : {"", ".probable"})
             for (const std::string& name : lines(module + sort)) {
                 if (!name.starts_with(prefix)) continue;
                 const std::string stem = name.substr(name.find('_', prefix.size()) + 1);
                 all.insert(stem);
-                if (!sort.empty()) continue;
-                for (const std::string& pattern : patterns)
-                    if (fnmatch(pattern.c_str(), name.c_str(), 0) == 0) started.insert(stem);
+                if (sort.empty() && is_one_of(patterns, name) && !is_one_of(data, name)) started.insert(stem);
             }
     }
 };
