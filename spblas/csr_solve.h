@@ -47,37 +47,54 @@ template <class T> ORV_INLINE Entries<T> beside(const Options& o, const Csr<T>& 
     return o.lower ? a.entries(begin, p) : a.entries(p + 1, end);
 }
 
-// The sum of a*y[j], entry by entry: the last one is often the element that has just been solved, and has to wait for
-// nothing but its own product and sum.
-template <class T, class Y> ORV_INLINE T dot_with(Entries<T> row, Y y, bool conjugates)
+// Row i's own y[i] less what its neighbours take, by the diagonal.
+template <class T> ORV_INLINE T divided(const Options& o, const Csr<T>& a, Int diagonal, T value)
 {
-    One<T> sum{};
-    for (i64 e = 0; e < row.n; ++e) sum.add(row.val + e, &y[row.col[e]]);
-    return sum.value(conjugates);
+    return o.unit ? value : divide(value, conjugate_if(o.conjugate_diagonal(), a.val[diagonal]));
+}
+
+// Each row takes from the elements that are solved already, entry by entry along the search: the last one is often the
+// element that has just been solved, and has to wait for nothing but its own product and sum.
+template <bool downward, class T, class Y>
+[[gnu::noinline]] void solve_rows(Options o, Int m, Csr<T> a, Y y)
+{
+    constexpr Int step = downward ? 1 : -1;
+    Int i = downward ? o.base : m + o.base - 1;
+    for (Int left = m; left > 0; --left, i += step) {
+        const Int behind = downward ? a.end[i] : a.begin[i] - 1;
+        Int p = downward ? a.begin[i] : a.end[i] - 1;
+        One<T> sum{};
+        for (; p != behind; p += step) {
+            const Int j = a.col[p];
+            if (downward ? j >= i : j <= i) break;
+            sum.add(a.val + p, &y[j]);
+        }
+        y[i] = divided(o, a, p, y[i] - sum.value(o.conjugate_diagonal()));
+    }
+}
+
+// Each solved element is taken from those that its row leads to.
+template <class T, class Y> void solve_columns(const Options& o, Int m, const Csr<T>& a, Y y)
+{
+    const bool downward = !o.lower;
+    const Int low = o.base, high = m + o.base - 1;
+    for (Int step = 0; step < m; ++step) {
+        const Int i = downward ? low + step : high - step;
+        const Int diagonal = stop(a, i, downward);
+        const Entries<T> row = beside(o, a, i, diagonal);
+        const T solved = y[i] = divided(o, a, diagonal, y[i]);
+        const Multiple<T> multiple(-solved, o.conjugate_diagonal());
+#pragma GCC unroll 8
+        for (i64 e = 0; e < row.n; ++e) multiple.add(row.val[e], &y[row.col[e]]);
+    }
 }
 
 // y := op(A)^-1*y; Y is T* or Strided<T>, numbered as the columns are.
 template <class T, class Y> void solve(const Options& o, Int m, const Csr<T>& a, Y y)
 {
-    const bool downward = o.lower != o.mirrored;
-    const Int low = o.base, high = m + o.base - 1;
-    for (Int step = 0; step < m; ++step) {
-        const Int i = downward ? low + step : high - step;
-        const Int diagonal = stop(a, i, downward);
-        const bool conjugates = o.conjugate_diagonal();
-        const auto divided = [&](T value) ORV_INLINE_LAMBDA {
-            return o.unit ? value : divide(value, conjugate_if(conjugates, a.val[diagonal]));
-        };
-        const Entries<T> row = beside(o, a, i, diagonal);
-        if (o.direct) {
-            y[i] = divided(y[i] - dot_with(row, y, conjugates));
-        } else {
-            const T solved = y[i] = divided(y[i]);
-            const Multiple<T> multiple(-solved, conjugates);
-#pragma GCC unroll 8
-            for (i64 e = 0; e < row.n; ++e) multiple.add(row.val[e], &y[row.col[e]]);
-        }
-    }
+    if (!o.direct) solve_columns(o, m, a, y);
+    else if (o.lower) solve_rows<true>(o, m, a, y);
+    else solve_rows<false>(o, m, a, y);
 }
 
 // y[i] := (alpha/a)*y[i] with the entry on the diagonal; rows without one are left alone.
