@@ -1,8 +1,6 @@
 // Plans run on their own arrays or on others, and what a program can ask of them; memory, threads and the rest.
 #include "compat/fftw/plan.h"
 
-#include <orv/branch.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -70,11 +68,11 @@ EXPORT void X(cleanup_threads)()
 using Loop = void(void* (*work)(char*), char* jobs, std::size_t size, int count, void* data);
 EXPORT void X(threads_set_callback)(Loop*, void*) {} // orv's team does the work
 
-extern "C" {
-#define TEXT extern __attribute__((visibility("default"))) const char
-TEXT X(version)[] = "fftw-3.3.10-orv";
-TEXT X(cc)[] = "see orv info";
-TEXT X(codelet_optim)[] = "";
-}
+#define TEXT(name, ...)                                                                                                \
+    EXPORT const char X(name)[];                                                                                       \
+    const char X(name)[] = __VA_ARGS__;
+TEXT(version, "fftw-3.3.10-orv")
+TEXT(cc, "see orv info")
+TEXT(codelet_optim, "")
 
 } // namespace orv::compat::fftw

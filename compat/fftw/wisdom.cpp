@@ -9,16 +9,13 @@ namespace orv::compat::fftw {
 namespace {
 
 #ifdef ORV_FFTW_SINGLE
-constexpr char heading[] = "(orv-fftwf-wisdom
-                           ";
+constexpr char heading[] = "(orv-fftwf-wisdom";
 #else
-constexpr char heading[] = "(orv-fftw-wisdom
-                           ";
+constexpr char heading[] = "(orv-fftw-wisdom";
 #endif
-    constexpr char ending[] = ")
-                              ";
+constexpr char ending[] = "\n)\n";
 
-    struct Line {
+struct Line {
     Line* next;
     char text[];
 };
