@@ -67,8 +67,9 @@ int X(import_wisdom)(int (*)(void*), void*);
 #define F(name, underscores) dfftw_##name##underscores
 #endif
 #define FORTRAN(type, name, parameters, ...)                                                                           \
-    EXPORT type F(name, _) parameters __VA_ARGS__                                                                      \
-    EXPORT type F(name, __) parameters __VA_ARGS__
+    EXPORT type F(name, _)                                                                                             \
+    parameters __VA_ARGS__ EXPORT type F(name, __)                                                                     \
+    parameters __VA_ARGS__
 
 #define ROWS(name, From, To)                                                                                           \
     FORTRAN(void, plan_##name, (Plan * *p, int* rank, int* n, From in, To out, int* flags),                            \

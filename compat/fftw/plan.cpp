@@ -9,17 +9,9 @@ namespace orv::compat::fftw {
 namespace {
 
 std::atomic<int> threads{1};
+constexpr int most_threads = 1024; // that a transform may use
 
 constexpr int precision = sizeof(R) == 4 ? ORV_DFT_SINGLE : ORV_DFT_DOUBLE;
-
-// Dimensions of length 1 are none; of reals the last one stays, which is halved.
-Dims without_ones(const Dims& dims, bool keep_last)
-{
-    Dims rest;
-    for (int k = 0; k < dims.rank; ++k)
-        if (dims.dim[k].n != 1 || (keep_last && k == dims.rank - 1)) rest.add(dims.dim[k]);
-    return rest;
-}
 
 // Takes the longest loop out.
 Dim longest(Dims& loops)
@@ -60,8 +52,8 @@ bool committed(orv_dft* dft, const Problem& p, Dim batch, const i64* signal, con
 orv_dft* transform_of(Problem& p)
 {
     const bool real = p.form != Form::complex;
-    const Dims dims = without_ones(p.dims, real);
-    Dims loops = without_ones(p.loops, false);
+    const Dims& dims = p.dims;
+    Dims loops = p.loops;
     if (dims.rank > ORV_DFT_MAX_RANK) return nullptr;
     const Dim batch = longest(loops);
     i64 lengths[ORV_DFT_MAX_RANK] = {1}, in[ORV_DFT_MAX_RANK] = {1}, out[ORV_DFT_MAX_RANK] = {1};
@@ -121,21 +113,16 @@ void* part(void* array, std::ptrdiff_t elements, bool pairs)
 
 } // namespace
 
-void set_planner_threads(int count) { threads = count < 1 ? 1 : count; }
+void set_planner_threads(int count) { threads = static_cast<int>(min(max(count, 1), most_threads)); }
 int planner_threads() { return threads; }
 
 Plan* make_plan(const Problem& problem)
 {
-    const Dims &dims = problem.dims, &loops = problem.loops;
-    if (!dims.valid() || !loops.valid() || dims.rank + loops.rank > Dims::most) return nullptr;
-    if (problem.in_place() && problem.form != Form::to_half && problem.form != Form::from_half &&
-        !(dims.same_strides() && loops.same_strides()))
-        return nullptr;
     auto* const plan = static_cast<Plan*>(std::calloc(1, sizeof(Plan)));
     if (plan == nullptr) return nullptr;
     plan->problem = problem;
     count_operations(*plan);
-    if (dims.empty() || loops.empty()) return plan;
+    if (problem.loops.empty()) return plan;
     const bool made =
         problem.form == Form::reals ? rows_made(*plan) : (plan->dft = transform_of(plan->problem)) != nullptr;
     if (made) return plan;
@@ -153,10 +140,7 @@ void free_plan(Plan* plan)
 
 void Plan::run(Arrays a) const
 {
-    if (problem.form == Form::reals) {
-        if (rows[0] != nullptr) run_reals(*this, static_cast<const R*>(a.in), static_cast<R*>(a.out));
-        return;
-    }
+    if (problem.form == Form::reals) return run_reals(*this, static_cast<const R*>(a.in), static_cast<R*>(a.out));
     if (dft == nullptr) return;
     const bool forth = problem.is_forward();
     const bool pairs_in = !problem.split && problem.form != Form::to_half;
@@ -216,6 +200,7 @@ orv_status transform_row(const orv_dft* dft, const Row& row, RealKind kind)
 void run_reals(const Plan& plan, const R* in, R* out)
 {
     const Problem& p = plan.problem;
+    if (p.dims.rank == 0) return p.loops.each([&](std::ptrdiff_t from, std::ptrdiff_t to) { out[to] = in[from]; });
     i64 longest_row = 0;
     for (const Dim& d : p.dims) longest_row = max(longest_row, d.n);
     auto* const work = static_cast<R*>(std::malloc(sizeof(R) * static_cast<std::size_t>(2 * longest_row + 4)));

@@ -5,8 +5,9 @@
 namespace orv::compat::fftw {
 namespace {
 
-Plan* planned(const Problem& problem)
+Plan* planned(Problem problem)
 {
+    if (!problem.normalise()) return nullptr;
     if ((problem.flags & wisdom_only) != 0 && !is_known(problem)) return nullptr;
     Plan* const plan = make_plan(problem);
     if (plan != nullptr) note(problem);

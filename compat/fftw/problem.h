@@ -53,12 +53,6 @@ struct Dims {
             if (d.n == 0) return true;
         return false;
     }
-    bool same_strides() const
-    {
-        for (const Dim& d : *this)
-            if (d.n > 1 && d.is != d.os) return false;
-        return true;
-    }
     // Calls f(input offset, output offset) for every index.
     template <class F> void each(F f, int level = 0, std::ptrdiff_t in = 0, std::ptrdiff_t out = 0) const
     {
@@ -104,6 +98,8 @@ struct Problem {
     RealKind kinds[Dims::most] = {}; // of reals, a dimension each
 
     bool in_place() const { return arrays.in == arrays.out; }
+    // Two ways to say the same become one. False: nobody can do that.
+    bool normalise();
     bool is_forward() const { return form == Form::complex ? sign == forward : form == Form::to_half; }
 };
 

@@ -69,11 +69,11 @@ void add_dims(Text& text, const char* what, const Dims& dims)
     }
 }
 
-// "  (complex forward apart interleaved dims 8:1:1 loops)"
+// "(complex forward apart interleaved dims 8:1:1 loops)" in a line of its own
 void describe(Text& text, const Problem& p)
 {
     constexpr const char* forms[] = {"complex", "to-half", "from-half", "reals"};
-    text.add("  (");
+    text.add("\n  (");
     text.add(forms[static_cast<int>(p.form)]);
     text.add(p.is_forward() ? " forward" : " backward");
     text.add(p.in_place() ? " in-place" : " apart");
@@ -83,7 +83,7 @@ void describe(Text& text, const Problem& p)
     if (p.form == Form::reals)
         for (int k = 0; k < p.dims.rank; ++k)
             text.add(p.kinds[k] == r2hc ? " r2hc" : p.kinds[k] == hc2r ? " hc2r" : " dht");
-    text.add(")\n");
+    text.add(")");
 }
 
 bool found(const char* text)
@@ -121,37 +121,52 @@ bool everything(Text& text)
     return !text.failed();
 }
 
+// The length of the line of a problem; 0 if it is none.
+std::size_t length_of_line(const char* text)
+{
+    constexpr char open[] = "\n  (";
+    if (std::strncmp(text, open, sizeof open - 1) != 0) return 0;
+    const std::size_t end =
+        sizeof open - 1 + std::strspn(text + sizeof open - 1, "abcdefghijklmnopqrstuvwxyz0123456789-: ");
+    return text[end] == ')' ? end + 1 : 0;
+}
+
 // Takes a text of this very form, whole or not at all.
 bool take(const char* text)
 {
     const std::size_t head = sizeof heading - 1;
     if (std::strncmp(text, heading, head) != 0) return false;
     const char* const body = text + head;
-    const char* at = body;
-    while (std::strncmp(at, "  (", 3) == 0) {
-        const char* const end = std::strchr(at, '\n');
-        if (end == nullptr || end[-1] != ')') return false;
-        at = end + 1;
-    }
-    if (std::strncmp(at, ending, sizeof ending - 2) != 0) return false;
+    const char* end = body;
+    while (const std::size_t n = length_of_line(end)) end += n;
+    if (std::strncmp(end, ending, sizeof ending - 2) != 0) return false;
     const Locked locked;
-    for (const char* line = body; line < at;) {
-        const char* const end = std::strchr(line, '\n') + 1;
+    for (const char* line = body; line < end; line += length_of_line(line)) {
         Text one;
-        one.add(line, static_cast<std::size_t>(end - line));
+        one.add(line, length_of_line(line));
         if (one.failed() || !insert(one.c_str())) return false;
-        line = end;
     }
     return true;
 }
 
-bool take_file(std::FILE* file)
+// Reads up to the bracket that closes the first one, so that other texts may stand behind it.
+bool take_letters(int (*read)(void*), void* data)
 {
     Text text;
-    char part[4096];
-    while (const std::size_t n = std::fread(part, 1, sizeof part, file)) text.add(part, n);
-    return !text.failed() && take(text.c_str());
+    for (int depth = 0, c = read(data); c > 0; c = read(data)) {
+        const bool blank = c == ' ' || c == '\n' || c == '\t' || c == '\r';
+        if (depth == 0 && blank) continue;
+        depth += (c == '(') - (c == ')');
+        if (depth <= 0 && c != ')') return false;
+        const char letter = static_cast<char>(c);
+        text.add(&letter, 1);
+        if (depth == 0) return !text.failed() && take(text.c_str());
+    }
+    return false;
 }
+int letter_of_file(void* file) { return std::fgetc(static_cast<std::FILE*>(file)); }
+int letter_of_text(void* at) { return *(*static_cast<const char**>(at))++; }
+bool take_file(std::FILE* file) { return take_letters(letter_of_file, file); }
 bool write_file(std::FILE* file)
 {
     Text text;
@@ -201,17 +216,8 @@ EXPORT int X(export_wisdom_to_filename)(const char* name)
     const bool written = write_file(file);
     return std::fclose(file) == 0 && written;
 }
-EXPORT int X(import_wisdom_from_string)(const char* text) { return take(text); }
-EXPORT int X(import_wisdom)(int (*read)(void*), void* data)
-{
-    Text text;
-    for (int c = read(data); c >= 0; c = read(data)) {
-        const char letter = static_cast<char>(c);
-        text.add(&letter, 1);
-        if (letter == '\0') break;
-    }
-    return !text.failed() && take(text.c_str());
-}
+EXPORT int X(import_wisdom_from_string)(const char* text) { return take_letters(letter_of_text, &text); }
+EXPORT int X(import_wisdom)(int (*read)(void*), void* data) { return take_letters(read, data); }
 EXPORT int X(import_wisdom_from_file)(std::FILE* file) { return take_file(file); }
 EXPORT int X(import_wisdom_from_filename)(const char* name)
 {
