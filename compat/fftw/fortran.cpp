@@ -128,7 +128,7 @@ MANY(dft_r2c, R*, C*, , )
 MANY(dft_c2r, C*, R*, , )
 MANY(r2r, R*, R*, COMMA int* kinds, COMMA Reversed<int>(*rank COMMA kinds))
 
-// Any strides: these are not reversed, for they come with strides of their own.
+// Any strides: these are not reversed, for they come with strides of their own. Kinds are, to which programs are used.
 #define DIMENSIONS int *rank, int *n, int *is, int *os, int *loops, int *hn, int *his, int *hos
 #define DIMENSIONS_GIVEN *rank, Triples(*rank, n, is, os), *loops, Triples(*loops, hn, his, hos)
 FORTRAN(void, plan_guru_dft, (Plan * *p, DIMENSIONS, C* in, C* out, int* sign, int* flags),
@@ -144,7 +144,7 @@ FORTRAN(void, plan_guru_split_dft_r2c, (Plan * *p, DIMENSIONS, R* in, R* ro, R* 
 FORTRAN(void, plan_guru_split_dft_c2r, (Plan * *p, DIMENSIONS, R* ri, R* ii, R* out, int* flags),
         { *p = X(plan_guru_split_dft_c2r)(DIMENSIONS_GIVEN, ri, ii, out, *flags); })
 FORTRAN(void, plan_guru_r2r, (Plan * *p, DIMENSIONS, R* in, R* out, int* kinds, int* flags),
-        { *p = X(plan_guru_r2r)(DIMENSIONS_GIVEN, in, out, kinds, *flags); })
+        { *p = X(plan_guru_r2r)(DIMENSIONS_GIVEN, in, out, Reversed<int>(*rank, kinds), *flags); })
 
 // Plans run.
 #define EXECUTE(name, parameters, ...) FORTRAN(void, name, parameters, { (*p)->run({__VA_ARGS__}); })

@@ -16,8 +16,8 @@ struct ShortDim {
 };
 using Plan = void*;
 
-enum : unsigned { measure = 0, destroy_input = 1, unaligned = 2, exhaustive = 8, preserve_input = 16, patient = 32 };
-enum : unsigned { estimate = 64, wisdom_only = 1u << 21 };
+constexpr unsigned measure = 0, destroy_input = 1, unaligned = 2, exhaustive = 8, preserve_input = 16, patient = 32,
+                   estimate = 64, wisdom_only = 1u << 21;
 
 // One library: f<R>(prefix) of "plan_dft_1d" is fftw_plan_dft_1d or fftwf_plan_dft_1d. Arguments have to have the types
 // that the interface wants.
