@@ -3,7 +3,8 @@
 #   bin/orv
 #   lib/          liborv.so and liborv_<branch>.so, which must stay side by side, liborv_blas.so, liborv_lapack.so and
 #                 libsparseblas.so
-#   lib/orv/      libblas.so.3: a folder of its own, so that no program meets the stand-in unasked
+#   lib/orv/      libblas.so.3, libfftw3.so.3, libfftw3f.so.3 and the names of FFTW's libraries of threads: a folder of
+#                 their own, so that no program meets the stand-ins unasked
 #   include/orv/  public headers; compat/ holds those of well-known interfaces
 #
 # orv.pc and the CMake target orv::orv serve programs against <orv/orv.h>, orv-blas.pc and orv::blas those against
@@ -16,7 +17,8 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/orv)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 
 set(libraries COMPONENT runtime NAMELINK_COMPONENT development)
-set_target_properties(orv_blas PROPERTIES INSTALL_RPATH "$ORIGIN/..")
+set(stand_ins orv_blas orv_fftw3 orv_fftw3f)
+set_target_properties(${stand_ins} PROPERTIES INSTALL_RPATH "$ORIGIN/..")
 set_target_properties(orv_blas_twin PROPERTIES EXPORT_NAME blas INSTALL_RPATH "$ORIGIN")
 set_target_properties(orv_lapack PROPERTIES INSTALL_RPATH "$ORIGIN")
 set_target_properties(orv_sparseblas PROPERTIES EXPORT_NAME sparseblas INSTALL_RPATH "$ORIGIN")
@@ -30,7 +32,10 @@ endforeach()
 install(TARGETS orv_blas_twin orv_sparseblas EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ${libraries}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orv/compat)
 install(TARGETS orv_lapack LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ${libraries})
-install(TARGETS orv_blas LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/orv COMPONENT runtime NAMELINK_SKIP)
+install(TARGETS ${stand_ins} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/orv COMPONENT runtime NAMELINK_SKIP)
+foreach(name fftw3_threads fftw3_omp fftw3f_threads fftw3f_omp)
+  install(FILES ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/lib${name}.so.3 DESTINATION ${CMAKE_INSTALL_LIBDIR}/orv COMPONENT runtime)
+endforeach()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/core/include/orv ${PROJECT_SOURCE_DIR}/frame/include/orv
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/compat/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orv/compat)
@@ -56,7 +61,9 @@ if(NOT ORV_SANITIZE)
   foreach(library orv ${branches} orv_blas_twin orv_lapack orv_sparseblas)
     orv_split(${library} ${CMAKE_INSTALL_LIBDIR})
   endforeach()
-  orv_split(orv_blas ${CMAKE_INSTALL_LIBDIR}/orv)
+  foreach(library ${stand_ins})
+    orv_split(${library} ${CMAKE_INSTALL_LIBDIR}/orv)
+  endforeach()
 endif()
 
 install(EXPORT orvTargets NAMESPACE orv:: DESTINATION ${package_dir})
