@@ -18,7 +18,9 @@ set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 
 set(libraries COMPONENT runtime NAMELINK_COMPONENT development)
 set(stand_ins orv_blas orv_fftw3 orv_fftw3f)
+set(names orv_fftw3_threads orv_fftw3_omp orv_fftw3f_threads orv_fftw3f_omp) # of stand-ins, without code
 set_target_properties(${stand_ins} PROPERTIES INSTALL_RPATH "$ORIGIN/..")
+set_target_properties(${names} PROPERTIES INSTALL_RPATH "$ORIGIN")
 set_target_properties(orv_blas_twin PROPERTIES EXPORT_NAME blas INSTALL_RPATH "$ORIGIN")
 set_target_properties(orv_lapack PROPERTIES INSTALL_RPATH "$ORIGIN")
 set_target_properties(orv_sparseblas PROPERTIES EXPORT_NAME sparseblas INSTALL_RPATH "$ORIGIN")
@@ -32,10 +34,7 @@ endforeach()
 install(TARGETS orv_blas_twin orv_sparseblas EXPORT orvTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ${libraries}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orv/compat)
 install(TARGETS orv_lapack LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ${libraries})
-install(TARGETS ${stand_ins} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/orv COMPONENT runtime NAMELINK_SKIP)
-foreach(name fftw3_threads fftw3_omp fftw3f_threads fftw3f_omp)
-  install(FILES ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/lib${name}.so.3 DESTINATION ${CMAKE_INSTALL_LIBDIR}/orv COMPONENT runtime)
-endforeach()
+install(TARGETS ${stand_ins} ${names} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/orv COMPONENT runtime NAMELINK_SKIP)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/core/include/orv ${PROJECT_SOURCE_DIR}/frame/include/orv
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/compat/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orv/compat)

@@ -237,5 +237,34 @@ class SparseBlas(unittest.TestCase):
         self.assertFalse(too_young(self.library)[:10])
 
 
+class Fftw(unittest.TestCase):
+    of_prefix = {prefix: libraries / f"lib{prefix}.so.3" for prefix in ("fftw3", "fftw3f")}
+
+    def test_takes_the_place_by_name(self):
+        for name, library in self.of_prefix.items():
+            self.assertEqual(soname(library), [f"lib{name}.so.3"])
+
+    def test_the_names_of_threads_lead_to_it(self):
+        for name in self.of_prefix:
+            for kind in ("threads", "omp"):
+                library = libraries / f"lib{name}_{kind}.so.3"
+                self.assertEqual(soname(library), [library.name])
+                self.assertEqual([n for n in needed(library) if "libc.so" not in n], [f"lib{name}.so.3"])
+
+    def test_exports_names_of_its_precision_only(self):
+        for prefixes, library in zip((("fftw_", "dfftw_"), ("fftwf_", "sfftw_")), self.of_prefix.values()):
+            names = symbols(library)[0]
+            self.assertFalse([name for name in names if not name.startswith(prefixes)])
+            self.assertGreater(len(names), 170)
+
+    def test_needs_no_runtime_of_its_language(self):
+        for library in self.of_prefix.values():
+            self.assertFalse([name for name in needed(library) if "stdc++" in name or "gcc_s" in name])
+
+    def test_holds_no_instruction_beyond_the_oldest_class(self):
+        for library in self.of_prefix.values():
+            self.assertFalse(too_young(library)[:10])
+
+
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1])

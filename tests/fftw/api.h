@@ -25,9 +25,7 @@ template <class R> class Api {
 public:
     using C = R[2];
 
-    explicit Api(const char* path) : library_(path[0] ? dlopen(path, RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND) : nullptr)
-    {
-    }
+    explicit Api(const char* path) : library_(path[0] ? dlopen(path, RTLD_NOW | RTLD_LOCAL) : nullptr) {}
     bool there() const { return library_ != nullptr; }
 
     template <class Result, class... Args> Result call(const std::string& name, Args... args) const

@@ -318,7 +318,7 @@ TYPED_TEST(FftwContract, EveryDocumentedNameIsThere)
     EXPECT_GE(found, 90);
 }
 
-TYPED_TEST(FftwContract, TheLibrariesOfThreadsAreTheLibraryItself)
+TYPED_TEST(FftwContract, TheLibrariesOfThreadsLeadToTheLibraryItself)
 {
     const std::string path = sizeof(TypeParam) == 4 ? ORV_FFTW3F : ORV_FFTW3;
     for (const char* kind : {"_threads", "_omp"}) {
