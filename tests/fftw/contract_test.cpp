@@ -54,6 +54,7 @@ TYPED_TEST(FftwContract, NoPlanOfNonsense)
     const Dim back{-4, 1, 1}, nothing{0, 1, 1}, four{4, 1, 1};
     EXPECT_FALSE(this->is(api.plan("guru64_dft", 1, &back, 0, none, cx, cy, -1, estimate)));
     EXPECT_FALSE(this->is(api.plan("guru64_dft", 1, &nothing, 0, none, cx, cy, -1, estimate)));
+    EXPECT_FALSE(this->is(api.plan("guru64_dft", 1, &nothing, 1, &nothing, cx, cy, -1, estimate)));
     EXPECT_FALSE(this->is(api.plan("guru64_dft", 1, &four, 1, &back, cx, cy, -1, estimate)));
     for (int kind = 3; kind < 11; ++kind) EXPECT_FALSE(this->is(api.plan("r2r_1d", 8, x, y, kind, estimate))) << kind;
 }
@@ -147,6 +148,14 @@ TYPED_TEST(FftwContract, WisdomOnlyPlansWhatIsKnown)
     EXPECT_TRUE(this->is(api.plan("guru64_dft", 2, twice, 1, &one, this->cx, this->cy, -1, wisdom_only)));
     EXPECT_FALSE(this->is(api.plan("guru64_dft", 2, twice, 1, &one, this->cx, this->cy, +1, wisdom_only)));
     EXPECT_FALSE(this->is(api.plan("guru64_dft", 2, twice, 1, &one, this->cx, this->cx, -1, wisdom_only)));
+    // Loops in another order.
+    const Dim loops[] = {{2, 16, 40}, {3, 32, 8}}, turned[] = {loops[1], loops[0]};
+    const auto looped = [&](const Dim* l, unsigned flags) {
+        return this->is(api.plan("guru64_dft", 1, &eight, 2, l, this->cx, this->cy, -1, flags));
+    };
+    EXPECT_FALSE(looped(loops, wisdom_only));
+    EXPECT_TRUE(looped(loops, estimate));
+    EXPECT_TRUE(looped(turned, wisdom_only));
     // Split plans too.
     auto* const x = this->x.data();
     const auto split = [&](unsigned flags) {

@@ -178,6 +178,23 @@ template <class R> Plan guru64(const Api<R>& api, const Problem& p, const Arrays
     }
 }
 
+// Runs a plan on these arrays, whatever arrays it was made with: by C's name, or by Fortran's.
+template <class R> void execute(const Api<R>& api, const Problem& p, Plan plan, const Arrays<R>& a, bool fortran)
+{
+    using C = typename Api<R>::C;
+    const auto run = [&](std::string name, auto... arrays) {
+        name = (p.split ? "execute_split_" : "execute_") + name;
+        if (fortran) api.fortran(name + "_", &plan, arrays...);
+        else api.template call<void>(name, plan, arrays...);
+    };
+    auto *const ci = reinterpret_cast<C*>(a.ri()), *const co = reinterpret_cast<C*>(a.ro());
+    if (p.form == Form::r2r) return run("r2r", a.ri(), a.ro());
+    if (p.form == Form::r2c) return p.split ? run("dft_r2c", a.ri(), a.ro(), a.io()) : run("dft_r2c", a.ri(), co);
+    if (p.form == Form::c2r) return p.split ? run("dft_c2r", a.ri(), a.ii(), a.ro()) : run("dft_c2r", ci, a.ro());
+    if (!p.split) return run("dft", ci, co);
+    return p.sign < 0 ? run("dft", a.ri(), a.ii(), a.ro(), a.io()) : run("dft", a.ii(), a.ri(), a.io(), a.ro());
+}
+
 // The same without gaps, interleaved and out of place: what any library does.
 inline Problem compact(Problem p)
 {
