@@ -64,10 +64,8 @@ private:
     }
 };
 
-template <class R> void compare(unsigned seed)
+template <class R> void compare(const Problem& p, Drawn& drawn, unsigned seed)
 {
-    Drawn drawn(seed);
-    const Problem p = drawn.problem();
     SCOPED_TRACE("seed " + std::to_string(seed) + ": " + describe(p));
     const Edge edge = drawn.below(2) ? Edge::start : Edge::end;
     const Problem plain = compact(p);
@@ -106,12 +104,43 @@ template <class R> void compare(unsigned seed)
 template <class R> void compare_all(unsigned from, unsigned to)
 {
     NEED_DEBIAN(R);
-    for (unsigned seed = from; seed < to && !testing::Test::HasFatalFailure(); ++seed) compare<R>(seed);
+    for (unsigned seed = from; seed < to && !testing::Test::HasFatalFailure(); ++seed) {
+        Drawn drawn(seed);
+        compare<R>(drawn.problem(), drawn, seed);
+    }
 }
 TEST(FftwDrawn, DoubleIsAsDebians) { compare_all<double>(0, 1500); }
 TEST(FftwDrawn, SingleIsAsDebians) { compare_all<float>(0, 1500); }
 TEST(FftwDrawnFull, DoubleIsAsDebians) { compare_all<double>(1500, 15000); }
 TEST(FftwDrawnFull, SingleIsAsDebians) { compare_all<float>(1500, 15000); }
+
+// One line of every form and length, in place and out of place, on one thread and on several.
+template <class R> void compare_lines(const std::vector<int>& lengths)
+{
+    NEED_DEBIAN(R);
+    for (const int n : lengths)
+        for (int k = 0; k < 24 && !testing::Test::HasFatalFailure(); ++k) {
+            Drawn drawn(static_cast<unsigned>(24 * n + k));
+            Problem p;
+            p.form = static_cast<Form>(k % 4), p.in_place = k / 4 % 2, p.sign = k < 8 ? -1 : 1;
+            p.dims = {{n, 1, 1}};
+            if (p.form == Form::r2r) p.kinds = {k / 8};
+            ours<R>().template call<void>("plan_with_nthreads", 1 + k / 8);
+            compare<R>(p, drawn, static_cast<unsigned>(n));
+        }
+    ours<R>().template call<void>("cleanup_threads");
+}
+std::vector<int> up_to(int last)
+{
+    std::vector<int> all(static_cast<std::size_t>(last));
+    std::iota(all.begin(), all.end(), 1);
+    return all;
+}
+const std::vector<int> long_lengths{1 << 12, 1 << 16, 1 << 17, 5000, 4099, 30030, 59049, 65521};
+TEST(FftwLines, ShortOnesOfDoublesAreAsDebians) { compare_lines<double>(up_to(140)); }
+TEST(FftwLines, ShortOnesOfSinglesAreAsDebians) { compare_lines<float>(up_to(140)); }
+TEST(FftwLinesFull, LongOnesOfDoublesAreAsDebians) { compare_lines<double>(long_lengths); }
+TEST(FftwLinesFull, LongOnesOfSinglesAreAsDebians) { compare_lines<float>(long_lengths); }
 
 } // namespace
 } // namespace orv::test
