@@ -68,6 +68,13 @@ TYPED_TEST_SUITE(FftwPlanners, Precisions);
 #define CHECK(...) compare<R>(#__VA_ARGS__, FORM(__VA_ARGS__))
 #define CHECK_IN_PLACE(...) compare<R>(#__VA_ARGS__, FORM(__VA_ARGS__), true)
 
+template <class R, class... Args> Plan by_fortran(const Api<R>& api, const std::string& name, Args... args)
+{
+    Plan made = nullptr;
+    api.fortran("plan_" + name, &made, args...);
+    return made;
+}
+
 const int* no_embed() { return nullptr; }
 constexpr int n3[] = {4, 6, 5}, n1[] = {12};
 
@@ -177,6 +184,29 @@ TYPED_TEST(FftwPlanners, FromTheHalfSpectrumAreAsDebians)
                api.plan("guru_split_dft_c2r", 2, back, 2, back_loops, x.ra(), x.rc(), x.rb(), estimate));
     CHECK_BACK(api.plan("guru_split_dft_r2c", 2, dims, 2, loops, x.rd(), x.ra(), x.rc(), estimate),
                api.plan("guru64_split_dft_c2r", 2, long_back, 2, long_loops, x.ra(), x.rc(), x.rb(), estimate));
+    // Fortran's arrays are by columns.
+    const int flags = estimate, three = 3, two = 2, one = 1, far = 500, n = 30, c3[] = {5, 6, 4}, rows[] = {8, 7, 99},
+              half_rows[] = {5, 6, 99}, gn[] = {6, 7}, gis[] = {7, 1}, gos[] = {20, 2}, hn[] = {2, 3},
+              his[] = {200, 50}, hos[] = {1, 300};
+    for (const std::string end : {"_", "__"}) {
+        CHECK_BACK(api.plan("dft_r2c", 3, n3, x.rd(), x.ca(), estimate),
+                   by_fortran(api, "dft_c2r" + end, &three, c3, x.ca(), x.rb(), &flags));
+        CHECK_BACK(api.plan("dft_r2c_1d", 30, x.rd(), x.ca(), estimate),
+                   by_fortran(api, "dft_c2r_1d" + end, &n, x.ca(), x.rb(), &flags));
+        CHECK_BACK(api.plan("dft_r2c_2d", 6, 5, x.rd(), x.ca(), estimate),
+                   by_fortran(api, "dft_c2r_2d" + end, c3, c3 + 1, x.ca(), x.rb(), &flags));
+        CHECK_BACK(api.plan("dft_r2c", 3, n3, x.rd(), x.ca(), estimate),
+                   by_fortran(api, "dft_c2r_3d" + end, c3, c3 + 1, c3 + 2, x.ca(), x.rb(), &flags));
+        CHECK_BACK(api.plan("many_dft_r2c", 3, n3, 3, x.rd(), embed, 2, 500, x.ca(), half_embed, 3, 1, estimate),
+                   by_fortran(api, "many_dft_c2r" + end, &three, c3, &three, x.ca(), half_rows, &three, &one, x.rb(),
+                              rows, &two, &far, &flags));
+        CHECK_BACK(
+            api.plan("guru_dft_r2c", 2, dims, 2, loops, x.rd(), x.ca(), estimate),
+            by_fortran(api, "guru_dft_c2r" + end, &two, gn, gis, gos, &two, hn, his, hos, x.ca(), x.rb(), &flags));
+        CHECK_BACK(api.plan("guru_split_dft_r2c", 2, dims, 2, loops, x.rd(), x.ra(), x.rc(), estimate),
+                   by_fortran(api, "guru_split_dft_c2r" + end, &two, gn, gis, gos, &two, hn, his, hos, x.ra(), x.rc(),
+                              x.rb(), &flags));
+    }
 }
 
 // In place a row of reals has room for the pairs of its spectrum.
@@ -234,41 +264,36 @@ TYPED_TEST(FftwPlanners, OfFortranAreAsDebians)
 {
     using R = TypeParam;
     NEED_DEBIAN(R);
-    const auto plan = [](const Api<R>& api, const std::string& name, auto... args) {
-        Plan made = nullptr;
-        api.fortran("plan_" + name, &made, args...);
-        return made;
-    };
     const int rank = 3, flags = estimate, two = 2, three = 3, four = 4, ten = 10, twelve = 12, one = 1, count = 2;
     const int far = 480, k0 = 0, k1 = 1, k2 = 2, kinds[] = {0, 1, 2}, embed[] = {6, 7, 8};
     const int n[] = {6, 7}, is[] = {20, 2}, os[] = {7, 1}, hn[] = {2, 3}, his[] = {1, 300}, hos[] = {200, 50};
     const int sign = -1;
     for (const std::string end : {"_", "__"}) {
-        CHECK(plan(api, "dft" + end, &rank, n3, x.ca(), x.cb(), &sign, &flags));
-        CHECK(plan(api, "dft_1d" + end, &twelve, x.ca(), x.cb(), &sign, &flags));
-        CHECK(plan(api, "dft_2d" + end, &three, &twelve, x.ca(), x.cb(), &sign, &flags));
-        CHECK(plan(api, "dft_3d" + end, &four, &three, &ten, x.ca(), x.cb(), &sign, &flags));
-        CHECK(plan(api, "dft_r2c" + end, &rank, n3, x.ra(), x.cb(), &flags));
-        CHECK(plan(api, "dft_r2c_1d" + end, &twelve, x.ra(), x.cb(), &flags));
-        CHECK(plan(api, "dft_r2c_2d" + end, &three, &twelve, x.ra(), x.cb(), &flags));
-        CHECK(plan(api, "dft_r2c_3d" + end, &four, &three, &ten, x.ra(), x.cb(), &flags));
-        CHECK(plan(api, "r2r" + end, &rank, n3, x.ra(), x.rb(), kinds, &flags));
-        CHECK(plan(api, "r2r_1d" + end, &twelve, x.ra(), x.rb(), &k2, &flags));
-        CHECK(plan(api, "r2r_2d" + end, &three, &twelve, x.ra(), x.rb(), &k2, &k1, &flags));
-        CHECK(plan(api, "r2r_3d" + end, &four, &three, &ten, x.ra(), x.rb(), &k0, &k1, &k2, &flags));
-        CHECK(plan(api, "many_dft" + end, &rank, n3, &count, x.ca(), embed, &one, &far, x.cb(), embed, &two, &one,
-                   &sign, &flags));
-        CHECK(plan(api, "many_dft_r2c" + end, &rank, n3, &count, x.ra(), embed, &one, &far, x.cb(), embed, &two, &one,
-                   &flags));
-        CHECK(plan(api, "many_r2r" + end, &rank, n3, &count, x.ra(), embed, &one, &far, x.rb(), embed, &two, &one,
-                   kinds, &flags));
-        CHECK(plan(api, "guru_dft" + end, &two, n, is, os, &two, hn, his, hos, x.ca(), x.cb(), &sign, &flags));
-        CHECK(plan(api, "guru_dft_r2c" + end, &two, n, is, os, &two, hn, his, hos, x.ra(), x.cb(), &flags));
-        CHECK(plan(api, "guru_r2r" + end, &two, n, is, os, &two, hn, his, hos, x.ra(), x.rb(), kinds, &flags));
-        CHECK(plan(api, "guru_split_dft" + end, &two, n, is, os, &two, hn, his, hos, x.ra(), x.rb(), x.rc(), x.rd(),
-                   &flags));
-        CHECK(
-            plan(api, "guru_split_dft_r2c" + end, &two, n, is, os, &two, hn, his, hos, x.ra(), x.rb(), x.rc(), &flags));
+        CHECK(by_fortran(api, "dft" + end, &rank, n3, x.ca(), x.cb(), &sign, &flags));
+        CHECK(by_fortran(api, "dft_1d" + end, &twelve, x.ca(), x.cb(), &sign, &flags));
+        CHECK(by_fortran(api, "dft_2d" + end, &three, &twelve, x.ca(), x.cb(), &sign, &flags));
+        CHECK(by_fortran(api, "dft_3d" + end, &four, &three, &ten, x.ca(), x.cb(), &sign, &flags));
+        CHECK(by_fortran(api, "dft_r2c" + end, &rank, n3, x.ra(), x.cb(), &flags));
+        CHECK(by_fortran(api, "dft_r2c_1d" + end, &twelve, x.ra(), x.cb(), &flags));
+        CHECK(by_fortran(api, "dft_r2c_2d" + end, &three, &twelve, x.ra(), x.cb(), &flags));
+        CHECK(by_fortran(api, "dft_r2c_3d" + end, &four, &three, &ten, x.ra(), x.cb(), &flags));
+        CHECK(by_fortran(api, "r2r" + end, &rank, n3, x.ra(), x.rb(), kinds, &flags));
+        CHECK(by_fortran(api, "r2r_1d" + end, &twelve, x.ra(), x.rb(), &k2, &flags));
+        CHECK(by_fortran(api, "r2r_2d" + end, &three, &twelve, x.ra(), x.rb(), &k2, &k1, &flags));
+        CHECK(by_fortran(api, "r2r_3d" + end, &four, &three, &ten, x.ra(), x.rb(), &k0, &k1, &k2, &flags));
+        CHECK(by_fortran(api, "many_dft" + end, &rank, n3, &count, x.ca(), embed, &one, &far, x.cb(), embed, &two, &one,
+                         &sign, &flags));
+        CHECK(by_fortran(api, "many_dft_r2c" + end, &rank, n3, &count, x.ra(), embed, &one, &far, x.cb(), embed, &two,
+                         &one, &flags));
+        CHECK(by_fortran(api, "many_r2r" + end, &rank, n3, &count, x.ra(), embed, &one, &far, x.rb(), embed, &two, &one,
+                         kinds, &flags));
+        CHECK(by_fortran(api, "guru_dft" + end, &two, n, is, os, &two, hn, his, hos, x.ca(), x.cb(), &sign, &flags));
+        CHECK(by_fortran(api, "guru_dft_r2c" + end, &two, n, is, os, &two, hn, his, hos, x.ra(), x.cb(), &flags));
+        CHECK(by_fortran(api, "guru_r2r" + end, &two, n, is, os, &two, hn, his, hos, x.ra(), x.rb(), kinds, &flags));
+        CHECK(by_fortran(api, "guru_split_dft" + end, &two, n, is, os, &two, hn, his, hos, x.ra(), x.rb(), x.rc(),
+                         x.rd(), &flags));
+        CHECK(by_fortran(api, "guru_split_dft_r2c" + end, &two, n, is, os, &two, hn, his, hos, x.ra(), x.rb(), x.rc(),
+                         &flags));
     }
 }
 
