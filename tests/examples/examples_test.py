@@ -3,6 +3,8 @@
 
 usage: examples_test.py PROGRAM_FOLDER LIBRARY_FOLDER REFERENCE_BLAS [unittest arguments]
 """
+import base64
+import math
 import pathlib
 import re
 import subprocess
@@ -15,6 +17,7 @@ reference_folder = pathlib.Path(sys.argv[3]).parent
 EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
 DATA = EXAMPLES / "digits/digits.csv"
 POWER = EXAMPLES / "factor/power.mtx"
+SUNSPOTS, PICTURE = EXAMPLES / "spectrum/sunspots.csv", EXAMPLES / "spectrum/ascent.pgm"
 
 
 def run(program, *arguments, **variables):
@@ -329,6 +332,100 @@ class Iterate(unittest.TestCase):
             self.assertEqual(done.returncode, 1)
             self.assertIn(f"iterate: {path}:{line}: ", done.stderr)
             self.assertIn(why, done.stderr)
+
+
+def pictures(page):
+    """The bitmaps in a page: rows of values, the upper one first."""
+    for text in re.findall(r"data:image/bmp;base64,([A-Za-z0-9+/=]*)'", page):
+        data = base64.b64decode(text, validate=True)
+        number = lambda at: int.from_bytes(data[at:at + 4], "little")
+        width, height, pixels = number(18), number(22), number(10)
+        pitch = (width + 3) // 4 * 4
+        assert data[:2] == b"BM" and number(2) == len(data) == pixels + pitch * height
+        yield [data[pixels + pitch * y:][:width] for y in reversed(range(height))]
+
+
+class Spectrum(unittest.TestCase):
+    """Transforms of a series and of a picture, forward and back."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def file(self, content):
+        path = self.folder / "input"
+        path.write_bytes(content)
+        return path
+
+    def page(self, series, picture):
+        page = self.folder / "page.html"
+        done = run("spectrum", series, picture, page)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        text = page.read_text()
+        self.assertTrue(text.startswith("<!doctype html>") and text.rstrip().endswith("</html>"))
+        self.assertNotRegex(text, r"\bnan\b|\binf\b|https?://")
+        return done.stdout, text
+
+    def test_finds_the_cycle_of_sunspots_and_names_the_methods(self):
+        output, text = self.page(SUNSPOTS, PICTURE)
+        self.assertIn("309 years from 1700 on, 49.8 on average", output)
+        self.assertIn("a wave of 11.04 years, up and down by 29.6", output)  # 309/28
+        rows = re.findall(r"^(309|256 x 256) +([\d.]+) +([\d.]+) +(\S+) +(\S+)  (.*)$", output, re.M)
+        self.assertEqual([row[0] for row in rows], ["309", "256 x 256"])
+        self.assertIn("the engine (legacy)", rows[0][5])
+        self.assertIn("rows and columns (legacy)", rows[1][5])
+        for _, _, _, difference, there_and_back, method in rows:
+            # Relative to the largest wave, sums of n terms are wrong by n roundings at most, a transform by fewer.
+            self.assertLess(float(difference), 2 * 512 * 2**-53)
+            self.assertLess(float(there_and_back), 1e-13)
+            self.assertIn(method.strip(), text)
+        self.assertEqual((text.count("<polyline"), len(list(pictures(text)))), (5, 4))
+
+    def test_takes_a_slow_wave_from_a_fast_one(self):
+        values = [50 + 20 * math.cos(2 * math.pi * t / 50) + 10 * math.sin(2 * math.pi * t / 8) for t in range(200)]
+        series = self.file(b"YEAR,N\n" + b"".join(b"%d,%.15g\n" % (1800 + t, v) for t, v in enumerate(values)))
+        output, text = self.page(series, PICTURE)
+        self.assertIn("a wave of 50.00 years, up and down by 20.0", output)
+        whole, slow = ([float(point.split(",")[1]) for point in line.split()]
+                       for line in re.findall(r"points='(.*?)'", text)[:2])
+        pixel = (max(whole) - min(whole)) / (max(values) - min(values))
+        for t, y in enumerate(slow):  # drawn with one decimal
+            self.assertAlmostEqual((slow[0] - y) / pixel, 20 * (math.cos(2 * math.pi * t / 50) - 1), delta=0.3 / pixel)
+
+    def test_filters_as_sums_over_neighbours_do(self):
+        width, height = 22, 17  # both parities; the bell reaches around the edges
+        picture = [[(37 * x * x + 91 * y + 13 * x * y) % 256 for x in range(width)] for y in range(height)]
+        path = self.file(b"P5\n%d %d\n255\n" % (width, height) + b"".join(map(bytes, picture)))
+        _, text = self.page(SUNSPOTS, path)
+        same, _, blurred, sharpened = pictures(text)
+        self.assertEqual([list(row) for row in same], picture)
+        bell = {d: math.exp(-d * d / 18) / math.sqrt(18 * math.pi) for d in range(-15, 16)}
+        for y in range(height):
+            for x in range(width):
+                smooth = sum(bell[dx] * bell[dy] * picture[(y + dy) % height][(x + dx) % width]
+                             for dy in bell for dx in bell)
+                cut = lambda value: min(max(value, 0), 255)
+                self.assertAlmostEqual(blurred[y][x], cut(smooth), delta=0.51)
+                self.assertAlmostEqual(sharpened[y][x], cut(2 * picture[y][x] - smooth), delta=0.51)
+
+    def test_refuses_bad_files(self):
+        for arguments, why in (
+                ((self.file(b""), PICTURE), "the file is empty"),
+                (("/nowhere.csv", PICTURE), "/nowhere.csv: No such file"),
+                ((SUNSPOTS, "/nowhere.pgm"), "/nowhere.pgm: No such file"),
+                ((SUNSPOTS, PICTURE, "/nowhere/page.html"), "/nowhere/page.html: No such file")):
+            done = run("spectrum", *arguments)
+            self.assertEqual(done.returncode, 1)
+            self.assertIn(why, done.stderr)
+        for text, why in ((b"Y,N\n1700,x\n", "a line is not YEAR,NUMBER"), (b"Y,N\n1700,nan\n", "is not YEAR,NUMBER"),
+                          (b"Y,N\n1700,1\n1702,1\n", "the years do not follow"), (b"Y,N\n1700,1\n", "two years")):
+            done = run("spectrum", self.file(text), PICTURE)
+            self.assertEqual((done.returncode, why in done.stderr), (1, True), done.stderr)
+        for text, why in ((b"P2\n2 2\n255\n", "no PGM file"), (b"P5\n1 2\n255\nab", "the sides are not from 2"),
+                          (b"P5\n2 2\n255\nabc", "the file ends before the last pixel")):
+            done = run("spectrum", SUNSPOTS, self.file(text))
+            self.assertEqual((done.returncode, why in done.stderr), (1, True), done.stderr)
 
 
 if __name__ == "__main__":

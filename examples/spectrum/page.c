@@ -1,0 +1,225 @@
+/* The page: a series and its spectrum as curves, a picture and what filters make of it. */
+#include "examples/style.h"
+#include "picture.h"
+#include "spectrum.h"
+
+#include <math.h>
+#include <orv/branch.h>
+#include <stdlib.h>
+
+static const char* const style =
+    ".map{width:100%;height:auto;background:#fff;border:1px solid #d8d8d2;border-radius:6px;font:13px "
+    "system-ui,sans-serif;margin-bottom:1em}.row{display:flex;flex-wrap:wrap;gap:20px}figure{margin:0;width:390px}"
+    "figcaption{font-size:13px;color:#5c6370;line-height:1.35;margin-top:4px}img{display:block;width:390px;"
+    "image-rendering:pixelated}td:first-child{white-space:nowrap}td:first-child,th:first-child,td:last-child,th:last-"
+    "child{text-align:left}";
+static const char *const blue = "#4269d0", *const red = "#d6404e", *const grey = "#5c6370";
+
+/* A plot: what its scales span, and how far apart their numbers are. */
+struct plot {
+    double x_from, x_to, x_step, y_from, y_to, y_step;
+    const char *x_name, *y_name;
+};
+enum { left = 62, right = 755, top = 34, bottom = 254, below = 306 };
+
+static double across(const struct plot* p, double x)
+{
+    return left + (right - left) * (x - p->x_from) / (p->x_to - p->x_from);
+}
+static double up(const struct plot* p, double y)
+{
+    return bottom - (bottom - top) * (y - p->y_from) / (p->y_to - p->y_from);
+}
+
+static void open_plot(FILE* out, const struct plot* p)
+{
+    fprintf(out, "<svg class=map viewBox='0 0 785 %d'>\n<g fill='%s'>", below, grey);
+    for (int i = 0; p->y_from + i * p->y_step <= p->y_to * 1.0001; ++i) {
+        const double y = p->y_from + i * p->y_step;
+        fprintf(out, "<path d='M%d %.1fH%d' stroke='#e4e4de'/><text x=%d y=%.1f text-anchor=end>%g</text>\n", left,
+                up(p, y), right, left - 8, up(p, y) + 4, y);
+    }
+    for (int i = 0; p->x_from + i * p->x_step <= p->x_to * 1.0001; ++i) {
+        const double x = p->x_from + i * p->x_step;
+        fprintf(out, "<text x=%.1f y=%d text-anchor=middle>%g</text>\n", across(p, x), bottom + 20, x);
+    }
+    fprintf(out, "<text x=%d y=%d text-anchor=middle>%s</text><text x=%d y=18>%s</text></g>\n", (left + right) / 2,
+            bottom + 42, p->x_name, left - 50, p->y_name);
+}
+
+/* A curve through values at equal distances. */
+static void curve(FILE* out, const struct plot* p, int count, double first, double step, const double* value,
+                  const char* colour)
+{
+    fprintf(out, "<polyline fill=none stroke-width=1.8 stroke-linejoin=round stroke='%s' points='", colour);
+    for (int i = 0; i < count; ++i) fprintf(out, "%.1f,%.1f ", across(p, first + i * step), up(p, value[i]));
+    fprintf(out, "'/>\n");
+}
+
+static void label(FILE* out, const struct plot* p, double x, double y, const char* anchor, const char* colour,
+                  const char* text)
+{
+    fprintf(out, "<text x=%.1f y=%.1f text-anchor=%s fill='%s'>%s</text>\n", across(p, x), up(p, y), anchor, colour,
+            text);
+}
+
+/* The next of 1, 2, 5, 10, ... times a power of ten that goes at most six times into this. */
+static double step_for(double span)
+{
+    const double power = pow(10, floor(log10(span / 6)));
+    for (double step = power;; step *= 10)
+        for (int i = 0; i < 3; ++i)
+            if (step * (i < 2 ? i + 1 : 5) * 6 >= span) return step * (i < 2 ? i + 1 : 5);
+}
+
+static double largest_of(const double* value, int count)
+{
+    double largest = 1e-300;
+    for (int i = 0; i < count; ++i) largest = fmax(largest, value[i]);
+    return largest;
+}
+
+static void series(FILE* out, const struct results* r)
+{
+    const struct signal* s = r->sunspots;
+    const double most = largest_of(s->value, s->width), step = step_for(most);
+    const double decade = 10 * floor(s->first / 10), last = s->first + s->width - 1;
+    const struct plot plot = {decade, last, 50, 0, step * ceil(most / step), step, "year", "sunspot number"};
+    open_plot(out, &plot);
+    curve(out, &plot, s->width, s->first, 1, s->value, blue);
+    curve(out, &plot, s->width, s->first, 1, r->slow, red);
+    fprintf(out, "</svg>\n");
+}
+
+static void waves(FILE* out, const struct results* r)
+{
+    const int n = r->sunspots->width, half = r->years->half;
+    double* height = memory(half, sizeof *height);
+    for (int k = 1; k < half; ++k) height[k] = amplitude(r->years, k, 0);
+    const double most = height[r->peak], step = step_for(most);
+    const struct plot plot = {
+        0, 0.5, 0.05, 0, step * ceil(most / step), step, "waves a year", "amplitude of the wave (sunspot number)"};
+    open_plot(out, &plot);
+    curve(out, &plot, half - 1, 1.0 / n, 1.0 / n, height + 1, blue);
+    char words[60];
+    snprintf(words, sizeof words, "a wave of %.2f years", (double)n / r->peak);
+    fprintf(out, "<circle cx=%.1f cy=%.1f r=4 fill='%s'/>\n", across(&plot, (double)r->peak / n), up(&plot, most), red);
+    label(out, &plot, (double)r->peak / n + 0.008, most - 0.45 * step, "start", red, words);
+    fprintf(out, "</svg>\n");
+    free(height);
+}
+
+static void figure(FILE* out, const struct signal* like, const double* value, const char* caption)
+{
+    fprintf(out, "<figure><img alt='' src='");
+    picture_address(out, like->width, like->height, value);
+    fprintf(out, "'><figcaption>%s</figcaption></figure>\n", caption);
+}
+
+/* All of the spectrum, from its half, on a scale of logarithms of four decades below the strongest wave; the frequency
+   of 0 in the middle. */
+static void spectrum(FILE* out, const struct spectrum* s)
+{
+    const int width = s->of->width, height = s->of->height;
+    double* shade = memory((long)width * height, sizeof *shade);
+    double strongest = 1e-300;
+    for (int l = 0; l < height; ++l)
+        for (int k = l == 0; k < s->half; ++k) strongest = fmax(strongest, amplitude(s, k, l));
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const int fx = x - width / 2, fy = y - height / 2, mirror = fx < 0;
+            const int row = ((mirror ? -fy : fy) + height) % height;
+            shade[y * width + x] = 255 * (1 + log10(amplitude(s, abs(fx), row) / strongest + 1e-30) / 4);
+        }
+    fprintf(out, "<figure><svg viewBox='0 0 390 390' font-family='system-ui,sans-serif' font-size=12 fill='%s'>", grey);
+    fprintf(out,
+            "<image x=52 y=4 width=334 height=334 preserveAspectRatio=none style='image-rendering:pixelated' href='");
+    picture_address(out, width, height, shade);
+    fprintf(out, "'/>\n");
+    for (int i = -1; i <= 1; ++i)
+        fprintf(out, "<text x=%d y=354 text-anchor=%s>%g</text><text x=46 y=%d text-anchor=end>%g</text>\n",
+                219 + 167 * i,
+                i < 0   ? "start"
+                : i > 0 ? "end"
+                        : "middle",
+                0.5 * i,
+                i < 0   ? 14
+                : i > 0 ? 337
+                        : 175,
+                0.5 * i);
+    fprintf(out, "<text x=219 y=376 text-anchor=middle>waves a pixel, across</text>"
+                 "<text transform='translate(14 171) rotate(-90)' text-anchor=middle>waves a pixel, down</text></svg>"
+                 "<figcaption>its spectrum: white is the strongest wave, black one of a ten thousandth of "
+                 "it</figcaption></figure>\n");
+    free(shade);
+}
+
+static void filters(FILE* out)
+{
+    enum { points = 101 };
+    const struct plot plot = {0, 0.5, 0.1, 0, 2, 0.5, "waves a pixel, in any direction", "factor of the wave"};
+    double soft[points], sharp[points];
+    for (int i = 0; i < points; ++i) soft[i] = blur(0.005 * i), sharp[i] = sharpen(0.005 * i);
+    open_plot(out, &plot);
+    curve(out, &plot, points, 0, 0.005, soft, blue);
+    curve(out, &plot, points, 0, 0.005, sharp, red);
+    label(out, &plot, 0.49, 0.08, "end", blue, "blurred");
+    label(out, &plot, 0.49, 1.86, "end", red, "sharpened");
+    fprintf(out, "</svg>\n");
+}
+
+static void row(FILE* out, const struct spectrum* s)
+{
+    fprintf(out, "<tr><td>%d", s->of->width);
+    if (s->of->height > 1) fprintf(out, " &times; %d", s->of->height);
+    fprintf(out, "<td>%.2f<td>%.1f<td>%.1e<td>%.1e<td>%s</tr>\n", 1e6 * s->seconds, 1e6 * s->plain_seconds,
+            s->difference, s->there_and_back, orv_dft_method(s->dft));
+}
+
+int write_page(const char* path, const struct results* r)
+{
+    FILE* out = fopen(path, "w");
+    if (out == NULL) return -1;
+    fprintf(out,
+            "<!doctype html><html lang=en><meta charset=utf-8><meta name=viewport content='width=device-width'>"
+            "<title>Waves in the sun and in a picture</title><style>%s%s</style>\n"
+            "<h1>Waves in the sun and in a picture</h1>\n<p>A Fourier transform takes a signal apart into waves, and "
+            "puts it together again. Between the two, waves can be found, weakened and strengthened.</p>\n"
+            "<h2>Sunspots</h2>\n<p>How many spots the sun had in each of %d years. In red what is left when only waves "
+            "of more than %d years go into the transform back.</p>\n",
+            common_style, style, r->sunspots->width, slow_years);
+    series(out, r);
+    fprintf(out,
+            "<p>The spectrum knows how often they come: the strongest wave takes %.2f years, around a mean of "
+            "%.1f. Its neighbours are strong, too, because cycles are not all of one length.</p>\n",
+            (double)r->sunspots->width / r->peak, r->mean);
+    waves(out, r);
+    fprintf(out,
+            "<h2>A picture</h2>\n<p>%d by %d pixels, transformed along both sides. Each wave is multiplied by a "
+            "factor that depends on its frequency, and the transform back shows the result. Opposite edges of a "
+            "picture meet for a transform, so that a little of each shines through at the other.</p>\n",
+            r->picture->width, r->picture->height);
+    fprintf(out, "<div class=row>\n");
+    figure(out, r->picture, r->picture->value, "the picture");
+    spectrum(out, r->pixels);
+    figure(out, r->picture, r->blurred, "blurred: fast waves weakened");
+    figure(out, r->picture, r->sharpened, "sharpened: fast waves strengthened");
+    fprintf(out, "</div>\n<h2>The two filters</h2>\n<p>Blurring makes a bell of each pixel, and the factors are the "
+                 "bell's own spectrum. Sharpening adds what blurring takes away.</p>\n");
+    filters(out);
+    fprintf(
+        out,
+        "<h2>How it was computed</h2>\n<p>The fastest of at least 50 transforms forward, beside sums by the definition "
+        "with a table of roots (of the picture: of rows, then of columns). The difference of both is relative "
+        "to the strongest wave, what forward and back leave to the largest value.</p>\n"
+        "<table><tr><th>reals<th>&micro;s<th>sums, &micro;s<th>difference<th>there and back<th>method</tr>\n");
+    row(out, r->years);
+    row(out, r->pixels);
+    fprintf(out,
+            "</table>\n<footer>Computed by <code>%s</code> with <code>orv/dft.h</code>.<br>Data: yearly sunspot "
+            "numbers of the National Geophysical Data Center; a picture of public-domain-image.com. Both are in the "
+            "public domain.</footer></html>\n",
+            orv_path());
+    const int broken = ferror(out);
+    return fclose(out) != 0 || broken ? -1 : 0;
+}

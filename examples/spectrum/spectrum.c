@@ -1,0 +1,68 @@
+/* Spectra of a series and of a picture: one and two dimensions, forward, filtered, and back.
+
+   usage: spectrum SERIES.csv PICTURE.pgm [PAGE.html]    prints the table; with PAGE also draws it */
+#include "spectrum.h"
+
+#include <errno.h>
+#include <math.h>
+#include <stdio.h>
+#include <string.h>
+
+static const double pi = 3.14159265358979323846;
+static const double blur_width = 3; /* standard deviation of the bell that each pixel becomes */
+
+double slow(double f) { return f * slow_years < 1; }
+double blur(double f) { return exp(-2 * pow(pi * blur_width * f, 2)); }
+double sharpen(double f) { return 2 - blur(f); } /* adds what blurring would take away */
+
+static void print(const char* what, const struct spectrum* s)
+{
+    printf("%-16s %10.2f %14.1f %11.1e %15.1e  %s\n", what, 1e6 * s->seconds, 1e6 * s->plain_seconds, s->difference,
+           s->there_and_back, orv_dft_method(s->dft));
+}
+
+int main(int count, char** words)
+{
+    struct signal sunspots, picture;
+    struct spectrum years, pixels;
+    if (count < 3 || count > 4) {
+        fprintf(stderr, "usage: spectrum SERIES.csv PICTURE.pgm [PAGE.html]\n");
+        return 1;
+    }
+    read_series(words[1], &sunspots);
+    read_picture(words[2], &picture);
+    transform(&sunspots, &years);
+    transform(&picture, &pixels);
+
+    int peak = 1;
+    for (int k = 1; k < years.half; ++k)
+        if (amplitude(&years, k, 0) > amplitude(&years, peak, 0)) peak = k;
+    const double mean = amplitude(&years, 0, 0);
+    printf("series    %d years from %.0f on, %.1f on average\n", sunspots.width, sunspots.first, mean);
+    printf("peak      a wave of %.2f years, up and down by %.1f\n", (double)sunspots.width / peak,
+           amplitude(&years, peak, 0));
+    printf("picture   %d by %d pixels\n\n", picture.width, picture.height);
+    printf("real transform           us  plain sums us  difference  there and back  method\n");
+    char name[2][40];
+    snprintf(name[0], sizeof name[0], "%d", sunspots.width);
+    snprintf(name[1], sizeof name[1], "%d x %d", picture.width, picture.height);
+    print(name[0], &years);
+    print(name[1], &pixels);
+
+    if (count == 4) {
+        const struct results results = {&sunspots,
+                                        &picture,
+                                        &years,
+                                        &pixels,
+                                        peak,
+                                        mean,
+                                        filtered(&years, slow),
+                                        filtered(&pixels, blur),
+                                        filtered(&pixels, sharpen)};
+        if (write_page(words[3], &results) != 0) {
+            fprintf(stderr, "spectrum: %s: %s\n", words[3], strerror(errno));
+            return 1;
+        }
+    }
+    return 0;
+}
