@@ -56,7 +56,7 @@ void read_picture(const char* path, struct signal* picture)
     if (fscanf(in, "P5 %d %d 255", &width, &height) != 2 || fgetc(in) == EOF) refuse(path, "no PGM file of 8 bits");
     if (width < 2 || height < 2 || width > most_pixels || height > most_pixels)
         refuse(path, "the sides are not from 2 to 4096");
-    *picture = (struct signal){width, height, memory((long)width * height, sizeof(double)), 0};
+    *picture = (struct signal){width, height, memory((long)width * height, sizeof(double)), 0, 0};
     for (int i = 0; i < width * height; ++i) {
         const int pixel = fgetc(in);
         if (pixel == EOF) refuse(path, "the file ends before the last pixel");

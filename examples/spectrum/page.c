@@ -154,6 +154,29 @@ static void spectrum(FILE* out, const struct spectrum* s)
     free(shade);
 }
 
+/* A column of shades a frame, on a scale of logarithms of three decades; the strongest is white. */
+static void spectrogram(FILE* out, const struct spectrum* s)
+{
+    const int frames = s->of->height, high = s->half;
+    const struct plot plot = {0, sweep_seconds, 0.25, 0, sound_rate / 2, 1000, "seconds", "waves a second (Hz)"};
+    double* shade = memory((long)frames * high, sizeof *shade);
+    double strongest = 1e-300;
+    for (int f = 0; f < frames; ++f)
+        for (int k = 0; k < high; ++k) strongest = fmax(strongest, amplitude(s, k, f));
+    for (int f = 0; f < frames; ++f)
+        for (int k = 0; k < high; ++k)
+            shade[(high - 1 - k) * frames + f] = 255 * (1 + log10(amplitude(s, k, f) / strongest + 1e-30) / 3);
+    open_plot(out, &plot);
+    /* A shade is around the middle of its frame, and around its frequency. */
+    const double begin = (frame_length - frame_step) / 2.0 / sound_rate, step = (double)frame_step / sound_rate;
+    const double band = (double)sound_rate / frame_length, above = up(&plot, (high - 0.5) * band);
+    fprintf(out, "<image x=%.2f y=%.2f width=%.2f height=%.2f preserveAspectRatio=none href='", across(&plot, begin),
+            above, across(&plot, frames * step) - left, up(&plot, -0.5 * band) - above);
+    picture_address(out, frames, high, shade);
+    fprintf(out, "'/></svg>\n");
+    free(shade);
+}
+
 static void filters(FILE* out)
 {
     enum { points = 101 };
@@ -171,7 +194,8 @@ static void filters(FILE* out)
 static void row(FILE* out, const struct spectrum* s)
 {
     fprintf(out, "<tr><td>%d", s->of->width);
-    if (s->of->height > 1) fprintf(out, " &times; %d", s->of->height);
+    if (s->of->alone) fprintf(out, ", %d times", s->of->height);
+    else if (s->of->height > 1) fprintf(out, " &times; %d", s->of->height);
     fprintf(out, "<td>%.2f<td>%.1f<td>%.1e<td>%.1e<td>%s</tr>\n", 1e6 * s->seconds, 1e6 * s->plain_seconds,
             s->difference, s->there_and_back, orv_dft_method(s->dft));
 }
@@ -182,8 +206,9 @@ int write_page(const char* path, const struct results* r)
     if (out == NULL) return -1;
     fprintf(out,
             "<!doctype html><html lang=en><meta charset=utf-8><meta name=viewport content='width=device-width'>"
-            "<title>Waves in the sun and in a picture</title><style>%s%s</style>\n"
-            "<h1>Waves in the sun and in a picture</h1>\n<p>A Fourier transform takes a signal apart into waves, and "
+            "<title>Waves in the sun, in a sound, and in a picture</title><style>%s%s</style>\n"
+            "<h1>Waves in the sun, in a sound, and in a picture</h1>\n<p>A Fourier transform takes a signal apart into "
+            "waves, and "
             "puts it together again. Between the two, waves can be found, weakened and strengthened.</p>\n"
             "<h2>Sunspots</h2>\n<p>How many spots the sun had in each of %d years. In red what is left when only waves "
             "of more than %d years go into the transform back.</p>\n",
@@ -194,6 +219,12 @@ int write_page(const char* path, const struct results* r)
             "%.1f. Its neighbours are strong, too, because cycles are not all of one length.</p>\n",
             (double)r->sunspots->width / r->peak, r->mean);
     waves(out, r);
+    fprintf(out,
+            "<h2>A sound</h2>\n<p>A tone rises from %d to %d Hz in %d seconds, and a softer one of %d Hz comes and "
+            "goes. The sound is cut into %d overlapping frames of %d values, which one call transforms; each is a "
+            "column below. White is the strongest wave, black one of a thousandth of it.</p>\n",
+            sweep_from, sweep_to, sweep_seconds, beep, r->frames->of->height, frame_length);
+    spectrogram(out, r->frames);
     fprintf(out,
             "<h2>A picture</h2>\n<p>%d by %d pixels, transformed along both sides. Each wave is multiplied by a "
             "factor that depends on its frequency, and the transform back shows the result. Opposite edges of a "
@@ -214,6 +245,7 @@ int write_page(const char* path, const struct results* r)
         "to the strongest wave, what forward and back leave to the largest value.</p>\n"
         "<table><tr><th>reals<th>&micro;s<th>sums, &micro;s<th>difference<th>there and back<th>method</tr>\n");
     row(out, r->years);
+    row(out, r->frames);
     row(out, r->pixels);
     fprintf(out,
             "</table>\n<footer>Computed by <code>%s</code> with <code>orv/dft.h</code>.<br>Data: yearly sunspot "

@@ -1,4 +1,4 @@
-/* Spectra of a series and of a picture: one and two dimensions, forward, filtered, and back.
+/* Spectra of a series, of a sound and of a picture: one dimension, many times one, and two; forward, filtered, back.
 
    usage: spectrum SERIES.csv PICTURE.pgm [PAGE.html]    prints the table; with PAGE also draws it */
 #include "spectrum.h"
@@ -23,15 +23,17 @@ static void print(const char* what, const struct spectrum* s)
 
 int main(int count, char** words)
 {
-    struct signal sunspots, picture;
-    struct spectrum years, pixels;
+    struct signal sunspots, sound, picture;
+    struct spectrum years, frames, pixels;
     if (count < 3 || count > 4) {
         fprintf(stderr, "usage: spectrum SERIES.csv PICTURE.pgm [PAGE.html]\n");
         return 1;
     }
     read_series(words[1], &sunspots);
     read_picture(words[2], &picture);
+    make_sound(&sound);
     transform(&sunspots, &years);
+    transform(&sound, &frames);
     transform(&picture, &pixels);
 
     int peak = 1;
@@ -43,16 +45,19 @@ int main(int count, char** words)
            amplitude(&years, peak, 0));
     printf("picture   %d by %d pixels\n\n", picture.width, picture.height);
     printf("real transform           us  plain sums us  difference  there and back  method\n");
-    char name[2][40];
+    char name[3][40];
     snprintf(name[0], sizeof name[0], "%d", sunspots.width);
-    snprintf(name[1], sizeof name[1], "%d x %d", picture.width, picture.height);
+    snprintf(name[1], sizeof name[1], "%d of %d", sound.height, sound.width);
+    snprintf(name[2], sizeof name[2], "%d x %d", picture.width, picture.height);
     print(name[0], &years);
-    print(name[1], &pixels);
+    print(name[1], &frames);
+    print(name[2], &pixels);
 
     if (count == 4) {
         const struct results results = {&sunspots,
                                         &picture,
                                         &years,
+                                        &frames,
                                         &pixels,
                                         peak,
                                         mean,

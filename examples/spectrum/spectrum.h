@@ -1,4 +1,5 @@
-/* A real signal of one or two dimensions, its spectrum, and how both were computed: shared by the program's files. */
+/* A real signal of one or two dimensions, or many of one, its spectrum, and how both were computed: shared by the
+ * program's files. */
 #ifndef SPECTRUM_H
 #define SPECTRUM_H
 
@@ -10,12 +11,13 @@ struct signal {
     int width, height;
     double* value;
     double first; /* of a series: when it begins, a number a year */
+    int alone;    /* whether each row is a signal of its own, transformed with the others in one call */
 };
 
 /* Half of a signal's spectrum, width/2 + 1 numbers a row, and what is known about the way there. */
 struct spectrum {
     const struct signal* of;
-    orv_dft* dft; /* backward divides by the number of values */
+    orv_dft* dft; /* backward divides by the number of values transformed together */
     int half;
     orv_complex_double* value;
     double seconds, plain_seconds; /* of orv's transform, and of plain sums */
@@ -27,6 +29,11 @@ struct spectrum {
 void read_series(const char* path, struct signal* series);
 void read_picture(const char* path, struct signal* picture);
 void* memory(long count, size_t size);
+
+/* sound.c: a sound, cut into overlapping frames that fade in and out: a row each. */
+enum { sound_rate = 8000, frame_length = 256, frame_step = 64 };            /* values a second, values, values */
+enum { sweep_from = 300, sweep_to = 3300, sweep_seconds = 2, beep = 2000 }; /* Hz */
+void make_sound(struct signal* frames);
 
 /* transform.c */
 void transform(const struct signal* signal, struct spectrum* spectrum);
@@ -42,7 +49,7 @@ enum { slow_years = 25 };
 
 struct results {
     const struct signal *sunspots, *picture;
-    const struct spectrum *years, *pixels;
+    const struct spectrum *years, *frames, *pixels;
     int peak; /* index of the strongest wave of the sunspots */
     double mean;
     const double *slow, *blurred, *sharpened;

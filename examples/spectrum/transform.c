@@ -25,6 +25,9 @@ static double now(void)
     return (double)time.tv_sec + 1e-9 * (double)time.tv_nsec;
 }
 
+/* How many values are transformed together. */
+static double together(const struct signal* s) { return (double)s->width * (s->alone ? 1 : s->height); }
+
 static double complex* roots(int n)
 {
     double complex* root = memory(n, sizeof *root);
@@ -32,7 +35,7 @@ static double complex* roots(int n)
     return root;
 }
 
-/* By the definition, with a table of roots: rows first, then columns. */
+/* By the definition, with a table of roots: rows first, then columns if they belong together. */
 static void plain_sums(const struct signal* in, int half, double complex* out)
 {
     double complex *row_root = roots(in->width), *root = roots(in->height), *column = memory(in->height, sizeof *root);
@@ -42,7 +45,7 @@ static void plain_sums(const struct signal* in, int half, double complex* out)
             for (int x = 0; x < in->width; ++x) sum += in->value[y * in->width + x] * row_root[(long)x * k % in->width];
             out[y * half + k] = sum;
         }
-    for (int k = 0; k < half; ++k) {
+    for (int k = 0; k < half && !in->alone; ++k) {
         for (int y = 0; y < in->height; ++y) column[y] = out[y * half + k];
         for (int l = 0; l < in->height; ++l) {
             double complex sum = 0;
@@ -98,9 +101,10 @@ void transform(const struct signal* signal, struct spectrum* s)
     const int64_t lengths[] = {signal->width, signal->height}; /* those that are neighbours in memory first */
     *s = (struct spectrum){.of = signal, .half = signal->width / 2 + 1};
     s->value = memory((long)s->half * signal->height, sizeof *s->value);
-    check(orv_dft_create(&s->dft, ORV_DFT_DOUBLE, ORV_DFT_REAL, signal->height > 1 ? 2 : 1, lengths));
+    check(orv_dft_create(&s->dft, ORV_DFT_DOUBLE, ORV_DFT_REAL, signal->alone || signal->height == 1 ? 1 : 2, lengths));
     check(orv_dft_set(s->dft, ORV_DFT_PLACEMENT, ORV_DFT_OUT_OF_PLACE));
-    check(orv_dft_set_scales(s->dft, 1, 1.0 / ((double)signal->width * signal->height)));
+    if (signal->alone) check(orv_dft_set(s->dft, ORV_DFT_TRANSFORMS, signal->height));
+    check(orv_dft_set_scales(s->dft, 1, 1 / together(signal)));
     check(orv_dft_commit(s->dft));
     s->seconds = time_forward(s);
     compare(s);
@@ -110,7 +114,7 @@ double amplitude(const struct spectrum* s, int column, int row)
 {
     const double complex y = s->value[row * s->half + column];
     const int twice = column > 0 && 2 * column < s->of->width; /* the other half is its mirror image */
-    return (twice ? 2 : 1) * cabs(y) / ((double)s->of->width * s->of->height);
+    return (twice ? 2 : 1) * cabs(y) / together(s->of);
 }
 
 double* filtered(const struct spectrum* s, double (*gain)(double f))

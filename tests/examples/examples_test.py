@@ -371,16 +371,34 @@ class Spectrum(unittest.TestCase):
         output, text = self.page(SUNSPOTS, PICTURE)
         self.assertIn("309 years from 1700 on, 49.8 on average", output)
         self.assertIn("a wave of 11.04 years, up and down by 29.6", output)  # 309/28
-        rows = re.findall(r"^(309|256 x 256) +([\d.]+) +([\d.]+) +(\S+) +(\S+)  (.*)$", output, re.M)
-        self.assertEqual([row[0] for row in rows], ["309", "256 x 256"])
+        rows = re.findall(r"^(309|247 of 256|256 x 256) +([\d.]+) +([\d.]+) +(\S+) +(\S+)  (.*)$", output, re.M)
+        self.assertEqual([row[0] for row in rows], ["309", "247 of 256", "256 x 256"])
         self.assertIn("the engine (legacy)", rows[0][5])
-        self.assertIn("rows and columns (legacy)", rows[1][5])
+        self.assertIn("rows and columns (legacy)", rows[2][5])
         for _, _, _, difference, there_and_back, method in rows:
             # Relative to the largest wave, sums of n terms are wrong by n roundings at most, a transform by fewer.
             self.assertLess(float(difference), 2 * 512 * 2**-53)
             self.assertLess(float(there_and_back), 1e-13)
             self.assertIn(method.strip(), text)
-        self.assertEqual((text.count("<polyline"), len(list(pictures(text)))), (5, 4))
+        self.assertEqual((text.count("<polyline"), len(list(pictures(text)))), (5, 5))
+
+    def test_shows_a_rising_tone_in_every_frame_of_the_sound(self):
+        _, text = self.page(SUNSPOTS, PICTURE)
+        shades = next(pictures(text))[::-1]  # low frequencies first, 8000/256 Hz apart
+        self.assertEqual((len(shades), len(shades[0])), (129, 247))
+        beeps = 0
+        for frame in range(247):
+            middle = (64 * frame + 128) / 8000
+            rising, column = (300 + 1500 * middle) / 31.25, [row[frame] for row in shades]
+            self.assertLess(abs(column.index(max(column)) - rising), 2)
+            if abs(rising - 64) < 8:
+                continue  # both tones are one
+            if min(middle % 0.25, 0.25 - middle % 0.25) < 0.02:
+                continue  # the softer one comes or goes within the frame
+            heard = middle % 0.5 > 0.25
+            self.assertEqual(column[64] > 150, heard)
+            beeps += heard
+        self.assertGreater(beeps, 50)
 
     def test_takes_a_slow_wave_from_a_fast_one(self):
         values = [50 + 20 * math.cos(2 * math.pi * t / 50) + 10 * math.sin(2 * math.pi * t / 8) for t in range(200)]
@@ -398,7 +416,7 @@ class Spectrum(unittest.TestCase):
         picture = [[(37 * x * x + 91 * y + 13 * x * y) % 256 for x in range(width)] for y in range(height)]
         path = self.file(b"P5\n%d %d\n255\n" % (width, height) + b"".join(map(bytes, picture)))
         _, text = self.page(SUNSPOTS, path)
-        same, _, blurred, sharpened = pictures(text)
+        _, same, _, blurred, sharpened = pictures(text)
         self.assertEqual([list(row) for row in same], picture)
         bell = {d: math.exp(-d * d / 18) / math.sqrt(18 * math.pi) for d in range(-15, 16)}
         for y in range(height):
