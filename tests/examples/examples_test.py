@@ -373,8 +373,8 @@ class Spectrum(unittest.TestCase):
         self.assertIn("a wave of 11.04 years, up and down by 29.6", output)  # 309/28
         rows = re.findall(r"^(309|247 of 256|256 x 256) +([\d.]+) +([\d.]+) +(\S+) +(\S+)  (.*)$", output, re.M)
         self.assertEqual([row[0] for row in rows], ["309", "247 of 256", "256 x 256"])
-        self.assertIn("the engine (legacy)", rows[0][5])
-        self.assertIn("rows and columns (legacy)", rows[2][5])
+        self.assertIn("the engine (legacy); 1 thread;", rows[0][5])
+        self.assertIn("rows and columns (legacy); 1 thread;", rows[2][5])
         for _, _, _, difference, there_and_back, method in rows:
             # Relative to the largest wave, sums of n terms are wrong by n roundings at most, a transform by fewer.
             self.assertLess(float(difference), 2 * 512 * 2**-53)
