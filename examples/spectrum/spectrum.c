@@ -6,6 +6,7 @@
 #include <errno.h>
 #include <math.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 
 static const double pi = 3.14159265358979323846;
@@ -53,21 +54,24 @@ int main(int count, char** words)
     print(name[1], &frames);
     print(name[2], &pixels);
 
+    int failed = 0;
     if (count == 4) {
-        const struct results results = {&sunspots,
-                                        &picture,
-                                        &years,
-                                        &frames,
-                                        &pixels,
-                                        peak,
-                                        mean,
-                                        filtered(&years, slow),
-                                        filtered(&pixels, blur),
-                                        filtered(&pixels, sharpen)};
-        if (write_page(words[3], &results) != 0) {
-            fprintf(stderr, "spectrum: %s: %s\n", words[3], strerror(errno));
-            return 1;
-        }
+        double *slow_part = filtered(&years, slow), *blurred = filtered(&pixels, blur),
+               *sharpened = filtered(&pixels, sharpen);
+        const struct results results = {.sunspots = &sunspots,
+                                        .picture = &picture,
+                                        .years = &years,
+                                        .frames = &frames,
+                                        .pixels = &pixels,
+                                        .peak = peak,
+                                        .mean = mean,
+                                        .slow = slow_part,
+                                        .blurred = blurred,
+                                        .sharpened = sharpened};
+        failed = write_page(words[3], &results) != 0;
+        if (failed) fprintf(stderr, "spectrum: %s: %s\n", words[3], strerror(errno));
+        free(slow_part), free(blurred), free(sharpened);
     }
-    return 0;
+    release(&years), release(&frames), release(&pixels);
+    return failed;
 }

@@ -37,6 +37,7 @@ void make_sound(struct signal* frames);
 
 /* transform.c */
 void transform(const struct signal* signal, struct spectrum* spectrum);
+void release(struct spectrum* spectrum);                                /* and its signal */
 double amplitude(const struct spectrum* spectrum, int column, int row); /* of a wave in the signal's own unit */
 /* The signal with its wave of frequency f (cycles a value, in any direction) multiplied by gain(f). */
 double* filtered(const struct spectrum* spectrum, double (*gain)(double f));

@@ -111,6 +111,13 @@ void transform(const struct signal* signal, struct spectrum* s)
     compare(s);
 }
 
+void release(struct spectrum* s)
+{
+    orv_dft_free(s->dft);
+    free(s->value);
+    free(s->of->value);
+}
+
 double amplitude(const struct spectrum* s, int column, int row)
 {
     const double complex y = s->value[row * s->half + column];
