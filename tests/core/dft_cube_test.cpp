@@ -306,13 +306,16 @@ TEST(Transforms, of_complex_floats_are_what_the_definition_says) { run_many<floa
 TEST(Transforms, of_doubles_are_what_the_definition_says) { run_many<double>(ORV_DFT_REAL, some, 3); }
 TEST(Transforms, of_floats_are_what_the_definition_says) { run_many<float>(ORV_DFT_REAL, some, 4); }
 
-TEST(TransformsFull, of_complex_doubles_are_what_the_definition_says)
+TEST(TransformsNightly, of_complex_doubles_are_what_the_definition_says)
 {
     run_many<double>(ORV_DFT_COMPLEX, 20 * some, 5);
 }
-TEST(TransformsFull, of_complex_floats_are_what_the_definition_says) { run_many<float>(ORV_DFT_COMPLEX, 20 * some, 6); }
-TEST(TransformsFull, of_doubles_are_what_the_definition_says) { run_many<double>(ORV_DFT_REAL, 20 * some, 7); }
-TEST(TransformsFull, of_floats_are_what_the_definition_says) { run_many<float>(ORV_DFT_REAL, 20 * some, 8); }
+TEST(TransformsNightly, of_complex_floats_are_what_the_definition_says)
+{
+    run_many<float>(ORV_DFT_COMPLEX, 20 * some, 6);
+}
+TEST(TransformsNightly, of_doubles_are_what_the_definition_says) { run_many<double>(ORV_DFT_REAL, 20 * some, 7); }
+TEST(TransformsNightly, of_floats_are_what_the_definition_says) { run_many<float>(ORV_DFT_REAL, 20 * some, 8); }
 
 } // namespace
 } // namespace orv::test
