@@ -51,13 +51,6 @@ template <class R> void inverse_of_perm(int order, double scale, R* dst)
     transform<false>(order - 1, scale, pairs, pairs);
 }
 
-// How a node's rows are packed.
-Layout layout_of(const DftiNode& node)
-{
-    if (has_half_spectrum(node)) return Layout::ccs;
-    return node.packed_format == CFG_PACK ? Layout::pack : node.packed_format == CFG_PERM ? Layout::perm : Layout::ccs;
-}
-
 template <class R> i32 real_forward(int order, void* input, void* output, const DftiNode* node)
 {
     auto* const to = static_cast<R*>(output);

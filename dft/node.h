@@ -3,6 +3,7 @@
 #pragma once
 
 #include "dft/primitives/members.h"
+#include "dft/primitives/packed.h"
 #include "frame/kernels/dft_node.h"
 #include "frame/serv.h"
 
@@ -41,6 +42,16 @@ inline bool is_split(const DftiNode& node)
 inline u32 pointers_of(const DftiNode& node) { return (is_in_place(node) ? 1 : 2) * (is_split(node) ? 2 : 1); }
 
 inline bool has_half_spectrum(const DftiNode& node) { return node.conjugate_even_storage == CFG_STORE_COMPLEX; }
+
+// How the spectrum of a row of reals is laid out.
+inline Layout layout_of(u32 format)
+{
+    return format == CFG_PACK ? Layout::pack : format == CFG_PERM ? Layout::perm : Layout::ccs;
+}
+inline Layout layout_of(const DftiNode& node)
+{
+    return has_half_spectrum(node) ? Layout::ccs : layout_of(node.packed_format);
+}
 
 // Whether rows of a real backward transform are packed as Perm beside the spectrum, which they do not fit into.
 inline bool keeps_rows_apart(const DftiNode& node)

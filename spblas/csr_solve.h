@@ -39,15 +39,15 @@ template <class T> ORV_INLINE Int stop(const Csr<T>& a, Int i, bool downward)
 template <class T> ORV_INLINE Entries<T> beside(const Options& o, const Csr<T>& a, Int i, Int p)
 {
     const Int begin = a.begin[i], end = a.end[i];
-    // A search from the other triangle has to leave out itself what is stored in place of ones.
-    if (o.unit && o.mirrored) {
+    // What is stored in place of ones does not act.
+    if (o.unit) {
         while (p >= begin && p < end && a.col[p] == i) p += o.lower ? -1 : 1;
         p += o.lower ? 1 : -1;
     }
     return o.lower ? a.entries(begin, p) : a.entries(p + 1, end);
 }
 
-// Row i's own y[i] less what its neighbours take, by the diagonal.
+// By the diagonal of a row, which is not read where it stands for a one.
 template <class T> ORV_INLINE T divided(const Options& o, const Csr<T>& a, Int diagonal, T value)
 {
     return o.unit ? value : divide(value, conjugate_if(o.conjugate_diagonal(), a.val[diagonal]));
@@ -55,8 +55,7 @@ template <class T> ORV_INLINE T divided(const Options& o, const Csr<T>& a, Int d
 
 // Each row takes from the elements that are solved already, entry by entry along the search: the last one is often the
 // element that has just been solved, and has to wait for nothing but its own product and sum.
-template <bool downward, class T, class Y>
-[[gnu::noinline]] void solve_rows(Options o, Int m, Csr<T> a, Y y)
+template <bool downward, class T, class Y> [[gnu::noinline]] void solve_rows(Options o, Int m, Csr<T> a, Y y)
 {
     constexpr Int step = downward ? 1 : -1;
     Int i = downward ? o.base : m + o.base - 1;

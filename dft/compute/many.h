@@ -40,18 +40,10 @@ private:
 // Pairs of half a spectrum of n reals, or of a row that holds either.
 constexpr i64 half(i64 n) { return n / 2 + 1; }
 
-inline Layout layout_of(u32 format)
-{
-    return format == CFG_PACK ? Layout::pack : format == CFG_PERM ? Layout::perm : Layout::ccs;
-}
 // Reals of a packed row.
 constexpr i64 packed_length(Layout layout, i64 n) { return layout == Layout::ccs ? 2 * half(n) : n; }
 // The layout that the kernel back to reals reads.
-inline Layout read_by_kernel(const DftiNode& node)
-{
-    if (keeps_rows_apart(node)) return Layout::perm;
-    return has_half_spectrum(node) ? Layout::ccs : layout_of(node.packed_format);
-}
+inline Layout read_by_kernel(const DftiNode& node) { return keeps_rows_apart(node) ? Layout::perm : layout_of(node); }
 
 template <class R> void unpack_row(i64 n, Layout layout, const R* packed, cpx<R>* half);
 template <class R> void pack_row(i64 n, Layout layout, const cpx<R>* half, R* packed);

@@ -4,8 +4,9 @@
 //   X[k] = conj(c[k]) * sum of (x[j]*conj(c[j])) * c[k - j]
 //
 // for j*k = (j*j + k*k - (k - j)^2)/2. The sum is a convolution, for which a node of m points is committed; inverse,
-// all factors are conjugated, and the spectrum of the chirp is too, for the chirp is even. table_a: conj(c) at 0 to n -
-// 1; table_b: the spectrum of c, divided by m. Reals go the same way: only half of their spectrum is read or written.
+// all factors are conjugated, and the spectrum of the chirp is too, for the chirp is even. table_a: n values of
+// conj(c); table_b: the spectrum of c, divided by m. Reals go the same way: only half of their spectrum is read or
+// written.
 //
 // Beside its data a call needs an array of m numbers; without memory it returns node_no_memory and writes nothing.
 #include "dft/methods/method.h"

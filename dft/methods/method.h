@@ -2,7 +2,6 @@
 #pragma once
 
 #include "dft/node.h"
-#include "dft/primitives/packed.h"
 
 namespace orv::dft {
 
@@ -56,11 +55,6 @@ template <class R> Arrays<R> reals_of(const DftiNode& node, bool forward, void* 
 }
 
 // The spectrum of n reals in one of its layouts.
-inline Layout layout_of(const DftiNode& node)
-{
-    if (has_half_spectrum(node)) return Layout::ccs;
-    return node.packed_format == CFG_PERM ? Layout::perm : node.packed_format == CFG_PACK ? Layout::pack : Layout::ccs;
-}
 template <class R> struct Spectrum {
     using T = cpx<std::remove_const_t<R>>;
     R* values;
