@@ -61,8 +61,8 @@ std::vector<Case> fft_cases()
             cases.push_back(transform(type, shaped("planes", n, n, 1, 1, n == 256)));
         for (const i64 n : {8, 9, 16, 32, 60, 64, 128, 256})
             cases.push_back(transform(type, shaped("cubes", n, n, n, 1, n == 32)));
-        for (Case c : {transform(type, shaped("one, threads", i64{1} << 22, 1, 1, 1, false)),
-                       transform(type, shaped("planes, threads", 2048, 2048, 1, 1, false))}) {
+        for (Case c : {transform(type, shaped("one threads", i64{1} << 22, 1, 1, 1, false)),
+                       transform(type, shaped("planes threads", 2048, 2048, 1, 1, false))}) {
             c.threads = 2;
             cases.push_back(std::move(c));
         }

@@ -99,6 +99,8 @@ std::vector<Library> libraries(const Places& p)
         {"librsb", p.eigen + "/libbench_sparse_rsb.so", everywhere, false, {"OMP_NUM_THREADS=1"}},
         {"eigen", p.eigen + "/libbench_sparse_eigen_native.so", unrestricted, false, {}},
         {"loops", p.eigen + "/libbench_sparse_loops_native.so", unrestricted, false, {}},
+        {"orv 1", p.orv + "/libbench_orv.so", threaded, false, {"ORV_NUM_THREADS=1"}},
+        {"orv 2", p.orv + "/libbench_orv.so", threaded, false, {"ORV_NUM_THREADS=2"}},
         {"orv 1", p.orv + "/libbench_sparse_orv.so", threaded, false, {"ORV_NUM_THREADS=1"}},
         {"orv 2", p.orv + "/libbench_sparse_orv.so", threaded, false, {"ORV_NUM_THREADS=2"}},
         {"reference", debian + "blas/libblas.so.3", held, false, {}},
