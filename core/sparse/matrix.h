@@ -11,7 +11,9 @@ namespace orv::core::sparse {
 
 // The letters of the record, folded, with what 0 stands for in their place.
 inline char kind_of(const orv_sparse& a) { return a.kind == 0 ? 'G' : fold(a.kind); }
-inline bool is_unit(const orv_sparse& a) { return fold(a.diag) == 'U'; }
+// Of general and anti-symmetric matrices diag says nothing.
+inline bool has_stated_diagonal(const orv_sparse& a) { return kind_of(a) != 'G' && kind_of(a) != 'A'; }
+inline bool is_unit(const orv_sparse& a) { return has_stated_diagonal(a) && fold(a.diag) == 'U'; }
 
 template <class T, class Int> struct Matrix {
     i64 rows, cols; // of op(A)
@@ -88,7 +90,7 @@ template <class T, class Int> Matrix<T, Int> matrix_of(const orv_sparse& a, char
     l.base = static_cast<char>(a.base);
     const bool triangular = l.kind != 'g' && l.kind != 'd';
     bool lower = fold(a.uplo) == 'L';
-    l.diagonal = l.kind == 'g' || l.kind == 'a' ? '_' : is_unit(a) ? 'u' : 'n';
+    l.diagonal = !has_stated_diagonal(a) ? '_' : is_unit(a) ? 'u' : 'n';
     char op = static_cast<char>(fold(trans) | 0x20);
     const auto real = [](char of_complex) -> char {
         return is_complex<T> ? of_complex : of_complex == 'c' ? 't' : of_complex == 's' ? 'n' : of_complex;

@@ -78,7 +78,7 @@ typedef struct orv_sparse {
     char type;          /* of values: s float, d double, c and z their complex numbers */
     char kind;          /* G or 0, S, H, A, T, D */
     char uplo;          /* U, L; of kinds S H A T */
-    char diag;          /* N or 0: as stored; U: ones */
+    char diag;          /* N or 0: as stored; U: ones; of kinds S H T D */
     int bits;           /* of each index and pointer: 32 or 64 */
     int base;           /* what row[] and col[] count from: 0 or 1 (not DIA, SKY) */
     int64_t rows, cols; /* of the matrix */
