@@ -11,7 +11,7 @@ function(orv_branch tag)
   endforeach()
   orv_kernel_options(orv_${tag}_options ${tag} "${branch_FLAGS}")
 
-  set(folders frame blas blas/gemm blas/level3 lapack_ps trans xblas dft dft/methods dft/compute dft/batch dft/primitives
+  set(folders frame blas blas/gemm blas/level3 lapack_ps trans xblas conv dft dft/methods dft/compute dft/batch dft/primitives
       dft/primitives/dft dft/primitives/fft dft/primitives/convolution)
   list(TRANSFORM folders REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/\\1/*.cpp")
   file(GLOB sources CONFIGURE_DEPENDS ${folders})

@@ -1,6 +1,7 @@
 #include "tests/support/prototypes.h"
 
 #include "frame/kernels/blas.h"
+#include "frame/kernels/conv.h"
 #include "frame/kernels/dft_batch.h"
 #include "frame/kernels/dft_compute.h"
 #include "frame/kernels/dft_fft.h"
@@ -21,6 +22,10 @@ std::span<const Prototype> prototypes()
     static constexpr Prototype all[] = {
 #define ORV_NAME(name, ...) ENTRY(kernels::blas::name)
 #include "frame/kernels/blas.def"
+#undef ORV_NAME
+#define ORV_NAME(name, ...) ENTRY(kernels::conv::name)
+#include "frame/kernels/conv.def"
+        ORV_CONV_ALL(ORV_CONV_PROTOTYPE)
 #undef ORV_NAME
 #define ORV_NAME(name, ...) ENTRY(kernels::dft::name)
 #include "frame/kernels/dft_batch.def"

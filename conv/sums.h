@@ -1,0 +1,218 @@
+// The direct sums: z[j] = sum over i of a[i]*b[i + shift + j*step], in every dimension over those i for which both
+// indices lie in their arrays; zero where there are none.
+//
+// Each output is one chain: the products go to it one after the other, i ascending, dimension 0 fastest, each product
+// and each sum rounded once. Of complex numbers the chains are four, of re*re, im*im, re*im and im*re, which meet at
+// the end. So an output does not depend on which others are computed beside it: a group of them is only summed together
+// over those i that all need, the ones before and behind are added by themselves. With neighbours in b and a step of 1
+// a group is some registers of outputs; else it is four outputs.
+#pragma once
+
+#include "conv/view.h"
+
+namespace orv::conv {
+
+// The chains of n outputs.
+template <class I, int n> struct Chains {
+    static constexpr bool complex = is_complex<I>;
+    I straight[n];              // a.re*b, or the whole product
+    I crossed[complex ? n : 1]; // a.im*b
+
+    ORV_INLINE void add(int k, I a, I b)
+    {
+        if constexpr (complex) {
+            straight[k] += a.re * b;
+            crossed[k] += a.im * b;
+        } else straight[k] += a * b;
+    }
+    ORV_INLINE I value(int k) const
+    {
+        if constexpr (complex) return {straight[k].re - crossed[k].im, straight[k].im + crossed[k].re};
+        else return straight[k];
+    }
+};
+
+// Products of the lines that a and b have: i runs over `count` elements of either from the views' own beginning.
+template <class T> struct Lines {
+    View<const T> a, b; // b has no use for its lengths
+    i64 count;
+};
+
+// Outputs one by one, `n` of them `spread` apart in b.
+template <class T, class I, int n_> struct OneByOne {
+    static constexpr int n = n_;
+    static constexpr bool of_neighbours = false;
+    [[gnu::noinline]] static void sum(const Lines<T>& lines, i64 spread, Chains<I, n>& chains)
+    {
+        Chains<I, n> c = chains;
+        const i64 a_step = lines.a.step[0], b_step = lines.b.step[0], count = lines.count;
+        each_line(lines.a, lines.b, [&](const T* a, const T* b) ORV_INLINE_LAMBDA {
+            for (i64 i = 0; i < count; ++i, a += a_step, b += b_step) {
+                const I factor = as<I>(*a);
+#pragma GCC unroll 4
+                for (int k = 0; k < n; ++k) c.add(k, factor, as<I>(b[k * spread]));
+            }
+        });
+        chains = c;
+    }
+};
+
+// So many registers of outputs that are neighbours in b.
+template <class T, class I, int registers> struct Neighbours {
+    static constexpr int lanes = vec<I>::lanes, n = registers * lanes;
+    static constexpr bool of_neighbours = true;
+
+    ORV_INLINE static vec<I> wide(const T* b)
+    {
+        if constexpr (sizeof(T) == sizeof(I)) return loadu(b);
+        else if constexpr (!is_complex<T>) return load_widened(b);
+        else return {load_widened_first<vec<double>::lanes>(reinterpret_cast<const real_t<T>*>(b)).r};
+    }
+    template <class R> ORV_INLINE static vec<I> times(R a, vec<I> b) { return lane_product(vec<I>{splat(a).r}, b); }
+
+    [[gnu::noinline]] static void sum(const Lines<T>& lines, i64 /* of neighbours */, Chains<I, n>& chains)
+    {
+        vec<I> straight[registers], crossed[registers];
+#pragma GCC unroll 8
+        for (int k = 0; k < registers; ++k) {
+            straight[k] = loadu(chains.straight + k * lanes);
+            if constexpr (is_complex<I>) crossed[k] = loadu(chains.crossed + k * lanes);
+        }
+        const i64 a_step = lines.a.step[0], count = lines.count;
+        each_line(lines.a, lines.b, [&](const T* a, const T* b) ORV_INLINE_LAMBDA {
+            for (const T* const end = b + count; b != end; a += a_step, ++b) {
+                const I factor = as<I>(*a);
+#pragma GCC unroll 8
+                for (int k = 0; k < registers; ++k) {
+                    const vec<I> v = wide(b + k * lanes);
+                    if constexpr (is_complex<I>) {
+                        straight[k] += times(factor.re, v);
+                        crossed[k] += times(factor.im, v);
+                        settle(crossed[k]);
+                    } else straight[k] += times(factor, v);
+                    settle(straight[k]); // the next load is to wait: all of them at once would not fit in registers
+                }
+            }
+        });
+#pragma GCC unroll 8
+        for (int k = 0; k < registers; ++k) {
+            storeu(chains.straight + k * lanes, straight[k]);
+            if constexpr (is_complex<I>) storeu(chains.crossed + k * lanes, crossed[k]);
+        }
+    }
+};
+
+// The indices i of one output, from first to last; none if last is below first.
+struct Range {
+    i64 first, last;
+};
+inline Range range_of(i64 na, i64 nb, i64 lag) { return {max(0, -lag), min(na - 1, nb - 1 - lag)}; }
+
+// One line of outputs along dimension 0.
+template <class T, class I> class Line {
+public:
+    // The elements of a and b that meet in the dimensions above the first, lags being those of the line; false if none.
+    bool meet(const View<const T>& a, const View<const T>& b, const i64* lags)
+    {
+        lines_.a = a, lines_.b = b;
+        for (i32 d = 1; d < a.rank; ++d) {
+            const Range r = range_of(a.n[d], b.n[d], lags[d]);
+            if (r.last < r.first) return false;
+            lines_.a.at += r.first * a.step[d], lines_.a.n[d] = r.last - r.first + 1;
+            lines_.b.at += (r.first + lags[d]) * b.step[d];
+        }
+        return true;
+    }
+
+    // n outputs z[j*z_step], whose lags are lag + j*step.
+    void compute(i64 lag, i64 step, T* z, i64 z_step, i64 n) const
+    {
+        constexpr int registers = is_complex<I> ? 4 : 8;
+        i64 j = 0;
+        if (lines_.b.step[0] == 1 && step == 1) {
+            while (n - j >= Neighbours<T, I, 2>::n) {
+                using Wide = Neighbours<T, I, registers>;
+                const i64 first = lag + j;
+                const bool inside = n - j >= Wide::n && all_inside(first, first + Wide::n - 1);
+                if (inside) group<Wide>(first, 1, z + j * z_step, z_step), j += Wide::n;
+                else group<Neighbours<T, I, 2>>(first, 1, z + j * z_step, z_step), j += Neighbours<T, I, 2>::n;
+            }
+        }
+        for (; n - j >= 4; j += 4) group<OneByOne<T, I, 4>>(lag + j * step, step, z + j * z_step, z_step);
+        for (; j < n; ++j) group<OneByOne<T, I, 1>>(lag + j * step, step, z + j * z_step, z_step);
+    }
+
+private:
+    i64 na() const { return lines_.a.n[0]; }
+    i64 nb() const { return lines_.b.n[0]; }
+    // Whether all of a meets b for every output with these lags.
+    bool all_inside(i64 first_lag, i64 last_lag) const { return first_lag >= 0 && last_lag <= nb() - na(); }
+
+    Lines<T> from(i64 i, i64 lag, i64 count) const
+    {
+        Lines<T> l = lines_;
+        l.a.at += i * l.a.step[0], l.b.at += (i + lag) * l.b.step[0], l.count = count;
+        return l;
+    }
+    void add(const T* a, const T* b, i64 lag, i64 first, i64 last, auto& chains, int k) const
+    {
+        for (i64 i = first; i <= last; ++i)
+            chains.add(k, as<I>(a[i * lines_.a.step[0]]), as<I>(b[(i + lag) * lines_.b.step[0]]));
+    }
+
+    // The group of outputs of the form By, the first of which has that lag.
+    template <class By> [[gnu::noinline]] void group(i64 lag, i64 step, T* z, i64 z_step) const
+    {
+        Chains<I, By::n> chains{};
+        const i64 last_lag = lag + (By::n - 1) * step, spread = step * lines_.b.step[0];
+        const Range common{range_of(na(), nb(), lag).first, range_of(na(), nb(), last_lag).last};
+        if (common.last < common.first) {
+            if constexpr (By::n > 1) {
+                for (int k = 0; k < By::n; ++k) group<OneByOne<T, I, 1>>(lag + k * step, step, z + k * z_step, z_step);
+                return;
+            }
+        } else if (By::n == 1 || all_inside(lag, last_lag)) {
+            By::sum(from(common.first, lag, common.last - common.first + 1), spread, chains);
+        } else {
+            add_edges_too<By>(lag, step, common, chains);
+        }
+        for (int k = 0; k < By::n; ++k) z[k * z_step] = as<T>(chains.value(k));
+    }
+
+    template <class By> void add_edges_too(i64 lag, i64 step, Range common, Chains<I, By::n>& chains) const
+    {
+        Lines<T> one = from(common.first, lag, common.last - common.first + 1);
+        const i64 a_to_first = common.first * lines_.a.step[0], b_to_first = (common.first + lag) * lines_.b.step[0];
+        one.a.rank = 1;
+        each_line(lines_.a, lines_.b, [&](const T* a, const T* b) {
+            for (int k = 0; k < By::n; ++k)
+                add(a, b, lag + k * step, range_of(na(), nb(), lag + k * step).first, common.first - 1, chains, k);
+            one.a.at = a + a_to_first, one.b.at = b + b_to_first;
+            By::sum(one, step * lines_.b.step[0], chains);
+            for (int k = 0; k < By::n; ++k)
+                add(a, b, lag + k * step, common.last + 1, range_of(na(), nb(), lag + k * step).last, chains, k);
+        });
+    }
+
+    Lines<T> lines_;
+};
+
+template <class I, class T>
+void correlate(const View<const T>& a, const View<const T>& b, const View<T>& z, const i64* shift, const i64* step)
+{
+    i64 lags[most_dimensions] = {}, index[most_dimensions] = {};
+    for (i32 d = 0; d < z.rank; ++d) lags[d] = shift[d];
+    each_line(z, z, [&](T* at, T*) {
+        Line<T, I> line;
+        if (line.meet(a, b, lags)) line.compute(lags[0], step[0], at, z.step[0], z.n[0]);
+        else
+            for (i64 j = 0; j < z.n[0]; ++j) at[j * z.step[0]] = T{};
+        for (i32 d = 1; d < z.rank; ++d) { // where each_line goes next
+            lags[d] += step[d];
+            if (++index[d] < z.n[d]) break;
+            lags[d] = shift[d], index[d] = 0;
+        }
+    });
+}
+
+} // namespace orv::conv
