@@ -98,6 +98,8 @@ const char* orv_status_text(orv_status status)
         return "a sparse matrix lacks an element of its diagonal";
     case ORV_ZERO_DIAGONAL:
         return "an element on the diagonal of a sparse matrix is zero";
+    case ORV_TRANSFORM_FAILED:
+        return "the Fourier transform inside a convolution was refused";
     default:
         return "no status of this library";
     }

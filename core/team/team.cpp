@@ -65,6 +65,13 @@ int available_threads()
     return wanted < limit ? wanted : limit;
 }
 
+int exchange_own_threads(int threads)
+{
+    const int before = own_threads;
+    own_threads = threads;
+    return before;
+}
+
 int threads_for_large(double worth, double grain, i64 most)
 {
     if (most < 2) return 1;

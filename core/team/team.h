@@ -13,6 +13,21 @@ namespace orv::core {
 // region and in a child process after fork, whose parent's team did not come along.
 int available_threads();
 
+// What the calling thread set for its own calls, 0 if nothing, before it is set to `threads`.
+int exchange_own_threads(int threads);
+
+// Calls of this thread compute alone while this lives.
+class Alone {
+public:
+    Alone() : before_(exchange_own_threads(1)) {}
+    Alone(const Alone&) = delete;
+    Alone& operator=(const Alone&) = delete;
+    ~Alone() { exchange_own_threads(before_); }
+
+private:
+    int before_;
+};
+
 // How many times larger work is taken than it is when the core decides about sharing it; see eagerness.h.
 extern std::atomic<double> eagerness;
 inline double eagerly(double work) { return work * eagerness.load(std::memory_order_relaxed); }

@@ -8,6 +8,7 @@
 
 #include <orv/blas.h>
 #include <orv/branch.h>
+#include <orv/conv.h>
 #include <orv/dft.h>
 #include <orv/lapack.h>
 #include <orv/memory.h>

@@ -24,7 +24,9 @@ enum {
     ORV_NOT_SORTED = 11,     /* entries are not sorted, */
     ORV_DUPLICATE = 12,      /* two entries stand in the same place, */
     ORV_NO_DIAGONAL = 13,    /* an element of the diagonal is not stored, */
-    ORV_ZERO_DIAGONAL = 14   /* or it is zero */
+    ORV_ZERO_DIAGONAL = 14,  /* or it is zero */
+
+    ORV_TRANSFORM_FAILED = 15 /* of convolutions: the Fourier transform inside was refused */
 };
 
 /* One line in English for any status; never null, valid for ever. */
