@@ -27,9 +27,12 @@ private:
     Block<T> block_;
 };
 
+template <class T>
+using Sums = void(const View<const T>& a, const View<const T>& b, const View<T>& z, const i64* shift, const i64* step);
+
 // The shorter operand is summed over, from its end: so convolution is the correlation with the reversed one. It is
 // copied whatever its strides are, which costs least of all.
-template <class I, class T> Status convolve(const Problem<T>& p)
+template <class T> Status convolve(const Problem<T>& p, Sums<T>* sum)
 {
     const bool swapped = p.y.total() < p.x.total();
     const View<const T>&shorter = swapped ? p.y : p.x, &other = swapped ? p.x : p.y;
@@ -40,12 +43,12 @@ template <class I, class T> Status convolve(const Problem<T>& p)
     if (signal.refused()) return no_memory;
     i64 shift[most_dimensions] = {};
     for (i32 d = 0; d < p.z.rank; ++d) shift[d] = p.start[d] - (shorter.n[d] - 1);
-    correlate<I>(kernel.view, signal.view, p.z, shift, p.step);
+    sum(kernel.view, signal.view, p.z, shift, p.step);
     return ok;
 }
 
 // x is summed over, however long it is.
-template <class I, class T> Status correlate(const Problem<T>& p)
+template <class T> Status correlate(const Problem<T>& p, Sums<T>* sum)
 {
     const auto nx = static_cast<double>(p.x.total()), ny = static_cast<double>(p.y.total());
     const auto nz = static_cast<double>(p.z.total());
@@ -54,7 +57,7 @@ template <class I, class T> Status correlate(const Problem<T>& p)
     if (x.refused()) return no_memory;
     const Gathered<T> y(p.y, !in_place && !p.y.is_dense());
     if (y.refused()) return no_memory;
-    correlate<I>(x.view, y.view, p.z, p.start, p.step);
+    sum(x.view, y.view, p.z, p.start, p.step);
     return ok;
 }
 
@@ -63,8 +66,8 @@ struct direct {
     static constexpr bool has_undecimated_lines = true;
     template <class Pair> static Status run(const Problem<typename Pair::Data>& p)
     {
-        using I = typename Pair::Sum;
-        return p.correlates ? correlate<I>(p) : convolve<I>(p);
+        constexpr auto sum = sum_products<typename Pair::Sum, typename Pair::Data>;
+        return p.correlates ? correlate(p, sum) : convolve(p, sum);
     }
     template <class Pair> static Status run_line(const Problem<typename Pair::Data>& p) { return run<Pair>(p); }
 };

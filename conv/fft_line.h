@@ -77,6 +77,13 @@ template <class I, class T> Status convolve_reals(const Problem<T>& p)
     return status;
 }
 
+template <class R> void subtract(const R* from, R* to, i64 n)
+{
+    each<R, 1>(
+        n, [&](i64 i, auto) ORV_INLINE_LAMBDA { storeu(to + i, loadu(to + i) - loadu(from + i)); },
+        [&](i64 i) ORV_INLINE_LAMBDA { to[i] -= from[i]; });
+}
+
 // Four convolutions of the parts; z is written when all of them are there.
 template <class I, class T> Status convolve_pairs(const Problem<T>& p)
 {
@@ -101,7 +108,7 @@ template <class I, class T> Status convolve_pairs(const Problem<T>& p)
     R *const z_of_re = z_re.data(), *const z_of_im = z_im.data(), *const other = work.data();
     if (const Status s = x_re.convolve(y_re, z_of_re)) return s;
     if (const Status s = x_im.convolve(y_im, other)) return s;
-    for (i64 i = 0; i < full; ++i) z_of_re[i] -= other[i];
+    subtract(other, z_of_re, full);
     if (const Status s = x_re.convolve(y_im, z_of_im)) return s;
     if (const Status s = x_im.convolve(y_re, other)) return s;
     const i64 offset = p.offset(0);

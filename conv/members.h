@@ -13,37 +13,40 @@ namespace orv::conv {
 
 inline constexpr bool job_conv = false, job_corr = true; // whether it is a correlation
 
-template <class Pair, class Route, bool correlates> struct Entry {
+template <class Pair, class Route> struct Entry {
     using T = typename Pair::Data;
 
-    static i32 call(const T* x, i32 xs, const T* y, i32 ys, T* z, i32 zs, i32 nx, i32 ny, i32 start, i32 nz, i32 step)
+    static i32 call(bool correlates, const T* x, i32 xs, const T* y, i32 ys, T* z, i32 zs, i32 nx, i32 ny, i32 start,
+                    i32 nz, i32 step)
     {
-        return line(x, xs, y, ys, z, zs, nx, ny, start, nz, &step);
+        return line(correlates, x, xs, y, ys, z, zs, nx, ny, start, nz, &step);
     }
     // Without a step: one product of routes and types has that.
-    static i32 call(const T* x, i32 xs, const T* y, i32 ys, T* z, i32 zs, i32 nx, i32 ny, i32 start, i32 nz)
+    static i32 call(bool correlates, const T* x, i32 xs, const T* y, i32 ys, T* z, i32 zs, i32 nx, i32 ny, i32 start,
+                    i32 nz)
     {
         if constexpr (std::is_same_v<Pair, pair_ss> && Route::has_undecimated_lines)
-            return line(x, xs, y, ys, z, zs, nx, ny, start, nz, nullptr);
+            return line(correlates, x, xs, y, ys, z, zs, nx, ny, start, nz, nullptr);
         else return no_kernel;
     }
-    static i32 call(i32 rank, const T* x, const i32* nx, const i32* xs, const T* y, const i32* ny, const i32* ys, T* z,
-                    const i32* nz, const i32* zs, const i32* start, const i32* step)
+    [[gnu::noinline]] static i32 call(bool correlates, i32 rank, const T* x, const i32* nx, const i32* xs, const T* y,
+                                      const i32* ny, const i32* ys, T* z, const i32* nz, const i32* zs,
+                                      const i32* start, const i32* step)
     {
         Problem<T> p;
         const Status refused =
             take(p, correlates, Route::least_rank, rank, x, nx, xs, y, ny, ys, z, nz, zs, start, step);
         return refused != ok ? refused : Route::template run<Pair>(p);
     }
-    static i32 call(i32, const T*, const i32*, const i32*, const T*, const i32*, const i32*, T*, const i32*, const i32*,
-                    const i32*)
+    static i32 call(bool, i32, const T*, const i32*, const i32*, const T*, const i32*, const i32*, T*, const i32*,
+                    const i32*, const i32*)
     {
         return no_kernel;
     }
 
 private:
-    static i32 line(const T* x, i32 xs, const T* y, i32 ys, T* z, i32 zs, i32 nx, i32 ny, i32 start, i32 nz,
-                    const i32* step)
+    [[gnu::noinline]] static i32 line(bool correlates, const T* x, i32 xs, const T* y, i32 ys, T* z, i32 zs, i32 nx,
+                                      i32 ny, i32 start, i32 nz, const i32* step)
     {
         Problem<T> p;
         const Status refused = take(p, correlates, x, xs, y, ys, z, zs, nx, ny, start, nz, step);
@@ -58,10 +61,10 @@ private:
 #define CONV_ARGUMENTS_all_de 12
 #define CONV_ARGUMENTS_all_nd 11
 #define CONV_EXPORT(pair, route, shape, job, decimation)                                                               \
-    CONV_EXPORT_NAME(CONV_ARGUMENTS_##shape##_##decimation, ORV_CONV_NAME(pair, route, shape, job, decimation),        \
-                     Entry<pair_##pair, route, job_##job>)
-#define CONV_EXPORT_NAME(count, name, ...)                                                                             \
+    CONV_EXPORT_NAME(CONV_ARGUMENTS_##shape##_##decimation, ORV_CONV_NAME(pair, route, shape, job, decimation), pair,  \
+                     route, job)
+#define CONV_EXPORT_NAME(count, name, pair, route, job)                                                                \
     ORV_EXPORT i32 CONV(name)(ORV_PARAMETERS(count, value_argument, CONV(name)))                                       \
     {                                                                                                                  \
-        return __VA_ARGS__::call(ORV_NAMES(count));                                                                    \
+        return Entry<pair_##pair, route>::call(job_##job, ORV_NAMES(count));                                           \
     }

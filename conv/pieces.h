@@ -8,7 +8,7 @@ namespace orv::conv {
 constexpr bool is_tiny(i64 length) { return length < 3; }
 
 // The longest piece beside the whole of the other operand.
-constexpr i64 piece_beside(i64 other)
+inline i64 piece_beside(i64 other)
 {
     const i64 piece = 2 * least_pow2(other) - other + 1;
     return is_tiny(piece) ? 4 * least_pow2(other) - other + 1 : piece;
@@ -18,7 +18,7 @@ struct Pieces {
     i64 x, y;
     bool cut;
 };
-constexpr Pieces pieces_of(i64 nx, i64 ny)
+[[gnu::noinline]] inline Pieces pieces_of(i64 nx, i64 ny)
 {
     const i64 px = is_tiny(ny) ? nx : piece_beside(ny), py = is_tiny(nx) ? ny : piece_beside(nx);
     if (py < ny) return {nx, py, true};

@@ -40,8 +40,8 @@ inline Status refuse_step(bool correlates, i64 nx, i64 ny, i64 start, i64 nz, i6
 
 // Looked at in the order of the arguments of one dimension; without a step any number of outputs goes.
 template <class T>
-Status take(Problem<T>& p, bool correlates, const T* x, i32 xstride, const T* y, i32 ystride, T* z, i32 zstride, i32 nx,
-            i32 ny, i32 start, i32 nz, const i32* step)
+[[gnu::noinline]] Status take(Problem<T>& p, bool correlates, const T* x, i32 xstride, const T* y, i32 ystride, T* z,
+                              i32 zstride, i32 nx, i32 ny, i32 start, i32 nz, const i32* step)
 {
     if (x == nullptr) return null_x;
     if (nx < 1) return bad_xshape;
@@ -60,9 +60,9 @@ Status take(Problem<T>& p, bool correlates, const T* x, i32 xstride, const T* y,
 
 // The same for any rank from least_rank on.
 template <class T>
-Status take(Problem<T>& p, bool correlates, i32 least_rank, i32 rank, const T* x, const i32* xshape, const i32* xstride,
-            const T* y, const i32* yshape, const i32* ystride, T* z, const i32* zshape, const i32* zstride,
-            const i32* start, const i32* step)
+[[gnu::noinline]] Status take(Problem<T>& p, bool correlates, i32 least_rank, i32 rank, const T* x, const i32* xshape,
+                              const i32* xstride, const T* y, const i32* yshape, const i32* ystride, T* z,
+                              const i32* zshape, const i32* zstride, const i32* start, const i32* step)
 {
     if (rank < least_rank || rank > most_dimensions) return bad_rank;
     if (x == nullptr) return null_x;

@@ -134,7 +134,7 @@ public:
                 using Wide = Neighbours<T, I, registers>;
                 const i64 first = lag + j;
                 const bool inside = n - j >= Wide::n && all_inside(first, first + Wide::n - 1);
-                if (inside) group<Wide>(first, 1, z + j * z_step, z_step), j += Wide::n;
+                if (inside) inner_group<Wide>(first, 1, z + j * z_step, z_step), j += Wide::n;
                 else group<Neighbours<T, I, 2>>(first, 1, z + j * z_step, z_step), j += Neighbours<T, I, 2>::n;
             }
         }
@@ -154,29 +154,48 @@ private:
         l.a.at += i * l.a.step[0], l.b.at += (i + lag) * l.b.step[0], l.count = count;
         return l;
     }
-    void add(const T* a, const T* b, i64 lag, i64 first, i64 last, auto& chains, int k) const
+    // What output k of a group, with that lag, needs beside what all of them do.
+    template <int n> void add(const T* a, const T* b, i64 lag, i64 first, i64 last, Chains<I, n>& chains, int k) const
+    {
+        constexpr bool complex = Chains<I, n>::complex;
+        Chains<I, 1> own{{chains.straight[k]}, {chains.crossed[complex ? k : 0]}};
+        add(a, b, lag, first, last, own);
+        chains.straight[k] = own.straight[0];
+        if constexpr (complex) chains.crossed[k] = own.crossed[0];
+    }
+    [[gnu::noinline]] void add(const T* a, const T* b, i64 lag, i64 first, i64 last, Chains<I, 1>& chain) const
     {
         for (i64 i = first; i <= last; ++i)
-            chains.add(k, as<I>(a[i * lines_.a.step[0]]), as<I>(b[(i + lag) * lines_.b.step[0]]));
+            chain.add(0, as<I>(a[i * lines_.a.step[0]]), as<I>(b[(i + lag) * lines_.b.step[0]]));
     }
 
-    // The group of outputs of the form By, the first of which has that lag.
+    // The group of outputs of the form By, the first of which has that lag: where all of a meets b for all of them, and
+    // where that need not be so.
+    template <class By> void inner_group(i64 lag, i64 step, T* z, i64 z_step) const
+    {
+        Chains<I, By::n> chains{};
+        By::sum(from(0, lag, na()), step * lines_.b.step[0], chains);
+        store(chains, z, z_step);
+    }
     template <class By> [[gnu::noinline]] void group(i64 lag, i64 step, T* z, i64 z_step) const
     {
         Chains<I, By::n> chains{};
-        const i64 last_lag = lag + (By::n - 1) * step, spread = step * lines_.b.step[0];
+        const i64 last_lag = lag + (By::n - 1) * step;
         const Range common{range_of(na(), nb(), lag).first, range_of(na(), nb(), last_lag).last};
-        if (common.last < common.first) {
-            if constexpr (By::n > 1) {
-                for (int k = 0; k < By::n; ++k) group<OneByOne<T, I, 1>>(lag + k * step, step, z + k * z_step, z_step);
-                return;
-            }
-        } else if (By::n == 1 || all_inside(lag, last_lag)) {
-            By::sum(from(common.first, lag, common.last - common.first + 1), spread, chains);
-        } else {
-            add_edges_too<By>(lag, step, common, chains);
-        }
-        for (int k = 0; k < By::n; ++k) z[k * z_step] = as<T>(chains.value(k));
+        if constexpr (By::n == 1) {
+            if (common.first <= common.last)
+                By::sum(from(common.first, lag, common.last - common.first + 1), 0, chains);
+        } else if (common.last < common.first) {
+            for (int k = 0; k < By::n; ++k) group<OneByOne<T, I, 1>>(lag + k * step, step, z + k * z_step, z_step);
+            return;
+        } else if (all_inside(lag, last_lag)) {
+            return inner_group<By>(lag, step, z, z_step);
+        } else add_edges_too<By>(lag, step, common, chains);
+        store(chains, z, z_step);
+    }
+    template <int n> void store(const Chains<I, n>& chains, T* z, i64 z_step) const
+    {
+        for (int k = 0; k < n; ++k) z[k * z_step] = as<T>(chains.value(k));
     }
 
     template <class By> void add_edges_too(i64 lag, i64 step, Range common, Chains<I, By::n>& chains) const
@@ -198,7 +217,7 @@ private:
 };
 
 template <class I, class T>
-void correlate(const View<const T>& a, const View<const T>& b, const View<T>& z, const i64* shift, const i64* step)
+void sum_products(const View<const T>& a, const View<const T>& b, const View<T>& z, const i64* shift, const i64* step)
 {
     i64 lags[most_dimensions] = {}, index[most_dimensions] = {};
     for (i32 d = 0; d < z.rank; ++d) lags[d] = shift[d];
