@@ -11,8 +11,8 @@ function(orv_branch tag)
   endforeach()
   orv_kernel_options(orv_${tag}_options ${tag} "${branch_FLAGS}")
 
-  set(folders frame blas blas/gemm blas/level3 lapack_ps trans xblas conv dft dft/methods dft/compute dft/batch dft/primitives
-      dft/primitives/dft dft/primitives/fft dft/primitives/convolution)
+  set(folders frame blas blas/gemm blas/level3 lapack_ps trans xblas dft dft/methods dft/compute dft/batch dft/primitives
+      dft/primitives/dft dft/primitives/fft dft/primitives/convolution conv pde/trig pde/poisson)
   list(TRANSFORM folders REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/\\1/*.cpp")
   file(GLOB sources CONFIGURE_DEPENDS ${folders})
   add_library(orv_${tag} MODULE ${sources})
@@ -98,3 +98,8 @@ set_source_files_properties(${sparse} PROPERTIES COMPILE_OPTIONS "-fno-tree-slp-
 # be on a page that is not there.
 file(GLOB convolutions ${PROJECT_SOURCE_DIR}/conv/*.cpp)
 set_source_files_properties(${convolutions} PROPERTIES COMPILE_OPTIONS "-fno-tree-vectorize")
+# Loops whose elements do not meet say so, as in xblas/. Texts are put together by the few functions that the branch may
+# ask the C library for, not by others that the compiler knows to do the same.
+file(GLOB solvers ${PROJECT_SOURCE_DIR}/pde/*/*.cpp)
+set_source_files_properties(${solvers} PROPERTIES COMPILE_OPTIONS
+                            "-fopenmp-simd;-fno-builtin-fprintf;-fno-builtin-sprintf;-fno-builtin-strncat")

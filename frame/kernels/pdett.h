@@ -63,7 +63,7 @@ enum Diagnostic : i64 {
     commit_not_ready = 0,
     size_below_2 = 1,
     unknown_kind = 3,
-    no_memory_for_message = 4,
+    free_interrupted = 4,
     run_not_ready = 5,
     size_is_lost = 6,
     negative_tolerance = 300,
