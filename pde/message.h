@@ -1,5 +1,5 @@
-// A message to the user of a solver or a transform: lines out of the service layer's catalogue, put together on the stack
-// and then printed, or appended to a log file.
+// A message to the user of a solver or a transform: lines out of the service layer's catalogue, put together on the
+// stack and then printed, or appended to a log file.
 #pragma once
 
 #include "frame/serv.h"
@@ -9,30 +9,37 @@
 
 namespace orv::pde {
 
+inline constexpr int most_of_a_line = 512;
+
+// What goes to a place of a message.
+template <class Value> struct Place {
+    Value value;
+    explicit Place(Value v) : value(v) {}
+};
+template <> struct Place<const char*> {
+    char value[most_of_a_line + 1] = "";
+    explicit Place(const char* text) { std::strncat(value, text, most_of_a_line); }
+};
+
 // capacity: characters of a whole message; what does not fit any more is left out.
 template <int capacity> class Message {
 public:
-    static constexpr int most_of_a_line = 512;
-
     const char* text() const { return text_; }
 
     void line_break() { append("\n"); }
 
-    // The numbered text with what goes to its places, and a line break.
-    void line(int number) { append(orv_serv_get_msg(number)), line_break(); }
-    template <class Value> void line(int number, Value value)
+    // The numbered text with what goes to its places, and a line break. Of a long text that comes from outside the
+    // beginning.
+    template <class... Values> void line(int number, Values... values)
     {
-        char built[2 * most_of_a_line];
-        std::sprintf(built, orv_serv_get_msg(number), value);
-        append(built), line_break();
-    }
-    // The text may come from anywhere: of a long one the beginning.
-    void line(int number, const char* value)
-    {
-        char beginning[most_of_a_line + 1] = "", built[3 * most_of_a_line];
-        std::strncat(beginning, value, most_of_a_line);
-        std::sprintf(built, orv_serv_get_msg(number), beginning);
-        append(built), line_break();
+        const char* const message = orv_serv_get_msg(number);
+        if constexpr (sizeof...(values) == 0) append(message);
+        else {
+            char built[3 * most_of_a_line];
+            std::sprintf(built, message, Place<Values>(values).value...);
+            append(built);
+        }
+        line_break();
     }
 
     // Appends the message to a file of the current folder; false if that cannot be opened.

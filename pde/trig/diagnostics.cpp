@@ -1,15 +1,13 @@
 // Diagnostics: a heading and some lines of the catalogue of messages, put together here and shown in one piece, on
 // standard output or at the end of a log file. Two wordings: positions count from 0, as in C, or from 1, as in Fortran.
-#include "frame/serv.h"
+#include "pde/message.h"
 #include "pde/trig/trig.h"
-
-#include <cstdio>
-#include <cstring>
 
 namespace orv::pdett {
 namespace {
 
 constexpr const char* log_file = "ORV_Trig_Transforms_Log.txt";
+using Message = pde::Message<4185 - 1>;
 
 // Numbers of messages.
 enum : int {
@@ -70,91 +68,57 @@ struct Shown {
     const char* text;
 };
 
-void format(Shows what, const Shown& shown, const char* message, char* line)
+void add(Line line, bool fortran, const Shown& shown, Message& message)
 {
-    const auto integer = [&](i64 value) { sprintf(line, message, static_cast<long long>(value)); };
-    switch (what) {
+    const int number = line.has_positions && fortran ? line.number - fortran_is_behind : line.number;
+    const auto integer = [&](Ipar position) { return static_cast<long long>(shown.ipar[position]); };
+    switch (line.shows) {
     case Shows::nothing:
-        sprintf(line, "%s", message);
-        break;
+        return message.line(number);
     case Shows::status:
-        return integer(shown.ipar[ipar_status]);
+        return message.line(number, integer(ipar_status));
     case Shows::size:
-        return integer(shown.ipar[ipar_n]);
+        return message.line(number, integer(ipar_n));
     case Shows::kind:
-        return integer(shown.ipar[ipar_kind]);
+        return message.line(number, integer(ipar_kind));
     case Shows::threads:
-        sprintf(line, message, static_cast<long long>(shown.ipar[ipar_threads]), 1LL);
-        break;
+        return message.line(number, integer(ipar_threads), 1LL);
     case Shows::tolerance:
-        sprintf(line, message, shown.tolerance);
-        break;
+        return message.line(number, shown.tolerance);
     case Shows::new_tolerance:
-        sprintf(line, message, shown.new_tolerance);
-        break;
+        return message.line(number, shown.new_tolerance);
     case Shows::value:
-        sprintf(line, message, shown.text, shown.tolerance);
-        break;
+        return message.line(number, shown.text, shown.tolerance);
     case Shows::text:
-        sprintf(line, message, shown.text);
-        break;
+        return message.line(number, shown.text);
     }
 }
-
-// The message as a whole.
-class Message {
-public:
-    Message() { all_[0] = 0; }
-    void add(const char* line)
-    {
-        constexpr int longest = 512;
-        strncat(all_, line, longest);
-    }
-    void add_line(const char* line) { add(line), add("\n"); }
-    void show() const
-    {
-        printf("%.3079s", all_);
-        fflush(nullptr);
-    }
-    void append_to(FILE* file) const
-    {
-        fflush(file);
-        fprintf(file, "%s", all_);
-        fclose(file);
-    }
-
-private:
-    char all_[4185];
-};
 
 void print(i64 code, const Shown& shown, bool fortran)
 {
     Message message;
-    message.add("\n");
-    message.add_line(orv_serv_get_msg(heading));
-    message.add_line(orv_serv_get_msg(is_error(code) ? error : warning));
-    for (const Line& one : text_of(code).lines) {
-        if (one.number == 0) break;
-        char line[2048];
-        const int number = one.has_positions && fortran ? one.number - fortran_is_behind : one.number;
-        format(one.shows, shown, orv_serv_get_msg(number), line);
-        message.add_line(line);
+    message.line_break();
+    message.line(heading);
+    message.line(is_error(code) ? error : warning);
+    for (const Line& line : text_of(code).lines) {
+        if (line.number == 0) break;
+        add(line, fortran, shown, message);
     }
-    message.add("\n\n");
+    message.line_break(), message.line_break();
 
-    if (shown.ipar[is_error(code) ? ipar_errors : ipar_warnings] >= 1) return message.show();
-    if (FILE* const file = fopen(log_file, "a+")) return message.append_to(file);
-    orv_serv_print(1, 0, 0);
-    orv_serv_print(1, cannot_open, 0, log_file);
-    orv_serv_print(1, what_to_do, 0);
+    if (shown.ipar[is_error(code) ? ipar_errors : ipar_warnings] >= 1) {
+        printf("%.3079s", message.text());
+        fflush(nullptr);
+    } else if (!message.log(log_file)) {
+        orv_serv_print(1, 0, 0);
+        orv_serv_print(1, cannot_open, 0, log_file);
+        orv_serv_print(1, what_to_do, 0);
+    }
 }
 
 template <class T> void print(i64 code, const i64* ipar, const T* dpar, const char* text, bool fortran)
 {
-    char shortened[513];
-    shortened[0] = 0;
-    if (text != nullptr) strncat(shortened, text, sizeof shortened - 1);
-    Shown shown{ipar, 0, 0, shortened};
+    Shown shown{ipar, 0, 0, text != nullptr ? text : ""};
     if (code != transform_layer && dpar != nullptr) {
         shown.tolerance = dpar[dpar_tolerance];
         shown.new_tolerance = static_cast<T>(ipar[ipar_n]) * tolerance<T>;

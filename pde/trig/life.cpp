@@ -137,7 +137,7 @@ template <class T> i64 run(bool is_forward, T* f, Handle* handle, const i64* ipa
     if (const i64 status = run_routine<T>(routine, {first, n, dpar + dpar_tables, scale, *handle}, ipar, stat))
         return status;
     if (is_forward && n == 0) return refuse(size_is_lost, not_ready, ipar, dpar);
-    if (!raw) scale_end(is_forward, ipar, f, scale);
+    if (!raw && n > 0) scale_end(is_forward, ipar, f, scale);
     return good;
 }
 
