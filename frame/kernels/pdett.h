@@ -39,12 +39,17 @@ enum Dpar {
     dpar_tables = 2
 };
 
+// What the tables hold behind that, with t = pi/n: of a sine, sin(k*t) for k = 1 to n/2; of all other kinds cos(k*t)
+// and sin(k*t) by turns. Then, of kinds 2 to 5, sines of half steps, sin((k-1/2)*t) for k = 1 to n/2, which start at
+// half_angles, and of kinds 4 and 5 those of quarter steps, sin((k-1/2)*t/2) for k = 1 to n, at quarter_angles.
+constexpr i64 half_angles(i64 kind, i64 n) { return kind < staggered2_cosine ? n : 2 * n; }
+constexpr i64 quarter_angles(i64 n) { return n; }
+
 // The least length of dpar.
 constexpr i64 dpar_size(i64 kind, i64 n)
 {
-    if (kind == sine) return n / 2 + 2;
-    if (kind == cosine) return 2 * (n / 2) + 2;
-    return (kind < staggered2_cosine ? n : 2 * n) + n / 2 + 2;
+    const i64 tables = kind == sine ? 0 : kind == cosine ? n / 2 : half_angles(kind, n);
+    return dpar_tables + tables + n / 2;
 }
 
 // What operations leave in their status and in ipar. A commit that warns leaves one of the positive ones, or their sum.
@@ -52,7 +57,7 @@ enum Status : i64 {
     good = 0,
     warned_of_ends = 1,
     warned_of_correction = 10,
-    bad_argument = -100,
+    bad_size_or_kind = -100,
     transform_failed = -1000,
     not_ready = -10000,
     interrupted = -99999
@@ -82,7 +87,7 @@ using Free = void(imports::Handle* handle, i64* ipar, i64* stat);
 template <class T> using PrintDiagnostics = void(const i64* code, const i64* ipar, const T* dpar, const char* text);
 // The transform alone: no scale, no look at the state; table stands at dpar + dpar_tables. Returns what it stores in
 // stat.
-template <class T> using Kernel = i64(T* f, imports::Handle* handle, const i64* ipar, const T* table, i64* stat);
+template <class T> using Transform = i64(T* f, imports::Handle* handle, const i64* ipar, const T* table, i64* stat);
 
 #define ORV_NAME(name, ...) ORV_PROTOTYPE(pdett, name, name, __VA_ARGS__)
 #include "frame/kernels/pdett.def"

@@ -75,8 +75,8 @@ template <class T> i64 commit(const T* f, Handle* handle, i64* ipar, T* dpar)
 {
     const i64 n = ipar[ipar_n], kind = ipar[ipar_kind];
     if (ipar[ipar_status] != good) return refuse(commit_not_ready, not_ready, ipar, dpar);
-    if (n < 2) return refuse(size_below_2, bad_argument, ipar, dpar);
-    if (kind < 0 || kind >= kinds) return refuse(unknown_kind, bad_argument, ipar, dpar);
+    if (n < 2) return refuse(size_below_2, bad_size_or_kind, ipar, dpar);
+    if (kind < 0 || kind >= kinds) return refuse(unknown_kind, bad_size_or_kind, ipar, dpar);
 
     i64 warnings = 0, corrections = 0;
     if (has_ends(kind)) {
@@ -128,7 +128,7 @@ template <class T> i64 run(bool is_forward, T* f, Handle* handle, const i64* ipa
 {
     const i64 n = ipar[ipar_n], kind = ipar[ipar_kind];
     if (ipar[ipar_status] != good) return refuse(run_not_ready, not_ready, ipar, dpar);
-    if (kind < 0 || kind >= kinds) return refuse(unknown_kind, bad_argument, ipar, dpar);
+    if (kind < 0 || kind >= kinds) return refuse(unknown_kind, bad_size_or_kind, ipar, dpar);
 
     const bool raw = ipar[ipar_raw] != 0;
     const T scale = raw ? 1 : is_forward ? 1 / static_cast<T>(n) : T(0.5);

@@ -27,10 +27,6 @@ template <class T> inline constexpr T tolerance = 0;
 template <> inline constexpr float tolerance<float> = 1e-05F;
 template <> inline constexpr double tolerance<double> = 1e-12;
 
-// Tables of a kind, from dpar_tables on. Those of half angles are for kinds 2 to 5, those of quarter angles for 4
-// and 5.
-constexpr i64 half_angles(i64 kind, i64 n) { return kind < staggered2_cosine ? n : 2 * n; }
-constexpr i64 quarter_angles(i64 n) { return n; }
 template <class T> void fill_tables(i64 kind, i64 n, T* table);
 
 // A diagnostic, in the language that ipar names, unless its class is silent. The text is null for those without one.

@@ -147,7 +147,7 @@ TYPED_TEST(Trigonometric, forward_and_backward_end_where_they_began)
 // By the exported name of each routine, on the tables of a commit.
 template <class T> void compare_routine(i64 kind, bool forward, const char* stem)
 {
-    auto* routine = kernel<pdett::Kernel<T>>("pdett", letter<T>, "ptk_dft_", stem);
+    auto* routine = kernel<pdett::Transform<T>>("pdett", letter<T>, "ptk_dft_", stem);
     for (const i64 n : {2, 5, 96}) {
         Trig<T> trig(kind, n);
         std::vector<T> f = trig_data<T>(kind, n, 4);

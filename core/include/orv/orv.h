@@ -19,6 +19,7 @@
 #include <orv/status.h>
 #include <orv/threads.h>
 #include <orv/trans.h>
+#include <orv/trig.h>
 #include <orv/types.h>
 #include <orv/xblas.h>
 

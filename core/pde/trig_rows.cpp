@@ -1,0 +1,200 @@
+// Rows through a sine or cosine transform. A row that stands without gaps where it is wanted is transformed there; all
+// others go through work memory, some at a time where neighbours in memory belong to different rows.
+#include "core/branch/kernel.h"
+#include "core/pde/trig.h"
+#include "core/team/team.h"
+#include "frame/serv.h"
+
+#include <cmath>
+#include <cstring>
+
+using namespace orv;
+using namespace orv::core;
+using namespace orv::kernels::pdett;
+
+namespace {
+
+enum Direction { forward, backward };
+constexpr i64 cache_line_bytes = 64;
+
+template <class T> struct Rows {
+    const T* from;
+    i64 from_stride, from_distance;
+    T* to;
+    i64 to_stride, to_distance;
+};
+
+// One transform in place, unscaled, of a row without gaps. A sine has its zero before the first point.
+template <class T> class OneRow {
+public:
+    OneRow(const orv_trig& trig, Direction direction) : trig_(trig), direction_(direction) {}
+
+    bool ready() { return trig_.n == 1 || kernel() != nullptr; }
+    bool run(T* row)
+    {
+        if (trig_.n == 1) return short_row(row), true;
+        i64 stat, ipar[ipar_size];
+        std::memcpy(ipar, trig_.ipar, sizeof ipar);
+        imports::Handle handle = trig_.handle;
+        kernel()(row - (trig_.kind == sine), &handle, ipar, static_cast<T*>(trig_.dpar), &stat);
+        return stat == good;
+    }
+
+private:
+    auto* kernel()
+    {
+        static constinit Kernel there{kernels::of_type<T, s_forward_trig_transform, d_forward_trig_transform>()};
+        static constinit Kernel back{kernels::of_type<T, s_backward_trig_transform, d_backward_trig_transform>()};
+        return (direction_ == forward ? there : back).get();
+    }
+
+    // Of a single cell, for which kernels have no tables.
+    void short_row(T* row) const
+    {
+        if (trig_.kind == cosine) {
+            const T first = row[0], last = row[1];
+            row[0] = first + last, row[1] = first - last;
+        } else if (trig_.kind >= staggered2_cosine) row[0] *= static_cast<T>(std::sqrt(2.0));
+        else if (direction_ == backward) row[0] *= 2;
+    }
+
+    const orv_trig& trig_;
+    Direction direction_;
+};
+
+template <class T> class Job {
+public:
+    Job(const orv_trig& trig, Direction direction, const Rows<T>& rows)
+        : trig_(trig), transform_(trig, direction), rows_(rows), scale_(static_cast<T>(trig.scales[direction]))
+    {
+    }
+
+    bool ready() { return transform_.ready(); }
+
+    // ORV_OK, or ORV_NO_MEMORY.
+    orv_status run(i64 first, i64 end)
+    {
+        return trig_.kind != sine && rows_.to_stride == 1 ? in_place(first, end) : through_memory(first, end);
+    }
+
+private:
+    orv_status in_place(i64 first, i64 end)
+    {
+        for (i64 r = first; r < end; ++r) {
+            T* const row = rows_.to + r * rows_.to_distance;
+            const T* const from = rows_.from + r * rows_.from_distance;
+            if (row != from) gather(from, row);
+            if (!transform_.run(row)) return ORV_NO_MEMORY;
+            if (scale_ != 1)
+                for (i64 j = 0; j < trig_.points; ++j) row[j] *= scale_;
+        }
+        return ORV_OK;
+    }
+
+    orv_status through_memory(i64 first, i64 end)
+    {
+        constexpr i64 line = cache_line_bytes / sizeof(T);
+        const bool crossed = rows_.from_stride != 1 || rows_.to_stride != 1;
+        const i64 together = crossed ? min(line, end - first) : 1;
+        const i64 distance = round_up(trig_.points + 2, line) + line; // no two rows at the same place of a page
+        const i64 bytes = static_cast<i64>(sizeof(T)) * distance * together;
+        auto* const work = static_cast<T*>(orv_serv_allocate(bytes, cache_line_bytes));
+        if (work == nullptr) return ORV_NO_MEMORY;
+        T* const row = work + (trig_.kind == sine);
+        bool done = true;
+        for (i64 r = first; r < end && done; r += together) {
+            const i64 count = min(together, end - r);
+            if (count == 1) gather(rows_.from + r * rows_.from_distance, row);
+            else
+                for (i64 j = 0; j < trig_.points; ++j)
+                    for (i64 k = 0; k < count; ++k)
+                        row[k * distance + j] = rows_.from[(r + k) * rows_.from_distance + j * rows_.from_stride];
+            for (i64 k = 0; k < count && done; ++k) done = transform_.run(row + k * distance);
+            for (i64 j = 0; j < trig_.points; ++j)
+                for (i64 k = 0; k < count; ++k)
+                    rows_.to[(r + k) * rows_.to_distance + j * rows_.to_stride] = row[k * distance + j] * scale_;
+        }
+        orv_serv_deallocate(work);
+        return done ? ORV_OK : ORV_NO_MEMORY;
+    }
+
+    void gather(const T* from, T* row) const
+    {
+        if (rows_.from_stride == 1) std::memcpy(row, from, static_cast<std::size_t>(trig_.points) * sizeof(T));
+        else
+            for (i64 j = 0; j < trig_.points; ++j) row[j] = from[j * rows_.from_stride];
+    }
+
+    const orv_trig& trig_;
+    OneRow<T> transform_;
+    const Rows<T>& rows_;
+    T scale_;
+};
+
+// Elements, each times the logarithm of a row's, that are worth a thread.
+constexpr double grain = 50000;
+
+template <class T> orv_status transform(const orv_trig& trig, Direction direction, i64 count, const Rows<T>& rows)
+{
+    Job<T> job(trig, direction, rows);
+    if (!job.ready()) return last_status();
+    const auto n = static_cast<double>(trig.n);
+    const int most = trig.threads > 0 ? trig.threads : most_threads;
+    const int threads = threads_for(n * std::log2(2 * n) * static_cast<double>(count), grain, min(most, count));
+    std::atomic<bool> failed{false};
+    parallel(threads, [&](int index, int members) {
+        Job<T> mine(job);
+        if (mine.run(count * index / members, count * (index + 1) / members) != ORV_OK) failed = true;
+    });
+    return failed ? fail(ORV_NO_MEMORY, "orv_trig: no memory is left for a row of %lld points",
+                         static_cast<long long>(trig.points))
+                  : ORV_OK;
+}
+
+orv_status transform(const orv_trig* trig, Direction direction, i64 count, const void* from, i64 from_stride,
+                     i64 from_distance, void* to, i64 to_stride, i64 to_distance)
+{
+    if (count == 0) return ORV_OK;
+    const auto rows = [=]<class T>(T) {
+        return Rows<T>{static_cast<const T*>(from), from_stride, from_distance,
+                       static_cast<T*>(to),         to_stride,   to_distance};
+    };
+    if (trig->precision == ORV_DFT_DOUBLE) return transform(*trig, direction, count, rows(double{}));
+    return transform(*trig, direction, count, rows(float{}));
+}
+
+orv_status row(const char* routine, const orv_trig* trig, Direction direction, const void* from, void* to)
+{
+    if (const int wrong = trig == nullptr ? 1 : from == nullptr ? 2 : to == nullptr ? 3 : 0)
+        return bad_argument(routine, wrong, "null");
+    return transform(trig, direction, 1, from, 1, 0, to, 1, 0);
+}
+
+orv_status many(const char* routine, const orv_trig* trig, Direction direction, i64 count, const void* from,
+                i64 from_stride, i64 from_distance, void* to, i64 to_stride, i64 to_distance)
+{
+    if (const int wrong = trig == nullptr ? 1 : from == nullptr ? 3 : to == nullptr ? 6 : 0)
+        return bad_argument(routine, wrong, "null");
+    if (count < 0) return bad_argument(routine, 2, "%lld rows", static_cast<long long>(count));
+    if (from == to && from_stride != to_stride && trig->points > 1)
+        return bad_argument(routine, 7, "in place strides must agree");
+    if (from == to && from_distance != to_distance && count > 1)
+        return bad_argument(routine, 8, "in place distances must agree");
+    return transform(trig, direction, count, from, from_stride, from_distance, to, to_stride, to_distance);
+}
+
+} // namespace
+
+#define ROWS(direction)                                                                                                \
+    orv_status orv_trig_##direction(const orv_trig* trig, const void* from, void* to)                                  \
+    {                                                                                                                  \
+        return row("orv_trig_" #direction, trig, direction, from, to);                                                 \
+    }                                                                                                                  \
+    orv_status orv_trig_##direction##_rows(const orv_trig* trig, int64_t rows, const void* from, int64_t from_stride,  \
+                                           int64_t from_distance, void* to, int64_t to_stride, int64_t to_distance)    \
+    {                                                                                                                  \
+        return many("orv_trig_" #direction "_rows", trig, direction, rows, from, from_stride, from_distance, to,       \
+                    to_stride, to_distance);                                                                           \
+    }
+ROWS(forward)
+ROWS(backward)
