@@ -66,8 +66,8 @@ ORV_API void orv_trig_free(orv_trig* trig);
 /* The scales a and b above. With 1 and 1 both directions are sums as they stand. Bad: 1 null. */
 ORV_API orv_status orv_trig_set_scales(orv_trig* trig, double forward, double backward);
 
-/* Threads that a call may use, at most 1024; 0, which is the default: those of orv_get_num_threads() at the time of
-   the call. Bad: 1 null; 2 none of these. */
+/* The most threads that a call may use, up to 1024, where orv_get_num_threads() allows that many at the time of the
+   call; 0, which is the default: as many as that. Bad: 1 null; 2 none of these. */
 ORV_API orv_status orv_trig_set_threads(orv_trig* trig, int threads);
 
 /* One row without gaps; `to` may be `from`, or a row that does not overlap it. The elements are floats or doubles, as the
