@@ -10,6 +10,7 @@
 #include "frame/kernels/dft_node.h"
 #include "frame/kernels/dft_primitives.h"
 #include "frame/kernels/lapack_ps.h"
+#include "frame/kernels/pdepl.h"
 #include "frame/kernels/pdett.h"
 #include "frame/kernels/spblas.h"
 #include "frame/kernels/trans.h"
@@ -39,6 +40,9 @@ std::span<const Prototype> prototypes()
 #undef ORV_NAME
 #define ORV_NAME(name, ...) ENTRY(kernels::lapack_ps::name)
 #include "frame/kernels/lapack_ps.def"
+#undef ORV_NAME
+#define ORV_NAME(name, ...) ENTRY(kernels::pdepl::name)
+#include "frame/kernels/pdepl.def"
 #undef ORV_NAME
 #define ORV_NAME(name, ...) ENTRY(kernels::pdett::name)
 #include "frame/kernels/pdett.def"
