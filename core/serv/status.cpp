@@ -100,6 +100,10 @@ const char* orv_status_text(orv_status status)
         return "an element on the diagonal of a sparse matrix is zero";
     case ORV_TRANSFORM_FAILED:
         return "the Fourier transform inside a convolution was refused";
+    case ORV_NOT_SOLVABLE:
+        return "the right-hand side and the sides of a Poisson problem do not go together";
+    case ORV_RESONANCE:
+        return "the equation has no unique solution for this q";
     default:
         return "no status of this library";
     }

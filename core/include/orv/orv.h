@@ -13,6 +13,7 @@
 #include <orv/lapack.h>
 #include <orv/memory.h>
 #include <orv/numerics.h>
+#include <orv/poisson.h>
 #include <orv/processor.h>
 #include <orv/settings.h>
 #include <orv/sparse.h>

@@ -26,7 +26,10 @@ enum {
     ORV_NO_DIAGONAL = 13,    /* an element of the diagonal is not stored, */
     ORV_ZERO_DIAGONAL = 14,  /* or it is zero */
 
-    ORV_TRANSFORM_FAILED = 15 /* of convolutions: the Fourier transform inside was refused */
+    ORV_TRANSFORM_FAILED = 15, /* of convolutions: the Fourier transform inside was refused */
+
+    ORV_NOT_SOLVABLE = 16, /* of Poisson problems: f and the sides do not go together, so there is no solution, */
+    ORV_RESONANCE = 17     /* or q is one for which there is none or many */
 };
 
 /* One line in English for any status; never null, valid for ever. */
