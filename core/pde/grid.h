@@ -43,6 +43,12 @@ constexpr double gain(i64 pair, i64 n)
     return pair == pp ? 4. * static_cast<double>(n / 2) : 2. * static_cast<double>(n);
 }
 
+// What the calling thread's latest loop left in its block. Kernels tell their caller of a failure only that there was
+// one.
+extern thread_local i64 last_loop_status;
+
+template <class Block> void finish(Block* block, i64 status) { block->status = last_loop_status = status; }
+
 // The first failure of several threads.
 class FirstFailure {
 public:

@@ -5,22 +5,25 @@
 #include "frame/export.h"
 
 namespace orv::core::pde {
+
+constinit thread_local i64 last_loop_status = good;
+
 namespace {
 
 template <class T> void rows(Block<T>* block, i64 pair, Direction direction)
 {
-    block->status =
-        transform_rows(block->ipar, block->dpar, block->handle, pair, direction, block->f, block->nx, block->ny + 1);
+    finish(block, transform_rows(block->ipar, block->dpar, block->handle, pair, direction, block->f, block->nx,
+                                 block->ny + 1));
 }
 template <class T> void rows_of_box(BlockOfBox<T>* block, i64 pair, Direction direction)
 {
-    block->status = transform_rows(block->ipar, block->dpar, block->handle, pair, direction, block->f, block->nx,
-                                   (block->ny + 1) * (block->nz + 1));
+    finish(block, transform_rows(block->ipar, block->dpar, block->handle, pair, direction, block->f, block->nx,
+                                 (block->ny + 1) * (block->nz + 1)));
 }
 template <class T> void columns_of_box(BlockOfBox<T>* block, i64 pair, Direction direction)
 {
-    block->status = transform_columns(block->ipar, block->dpar, block->y_handle, pair, direction, block->f, block->nx,
-                                      block->ny, block->nz + 1);
+    finish(block, transform_columns(block->ipar, block->dpar, block->y_handle, pair, direction, block->f, block->nx,
+                                    block->ny, block->nz + 1));
 }
 
 i64 pair_at(const i64* ipar, int axis) { return pair_of(ipar[ipar_sides + 2 * axis], ipar[ipar_sides + 2 * axis + 1]); }
@@ -58,10 +61,10 @@ template <class T> struct LayerOf {
 template <class T> void systems(Block<T>* block, i64 pair)
 {
     const double gain_of_all = gain(pair_at(block->ipar, 0), block->nx);
-    block->status = solve_layers(block->ipar, block->spectrum, block->nx, 1, block->ny, block->nx + 1, pair,
-                                 gain_of_all, block->singular != 0, [=](i64) {
-                                     return LayerOf<T>{block->f, 0};
-                                 });
+    finish(block, solve_layers(block->ipar, block->spectrum, block->nx, 1, block->ny, block->nx + 1, pair, gain_of_all,
+                               block->singular != 0, [=](i64) {
+                                   return LayerOf<T>{block->f, 0};
+                               }));
 }
 
 template <class T> void systems_of_box(BlockOfBox<T>* block, i64 pair)
@@ -70,11 +73,11 @@ template <class T> void systems_of_box(BlockOfBox<T>* block, i64 pair)
     const Waves y = waves(y_pair, block->ny);
     const T* const y_spectrum = dpar_at(block->ipar, block->dpar, ipar_spectrum_y);
     const double gain_of_all = gain(pair_at(block->ipar, 0), block->nx) * gain(y_pair, block->ny);
-    block->status = solve_layers(block->ipar, block->spectrum, block->nx, y.end - y.first, block->nz, plane, pair,
-                                 gain_of_all, block->singular != 0, [=](i64 layer) {
-                                     const i64 place = y.first + layer;
-                                     return LayerOf<T>{block->f + place * row, y_spectrum[y.entry(place)]};
-                                 });
+    finish(block, solve_layers(block->ipar, block->spectrum, block->nx, y.end - y.first, block->nz, plane, pair,
+                               gain_of_all, block->singular != 0, [=](i64 layer) {
+                                   const i64 place = y.first + layer;
+                                   return LayerOf<T>{block->f + place * row, y_spectrum[y.entry(place)]};
+                               }));
 }
 
 } // namespace

@@ -85,7 +85,7 @@ template <class T> void solve_sphere(BlockOfSphere<T>* block, bool to_poles)
         }
         orv_serv_deallocate(work);
     });
-    block->status = failure.status();
+    finish(block, failure.status());
 }
 
 } // namespace

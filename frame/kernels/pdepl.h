@@ -67,7 +67,7 @@ enum Status : i64 {
     good = 0,
     singular = 1, // solved but for a constant; on the sphere also: tables do not lie where they should
     no_points = -2,
-    bad_argument = -100,
+    not_allowed = -100,
     transform_failed = -1000,
     not_ready = -10000,
     interrupted = -99999

@@ -42,7 +42,7 @@ template <class T, class Block> void fill(Block* block, const State<T>& state, T
 template <class T> i64 solve_rectangle(const State<T>& state, T* f, Handle handle)
 {
     const Lent<Block<T>> block;
-    if (block.get() == nullptr) return bad_argument;
+    if (block.get() == nullptr) return not_allowed;
     fill(block.get(), state, f);
     block->handle = handle;
     const i64 x = state.pair(0), y = state.pair(1);
@@ -52,19 +52,19 @@ template <class T> i64 solve_rectangle(const State<T>& state, T* f, Handle handl
 
     using L = Loops<T>;
     auto *const forward = loop_of(L::forward, x), *const systems = loop_of(L::systems, y);
-    if (forward == nullptr) return state.report(wrong_sides), bad_argument;
+    if (forward == nullptr) return state.report(wrong_sides), not_allowed;
     Way way(state, block.get());
     way.then(forward, transforms_failed);
-    if (!way.good() || systems == nullptr) return bad_argument;
+    if (!way.good() || systems == nullptr) return not_allowed;
     way.then(systems, systems_failed, of_systems).then(loop_of(L::backward, x), transforms_failed);
-    if (!way.good()) return bad_argument;
+    if (!way.good()) return not_allowed;
     return block->singular != 0 ? take_mean_off<2>(state, f) : i64{good};
 }
 
 template <class T> i64 solve_box(const State<T>& state, T* f, Handle xhandle, Handle yhandle)
 {
     const Lent<BlockOfBox<T>> block;
-    if (block.get() == nullptr) return bad_argument;
+    if (block.get() == nullptr) return not_allowed;
     fill(block.get(), state, f);
     block->nz = state.cells(2);
     block->handle = xhandle, block->y_handle = yhandle;
@@ -76,14 +76,14 @@ template <class T> i64 solve_box(const State<T>& state, T* f, Handle xhandle, Ha
     using L = Loops<T>;
     auto *const forward_x = loop_of(L::forward_x, x), *const forward_y = loop_of(L::forward_y, y),
                 *const systems = loop_of(L::systems_of_box, z);
-    if (forward_x == nullptr || forward_y == nullptr) return state.report(wrong_sides), bad_argument;
+    if (forward_x == nullptr || forward_y == nullptr) return state.report(wrong_sides), not_allowed;
     Way way(state, block.get());
     way.then(forward_x, transforms_failed).then(forward_y, transforms_failed);
-    if (!way.good() || systems == nullptr) return bad_argument;
+    if (!way.good() || systems == nullptr) return not_allowed;
     way.then(systems, systems_failed, of_systems)
         .then(loop_of(L::backward_y, y), transforms_failed)
         .then(loop_of(L::backward_x, x), transforms_failed);
-    if (!way.good()) return bad_argument;
+    if (!way.good()) return not_allowed;
     return block->singular != 0 ? take_mean_off<3>(state, f) : i64{good};
 }
 

@@ -21,7 +21,7 @@ inline constexpr struct {
 template <class T, int axes> i64 check_cells(const State<T>& state)
 {
     for (int axis = 0; axis < axes; ++axis)
-        if (state.cells(axis) < 1) return state.fail(bad_argument, no_cells_of[axis]);
+        if (state.cells(axis) < 1) return state.fail(not_allowed, no_cells_of[axis]);
     return good;
 }
 
@@ -29,7 +29,7 @@ template <class T, int axes> i64 check_sides(const State<T>& state)
 {
     for (int side = 0; side < 2 * axes; ++side) {
         const i64 kind = state.ipar[ipar_sides + side];
-        if (kind < dirichlet || kind > periodic) return state.fail(bad_argument, bad_side_of[side]);
+        if (kind < dirichlet || kind > periodic) return state.fail(not_allowed, bad_side_of[side]);
     }
     return good;
 }
@@ -75,10 +75,10 @@ template <class T, int axes> i64 make_tables(const State<T>& state, Handle* cons
     if (const i64 failed = check_sides<T, axes>(state)) return failed;
     for (int axis = 0; axis < axes; ++axis) {
         const i64* const sides = state.ipar + ipar_sides + 2 * axis;
-        if ((sides[0] == periodic) != (sides[1] == periodic)) return state.fail(bad_argument, half_periodic_of[axis]);
+        if ((sides[0] == periodic) != (sides[1] == periodic)) return state.fail(not_allowed, half_periodic_of[axis]);
     }
     for (int axis = 0; axis < axes; ++axis)
-        if (!(state.dpar[dpar_steps + axis] > 0)) return state.fail(bad_argument, bad_length_of[axis]);
+        if (!(state.dpar[dpar_steps + axis] > 0)) return state.fail(not_allowed, bad_length_of[axis]);
     for (int axis = 0; axis < axes; ++axis) state.dpar[dpar_steps + axis] /= static_cast<T>(state.cells(axis));
     if (state.dpar[dpar_q] < 0) state.report(negative_q);
 
@@ -112,12 +112,12 @@ void commit(T* f, const Sides<T, axes>& sides, Handle* const (&handles)[axes - 1
         if (stages.tables && make_tables<T, axes>(state, handles) != good) return;
         const T last = state.dpar[dpar_steps + axes - 1];
         if (stages.right_hand_side) {
-            if (!(last > 0)) return void(state.fail(bad_argument, no_step));
+            if (!(last > 0)) return void(state.fail(not_allowed, no_step));
             const i64 points = Grid<T, axes>(state, f).points();
             if (scale_right_hand_side(state, f, points, last) != good) return;
         }
         if (stages.boundary) {
-            if (state.ipar[ipar_theta] > 15) return void(state.fail(bad_argument, bad_theta_mark));
+            if (state.ipar[ipar_theta] > 15) return void(state.fail(not_allowed, bad_theta_mark));
             if (check_sides<T, axes>(state) != good) return;
             bring_in_sides<T, axes>(state, f, sides);
         }

@@ -35,8 +35,8 @@ template <class Each> bool all_places(i64 np, i64 nt, bool circle, Each each)
 
 template <class T> i64 check_points(const State<T>& state)
 {
-    if (state.cells(0) < 1) return state.fail(bad_argument, no_cells);
-    if (state.cells(1) < 1) return state.fail(bad_argument, no_cells + 1);
+    if (state.cells(0) < 1) return state.fail(not_allowed, no_cells);
+    if (state.cells(1) < 1) return state.fail(not_allowed, no_cells + 1);
     return good;
 }
 
@@ -44,7 +44,7 @@ template <class T> i64 make_steps(const State<T>& state)
 {
     for (int axis = 0; axis < 2; ++axis) {
         T& length = state.dpar[dpar_steps + axis];
-        if (!(length > 0)) return state.fail(bad_argument, sphere_length + axis);
+        if (!(length > 0)) return state.fail(not_allowed, sphere_length + axis);
         length /= static_cast<T>(state.cells(axis));
     }
     return good;
@@ -65,7 +65,7 @@ SPHERE_NAMES(d, double)
 template <class T> i64 make_tables(const State<T>& state, Handle* handle_s, Handle* handle_c)
 {
     using kernels::pdett::cosine, kernels::pdett::sine;
-    if (state.ipar[ipar_theta] != 0 && state.ipar[ipar_theta] != 1) return state.fail(bad_argument, bad_sphere_kind);
+    if (state.ipar[ipar_theta] != 0 && state.ipar[ipar_theta] != 1) return state.fail(not_allowed, bad_sphere_kind);
     const i64 np = state.cells(0), nt = state.cells(1);
     const bool circle = handle_c != nullptr;
     if (circle && np % 2 != 0) state.report(odd_circle);
@@ -106,11 +106,11 @@ template <class T> void commit(T* f, Handle* handle_s, Handle* handle_c, const S
     if (code != 999) {
         if (check_points(state) != good) return;
         const i64 np = state.cells(0), nt = state.cells(1);
-        if ((handle_c != nullptr ? np / 2 : np) < 2) return void(state.fail(bad_argument, sphere_too_coarse));
+        if ((handle_c != nullptr ? np / 2 : np) < 2) return void(state.fail(not_allowed, sphere_too_coarse));
         if (stages.tables && make_tables(state, handle_s, handle_c) != good) return;
         if (stages.right_hand_side) {
             const T *const hphi = state.dpar + dpar_steps, *const htheta = hphi + 1;
-            if (!(*htheta > 0)) return void(state.fail(bad_argument, sphere_no_step));
+            if (!(*htheta > 0)) return void(state.fail(not_allowed, sphere_no_step));
             i64 stat = interrupted;
             SphereNames<T>::right_hand_side(&np, &nt, hphi, htheta, state.dpar + dpar_q, state.table(ipar_sines), f,
                                             &stat);
@@ -134,6 +134,12 @@ template <class T, class Basic> void solve(const State<T>& state, bool circle, B
     state.set(*state.stat == good && !in_place ? i64{singular} : *state.stat);
 }
 
+// A patch is 0 on its meridians; the transforms know it and leave something else there.
+template <class T> void clear_sides(i64 np, i64 nt, T* f)
+{
+    for (i64 j = 0; j <= nt; ++j) f[j * (np + 1)] = f[j * (np + 1) + np] = 0;
+}
+
 // The mean over the sphere: rows count by the sine of their theta. An odd circle is one point smaller.
 template <class T> i64 take_mean_off(const State<T>& state, const T* sines, T* f)
 {
@@ -155,7 +161,7 @@ template <class T>
 i64 basic(const State<T>& state, T* f, Handle handle, Loop<T>* forward, Loop<T>* backward, bool circle)
 {
     const Lent<BlockOfSphere<T>> block;
-    if (block.get() == nullptr) return bad_argument;
+    if (block.get() == nullptr) return not_allowed;
     block->f = f, block->dpar = state.dpar, block->spectrum = state.table(ipar_spectrum), block->ipar = state.ipar;
     block->nx = state.cells(0), block->ny = state.cells(1);
     block->handle = handle;
@@ -168,11 +174,12 @@ i64 basic(const State<T>& state, T* f, Handle handle, Loop<T>* forward, Loop<T>*
 
     Way way(state, block.get());
     way.then(forward, transforms_failed);
-    if (!way.good()) return bad_argument;
-    if (kind != 0 && kind != 1) return state.report(wrong_sides), bad_argument;
+    if (!way.good()) return not_allowed;
+    if (kind != 0 && kind != 1) return state.report(wrong_sides), not_allowed;
     way.then(kind == 0 ? Loops<T>::to_poles : Loops<T>::between, systems_failed, of_systems)
         .then(backward, transforms_failed);
-    if (!way.good()) return bad_argument;
+    if (!way.good()) return not_allowed;
+    if (!circle) clear_sides(block->nx, block->ny, f);
     return block->singular != 0 ? take_mean_off(state, block->sines, f) : i64{good};
 }
 

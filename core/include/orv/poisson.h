@@ -8,8 +8,7 @@
        orv_dpoisson_solve(p, u, NULL, NULL, NULL);           u: 101 rows of 201 numbers, f before and u afterwards
        orv_poisson_free(p);
 
-   Grid      An axis from a to b has n cells and n + 1 points, the ends among them. The corners of a grid of 3 by 2
-   cells:
+   Grid      An axis from a to b has n cells and n + 1 points, the ends among them. Of 3 by 2 cells the corners are
 
                  y = axes[1].b   u[2*sy] ------------------ u[3*sx + 2*sy]       sx, sy: strides in elements;
                                     |      side 3 (high y)     |                 1 and 4 = nx + 1 unless told
@@ -30,9 +29,9 @@
              if it is more than the tolerance, ORV_NOT_SOLVABLE is returned and nothing written.
              For some q below 0 there is none or many: ORV_RESONANCE.
    Results   Every function returns a status (orv/status.h). Where it is not 0 nothing was written, unless memory ran
-   out in the middle or ORV_RESONANCE was met in a solve on a sphere. Nothing is printed and no file is touched. Threads
-   A solver is only read by a solve, which any number of threads may call at once on arrays of their own. Large grids
-   are shared among threads; their number does not change a bit of the result. */
+             out in the middle or ORV_RESONANCE was met in a solve. Nothing is printed, no file is touched.
+   Threads   A solver is only read by a solve, which any number of threads may call at once on arrays of their own.
+             Large grids are shared among threads; their number does not change a bit of the result. */
 #ifndef ORV_POISSON_H
 #define ORV_POISSON_H
 
@@ -97,7 +96,7 @@ typedef struct {
 /* Solves. u: f before, u afterwards, all points. strides: one an axis, none of them 0; null: no gaps, x fastest. Others
    go through a copy. sides: one of each side, in the order of the picture; null: zeros everywhere. misfit: null, or
    receives what was taken off f at all points, 0 if nothing had to be.
-   Bad: 1 null, or of the other precision; 2 null; 3 a stride of 0. ORV_NOT_SOLVABLE, ORV_RESONANCE (on a sphere; u is
+   Bad: 1 null, or of the other precision; 2 null; 3 a stride of 0. ORV_NOT_SOLVABLE, ORV_RESONANCE (u is
    lost), ORV_NO_MEMORY. */
 ORV_API orv_status orv_dpoisson_solve(const orv_poisson* p, double* u, const int64_t* strides,
                                       const orv_dpoisson_side* sides, double* misfit);
