@@ -104,6 +104,8 @@ const char* orv_status_text(orv_status status)
         return "the right-hand side and the sides of a Poisson problem do not go together";
     case ORV_RESONANCE:
         return "the equation has no unique solution for this q";
+    case ORV_NO_ROOM:
+        return "there is too little room for the result";
     default:
         return "no status of this library";
     }

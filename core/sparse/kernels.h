@@ -50,6 +50,14 @@ template <class T, class Int> struct Kernels;
         ORV_SPARSE_KERNEL(module, skymmsk, t##skymmsk)                                                                 \
         ORV_SPARSE_KERNEL(module, skymmkk, t##skymmkk)                                                                 \
         ORV_SPARSE_KERNEL(module, skysvk, t##skysvk)                                                                   \
+        ORV_SPARSE_KERNEL(module, csrcoo, orv_##t##csrcoo)                                                             \
+        ORV_SPARSE_KERNEL(module, csrcsc, orv_##t##csrcsc)                                                             \
+        ORV_SPARSE_KERNEL(module, csrsky, orv_##t##csrsky)                                                             \
+        ORV_SPARSE_KERNEL(module, sort_rows, t##sortrow)                                                               \
+        ORV_SPARSE_KERNEL(module, sum, t##mcsradd_notr)                                                                \
+        ORV_SPARSE_KERNEL(module, product, t##mcsr_notr)                                                               \
+        ORV_SPARSE_KERNEL(module, product_by_rows, t##csrmultd_ker)                                                    \
+        ORV_SPARSE_KERNEL(module, product_by_columns, t##csrmultd_ker_t)                                               \
     };
 #define ORV_SPARSE_BLOCKS(module, t, before, solve, layout)                                                            \
     struct layout {                                                                                                    \

@@ -69,11 +69,16 @@ const char* fault_of_arrays(const orv_sparse& a)
 
 } // namespace
 
+const char* fault_of_form(const orv_sparse& a)
+{
+    const char* fault = fault_of_options(a);
+    return fault != nullptr ? fault : fault_of_sizes(a);
+}
+
 const char* fault_of(const orv_sparse* a)
 {
     if (a == nullptr) return "the matrix is a null pointer";
-    const char* fault = fault_of_options(*a);
-    if (fault == nullptr) fault = fault_of_sizes(*a);
+    const char* fault = fault_of_form(*a);
     return fault != nullptr ? fault : fault_of_arrays(*a);
 }
 

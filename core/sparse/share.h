@@ -16,19 +16,26 @@ template <class Int> i64 work_of(const Int* begin, const Int* end, Int m)
 }
 
 // The row, from 0, at which part `index` of `count` begins: the first one that has that share of the work before it.
-// begin ascends; if it does not, parts are less even, but still each row is in one of them.
-template <class Int> Int share_of_rows(const Int* begin, Int m, i64 work, int index, int count)
+// before(i), the work in front of row i, ascends; if it does not, parts are less even, but still each row is in one of
+// them.
+template <class Int, class Before> Int share_of(const Before& before, Int m, i64 work, int index, int count)
 {
     if (index == 0) return 0;
     if (index == count) return m;
-    const i64 before = work * index / count;
+    const i64 share = work * index / count;
     Int low = 0, high = m;
     while (low < high) {
         const Int middle = low + (high - low) / 2;
-        if (i64{begin[middle]} - begin[0] + row_cost * middle < before) low = middle + 1;
+        if (before(middle) < share) low = middle + 1;
         else high = middle;
     }
     return low;
+}
+
+// The same for compressed rows that begin at begin.
+template <class Int> Int share_of_rows(const Int* begin, Int m, i64 work, int index, int count)
+{
+    return share_of([begin](Int i) { return i64{begin[i]} - begin[0] + row_cost * i; }, m, work, index, count);
 }
 
 } // namespace orv::core::sparse

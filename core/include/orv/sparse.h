@@ -1,8 +1,9 @@
-/* Sparse matrices: products and solves, with a matrix that stays where the program has it.
+/* Sparse matrices: products and solves, conversions, sums, and products with each other, with matrices that stay where
+   the program has them.
 
    A matrix is a record that points to the program's own arrays: nothing is copied, nothing is to be freed, and the
-   arrays must stay as long as calls use them. No call writes the record or its arrays, so any number of threads can use
-   one matrix at once. A field that is 0 has its usual meaning, so
+   arrays must stay as long as calls use them. No call writes an operand's record or its arrays, so any number of
+   threads can use one matrix at once. A field that is 0 has its usual meaning, so
 
        orv_sparse a = {.format = ORV_SPARSE_CSR, .type = 'd', .bits = 32, .rows = n, .cols = n,
                        .begin = row_pointers, .col = columns, .values = values};
@@ -23,8 +24,8 @@
             those of a CSR matrix whose entries are blocks. rows and cols are counted in elements. A block is stored by
             rows if indices count from 0, by columns if they count from 1.
    SKY      skyline: row i of a lower triangle, or column i of an upper one, from its first element that is not zero to
-            the diagonal: values[begin[i] - begin[0]] to values[begin[i + 1] - begin[0] - 1]; begin has rows + 1
-   numbers.
+            the diagonal: values[begin[i] - begin[0]] to values[begin[i + 1] - begin[0] - 1], with rows + 1 numbers in
+            begin.
 
    kind     what the entries mean
    G (0)    they are the matrix
@@ -82,12 +83,13 @@ typedef struct orv_sparse {
     int bits;           /* of each index and pointer: 32 or 64 */
     int base;           /* what row[] and col[] count from: 0 or 1 (not DIA, SKY) */
     int64_t rows, cols; /* of the matrix */
-    int64_t count;      /* COO: entries; DIA: diagonals */
+    int64_t count;      /* COO: entries; DIA: diagonals; in results of all formats, see below */
     int64_t block;      /* BSR: order of a block */
     int64_t ld;         /* DIA: from a diagonal to the next in values */
     const void* values;
     const void *begin, *end; /* CSR, CSC, BSR, SKY */
     const void *row, *col;   /* CSR, BSR, DIA: col; CSC: row; COO: both */
+    void* memory;            /* null but in results that have memory of their own: for orv_sparse_free */
 } orv_sparse;
 
 /* y := alpha*op(A)*x + beta*y. beta = 0 does not read y, alpha = 0 neither A nor x. */
@@ -135,17 +137,96 @@ ORV_API orv_status orv_sparse_zsm(char order, char trans, orv_complex_double alp
    orv_last_error() says in a sentence which row and entry it is. Rows, columns and entries are numbered from the
    matrix' base there.
 
-     ORV_BAD_INDEX       an index or a pointer leads outside: no product may be tried
-     ORV_NOT_SORTED      the entries of a row (column, diagonals of DIA) do not ascend: products and solves with
-                         kinds other than G, and with DIA, are wrong
-     ORV_DUPLICATE       two entries stand in the same place: they add up, but for the diagonal of a solve, where one
-   counts ORV_NO_DIAGONAL     kinds T and D without diag U: an element of the diagonal is not stored: no solve
-     ORV_ZERO_DIAGONAL   it is stored and zero, of BSR a whole block of zeros: solves divide by zero
+     ORV_BAD_INDEX
+         an index or a pointer leads outside: no product may be tried
+     ORV_NOT_SORTED
+         the entries of a row (column, diagonals of DIA) do not ascend: products and solves with kinds other than G,
+         and with DIA, are wrong
+     ORV_DUPLICATE
+         two entries stand in the same place: they add up, but for the diagonal of a solve, where one counts
+     ORV_NO_DIAGONAL
+         kinds T and D without diag U: an element of the diagonal is not stored: no solve
+     ORV_ZERO_DIAGONAL
+         it is stored and zero, of BSR a whole block of zeros: solves divide by zero
 
    Takes work memory for COO and for rows that are not sorted; ORV_NO_MEMORY if it is refused. */
 ORV_API orv_status orv_sparse_check(const orv_sparse* a);
 
-/* The kernel that the calling thread's latest product or solve ran, as orv_branch_symbol() finds it
+/* Results. The calls below make a matrix, and put it in a record in which the caller says how he wants it: format,
+   bits, base, kind with uplo and diag, block for BSR; the type is that of the operands, rows and cols follow from them.
+   Where the record has no arrays, memory is taken, and orv_sparse_free gives it back:
+
+       orv_sparse b = {.format = ORV_SPARSE_CSC, .bits = 32};
+       if (orv_sparse_convert('N', &a, &b) != ORV_OK) puts(orv_last_error());
+       ...
+       orv_sparse_free(&b);
+
+   Or the arrays are the caller's, and `count` says for how much they have room; afterwards it says how much there is:
+
+   format     count     elements of the arrays
+   CSR, CSC   entries   begin: rows + 1, columns + 1; the others: count
+   COO        entries   count
+   DIA        diagonals   col: count; values: count*ld
+   BSR        blocks    begin: rows/block + 1; col: count; values: count*block*block
+   SKY        elements  begin: rows + 1; values: count
+
+   The calls whose name ends in _sizes tell all of that before there is an array: they set type, rows, cols, count, and
+   ld for DIA if it is 0. If arrays are too small for the result, or bits for its indices, the answer is ORV_NO_ROOM; if
+   memory is refused, ORV_NO_MEMORY. Then, as after each answer that is not 0, record and arrays are as they were, but
+   where a caller's own values had begun to be written when a kernel turned out to be missing. Arrays of a result may
+   not overlap those of an operand (-i), and not each other. A record that holds a result can take another one, into the
+   same arrays.
+
+   Operands may be of any format, kind, base and width, with entries in any order and more than one in a place; they
+   mean what they mean in products. Sums and products are of kind G unless another one is asked for. Of a kind that is
+   asked for, what counts in it is there: of S, H, A and T one triangle, of D the diagonal, no ones of diag U. Nobody
+   looks whether the matrix is symmetric. A kind with fewer elements than the matrix has is so a way to a part of it. In
+   BSR, A and diag U count by whole blocks, and are made from such blocks only.
+
+   Entries with the value zero stay in CSR, CSC and COO. What fills up DIA, BSR and SKY cannot be told from them, so
+   there zeros are no entries, on the diagonal neither. Entries of one place stay several in CSR, CSC and COO, and add
+   up elsewhere. Lines are sorted, but in products. Work memory is some three times what the result takes, less where an
+   operand is of kind G, in CSR or CSC without `end`, and of the result's width and base. */
+
+/* B := op(A): another format, another width or base, another kind, the transpose ('T', or 'C' with conjugates). */
+ORV_API orv_status orv_sparse_convert(char trans, const orv_sparse* a, orv_sparse* b);
+ORV_API orv_status orv_sparse_convert_sizes(char trans, const orv_sparse* a, orv_sparse* b);
+
+/* C := alpha*op(A) + B. C has an entry wherever A or B has one, whatever comes out, and whatever alpha is. Large sums
+   are shared among threads, with the same bits for any number of them. A CSR result is the quickest. */
+ORV_API orv_status orv_sparse_sadd(char trans, float alpha, const orv_sparse* a, const orv_sparse* b, orv_sparse* c);
+ORV_API orv_status orv_sparse_dadd(char trans, double alpha, const orv_sparse* a, const orv_sparse* b, orv_sparse* c);
+ORV_API orv_status orv_sparse_cadd(char trans, orv_complex_float alpha, const orv_sparse* a, const orv_sparse* b,
+                                   orv_sparse* c);
+ORV_API orv_status orv_sparse_zadd(char trans, orv_complex_double alpha, const orv_sparse* a, const orv_sparse* b,
+                                   orv_sparse* c);
+ORV_API orv_status orv_sparse_add_sizes(char trans, const orv_sparse* a, const orv_sparse* b, orv_sparse* c);
+
+/* C := op(A)*op(B). C has an entry wherever a product of two entries goes, whatever comes out. In CSR of kind G, the
+   entries of a row stand in the order in which the rows of A and B bring them; orv_sparse_convert gives a sorted copy.
+   Large products are shared among threads, with the same bits for any number of them.
+
+   In two steps, for CSR of kind G: orv_sparse_multiply_sizes counts, and if c->begin is not null, it receives the
+   pointers, from base on; orv_sparse_multiply_values computes col and values by these pointers (c->count: their room),
+   also again when A and B have got other values in the same places. It believes that the pointers are those of this
+   product. */
+ORV_API orv_status orv_sparse_multiply(char transa, const orv_sparse* a, char transb, const orv_sparse* b,
+                                       orv_sparse* c);
+ORV_API orv_status orv_sparse_multiply_sizes(char transa, const orv_sparse* a, char transb, const orv_sparse* b,
+                                             orv_sparse* c);
+ORV_API orv_status orv_sparse_multiply_values(char transa, const orv_sparse* a, char transb, const orv_sparse* b,
+                                              orv_sparse* c);
+
+/* The same product as a dense matrix of the operands' type, stored by `order` as above. Shared among threads, with the
+   same bits for any number of them. */
+ORV_API orv_status orv_sparse_multiply_dense(char order, char transa, const orv_sparse* a, char transb,
+                                             const orv_sparse* b, void* c, int64_t ldc);
+
+/* Gives back the memory of a result, and leaves a matrix without entries and arrays in its record. Records that have
+   none of their own are left alone. */
+ORV_API void orv_sparse_free(orv_sparse* a);
+
+/* The kernel that the calling thread's latest product, solve or sum ran, as orv_branch_symbol() finds it
    ("orv_spblas_mc3_dcsr0ng__c__mvout_par"), and by how many threads. Null and 0 before the first one; a call that had
    nothing to do for a kernel leaves both. Valid until the thread's next call of this. */
 ORV_API const char* orv_sparse_kernel(void);

@@ -25,11 +25,12 @@ enum {
     ORV_DUPLICATE = 12,      /* two entries stand in the same place, */
     ORV_NO_DIAGONAL = 13,    /* an element of the diagonal is not stored, */
     ORV_ZERO_DIAGONAL = 14,  /* or it is zero */
+    ORV_NO_ROOM = 15,        /* arrays for a result are too small, or its indices are */
 
-    ORV_TRANSFORM_FAILED = 15, /* of convolutions: the Fourier transform inside was refused */
+    ORV_TRANSFORM_FAILED = 16, /* of convolutions: the Fourier transform inside was refused */
 
-    ORV_NOT_SOLVABLE = 16, /* of Poisson problems: f and the sides do not go together, so there is no solution, */
-    ORV_RESONANCE = 17     /* or q is one for which there is none or many */
+    ORV_NOT_SOLVABLE = 17, /* of Poisson problems: f and the sides do not go together, so there is no solution, */
+    ORV_RESONANCE = 18     /* or q is one for which there is none or many */
 };
 
 /* One line in English for any status; never null, valid for ever. */
