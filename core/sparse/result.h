@@ -112,20 +112,20 @@ public:
             });
             return taken ? orv_status{ORV_OK} : no_memory_for(count);
         }
+        const char *shared = nullptr, *missing = nullptr;
+        each_array(with_arrays(), count, [&](const char* what, const void* at, Span span) {
+            if (at != nullptr && overlaps(span, operands)) shared = what;
+            if (at == nullptr && span.from != span.to) missing = what;
+        });
+        if (shared != nullptr) return bad_argument(name_, position_, "%s of the result overlaps an operand", shared);
         if (count > asked_.count)
             return fail(ORV_NO_ROOM, "%s: the result takes a count of %lld, and there is room for %lld", name_,
                         static_cast<long long>(count), static_cast<long long>(asked_.count));
-        orv_status status = ORV_OK;
-        each_array(with_arrays(), count, [&](const char* what, const void* at, Span span) {
-            if (status != ORV_OK || span.from == span.to) return;
-            if (at == nullptr) status = bad_argument(name_, position_, "%s of the result is a null pointer", what);
-            else if (overlaps(span, operands))
-                status = bad_argument(name_, position_, "%s of the result overlaps an operand", what);
-        });
+        if (missing != nullptr) return bad_argument(name_, position_, "%s of the result is a null pointer", missing);
         const auto integers = [](const void* p) { return static_cast<Int*>(const_cast<void*>(p)); };
         begin = integers(asked_.begin), row = integers(asked_.row), col = integers(asked_.col);
         values = static_cast<T*>(const_cast<void*>(asked_.values));
-        return status;
+        return ORV_OK;
     }
     // In place of take(): rows that are the result already, where the caller has no arrays.
     void adopt(Rows<T, Int>&& rows)

@@ -24,7 +24,7 @@ class Record(ctypes.Structure):
     _fields_ = [("format", ctypes.c_int), ("type", ctypes.c_char), ("kind", ctypes.c_char), ("uplo", ctypes.c_char),
                 ("diag", ctypes.c_char), ("bits", ctypes.c_int), ("base", ctypes.c_int), ("rows", ctypes.c_int64),
                 ("cols", ctypes.c_int64), ("count", ctypes.c_int64), ("block", ctypes.c_int64),
-                ("ld", ctypes.c_int64)] + [(name, ctypes.c_void_p) for name in ("values", "begin", "end", "row", "col")]
+                ("ld", ctypes.c_int64)] + [(name, ctypes.c_void_p) for name in ("values", "begin", "end", "row", "col", "memory")]
 
 
 def record(a, **options):
