@@ -16,6 +16,7 @@ struct Verb {
 constexpr Verb verbs[] = {
     {"info", "what orv runs on: processor, kernels, threads, memory, environment", info},
     {"verify", "whether this machine computes what it should; `orv verify --help` tells more", verify},
+    {"sparse", "a matrix from a file, and the format that suits it: orv sparse FILE.mtx [--svg PICTURE.svg]", sparse},
     {"help", "this text", help},
 };
 

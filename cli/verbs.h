@@ -8,6 +8,7 @@ namespace orv::cli {
 using Words = std::span<const char* const>;
 
 int info(Words words);
+int sparse(Words words);
 int verify(Words words);
 
 } // namespace orv::cli

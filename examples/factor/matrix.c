@@ -1,7 +1,7 @@
 /* A file's entries as a full matrix, since that is what LAPACK's dgetrf and dpotrf factor. */
 #include "matrix.h"
 
-#include "examples/market.h"
+#include "market/market.h"
 
 #include <math.h>
 #include <stdlib.h>

@@ -1,7 +1,7 @@
 /* The file's entries, sorted into compressed rows and looked over by orv_sparse_check. */
 #include "system.h"
 
-#include "examples/market.h"
+#include "market/market.h"
 
 #include <orv/status.h>
 #include <stdlib.h>

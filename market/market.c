@@ -1,6 +1,6 @@
 /* Reading the Matrix Market form: a banner, comments, a line of sizes, then a line an element. */
 #define _GNU_SOURCE
-#include "examples/market.h"
+#include "market/market.h"
 
 #include <ctype.h>
 #include <errno.h>

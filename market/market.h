@@ -5,6 +5,10 @@
 #include <stddef.h>
 #include <stdio.h>
 
+#ifdef __cplusplus
+extern "C" {
+#endif
+
 enum market_symmetry { market_general, market_symmetric, market_skew };
 
 struct market {
@@ -39,5 +43,9 @@ void read_market(struct market* market);
 void refuse(const struct market* market, long line, const char* format, ...);
 
 void free_market(struct market* market);
+
+#ifdef __cplusplus
+}
+#endif
 
 #endif
