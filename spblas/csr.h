@@ -29,7 +29,7 @@ template <class T> struct Csr {
     {
     }
 
-    ORV_INLINE Entries<T> entries(Int from, Int to) const { return {val + from, col + from, to - from}; }
+    ORV_INLINE Entries<T> entries(i64 from, i64 to) const { return {val + from, col + from, to - from}; }
     ORV_INLINE Entries<T> row(Int i) const { return entries(begin[i], end[i]); }
 
     // Looks for the diagonal from the side of the entries that do not count: of a triangle alone it is found at once.

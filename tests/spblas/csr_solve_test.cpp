@@ -125,6 +125,30 @@ TEST(CsrSm, solves_without_memory)
     });
 }
 
+TEST(CsrSv, takes_off_one_sum_a_row_in_the_order_of_its_search)
+{
+    each_solve("sv", []<class T, class Int>(const SparseName& name, const auto& a) {
+        if constexpr (!is_complex<T>) {
+            if (name.kind != 't' || name.transposes()) return;
+            const Solve<T, Int> solve(name, a);
+            solve.run();
+            std::vector<T> sum(static_cast<std::size_t>(a.m)), diagonal(sum.size(), one<T>);
+            auto entries = a.entries; // in the order in which rows are solved, and in each from the far end
+            if (name.triangle == 'u') std::reverse(entries.begin(), entries.end());
+            const auto at = [](i64 i) { return static_cast<std::size_t>(i); };
+            for (const auto& [i, j, value] : entries) {
+                if (!name.keeps(i, j)) continue;
+                if (i == j) diagonal[at(i)] = value;
+                else sum[at(i)] += value * solve.y(j, 0);
+            }
+            for (i64 i = 0; i < a.m; ++i) {
+                const T solved = (solve.y.before(i, 0) - sum[at(i)]) / diagonal[at(i)];
+                ASSERT_EQ(solve.y(i, 0), solved) << "row " << i;
+            }
+        }
+    });
+}
+
 TEST(CsrSv, takes_the_value_behind_a_row_without_a_diagonal)
 {
     // Row 0 is (4), row 1 has only the entry left of its diagonal, and 8 stands behind it.
