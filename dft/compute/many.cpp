@@ -1,4 +1,5 @@
 #include "dft/compute/many.h"
+#include "dft/compute/short_lines.h"
 #include "dft/primitives/dft/kernels.h"
 #include "dft/primitives/dft/plan.h"
 #include "frame/kernels/dft_batch.h"
@@ -31,41 +32,49 @@ template <class R> struct RowsAt {
     i64 step;
 };
 
-// Of a few points the engine's checks take longer than its kernels, which need neither record nor memory.
-template <class R> struct Short;
-#define SHORT(R, d, z, dz, zd, f, fc)                                                                                  \
-    template <> struct Short<R> {                                                                                      \
+// The kernels of pairs that do no more than transform and scale: what lines of few points need not be asked through.
+template <class R> struct Plain;
+#define PLAIN(R, d, z, dz, zd, f, fc)                                                                                  \
+    template <> struct Plain<R> {                                                                                      \
         static constexpr auto &forward = DFT(xymps_fwd_##fc), &backward = DFT(xymps_inv_##fc);                         \
-        static constexpr FixedFft<cpx<R>>*forward_32 = DFT(ymps_cFFTfwd_32_##fc),                                      \
-                         *backward_32 = DFT(ymps_cFFTinv_32_##fc);                                                     \
     };
-ORV_DFT_PRECISIONS(SHORT)
+ORV_DFT_PRECISIONS(PLAIN)
 
-// What the kernel of pairs comes down to, or null.
-template <class R> FixedFft<cpx<R>>* short_kernel(const Run& run)
+bool is_small_radix(const DftiNode& node, DftiKernel* kernel, bool forward)
 {
-    using S = Short<R>;
-    using Pairs = general::Interleaved<R>;
-    const bool forward = run.kernel == S::forward;
-    if (!forward && run.kernel != S::backward) return nullptr;
+    const i64 n = node.length;
+    return n >= 2 && n <= 64 && kernel == (forward ? DFT(zsmallradix_forward) : DFT(zsmallradix_inverse))[n - 2];
+}
+
+// What the kernel of pairs comes down to where lines are short and unscaled, or null.
+template <class R> ShortLines<R>* short_kernel(const Run& run)
+{
     const DftiNode& node = *run.node;
-    const YmpDftSpec* const spec = general::on_boundary(node.*Precision<R>::spec_complex);
-    if (spec == nullptr || (forward ? spec->scale_forward : spec->scale_inverse) != 0 ||
-        (forward ? node.committed_forward_scale : node.committed_backward_scale) != 1)
-        return nullptr;
-    if (spec->length == 32) return forward ? S::forward_32 : S::backward_32;
-    if (spec->length > general::longest_fixed) return nullptr;
-    return (forward ? general::Bodies<Pairs, true>::fixed : general::Bodies<Pairs, false>::fixed).of[spec->length];
+    const auto goes = [&](bool forward) {
+        if ((forward ? node.committed_forward_scale : node.committed_backward_scale) != 1) return false;
+        if (sizeof(R) == 8 && is_small_radix(node, run.kernel, forward)) return true;
+        if (run.kernel != (forward ? Plain<R>::forward : Plain<R>::backward)) return false;
+        const YmpDftSpec* const spec = general::on_boundary(node.*Precision<R>::spec_complex);
+        return spec != nullptr && spec->length == node.length &&
+               (forward ? spec->scale_forward : spec->scale_inverse) == 0;
+    };
+    return goes(true) ? short_lines<R>(node.length, true) : goes(false) ? short_lines<R>(node.length, false) : nullptr;
+}
+
+// If the points of a line push each other out of a first-level cache, so that neighbouring lines, which have the same
+// cache lines, would fetch them again.
+template <class T> bool collide(i64 points, Lines<T> lines)
+{
+    constexpr i64 way = 4096, ways = 8;
+    const i64 bytes = lines.stride * static_cast<i64>(sizeof(*lines.data));
+    return points * min(way, max(cache_line, bytes & -bytes)) > ways * way;
 }
 
 template <class In, class Out, class R> i32 transform_rows(const Run& run, i64 count, RowsAt<R> from, RowsAt<R> to)
 {
     if constexpr (is_complex<In> && is_complex<Out>)
-        if (auto* const transform = short_kernel<R>(run)) {
-            for (; count > 0; --count, from.row += from.step, to.row += to.step)
-                transform(reinterpret_cast<const In*>(from.row), reinterpret_cast<Out*>(to.row));
-            return node_ok;
-        }
+        if (auto* const lines = short_kernel<R>(run))
+            return lines(from.row, {2, from.step}, to.row, {2, to.step}, count), node_ok;
     // Pairs that become reals may first have to become the row that the kernel reads.
     const bool packs = is_complex<In> && !is_complex<Out> && keeps_rows_apart(*run.node);
     for (; count > 0; --count, from.row += from.step, to.row += to.step) {
@@ -83,6 +92,10 @@ template <class In, class Out> i32 transform(const Run& run, i64 count, Lines<co
 {
     using R = real_t<In>;
     const Ends<In, Out> ends(run);
+    if constexpr (is_complex<In> && is_complex<Out>)
+        if (auto* const lines = short_kernel<R>(run);
+            lines != nullptr && !collide(ends.n_in, in) && !collide(ends.n_out, out))
+            return lines(in.data, {in.stride, in.distance}, out.data, {out.stride, out.distance}, count), node_ok;
     const bool gathers = !in.is_dense(), scatters = !out.is_dense();
     const i64 pitch = row_reals<In, Out>(*run.node);
     const RowsAt<R> rows{static_cast<R*>(run.buffer), pitch};
