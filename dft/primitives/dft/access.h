@@ -33,9 +33,8 @@ template <class R> struct Interleaved {
     template <int n = width> ORV_INLINE void put(i64 i, vec<cpx<R>> v) const { store_first<n>(p + i, v); }
     ORV_INLINE bool meets(Interleaved other) const { return p == other.p; }
 
-    // The n elements of an area of memory, and their way from there.
+    // The n elements of an area of memory.
     ORV_INLINE static Interleaved within(void* area, i64 /* n */) { return {static_cast<cpx<R>*>(area)}; }
-    ORV_INLINE void copy_to(Interleaved to, i64 n) const { copy(p, to.p, n); }
 
     ORV_INLINE bool missing() const { return p == nullptr; }
     ORV_INLINE void scale(R by, i32 n) const { multiply(by, reinterpret_cast<R*>(p), 2 * n); }
@@ -78,7 +77,6 @@ template <class R> struct Split {
     }
 
     ORV_INLINE static Split within(void* area, i64 n) { return {static_cast<R*>(area), static_cast<R*>(area) + n}; }
-    ORV_INLINE void copy_to(Split to, i64 n) const { copy(re, to.re, n), copy(im, to.im, n); }
 
     ORV_INLINE bool missing() const { return re == nullptr || im == nullptr; }
     ORV_INLINE void scale(R by, i32 n) const { multiply(by, re, n), multiply(by, im, n); }

@@ -23,7 +23,7 @@ template <class R> void forward_by_factors(const YmpDftSpec* spec, const R* src,
 {
     const i64 n = points_of(*spec);
     auto* const half = reinterpret_cast<R*>(work);
-    ByFactors<Reals<R>, true>(*spec, work + area_of_result<R>(n)).join({const_cast<R*>(src)}, {half});
+    ByFactors<Reals<R>, true>(*spec, work + area_of_result<R>(n)).join({const_cast<R*>(src)}, {half}, {half});
     to_pack(half, dst, n);
 }
 template <class R> void inverse_by_factors(const YmpDftSpec* spec, const R* src, R* dst, t_8u* work)
