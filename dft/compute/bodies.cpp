@@ -90,18 +90,18 @@ template <class Kind> void first_pass(i32 thread, i32 threads, void* argument)
 {
     const DftShare& share = *static_cast<const DftShare*>(argument);
     const auto whole = Kind::whole(share);
-    on_span(thread, threads, share, whole.plane(0, 0, nullptr, nullptr).first_count(), whole.buffer_bytes(*share.node),
+    on_span(thread, threads, share, whole.first_plane(nullptr, nullptr).first_count(), whole.buffer_bytes(*share.node),
             [&](Span span, void* buffer, void* work) {
-                return whole.plane(0, 0, buffer, work).first_pass(span.begin, span.end);
+                return whole.first_plane(buffer, work).first_pass(span.begin, span.end);
             });
 }
 template <class Kind> void second_pass(i32 thread, i32 threads, void* argument)
 {
     const DftShare& share = *static_cast<const DftShare*>(argument);
     const auto whole = Kind::whole(share);
-    on_span(thread, threads, share, whole.plane(0, 0, nullptr, nullptr).second_count(), whole.buffer_bytes(*share.node),
+    on_span(thread, threads, share, whole.first_plane(nullptr, nullptr).second_count(), whole.buffer_bytes(*share.node),
             [&](Span span, void* buffer, void* work) {
-                return whole.plane(0, 0, buffer, work).second_pass(span.begin, span.end);
+                return whole.first_plane(buffer, work).second_pass(span.begin, span.end);
             });
 }
 

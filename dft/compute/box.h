@@ -23,7 +23,6 @@ template <class R> struct Box {
         for (const DftiNode* n = &head; n != &node; n = n->next) product *= n == &head ? half(n->length) : n->length;
         return product;
     }
-    Box from(i64 reals) const { return {data + reals, side, as_pairs}; }
 };
 
 // Of a chain of three nodes or more.
@@ -38,19 +37,26 @@ template <class R>
 i32 columns_of_box(DftiNode* head, DftiNode* node, DftiKernel* kernel, Box<R> from, Box<R> to, i64 begin, i64 end,
                    void* buffer, void* work);
 
-// plane(reals from the beginning of `from`, of `to`) for planes begin to end.
+// plane(reals on from the last plane in `from`, in `to`) for planes begin to end; before the first one that is plane 0.
 template <class R, class Plane>
 i32 each_plane(const DftiNode& head, Box<R> from, Box<R> to, i64 begin, i64 end, Plane plane)
 {
-    for (i64 item = begin; item < end; ++item) {
+    if (head.next->next == nullptr) return plane(0, 0);
+    const DftiNode& third = *head.next->next;
+    const i64 in_step = from.stride(head, third), out_step = to.stride(head, third);
+    i64 last_in = 0, last_out = 0;
+    for (i64 item = begin, next; item < end; item = next) {
         i64 rest = item, in = 0, out = 0;
-        for (const DftiNode* n = head.next->next; n != nullptr; n = n->next) {
+        for (const DftiNode* n = &third; n != nullptr; n = n->next) {
             const i64 index = rest % n->length;
             rest /= n->length;
             in += index * from.stride(head, *n);
             out += index * to.stride(head, *n);
         }
-        if (const i32 status = plane(in, out); status != node_ok) return status;
+        next = min(end, item - item % third.length + third.length);
+        for (; item < next; ++item, in += in_step, out += out_step)
+            if (const i32 status = plane(in - last_in, out - last_out); status != node_ok) return status;
+            else last_in = in, last_out = out;
     }
     return node_ok;
 }

@@ -34,7 +34,7 @@ template <class T> Lines<T> lines_of(T* data, i64 stride, i64 distance)
 }
 
 // m lines of n elements to rows, and back.
-template <class T> void gather(i64 n, i64 m, T* dst, i64 ldd, Lines<const T> src);
-template <class T> void scatter(i64 n, i64 m, Lines<T> dst, const T* src, i64 lds);
+template <class T> void gather(i64 n, i64 m, T* dst, i64 ldd, const Lines<const T>& src);
+template <class T> void scatter(i64 n, i64 m, const Lines<T>& dst, const T* src, i64 lds);
 
 } // namespace orv::dft

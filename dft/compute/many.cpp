@@ -1,5 +1,5 @@
 #include "dft/compute/many.h"
-#include "dft/compute/short_lines.h"
+#include "dft/compute/plain.h"
 #include "dft/primitives/dft/kernels.h"
 #include "dft/primitives/dft/plan.h"
 #include "frame/kernels/dft_batch.h"
@@ -32,38 +32,9 @@ template <class R> struct RowsAt {
     i64 step;
 };
 
-// The kernels of pairs that do no more than transform and scale: what lines of few points need not be asked through.
-template <class R> struct Plain;
-#define PLAIN(R, d, z, dz, zd, f, fc)                                                                                  \
-    template <> struct Plain<R> {                                                                                      \
-        static constexpr auto &forward = DFT(xymps_fwd_##fc), &backward = DFT(xymps_inv_##fc);                         \
-    };
-ORV_DFT_PRECISIONS(PLAIN)
-
-bool is_small_radix(const DftiNode& node, DftiKernel* kernel, bool forward)
-{
-    const i64 n = node.length;
-    return n >= 2 && n <= 64 && kernel == (forward ? DFT(zsmallradix_forward) : DFT(zsmallradix_inverse))[n - 2];
-}
-
-// What the kernel of pairs comes down to where lines are short and unscaled, or null.
-template <class R> ShortLines<R>* short_kernel(const Run& run)
-{
-    const DftiNode& node = *run.node;
-    const auto goes = [&](bool forward) {
-        if ((forward ? node.committed_forward_scale : node.committed_backward_scale) != 1) return false;
-        if (sizeof(R) == 8 && is_small_radix(node, run.kernel, forward)) return true;
-        if (run.kernel != (forward ? Plain<R>::forward : Plain<R>::backward)) return false;
-        const YmpDftSpec* const spec = general::on_boundary(node.*Precision<R>::spec_complex);
-        return spec != nullptr && spec->length == node.length &&
-               (forward ? spec->scale_forward : spec->scale_inverse) == 0;
-    };
-    return goes(true) ? short_lines<R>(node.length, true) : goes(false) ? short_lines<R>(node.length, false) : nullptr;
-}
-
 // If the points of a line push each other out of a first-level cache, so that neighbouring lines, which have the same
 // cache lines, would fetch them again.
-template <class T> bool collide(i64 points, Lines<T> lines)
+template <class T> bool collide(i64 points, const Lines<T>& lines)
 {
     constexpr i64 way = 4096, ways = 8;
     const i64 bytes = lines.stride * static_cast<i64>(sizeof(*lines.data));
@@ -72,11 +43,16 @@ template <class T> bool collide(i64 points, Lines<T> lines)
 
 template <class In, class Out, class R> i32 transform_rows(const Run& run, i64 count, RowsAt<R> from, RowsAt<R> to)
 {
-    if constexpr (is_complex<In> && is_complex<Out>)
-        if (auto* const lines = short_kernel<R>(run))
-            return lines(from.row, {2, from.step}, to.row, {2, to.step}, count), node_ok;
     // Pairs that become reals may first have to become the row that the kernel reads.
     const bool packs = is_complex<In> && !is_complex<Out> && keeps_rows_apart(*run.node);
+    if constexpr (is_complex<In> && is_complex<Out>) {
+        if (auto* const lines = short_lines<R>(run))
+            return lines(from.row, {2, from.step}, to.row, {2, to.step}, count), node_ok;
+    } else if (const auto rows = short_rows<R>(run, packs ? Layout::ccs : read_by_kernel(*run.node));
+               rows.body != nullptr) {
+        rows.run(from.row, from.step, to.row, to.step, count);
+        return node_ok;
+    }
     for (; count > 0; --count, from.row += from.step, to.row += to.step) {
         if (packs) pack_row(run.node->length, Layout::perm, reinterpret_cast<const cpx<R>*>(from.row), to.row);
         if (const i32 status = run.kernel(packs ? to.row : from.row, to.row, run.node, run.work); status != node_ok)
@@ -88,12 +64,13 @@ template <class In, class Out, class R> i32 transform_rows(const Run& run, i64 c
 } // namespace
 
 // Rows are transformed from and to where they stand in the array, or in the buffer.
-template <class In, class Out> i32 transform(const Run& run, i64 count, Lines<const In> in, Lines<Out> out)
+template <class In, class Out>
+i32 transform(const Run& run, i64 count, const Lines<const In>& in, const Lines<Out>& out)
 {
     using R = real_t<In>;
     const Ends<In, Out> ends(run);
     if constexpr (is_complex<In> && is_complex<Out>)
-        if (auto* const lines = short_kernel<R>(run);
+        if (auto* const lines = short_lines<R>(run);
             lines != nullptr && !collide(ends.n_in, in) && !collide(ends.n_out, out))
             return lines(in.data, {in.stride, in.distance}, out.data, {out.stride, out.distance}, count), node_ok;
     const bool gathers = !in.is_dense(), scatters = !out.is_dense();
@@ -126,7 +103,7 @@ i32 all_columns(bool forward, cpx<float>* data, DftiNode* node, i64 count)
 
 } // namespace
 
-template <class R> i32 transform(const Run& run, i64 count, Lines<cpx<R>> data)
+template <class R> i32 transform(const Run& run, i64 count, const Lines<cpx<R>>& data)
 {
     DftiNode* const node = run.node;
     const i64 planned = is_in_place(*node) ? node->input_stride : node->output_stride;
@@ -191,11 +168,11 @@ template <class R> i32 transform_batch(DftiNode* node, cpx<R>* data, DftiKernel*
 }
 
 #define INSTANCES(R, ...)                                                                                              \
-    template i32 transform<cpx<R>, cpx<R>>(const Run&, i64, Lines<const cpx<R>>, Lines<cpx<R>>);                       \
-    template i32 transform<R, R>(const Run&, i64, Lines<const R>, Lines<R>);                                           \
-    template i32 transform<R, cpx<R>>(const Run&, i64, Lines<const R>, Lines<cpx<R>>);                                 \
-    template i32 transform<cpx<R>, R>(const Run&, i64, Lines<const cpx<R>>, Lines<R>);                                 \
-    template i32 transform<R>(const Run&, i64, Lines<cpx<R>>);                                                         \
+    template i32 transform<cpx<R>, cpx<R>>(const Run&, i64, const Lines<const cpx<R>>&, const Lines<cpx<R>>&);         \
+    template i32 transform<R, R>(const Run&, i64, const Lines<const R>&, const Lines<R>&);                             \
+    template i32 transform<R, cpx<R>>(const Run&, i64, const Lines<const R>&, const Lines<cpx<R>>&);                   \
+    template i32 transform<cpx<R>, R>(const Run&, i64, const Lines<const cpx<R>>&, const Lines<R>&);                   \
+    template i32 transform<R>(const Run&, i64, const Lines<cpx<R>>&);                                                  \
     template i32 transform_batch<cpx<R>, cpx<R>>(DftiNode*, const cpx<R>*, cpx<R>*, DftiKernel*, i64, void*);          \
     template i32 transform_batch<R, R>(DftiNode*, const R*, R*, DftiKernel*, i64, void*);                              \
     template i32 transform_batch<R, cpx<R>>(DftiNode*, const R*, cpx<R>*, DftiKernel*, i64, void*);                    \

@@ -62,10 +62,11 @@ template <class In, class Out> i64 block_bytes(const DftiNode& node, i64 log2_bl
 template <class R> constexpr i64 log2_of_columns(i64 of_double) { return of_double + (sizeof(R) == 4); }
 
 // Pairs to pairs, reals to packed rows and back, reals to pairs, pairs to reals.
-template <class In, class Out> i32 transform(const Run& run, i64 count, Lines<const In> in, Lines<Out> out);
+template <class In, class Out>
+i32 transform(const Run& run, i64 count, const Lines<const In>& in, const Lines<Out>& out);
 
 // The same for pairs in place, where the node may have plans for columns that are side by side.
-template <class R> i32 transform(const Run& run, i64 count, Lines<cpx<R>> data);
+template <class R> i32 transform(const Run& run, i64 count, const Lines<cpx<R>>& data);
 
 // Both with the node's strides and distances, and a buffer of their own for blocks: for transforms that lie element
 // beside element.

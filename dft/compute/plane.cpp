@@ -53,6 +53,13 @@ RealPlane<R>::RealPlane(const PlaneRun& run, bool forward, bool as_pairs, R* rea
         middle_ = HalfRows<R>::packed(reals, of_reals, read_by_kernel(node), n);
 }
 
+template <class R> void RealPlane<R>::move(i64 reals, i64 half)
+{
+    middle_.data += middle_.data == half_.data ? half : reals;
+    half_.data += half;
+    reals_.data += reals;
+}
+
 // A column that goes alone takes less than two of a block.
 template <class R> i64 RealPlane<R>::buffer_bytes(const DftiNode& node)
 {
@@ -80,7 +87,8 @@ template <class R> i32 RealPlane<R>::rows_backward(i64 begin, i64 end) const
 // Columns whose pairs are side by side on both sides go by blocks; the others alone, through single(k).
 template <class R>
 template <class Single>
-i32 RealPlane<R>::columns(HalfRows<R> from, HalfRows<R> to, i64 begin, i64 end, Single single) const
+i32 RealPlane<R>::columns(const HalfRows<R>& from, const HalfRows<R>& to, i64 begin, i64 end,
+                          const Single& single) const
 {
     const auto alone = [&](i64 k) {
         return from.is_real(k) || to.is_real(k) || !from.is_adjacent() || !to.is_adjacent();
@@ -104,7 +112,7 @@ i32 RealPlane<R>::columns(HalfRows<R> from, HalfRows<R> to, i64 begin, i64 end, 
 // A column of reals has half a spectrum in its turn, packed as the rows are.
 template <class R> i32 RealPlane<R>::columns_forward(i64 begin, i64 end) const
 {
-    const HalfRows<R> from = middle_, to = half_;
+    const HalfRows<R>&from = middle_, &to = half_;
     DftiNode* const node = run_.node->next;
     const Layout layout = layout_of(run_.node->packed_format);
     cpx<R>* const column = static_cast<cpx<R>*>(run_.buffer);
@@ -124,7 +132,7 @@ template <class R> i32 RealPlane<R>::columns_forward(i64 begin, i64 end) const
 
 template <class R> i32 RealPlane<R>::columns_backward(i64 begin, i64 end) const
 {
-    const HalfRows<R> from = half_, to = middle_;
+    const HalfRows<R>&from = half_, &to = middle_;
     DftiNode* const node = run_.node->next;
     const Layout layout = layout_of(run_.node->packed_format);
     cpx<R>* const column = static_cast<cpx<R>*>(run_.buffer);

@@ -22,6 +22,8 @@ template <class R> class PairPlane {
 public:
     PairPlane(const PlaneRun& run, const cpx<R>* input, Strides is, cpx<R>* output, Strides os);
     static i64 buffer_bytes(const DftiNode& node, Strides is, Strides os);
+    // On to a plane so many reals away in either array.
+    void move(i64 in, i64 out) { in_.data += in, out_.data += out; }
     i64 first_count() const { return run_.node->next->length; }
     i64 second_count() const { return run_.node->length; }
     i32 first_pass(i64 begin, i64 end) const;  // rows, from input to output
@@ -82,6 +84,8 @@ public:
     RealPlane(const PlaneRun& run, bool forward, bool as_pairs, R* reals, Strides of_reals, R* half, Strides of_half,
               void* work_area);
     static i64 buffer_bytes(const DftiNode& node);
+    // On to a plane whose reals and whose half spectra are so many reals away; without a work area.
+    void move(i64 reals, i64 half);
     // Forward rows, then columns; backward columns, then rows.
     i64 first_count() const { return forward_ ? row_count() : column_count(); }
     i64 second_count() const { return forward_ ? column_count() : row_count(); }
@@ -101,7 +105,8 @@ private:
     i32 columns_forward(i64 begin, i64 end) const;  // from middle to half spectra
     i32 columns_backward(i64 begin, i64 end) const; // and back
     i32 rows_backward(i64 begin, i64 end) const;
-    template <class Single> i32 columns(HalfRows<R> from, HalfRows<R> to, i64 begin, i64 end, Single single) const;
+    template <class Single>
+    i32 columns(const HalfRows<R>& from, const HalfRows<R>& to, i64 begin, i64 end, const Single& single) const;
     Run run_of_rows() const { return {run_.node, run_.kernel0, run_.buffer, log2_block, run_.work}; }
     Run run_of_columns() const { return {run_.node->next, run_.kernel1, run_.buffer, log2_block, run_.work}; }
     static constexpr i64 log2_block = log2_of_columns<R>(2);

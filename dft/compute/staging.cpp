@@ -26,8 +26,9 @@ template <class T> using BodiesOf = Bodies<T, std::make_integer_sequence<int, bo
 
 } // namespace
 
-template <class T> void gather(i64 n, i64 m, T* dst, i64 ldd, Lines<const T> src)
+template <class T> void gather(i64 n, i64 m, T* dst, i64 ldd, const Lines<const T>& lines)
 {
+    Lines<const T> src = lines;
     if (src.is_dense())
         for (i64 j = 0; j < m; ++j) copy(src.line(j), dst + j * ldd, n);
     else if (src.are_neighbours())
@@ -37,8 +38,9 @@ template <class T> void gather(i64 n, i64 m, T* dst, i64 ldd, Lines<const T> src
         for (i64 j = 0; j < m; ++j) to_rows<T, 1>(n, dst + j * ldd, 0, src.from(j).data, src.stride);
 }
 
-template <class T> void scatter(i64 n, i64 m, Lines<T> dst, const T* src, i64 lds)
+template <class T> void scatter(i64 n, i64 m, const Lines<T>& lines, const T* src, i64 lds)
 {
+    Lines<T> dst = lines;
     if (dst.is_dense())
         for (i64 j = 0; j < m; ++j) copy(src + j * lds, dst.line(j), n);
     else if (dst.are_neighbours())
@@ -49,8 +51,8 @@ template <class T> void scatter(i64 n, i64 m, Lines<T> dst, const T* src, i64 ld
 }
 
 #define INSTANCES(T)                                                                                                   \
-    template void gather<T>(i64, i64, T*, i64, Lines<const T>);                                                        \
-    template void scatter<T>(i64, i64, Lines<T>, const T*, i64);
+    template void gather<T>(i64, i64, T*, i64, const Lines<const T>&);                                                 \
+    template void scatter<T>(i64, i64, const Lines<T>&, const T*, i64);
 INSTANCES(float)
 INSTANCES(double)
 INSTANCES(cpx<float>)

@@ -26,18 +26,21 @@ template <class R> Steps WholeOfPairs<R>::steps() const
     return {2 * head->input_distance, 2 * (is_in_place(*head) ? head->input_distance : head->output_distance)};
 }
 
-template <class R> PairPlane<R> WholeOfPairs<R>::plane(i64 in, i64 out, void* buffer, void* work) const
+template <class R> PairPlane<R> WholeOfPairs<R>::first_plane(void* buffer, void* work) const
 {
     const PlaneRun run{head, kernel_of_pairs<R>(direction, *head), kernel_of_pairs<R>(direction, *head->next), buffer,
                        work};
-    return {run, reinterpret_cast<const cpx<R>*>(input + in), plane_strides(*head, source()),
-            reinterpret_cast<cpx<R>*>(output + out), plane_strides(*head, target())};
+    return {run, reinterpret_cast<const cpx<R>*>(input), plane_strides(*head, source()),
+            reinterpret_cast<cpx<R>*>(output), plane_strides(*head, target())};
 }
 
 template <class R> i32 WholeOfPairs<R>::planes(Span items, void* buffer, void* work) const
 {
-    return each_plane(*head, source(), target(), items.begin, items.end,
-                      [&](i64 in, i64 out) { return run(plane(in, out, buffer, work)); });
+    PairPlane<R> plane = first_plane(buffer, work);
+    return each_plane(*head, source(), target(), items.begin, items.end, [&](i64 in, i64 out) {
+        plane.move(in, out);
+        return run(plane);
+    });
 }
 
 template <class R> i32 WholeOfPairs<R>::columns(DftiNode* node, Span items, void* buffer, void* work) const
@@ -79,11 +82,11 @@ template <class R> Box<R> WholeOfReals<R>::target() const
     return {output, Side::output, as_pairs && is_forward()};
 }
 
-template <class R> RealPlane<R> WholeOfReals<R>::plane(i64 in, i64 out, void* buffer, void* work) const
+template <class R> RealPlane<R> WholeOfReals<R>::first_plane(void* buffer, void* work) const
 {
     const PlaneRun how{head, kernel_of_reals<R>(direction, *head), kernel_of_pairs<R>(direction, *head->next), buffer,
                        work};
-    const Box<R> from = source().from(in), to = target().from(out);
+    const Box<R> from = source(), to = target();
     const Box<R> reals = is_forward() ? from : to, half = is_forward() ? to : from;
     return {how,
             is_forward(),
@@ -97,8 +100,12 @@ template <class R> RealPlane<R> WholeOfReals<R>::plane(i64 in, i64 out, void* bu
 
 template <class R> i32 WholeOfReals<R>::planes(Span items, void* buffer, void* work) const
 {
-    return each_plane(*head, source(), target(), items.begin, items.end,
-                      [&](i64 in, i64 out) { return run(plane(in, out, buffer, work)); });
+    RealPlane<R> plane = first_plane(buffer, work);
+    return each_plane(*head, source(), target(), items.begin, items.end, [&](i64 in, i64 out) {
+        if (is_forward()) plane.move(in, out);
+        else plane.move(out, in);
+        return run(plane);
+    });
 }
 
 // Through the middle the outermost dimension's lines, which are the last ones forward and the first ones backward, come

@@ -37,7 +37,7 @@ template <class R> struct WholeOfPairs {
     i32 all(void* buffer, void* work) const;
     i32 planes(Span items, void* buffer, void* work) const;
     i32 columns(DftiNode* node, Span items, void* buffer, void* work) const;
-    PairPlane<R> plane(i64 in, i64 out, void* buffer, void* work) const; // reals from the beginning
+    PairPlane<R> first_plane(void* buffer, void* work) const;
 
 private:
     Box<R> source() const { return {const_cast<R*>(input), Side::input, true}; }
@@ -58,7 +58,7 @@ template <class R> struct WholeOfReals {
     i32 all(void* buffer, void* work) const;
     i32 planes(Span items, void* buffer, void* work) const;
     i32 columns(DftiNode* node, Span items, void* buffer, void* work) const;
-    RealPlane<R> plane(i64 in, i64 out, void* buffer, void* work) const;
+    RealPlane<R> first_plane(void* buffer, void* work) const;
 
 private:
     bool is_forward() const { return direction == Direction::forward; }

@@ -1,0 +1,94 @@
+#include "dft/compute/plain.h"
+#include "dft/primitives/dft/plan.h"
+#include "frame/kernels/dft_batch.h"
+
+namespace orv::dft {
+namespace {
+
+// Those over the engine, by precision, and the codelets of few reals.
+template <class R> struct Plain;
+#define PLAIN(R, d, z, dz, zd, f, fc)                                                                                  \
+    template <> struct Plain<R> {                                                                                      \
+        static constexpr auto &forward = DFT(xymps_fwd_##fc), &backward = DFT(xymps_inv_##fc);                         \
+        static constexpr auto &from_reals = DFT(xymps_fwd_rtocomplex_##f), &to_reals = DFT(xymps_inv_complextor_##f);  \
+        static constexpr DftiKernel *codelets_forward[] = {DFT(x##d##_f2_1df), DFT(x##d##_f4_1df), DFT(x##d##_f8_1df), \
+                                                           DFT(x##d##_f16_1df)},                                       \
+                                    *codelets_backward[] = {DFT(x##d##_f2_1db), DFT(x##d##_f4_1db),                    \
+                                                            DFT(x##d##_f8_1db), DFT(x##d##_f16_1db)};                  \
+        static bool is_primitive(DftiPrimitive* called, bool forward, Layout layout)                                   \
+        {                                                                                                              \
+            constexpr auto &to_ccs = DFT(ympsDFTFwd_RToCCS_##f), &to_pack = DFT(ympsDFTFwd_RToPack_##f),               \
+                           &to_perm = DFT(ympsDFTFwd_RToPerm_##f), &of_ccs = DFT(ympsDFTInv_CCSToR_##f),               \
+                           &of_perm = DFT(ympsDFTInv_PermToR_##f);                                                     \
+            const auto is = [=](auto& known) { return called == reinterpret_cast<DftiPrimitive*>(&known); };           \
+            if (layout == Layout::ccs) return forward ? is(to_ccs) : is(of_ccs);                                       \
+            if (layout == Layout::perm) return forward ? is(to_perm) : is(of_perm);                                    \
+            return forward ? is(to_pack) : is(DFT(workaround_for_DFTInv_RPack_##f));                                   \
+        }                                                                                                              \
+    };
+ORV_DFT_PRECISIONS(PLAIN)
+
+bool is_unscaled(const DftiNode& node, bool forward)
+{
+    return (forward ? node.committed_forward_scale : node.committed_backward_scale) == 1;
+}
+bool is_record(const YmpDftSpec* record, i64 n, bool forward)
+{
+    const YmpDftSpec* const spec = general::on_boundary(record);
+    return spec != nullptr && spec->length == n && (forward ? spec->scale_forward : spec->scale_inverse) == 0;
+}
+
+template <class R> bool transforms_pairs(const Run& run, bool forward)
+{
+    const DftiNode& node = *run.node;
+    const i64 n = node.length;
+    if (!is_unscaled(node, forward)) return false;
+    if (run.kernel == (forward ? Plain<R>::forward : Plain<R>::backward))
+        return is_record(node.*Precision<R>::spec_complex, n, forward);
+    return sizeof(R) == 8 && n >= 2 && n <= 64 &&
+           run.kernel == (forward ? DFT(zsmallradix_forward) : DFT(zsmallradix_inverse))[n - 2];
+}
+
+template <class R> bool transforms_reals(const Run& run, bool forward)
+{
+    using P = Precision<R>;
+    const DftiNode& node = *run.node;
+    if (!is_unscaled(node, forward)) return false;
+    if (run.kernel == (forward ? Plain<R>::from_reals : Plain<R>::to_reals))
+        return is_record(node.*P::spec_real, node.length, forward) &&
+               Plain<R>::is_primitive(node.*(forward ? P::primitive_forward : P::primitive_backward), forward,
+                                      layout_of(node));
+    i64 n = 2;
+    for (DftiKernel* const codelet : forward ? Plain<R>::codelets_forward : Plain<R>::codelets_backward) {
+        if (run.kernel == codelet) return node.length == n;
+        n *= 2;
+    }
+    return false;
+}
+
+} // namespace
+
+template <class R> ShortLines<R>* short_lines(const Run& run)
+{
+    const i64 n = run.node->length;
+    return transforms_pairs<R>(run, true)    ? short_lines<R>(n, true)
+           : transforms_pairs<R>(run, false) ? short_lines<R>(n, false)
+                                             : nullptr;
+}
+
+template <class R> RealRows<R> short_rows(const Run& run, Layout read)
+{
+    const DftiNode& node = *run.node;
+    const i64 n = node.length;
+    if (transforms_reals<R>(run, true)) return {short_rows<R>(n, true), n, layout_of(node), false};
+    if (transforms_reals<R>(run, false))
+        return {short_rows<R>(n, false), n, read, is_in_place(node) && read == Layout::ccs};
+    return {};
+}
+
+#define INSTANCES(R, ...)                                                                                              \
+    template ShortLines<R>* short_lines<R>(const Run&);                                                                \
+    template RealRows<R> short_rows<R>(const Run&, Layout);
+ORV_DFT_PRECISIONS(INSTANCES)
+
+} // namespace orv::dft

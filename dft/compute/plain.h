@@ -1,0 +1,29 @@
+// Kernels of nodes that do no more than transform: what many short rows or lines go by instead of a call each.
+#pragma once
+
+#include "dft/compute/many.h"
+#include "dft/compute/short_lines.h"
+#include "dft/compute/short_rows.h"
+
+namespace orv::dft {
+
+// Null where the kernel scales, is another one, or has more points.
+template <class R> ShortLines<R>* short_lines(const Run& run);
+
+// The same for the kernel of reals. A spectrum that it reads is laid out as told, one that it forms as the node says.
+template <class R> struct RealRows {
+    ShortRows<R>* body;
+    i64 n;
+    Layout layout;
+    bool clears_behind; // in place the spectrum was longer than the reals
+
+    void run(const R* from, i64 from_step, R* to, i64 to_step, i64 count) const
+    {
+        body(from, from_step, to, to_step, count, layout);
+        if (clears_behind)
+            for (i64 row = 0; row < count; ++row) to[row * to_step + n] = 0;
+    }
+};
+template <class R> RealRows<R> short_rows(const Run& run, Layout read);
+
+} // namespace orv::dft
