@@ -8,6 +8,7 @@
    the first line says which one it was. */
 #define _GNU_SOURCE
 #include "factor.h"
+#include "examples/now.h"
 
 #include <cblas.h>
 #include <dlfcn.h>
@@ -16,7 +17,6 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <time.h>
 
 /* LAPACK as Fortran has it: the length of a character comes last. */
 void dgetrf_(const int* m, const int* n, double* a, const int* lda, int* pivots, int* info);
@@ -77,13 +77,6 @@ static int cholesky(struct problem* p)
     dpotrf_("L", &n, p->factors, &n, &info, 1);
     if (info == 0) dpotrs_("L", &n, &one, p->factors, &n, p->x, &n, &info, 1);
     return info;
-}
-
-static double now(void)
-{
-    struct timespec time;
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return (double)time.tv_sec + 1e-9 * (double)time.tv_nsec;
 }
 
 /* Solves up to 5 times, for about 2 seconds at most: the first time pays for what happens once. */

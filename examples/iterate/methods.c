@@ -1,12 +1,12 @@
-#define _GNU_SOURCE
 #include "methods.h"
+
+#include "examples/now.h"
 
 #include <math.h>
 #include <orv/blas.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <time.h>
 
 static const double tolerance = 1e-12;
 
@@ -26,13 +26,6 @@ void multiply_by_loop(const orv_sparse* a, const double* x, double* y)
         for (int64_t e = begin[i]; e < begin[i + 1]; ++e) sum += value[e] * x[column[e]];
         y[i] = sum;
     }
-}
-
-static double now(void)
-{
-    struct timespec time;
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return (double)time.tv_sec + 1e-9 * (double)time.tv_nsec;
 }
 
 /* What a run works with: vectors of n elements, one after the other. */

@@ -1,6 +1,7 @@
 /* The page: a series and its spectrum as curves, a picture and what filters make of it. */
-#include "examples/style.h"
-#include "picture.h"
+#include "examples/picture.h"
+#include "examples/plot.h"
+#include "examples/tools.h"
 #include "spectrum.h"
 
 #include <math.h>
@@ -8,87 +9,19 @@
 #include <stdlib.h>
 
 static const char* const style =
-    ".map{width:100%;height:auto;background:#fff;border:1px solid #d8d8d2;border-radius:6px;font:13px "
-    "system-ui,sans-serif;margin-bottom:1em}.row{display:flex;flex-wrap:wrap;gap:20px}figure{margin:0;width:390px}"
-    "figcaption{font-size:13px;color:#5c6370;line-height:1.35;margin-top:4px}img{display:block;width:390px;"
-    "image-rendering:pixelated}td:first-child{white-space:nowrap}td:first-child,th:first-child,td:last-child,th:last-"
-    "child{text-align:left}";
-static const char *const blue = "#4269d0", *const red = "#d6404e", *const grey = "#5c6370";
-
-/* A plot: what its scales span, and how far apart their numbers are. */
-struct plot {
-    double x_from, x_to, x_step, y_from, y_to, y_step;
-    const char *x_name, *y_name;
-};
-enum { left = 62, right = 755, top = 34, bottom = 254, below = 306 };
-
-static double across(const struct plot* p, double x)
-{
-    return left + (right - left) * (x - p->x_from) / (p->x_to - p->x_from);
-}
-static double up(const struct plot* p, double y)
-{
-    return bottom - (bottom - top) * (y - p->y_from) / (p->y_to - p->y_from);
-}
-
-static void open_plot(FILE* out, const struct plot* p)
-{
-    fprintf(out, "<svg class=map viewBox='0 0 785 %d'>\n<g fill='%s'>", below, grey);
-    for (int i = 0; p->y_from + i * p->y_step <= p->y_to * 1.0001; ++i) {
-        const double y = p->y_from + i * p->y_step;
-        fprintf(out, "<path d='M%d %.1fH%d' stroke='#e4e4de'/><text x=%d y=%.1f text-anchor=end>%g</text>\n", left,
-                up(p, y), right, left - 8, up(p, y) + 4, y);
-    }
-    for (int i = 0; p->x_from + i * p->x_step <= p->x_to * 1.0001; ++i) {
-        const double x = p->x_from + i * p->x_step;
-        fprintf(out, "<text x=%.1f y=%d text-anchor=middle>%g</text>\n", across(p, x), bottom + 20, x);
-    }
-    fprintf(out, "<text x=%d y=%d text-anchor=middle>%s</text><text x=%d y=18>%s</text></g>\n", (left + right) / 2,
-            bottom + 42, p->x_name, left - 50, p->y_name);
-}
-
-/* A curve through values at equal distances. */
-static void curve(FILE* out, const struct plot* p, int count, double first, double step, const double* value,
-                  const char* colour)
-{
-    fprintf(out, "<polyline fill=none stroke-width=1.8 stroke-linejoin=round stroke='%s' points='", colour);
-    for (int i = 0; i < count; ++i) fprintf(out, "%.1f,%.1f ", across(p, first + i * step), up(p, value[i]));
-    fprintf(out, "'/>\n");
-}
-
-static void label(FILE* out, const struct plot* p, double x, double y, const char* anchor, const char* colour,
-                  const char* text)
-{
-    fprintf(out, "<text x=%.1f y=%.1f text-anchor=%s fill='%s'>%s</text>\n", across(p, x), up(p, y), anchor, colour,
-            text);
-}
-
-/* The next of 1, 2, 5, 10, ... times a power of ten that goes at most six times into this. */
-static double step_for(double span)
-{
-    const double power = pow(10, floor(log10(span / 6)));
-    for (double step = power;; step *= 10)
-        for (int i = 0; i < 3; ++i)
-            if (step * (i < 2 ? i + 1 : 5) * 6 >= span) return step * (i < 2 ? i + 1 : 5);
-}
-
-static double largest_of(const double* value, int count)
-{
-    double largest = 1e-300;
-    for (int i = 0; i < count; ++i) largest = fmax(largest, value[i]);
-    return largest;
-}
+    "td:first-child{white-space:nowrap}td:first-child,th:first-child,td:last-child,th:last-child{text-align:left}";
 
 static void series(FILE* out, const struct results* r)
 {
     const struct signal* s = r->sunspots;
     const double most = largest_of(s->value, s->width), step = step_for(most);
     const double decade = 10 * floor(s->first / 10), last = s->first + s->width - 1;
-    const struct plot plot = {decade, last, 50, 0, step * ceil(most / step), step, "year", "sunspot number"};
+    const struct plot plot = {.x = {decade, last, 50, "year", 0},
+                              .y = {0, step * ceil(most / step), step, "sunspot number", 0}};
     open_plot(out, &plot);
     curve(out, &plot, s->width, s->first, 1, s->value, blue);
     curve(out, &plot, s->width, s->first, 1, r->slow, red);
-    fprintf(out, "</svg>\n");
+    close_plot(out);
 }
 
 static void waves(FILE* out, const struct results* r)
@@ -97,15 +30,15 @@ static void waves(FILE* out, const struct results* r)
     double* height = memory(half, sizeof *height);
     for (int k = 1; k < half; ++k) height[k] = amplitude(r->years, k, 0);
     const double most = height[r->peak], step = step_for(most);
-    const struct plot plot = {
-        0, 0.5, 0.05, 0, step * ceil(most / step), step, "waves a year", "amplitude of the wave (sunspot number)"};
+    const struct plot plot = {.x = {0, 0.5, 0.05, "waves a year", 0},
+                              .y = {0, step * ceil(most / step), step, "amplitude of the wave (sunspot number)", 0}};
     open_plot(out, &plot);
     curve(out, &plot, half - 1, 1.0 / n, 1.0 / n, height + 1, blue);
     char words[60];
     snprintf(words, sizeof words, "a wave of %.2f years", (double)n / r->peak);
-    fprintf(out, "<circle cx=%.1f cy=%.1f r=4 fill='%s'/>\n", across(&plot, (double)r->peak / n), up(&plot, most), red);
+    dot(out, &plot, (double)r->peak / n, most, red);
     label(out, &plot, (double)r->peak / n + 0.008, most - 0.45 * step, "start", red, words);
-    fprintf(out, "</svg>\n");
+    close_plot(out);
     free(height);
 }
 
@@ -158,7 +91,8 @@ static void spectrum(FILE* out, const struct spectrum* s)
 static void spectrogram(FILE* out, const struct spectrum* s)
 {
     const int frames = s->of->height, high = s->half;
-    const struct plot plot = {0, sweep_seconds, 0.25, 0, sound_rate / 2, 1000, "seconds", "waves a second (Hz)"};
+    const struct plot plot = {.x = {0, sweep_seconds, 0.25, "seconds", 0},
+                              .y = {0, sound_rate / 2, 1000, "waves a second (Hz)", 0}};
     double* shade = memory((long)frames * high, sizeof *shade);
     double strongest = 1e-300;
     for (int f = 0; f < frames; ++f)
@@ -171,16 +105,17 @@ static void spectrogram(FILE* out, const struct spectrum* s)
     const double begin = (frame_length - frame_step) / 2.0 / sound_rate, step = (double)frame_step / sound_rate;
     const double band = (double)sound_rate / frame_length, above = up(&plot, (high - 0.5) * band);
     fprintf(out, "<image x=%.2f y=%.2f width=%.2f height=%.2f preserveAspectRatio=none href='", across(&plot, begin),
-            above, across(&plot, frames * step) - left, up(&plot, -0.5 * band) - above);
+            above, across(&plot, frames * step) - plot_left, up(&plot, -0.5 * band) - above);
     picture_address(out, frames, high, shade);
-    fprintf(out, "'/></svg>\n");
+    fprintf(out, "'/>"), close_plot(out);
     free(shade);
 }
 
 static void filters(FILE* out)
 {
     enum { points = 101 };
-    const struct plot plot = {0, 0.5, 0.1, 0, 2, 0.5, "waves a pixel, in any direction", "factor of the wave"};
+    const struct plot plot = {.x = {0, 0.5, 0.1, "waves a pixel, in any direction", 0},
+                              .y = {0, 2, 0.5, "factor of the wave", 0}};
     double soft[points], sharp[points];
     for (int i = 0; i < points; ++i) soft[i] = blur(0.005 * i), sharp[i] = sharpen(0.005 * i);
     open_plot(out, &plot);
@@ -188,7 +123,7 @@ static void filters(FILE* out)
     curve(out, &plot, points, 0, 0.005, sharp, red);
     label(out, &plot, 0.49, 0.08, "end", blue, "blurred");
     label(out, &plot, 0.49, 1.86, "end", red, "sharpened");
-    fprintf(out, "</svg>\n");
+    close_plot(out);
 }
 
 static void row(FILE* out, const struct spectrum* s)
@@ -202,17 +137,14 @@ static void row(FILE* out, const struct spectrum* s)
 
 int write_page(const char* path, const struct results* r)
 {
-    FILE* out = fopen(path, "w");
+    FILE* out = open_page(path, "Waves in the sun, in a sound, and in a picture", style);
     if (out == NULL) return -1;
     fprintf(out,
-            "<!doctype html><html lang=en><meta charset=utf-8><meta name=viewport content='width=device-width'>"
-            "<title>Waves in the sun, in a sound, and in a picture</title><style>%s%s</style>\n"
-            "<h1>Waves in the sun, in a sound, and in a picture</h1>\n<p>A Fourier transform takes a signal apart into "
-            "waves, and "
-            "puts it together again. Between the two, waves can be found, weakened and strengthened.</p>\n"
+            "<p>A Fourier transform takes a signal apart into waves, and puts it together again. Between the two, "
+            "waves can be found, weakened and strengthened.</p>\n"
             "<h2>Sunspots</h2>\n<p>How many spots the sun had in each of %d years. In red what is left when only waves "
             "of more than %d years go into the transform back.</p>\n",
-            common_style, style, r->sunspots->width, slow_years);
+            r->sunspots->width, slow_years);
     series(out, r);
     fprintf(out,
             "<p>The spectrum knows how often they come: the strongest wave takes %.2f years, around a mean of "
@@ -249,8 +181,7 @@ int write_page(const char* path, const struct results* r)
     fprintf(out,
             "</table>\n<footer>Computed by <code>%s</code> with <code>orv/dft.h</code>.<br>Data: yearly sunspot "
             "numbers of the National Geophysical Data Center; a picture of public-domain-image.com. Both are in the "
-            "public domain.</footer></html>\n",
+            "public domain.</footer>",
             orv_path());
-    const int broken = ferror(out);
-    return fclose(out) != 0 || broken ? -1 : 0;
+    return close_page(out);
 }

@@ -1,4 +1,6 @@
 /* A sound: a tone that rises all the time, and a softer one that comes and goes. */
+#include "examples/sound.h"
+#include "examples/tools.h"
 #include "spectrum.h"
 
 #include <math.h>
@@ -7,8 +9,7 @@ static const double pi = 3.14159265358979323846;
 
 static double sound(double t)
 {
-    const double rise = (double)(sweep_to - sweep_from) / sweep_seconds;
-    const double rising = sin(2 * pi * (sweep_from + rise * t / 2) * t);
+    const double rising = rising_tone(t, sweep_from, sweep_to, sweep_seconds);
     return fmod(t, 0.5) < 0.25 ? rising : rising + 0.3 * sin(2 * pi * beep * t);
 }
 

@@ -3,6 +3,8 @@
    usage: spectrum SERIES.csv PICTURE.pgm [PAGE.html]    prints the table; with PAGE also draws it */
 #include "spectrum.h"
 
+#include "examples/tools.h"
+
 #include <errno.h>
 #include <math.h>
 #include <stdio.h>
@@ -24,14 +26,14 @@ static void print(const char* what, const struct spectrum* s)
 
 int main(int count, char** words)
 {
-    struct signal sunspots, sound, picture;
+    struct signal sunspots, sound, picture = {0};
     struct spectrum years, frames, pixels;
     if (count < 3 || count > 4) {
         fprintf(stderr, "usage: spectrum SERIES.csv PICTURE.pgm [PAGE.html]\n");
         return 1;
     }
     read_series(words[1], &sunspots);
-    read_picture(words[2], &picture);
+    read_picture(words[2], &picture.width, &picture.height, &picture.value);
     make_sound(&sound);
     transform(&sunspots, &years);
     transform(&sound, &frames);

@@ -25,10 +25,8 @@ struct spectrum {
     double there_and_back;         /* largest error after backward, relative to the largest value */
 };
 
-/* input.c: they say what is wrong with a file, and end the program. */
+/* input.c: says what is wrong with a file, and ends the program. */
 void read_series(const char* path, struct signal* series);
-void read_picture(const char* path, struct signal* picture);
-void* memory(long count, size_t size);
 
 /* sound.c: a sound, cut into overlapping frames that fade in and out: a row each. */
 enum { sound_rate = 8000, frame_length = 256, frame_step = 64 };            /* values a second, values, values */

@@ -1,29 +1,13 @@
 /* Real transforms forward and back by orv/dft.h, and the same by plain sums. */
-#define _GNU_SOURCE
+#include "examples/now.h"
+#include "examples/tools.h"
 #include "spectrum.h"
 
 #include <complex.h>
 #include <math.h>
-#include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
-#include <time.h>
 
 static const double pi = 3.14159265358979323846;
-
-static void check(orv_status status)
-{
-    if (status == ORV_OK) return;
-    fprintf(stderr, "spectrum: %s\n", orv_last_error());
-    exit(1);
-}
-
-static double now(void)
-{
-    struct timespec time;
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return (double)time.tv_sec + 1e-9 * (double)time.tv_nsec;
-}
 
 /* How many values are transformed together. */
 static double together(const struct signal* s) { return (double)s->width * (s->alone ? 1 : s->height); }

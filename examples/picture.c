@@ -1,7 +1,7 @@
 /* A picture as a bitmap file, which needs no compression, in base 64. */
 #include "picture.h"
 
-#include "spectrum.h"
+#include "tools.h"
 
 #include <math.h>
 #include <stdlib.h>

@@ -1,0 +1,48 @@
+/* Plots, pictures and the frame of a page, in HTML. */
+#ifndef PLOT_H
+#define PLOT_H
+
+#include <stdio.h>
+
+/* Rules for what is drawn here; they come between the common ones and a page's own. */
+extern const char* const plot_style;
+extern const char *const blue, *const red, *const teal, *const grey;
+
+/* A page, complete in one file. Null, or -1, with errno set on failure. */
+FILE* open_page(const char* path, const char* title, const char* style);
+int close_page(FILE* out);
+
+/* What a scale spans, and how far apart its numbers are; of a logarithmic one each number is `step` times the last. */
+struct scale {
+    double from, to, step;
+    const char* name;
+    int logarithmic;
+};
+struct plot {
+    struct scale x, y;
+};
+enum { plot_left = 62, plot_right = 755, plot_top = 34, plot_bottom = 254 };
+
+/* Where a value is on the plot. */
+double across(const struct plot* p, double x);
+double up(const struct plot* p, double y);
+
+void open_plot(FILE* out, const struct plot* p);
+void close_plot(FILE* out);
+
+/* A curve through values at equal distances, and one through points with a dot at each. */
+void curve(FILE* out, const struct plot* p, int count, double first, double step, const double* value,
+           const char* colour);
+void dotted(FILE* out, const struct plot* p, int count, const double* x, const double* y, const char* colour);
+void dot(FILE* out, const struct plot* p, double x, double y, const char* colour);
+/* All of many values at equal distances: from the smallest to the largest of those that share a place. */
+void band(FILE* out, const struct plot* p, long count, double first, double step, const double* value,
+          const char* colour);
+void label(FILE* out, const struct plot* p, double x, double y, const char* anchor, const char* colour,
+           const char* text);
+
+/* The next of 1, 2, 5, 10, ... times a power of ten that goes at most six times into this. */
+double step_for(double span);
+double largest_of(const double* value, long count); /* of positive ones */
+
+#endif
