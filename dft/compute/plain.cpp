@@ -1,5 +1,7 @@
 #include "dft/compute/plain.h"
 #include "dft/primitives/dft/plan.h"
+#include "dft/primitives/fft/plan.h"
+#include "dft/primitives/fft/radix4.h"
 #include "frame/kernels/dft_batch.h"
 
 namespace orv::dft {
@@ -15,6 +17,10 @@ template <class R> struct Plain;
                                                            DFT(x##d##_f16_1df)},                                       \
                                     *codelets_backward[] = {DFT(x##d##_f2_1db), DFT(x##d##_f4_1db),                    \
                                                             DFT(x##d##_f8_1db), DFT(x##d##_f16_1db)};                  \
+        static constexpr auto &flat_forward = DFT(ymps_cRadix4FwdNorm_##fc),                                           \
+                              &flat_inverse = DFT(ymps_cRadix4InvNorm_##fc);                                           \
+        static constexpr auto &factors_forward = DFT(ownscDftFwd_PrimeFact_##fc),                                      \
+                              &factors_inverse = DFT(ownscDftInv_PrimeFact_##fc);                                      \
         static bool is_primitive(DftiPrimitive* called, bool forward, Layout layout)                                   \
         {                                                                                                              \
             constexpr auto &to_ccs = DFT(ympsDFTFwd_RToCCS_##f), &to_pack = DFT(ympsDFTFwd_RToPack_##f),               \
@@ -38,14 +44,19 @@ bool is_record(const YmpDftSpec* record, i64 n, bool forward)
     return spec != nullptr && spec->length == n && (forward ? spec->scale_forward : spec->scale_inverse) == 0;
 }
 
+template <class R> bool goes_to_engine(const Run& run, bool forward)
+{
+    const DftiNode& node = *run.node;
+    return run.kernel == (forward ? Plain<R>::forward : Plain<R>::backward) && is_unscaled(node, forward) &&
+           is_record(node.*Precision<R>::spec_complex, node.length, forward);
+}
+
 template <class R> bool transforms_pairs(const Run& run, bool forward)
 {
     const DftiNode& node = *run.node;
     const i64 n = node.length;
-    if (!is_unscaled(node, forward)) return false;
-    if (run.kernel == (forward ? Plain<R>::forward : Plain<R>::backward))
-        return is_record(node.*Precision<R>::spec_complex, n, forward);
-    return sizeof(R) == 8 && n >= 2 && n <= 64 &&
+    if (goes_to_engine<R>(run, forward)) return true;
+    return sizeof(R) == 8 && n >= 2 && n <= 64 && is_unscaled(node, forward) &&
            run.kernel == (forward ? DFT(zsmallradix_forward) : DFT(zsmallradix_inverse))[n - 2];
 }
 
@@ -76,6 +87,29 @@ template <class R> ShortLines<R>* short_lines(const Run& run)
                                              : nullptr;
 }
 
+template <class R> EngineRows<R>::EngineRows(const Run& run)
+{
+    forward_ = goes_to_engine<R>(run, true);
+    if (run.work == nullptr || (!forward_ && !goes_to_engine<R>(run, false))) return;
+    const YmpDftSpec* const spec = general::on_boundary(run.node->*Precision<R>::spec_complex);
+    const i32 order = spec->is_pow2 != 0 ? spec->fft_spec->order : 0;
+    const bool flat = order > fixed_limit && order <= flat_limit<R>;
+    if (!flat && spec->prime_fact == 0) return;
+    spec_ = spec, work_ = general::on_boundary(static_cast<t_8u*>(run.work));
+}
+
+template <class R> void EngineRows<R>::run(const R* from, R* to) const
+{
+    const auto* const src = reinterpret_cast<const cpx<R>*>(from);
+    auto* const dst = reinterpret_cast<cpx<R>*>(to);
+    if (spec_->is_pow2 == 0)
+        return (forward_ ? Plain<R>::factors_forward : Plain<R>::factors_inverse)(spec_, src, dst, work_);
+    const YmpFftSpec& fft = *spec_->fft_spec;
+    (forward_ ? Plain<R>::flat_forward
+              : Plain<R>::flat_inverse)(src, dst, spec_->length, static_cast<const R*>(fft.twiddle_table),
+                                        fft.bit_reverse_table, reinterpret_cast<cpx<R>*>(work_), dst);
+}
+
 template <class R> RealRows<R> short_rows(const Run& run, Layout read)
 {
     const DftiNode& node = *run.node;
@@ -88,7 +122,8 @@ template <class R> RealRows<R> short_rows(const Run& run, Layout read)
 
 #define INSTANCES(R, ...)                                                                                              \
     template ShortLines<R>* short_lines<R>(const Run&);                                                                \
-    template RealRows<R> short_rows<R>(const Run&, Layout);
+    template RealRows<R> short_rows<R>(const Run&, Layout);                                                            \
+    template class EngineRows<R>;
 ORV_DFT_PRECISIONS(INSTANCES)
 
 } // namespace orv::dft

@@ -26,4 +26,18 @@ template <class R> struct RealRows {
 };
 template <class R> RealRows<R> short_rows(const Run& run, Layout read);
 
+// The same for longer rows of pairs, of powers of two and of products of small factors: the way through the engine is
+// found once, not for each row.
+template <class R> class EngineRows {
+public:
+    explicit EngineRows(const Run& run);
+    bool applies() const { return spec_ != nullptr; }
+    void run(const R* from, R* to) const;
+
+private:
+    const YmpDftSpec* spec_ = nullptr; // null where it does not apply
+    bool forward_ = true;
+    t_8u* work_ = nullptr;
+};
+
 } // namespace orv::dft

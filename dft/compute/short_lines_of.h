@@ -7,8 +7,8 @@
 
 namespace orv::dft {
 
-constexpr bool is_short(int n) { return (n >= 1 && n <= 16) || n == 32; }
 inline constexpr int longest_short = 32;
+constexpr bool is_short(int n) { return (n >= 1 && n <= 16) || n == 32; }
 
 // put(k, x) takes point k of the transform of get(0), ..., get(n - 1), all of which have been asked for before. The
 // operations are those of the kernels of one row.
@@ -49,25 +49,32 @@ template <bool neighbours> ORV_INLINE void store_lines(float* p, i64 line, vec<c
     else distribute(x, at, reinterpret_cast<cpx<float>*>(p + line));
 }
 
-template <int n, bool forward, bool neighbours, class R>
+// dense: points of a line are neighbours.
+template <int n, bool forward, bool neighbours, bool dense = false, class R>
 [[gnu::noinline]] void transform_lines(const R* from, LineSteps in, R* to, LineSteps out, i64 count)
 {
     constexpr int lanes = vec<cpx<R>>::lanes;
+    if (dense) in.point = out.point = 2;
     for (; count > 0; count -= lanes, from += lanes * in.line, to += lanes * out.line)
         short_line<n, forward, R>(
             [&](i64 j) ORV_INLINE_LAMBDA { return load_lines<neighbours>(from + j * in.point, in.line); },
             [&](i64 k, vec<cpx<R>> x) ORV_INLINE_LAMBDA { store_lines<neighbours>(to + k * out.point, out.line, x); });
 }
 
-// A line that is left alone stands in for its neighbour.
+// Of rows with more points than registers, every other address would have to be loaded. A line that is left alone
+// stands in for its neighbour.
 template <int n, bool forward, class R>
 void transform_short(const R* from, LineSteps in, R* to, LineSteps out, i64 count)
 {
     constexpr int lanes = vec<cpx<R>>::lanes;
-    if constexpr (lanes == 1) return transform_lines<n, forward, true>(from, in, to, out, count);
-    else {
+    const bool dense = n >= 16 && in.point == 2 && out.point == 2;
+    if constexpr (lanes == 1) {
+        if (dense) transform_lines<n, forward, true, n >= 16>(from, in, to, out, count);
+        else transform_lines<n, forward, true>(from, in, to, out, count);
+    } else {
         const i64 left = count % lanes, most = count - left;
-        if (in.line == 2 && out.line == 2) transform_lines<n, forward, true>(from, in, to, out, most);
+        if (dense) transform_lines<n, forward, false, n >= 16>(from, in, to, out, most);
+        else if (in.line == 2 && out.line == 2) transform_lines<n, forward, true>(from, in, to, out, most);
         else transform_lines<n, forward, false>(from, in, to, out, most);
         static_assert(lanes <= 2, "what is left of the lines is one");
         if (left > 0)

@@ -118,6 +118,17 @@ template <class Form> struct Lanes {
         of[0].template put<1>(i, v);
         if constexpr (width == 2) of[1].template put<1>(i, second_pair(v));
     }
+    // The places 0 to n-1, a register's at a time: what loads them next would wait for halves of a register.
+    template <int n, class V> ORV_INLINE void put_all(V (&x)[n]) const
+    {
+        for (int i = 0; i + width <= n; i += width) {
+            V square[width];
+            for (int l = 0; l < width; ++l) square[l] = x[i + l];
+            transpose(square);
+            for (int l = 0; l < width; ++l) of[l].template put<width>(i, square[l]);
+        }
+        if constexpr (n % width != 0) put(n - 1, x[n - 1]);
+    }
 };
 
 } // namespace orv::dft::general

@@ -90,7 +90,7 @@ ORV_INLINE void transforms(Form src, Form dst, i64 stride, i64 number, Place pla
         pairs<typename Form::real> x[n];
         steps<n>([&](auto j) ORV_INLINE_LAMBDA { x[j] = from.get(j * stride); });
         butterfly<n, forward>(x);
-        steps<n>([&](auto k) ORV_INLINE_LAMBDA { to.put(k, x[k]); });
+        to.put_all(x);
     }
 }
 
