@@ -37,14 +37,18 @@ template <class R>
 i32 columns_of_box(DftiNode* head, DftiNode* node, DftiKernel* kernel, Box<R> from, Box<R> to, i64 begin, i64 end,
                    void* buffer, void* work);
 
-// plane(reals on from the last plane in `from`, in `to`) for planes begin to end; before the first one that is plane 0.
-template <class R, class Plane>
-i32 each_plane(const DftiNode& head, Box<R> from, Box<R> to, i64 begin, i64 end, Plane plane)
+// Planes so many reals apart in either array.
+struct PlaneSteps {
+    i64 in, out;
+};
+
+// planes(count, reals from the beginning of `from`, of `to`, steps) for runs of planes begin to end along the third
+// dimension.
+template <class R, class Planes>
+i32 each_run_of_planes(const DftiNode& head, const Box<R>& from, const Box<R>& to, i64 begin, i64 end, Planes planes)
 {
-    if (head.next->next == nullptr) return plane(0, 0);
+    if (head.next->next == nullptr) return planes(1, 0, 0, PlaneSteps{0, 0});
     const DftiNode& third = *head.next->next;
-    const i64 in_step = from.stride(head, third), out_step = to.stride(head, third);
-    i64 last_in = 0, last_out = 0;
     for (i64 item = begin, next; item < end; item = next) {
         i64 rest = item, in = 0, out = 0;
         for (const DftiNode* n = &third; n != nullptr; n = n->next) {
@@ -54,9 +58,8 @@ i32 each_plane(const DftiNode& head, Box<R> from, Box<R> to, i64 begin, i64 end,
             out += index * to.stride(head, *n);
         }
         next = min(end, item - item % third.length + third.length);
-        for (; item < next; ++item, in += in_step, out += out_step)
-            if (const i32 status = plane(in - last_in, out - last_out); status != node_ok) return status;
-            else last_in = in, last_out = out;
+        const PlaneSteps steps{from.stride(head, third), to.stride(head, third)};
+        if (const i32 status = planes(next - item, in, out, steps); status != node_ok) return status;
     }
     return node_ok;
 }

@@ -23,17 +23,17 @@ template <class R> i64 PairPlane<R>::buffer_bytes(const DftiNode& node, Strides 
                block_bytes<Pair, Pair>(*node.next, log2_block, node.length));
 }
 
-template <class R> i32 PairPlane<R>::first_pass(i64 begin, i64 end) const
+template <class R> i32 PairPlane<R>::rows(i64 begin, i64 end) const
 {
     const Run run{run_.node, run_.kernel0, run_.buffer, log2_of_plane<R>(os_), run_.work};
     return transform<cpx<R>, cpx<R>>(run, end - begin, in_.from(begin), out_.from(begin));
 }
 
-template <class R> i32 PairPlane<R>::second_pass(i64 begin, i64 end) const
+template <class R> i32 PairPlane<R>::columns(i64 begin, i64 end) const
 {
     const Run run{run_.node->next, run_.kernel1, run_.buffer, log2_of_plane<R>(os_), run_.work};
-    const Lines<cpx<R>> columns{out_.data, out_.distance, out_.stride};
-    return transform<R>(run, end - begin, columns.from(begin));
+    const Lines<cpx<R>> lines{out_.data, out_.distance, out_.stride};
+    return transform<R>(run, end - begin, lines.from(begin));
 }
 
 // Back to reals that stand apart from the half spectrum, or are what it is packed among, columns leave their results
@@ -87,8 +87,8 @@ template <class R> i32 RealPlane<R>::rows_backward(i64 begin, i64 end) const
 // Columns whose pairs are side by side on both sides go by blocks; the others alone, through single(k).
 template <class R>
 template <class Single>
-i32 RealPlane<R>::columns(const HalfRows<R>& from, const HalfRows<R>& to, i64 begin, i64 end,
-                          const Single& single) const
+i32 RealPlane<R>::columns_between(const HalfRows<R>& from, const HalfRows<R>& to, i64 begin, i64 end,
+                                  const Single& single) const
 {
     const auto alone = [&](i64 k) {
         return from.is_real(k) || to.is_real(k) || !from.is_adjacent() || !to.is_adjacent();
@@ -98,6 +98,7 @@ i32 RealPlane<R>::columns(const HalfRows<R>& from, const HalfRows<R>& to, i64 be
         i32 status;
         if (alone(k)) status = single(k);
         else {
+            if (from.as_pairs && to.as_pairs) next = end;
             while (next < end && !alone(next)) ++next;
             const Lines<cpx<R>> in = from.columns(k), out = to.columns(k);
             const bool in_place = in.data == out.data && in.stride == out.stride;
@@ -116,7 +117,7 @@ template <class R> i32 RealPlane<R>::columns_forward(i64 begin, i64 end) const
     DftiNode* const node = run_.node->next;
     const Layout layout = layout_of(run_.node->packed_format);
     cpx<R>* const column = static_cast<cpx<R>*>(run_.buffer);
-    return columns(from, to, begin, end, [&](i64 k) {
+    return columns_between(from, to, begin, end, [&](i64 k) {
         from.get(k, node->length, column);
         const i32 status = run_.kernel1(column, column, node, run_.work);
         if (from.is_real(k)) {
@@ -136,7 +137,7 @@ template <class R> i32 RealPlane<R>::columns_backward(i64 begin, i64 end) const
     DftiNode* const node = run_.node->next;
     const Layout layout = layout_of(run_.node->packed_format);
     cpx<R>* const column = static_cast<cpx<R>*>(run_.buffer);
-    return columns(from, to, begin, end, [&](i64 k) {
+    return columns_between(from, to, begin, end, [&](i64 k) {
         if (from.is_real(k)) {
             R* const packed = &column[node->length].re;
             gather<R>(packed_length(layout, node->length), 1, packed, 0, from.column_of_reals(k));

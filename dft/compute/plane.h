@@ -18,16 +18,31 @@ struct PlaneRun {
     void* work;
 };
 
+// Points that are few: all of them stay in a first-level cache.
+inline constexpr i64 few_points = 1024;
+
 template <class R> class PairPlane {
 public:
     PairPlane(const PlaneRun& run, const cpx<R>* input, Strides is, cpx<R>* output, Strides os);
     static i64 buffer_bytes(const DftiNode& node, Strides is, Strides os);
     // On to a plane so many reals away in either array.
     void move(i64 in, i64 out) { in_.data += in, out_.data += out; }
-    i64 first_count() const { return run_.node->next->length; }
-    i64 second_count() const { return run_.node->length; }
-    i32 first_pass(i64 begin, i64 end) const;  // rows, from input to output
-    i32 second_pass(i64 begin, i64 end) const; // columns
+    i64 row_count() const { return run_.node->next->length; }
+    i64 column_count() const { return run_.node->length; }
+    i32 rows(i64 begin, i64 end) const; // from input to output
+    i32 columns(i64 begin, i64 end) const;
+    i64 first_count() const { return row_count(); }
+    i64 second_count() const { return column_count(); }
+    i32 first_pass(i64 begin, i64 end) const { return rows(begin, end); }
+    i32 second_pass(i64 begin, i64 end) const { return columns(begin, end); }
+
+    // If so many planes are few points, and the rows of one go on in the next one.
+    bool rows_go_on(i64 planes, i64 in_step, i64 out_step) const
+    {
+        return planes * row_count() * column_count() <= few_points && in_step == row_count() * in_.distance &&
+               out_step == row_count() * out_.distance;
+    }
+    static constexpr bool rows_come_first() { return true; }
 
 private:
     PlaneRun run_;
@@ -89,24 +104,32 @@ public:
     // Forward rows, then columns; backward columns, then rows.
     i64 first_count() const { return forward_ ? row_count() : column_count(); }
     i64 second_count() const { return forward_ ? column_count() : row_count(); }
-    i32 first_pass(i64 begin, i64 end) const
-    {
-        return forward_ ? rows_forward(begin, end) : columns_backward(begin, end);
-    }
-    i32 second_pass(i64 begin, i64 end) const
-    {
-        return forward_ ? columns_forward(begin, end) : rows_backward(begin, end);
-    }
-
-private:
+    i32 first_pass(i64 begin, i64 end) const { return forward_ ? rows(begin, end) : columns(begin, end); }
+    i32 second_pass(i64 begin, i64 end) const { return forward_ ? columns(begin, end) : rows(begin, end); }
     i64 row_count() const { return run_.node->next->length; }
     i64 column_count() const { return dft::half(run_.node->length); }
+    i32 rows(i64 begin, i64 end) const { return forward_ ? rows_forward(begin, end) : rows_backward(begin, end); }
+    i32 columns(i64 begin, i64 end) const
+    {
+        return forward_ ? columns_forward(begin, end) : columns_backward(begin, end);
+    }
+
+    // As of pairs.
+    bool rows_go_on(i64 planes, i64 reals_step, i64 half_step) const
+    {
+        const i64 middle_step = middle_.data == half_.data ? half_step : reals_step;
+        return planes * row_count() * column_count() <= few_points && reals_step == row_count() * reals_.distance &&
+               middle_step == row_count() * middle_.distance;
+    }
+    bool rows_come_first() const { return forward_; }
+
+private:
     i32 rows_forward(i64 begin, i64 end) const;     // from reals to middle
     i32 columns_forward(i64 begin, i64 end) const;  // from middle to half spectra
     i32 columns_backward(i64 begin, i64 end) const; // and back
     i32 rows_backward(i64 begin, i64 end) const;
     template <class Single>
-    i32 columns(const HalfRows<R>& from, const HalfRows<R>& to, i64 begin, i64 end, const Single& single) const;
+    i32 columns_between(const HalfRows<R>& from, const HalfRows<R>& to, i64 begin, i64 end, const Single& single) const;
     Run run_of_rows() const { return {run_.node, run_.kernel0, run_.buffer, log2_block, run_.work}; }
     Run run_of_columns() const { return {run_.node->next, run_.kernel1, run_.buffer, log2_block, run_.work}; }
     static constexpr i64 log2_block = log2_of_columns<R>(2);
@@ -122,6 +145,21 @@ template <class Plane> i32 run(const Plane& plane)
 {
     const i32 status = plane.first_pass(0, plane.first_count());
     return status != node_ok ? status : plane.second_pass(0, plane.second_count());
+}
+
+// So many planes, a step apart from each other in either array. Where they are so small that what is asked for each
+// takes as long as its lines, the rows of all go at once.
+template <class Plane> i32 run(Plane& plane, i64 count, i64 in_step, i64 out_step)
+{
+    const bool small = plane.rows_go_on(count, in_step, out_step);
+    const i64 rows = plane.row_count();
+    i32 status = node_ok;
+    if (small && plane.rows_come_first()) status = plane.rows(0, count * rows);
+    for (i64 p = 0; p < count && status == node_ok; ++p, plane.move(in_step, out_step))
+        status = small ? plane.columns(0, plane.column_count()) : run(plane);
+    if (status != node_ok || !small || plane.rows_come_first()) return status;
+    plane.move(-count * in_step, -count * out_step);
+    return plane.rows(0, count * rows);
 }
 
 } // namespace orv::dft

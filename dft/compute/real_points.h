@@ -64,7 +64,7 @@ template <int n, class R> ORV_INLINE void forward(const vec<R> (&x)[n], split<R>
     } else if constexpr (n % 2 == 0) {
         constexpr int m = n / 2;
         vec<R> even[m], odd[m];
-        for (int j = 0; j < m; ++j) even[j] = x[2 * j], odd[j] = x[2 * j + 1];
+        steps<m>([&](auto j) ORV_INLINE_LAMBDA { even[j] = x[2 * j], odd[j] = x[2 * j + 1]; });
         split<R> e[m / 2 + 1], o[m / 2 + 1];
         real::forward<m, R>(even, e), real::forward<m, R>(odd, o);
         steps<m / 2 + 1>([&](auto k) ORV_INLINE_LAMBDA {
@@ -147,7 +147,7 @@ template <int n, class R> ORV_INLINE void inverse(const split<R> (&spectrum)[n /
         });
         vec<R> even[m], odd[m];
         real::inverse<m, R>(e, even), real::inverse<m, R>(o, odd);
-        for (int j = 0; j < m; ++j) x[2 * j] = even[j], x[2 * j + 1] = odd[j];
+        steps<m>([&](auto j) ORV_INLINE_LAMBDA { x[2 * j] = even[j], x[2 * j + 1] = odd[j]; });
     } else if constexpr (least_factor(n) < n) {
         using P = Product<n>;
         static_assert(P::a == 3);
@@ -159,7 +159,7 @@ template <int n, class R> ORV_INLINE void inverse(const split<R> (&spectrum)[n /
         const split<R> ends[2] = {spectrum[0], point(std::integral_constant<int, P::to(0, 1)>())};
         vec<R> first[3];
         real::inverse<3, R>(ends, first);
-        for (int i = 0; i < 3; ++i) rows[i][0] = only_real(first[i]);
+        steps<3>([&](auto i) ORV_INLINE_LAMBDA { rows[i][0] = only_real(first[i]); });
         steps<P::b / 2>([&](auto l) ORV_INLINE_LAMBDA {
             constexpr int column = l + 1;
             split<R> points[3];

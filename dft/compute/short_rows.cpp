@@ -13,38 +13,39 @@ template <class R> struct RowsAt {
     ORV_INLINE R* row(int l) const { return first + l * step; }
 };
 
+// Of n places so many at a time, the last ones together with places before them.
+template <int n, int count, class F> ORV_INLINE void each_block(F f)
+{
+    general::steps<(n + count - 1) / count>(
+        [&](auto block) ORV_INLINE_LAMBDA { f(block * count + count <= n ? block * count : n - count); });
+}
+
 // Reals j to j + count - 1 of the rows.
 template <int count, class R> ORV_INLINE void load_reals(RowsAt<R> rows, i64 j, vec<R>* x)
 {
     constexpr int lanes = vec<R>::lanes;
     vec<R> square[lanes];
-    for (int l = 0; l < lanes; ++l) square[l] = load_first<count>(rows.row(l) + j);
+    general::steps<lanes>([&](auto l) ORV_INLINE_LAMBDA { square[l] = load_first<count>(rows.row(l) + j); });
     transpose(square);
-    for (int i = 0; i < count; ++i) x[i] = square[i];
+    general::steps<count>([&](auto i) ORV_INLINE_LAMBDA { x[i] = square[i]; });
 }
 template <int n, class R> ORV_INLINE void load_rows(RowsAt<R> rows, vec<R> (&x)[n])
 {
     constexpr int lanes = vec<R>::lanes, count = n < lanes ? n : lanes;
-    for (int j = 0; j < n; j += lanes) {
-        const int at = j + count <= n ? j : n - count;
-        load_reals<count>(rows, at, x + at);
-    }
+    each_block<n, count>([&](int j) ORV_INLINE_LAMBDA { load_reals<count>(rows, j, x + j); });
 }
 template <int count, class R> ORV_INLINE void store_reals(RowsAt<R> rows, i64 j, const vec<R>* x)
 {
     constexpr int lanes = vec<R>::lanes;
     vec<R> square[lanes];
-    for (int i = 0; i < lanes; ++i) square[i] = x[i < count ? i : 0];
+    general::steps<lanes>([&](auto i) ORV_INLINE_LAMBDA { square[i] = x[i < count ? i : 0]; });
     transpose(square);
-    for (int l = 0; l < lanes; ++l) store_first<count>(rows.row(l) + j, square[l]);
+    general::steps<lanes>([&](auto l) ORV_INLINE_LAMBDA { store_first<count>(rows.row(l) + j, square[l]); });
 }
 template <int n, class R> ORV_INLINE void store_rows(RowsAt<R> rows, const vec<R> (&x)[n])
 {
     constexpr int lanes = vec<R>::lanes, count = n < lanes ? n : lanes;
-    for (int j = 0; j < n; j += lanes) {
-        const int at = j + count <= n ? j : n - count;
-        store_reals<count>(rows, at, x + at);
-    }
+    each_block<n, count>([&](int j) ORV_INLINE_LAMBDA { store_reals<count>(rows, j, x + j); });
 }
 
 // Both parts side by side.
@@ -68,7 +69,7 @@ ORV_INLINE void store_pairs(RowsAt<float> rows, i64 at, split<float> x, split<fl
 {
     vec<float> square[] = {x.re, x.im, y.re, y.im};
     transpose(square);
-    for (int l = 0; l < 4; ++l) storeu(rows.row(l) + at, square[l]);
+    general::steps<4>([&](auto l) ORV_INLINE_LAMBDA { storeu(rows.row(l) + at, square[l]); });
 }
 ORV_INLINE split<double> load_pairs(RowsAt<double> rows, i64 at)
 {
@@ -110,7 +111,10 @@ template <int n, class R> void forward(const R* from, i64 from_step, R* to, i64 
         };
         put_real(0, spectrum[0]);
         constexpr int inner = (n - 1) / 2;
-        for (int k = 1; k < inner; k += 2) store_pairs(out, 2 * k + at.shift, spectrum[k], spectrum[k + 1]);
+        general::steps<inner / 2>([&](auto two) ORV_INLINE_LAMBDA {
+            constexpr int k = 2 * two + 1;
+            store_pairs(out, 2 * k + at.shift, spectrum[k], spectrum[k + 1]);
+        });
         if constexpr (inner % 2 != 0) store_pairs(out, 2 * inner + at.shift, spectrum[inner]);
         if constexpr (n % 2 == 0) put_real(at.half, spectrum[n / 2]);
     });

@@ -36,11 +36,13 @@ template <class R> PairPlane<R> WholeOfPairs<R>::first_plane(void* buffer, void*
 
 template <class R> i32 WholeOfPairs<R>::planes(Span items, void* buffer, void* work) const
 {
-    PairPlane<R> plane = first_plane(buffer, work);
-    return each_plane(*head, source(), target(), items.begin, items.end, [&](i64 in, i64 out) {
-        plane.move(in, out);
-        return run(plane);
-    });
+    const Box<R> from = source(), to = target();
+    return each_run_of_planes(*head, from, to, items.begin, items.end,
+                              [&](i64 count, i64 in, i64 out, PlaneSteps steps) {
+                                  PairPlane<R> plane = first_plane(buffer, work);
+                                  plane.move(in, out);
+                                  return run(plane, count, steps.in, steps.out);
+                              });
 }
 
 template <class R> i32 WholeOfPairs<R>::columns(DftiNode* node, Span items, void* buffer, void* work) const
@@ -100,12 +102,14 @@ template <class R> RealPlane<R> WholeOfReals<R>::first_plane(void* buffer, void*
 
 template <class R> i32 WholeOfReals<R>::planes(Span items, void* buffer, void* work) const
 {
-    RealPlane<R> plane = first_plane(buffer, work);
-    return each_plane(*head, source(), target(), items.begin, items.end, [&](i64 in, i64 out) {
-        if (is_forward()) plane.move(in, out);
-        else plane.move(out, in);
-        return run(plane);
-    });
+    const Box<R> from = source(), to = target();
+    return each_run_of_planes(
+        *head, from, to, items.begin, items.end, [&](i64 count, i64 in, i64 out, PlaneSteps steps) {
+            RealPlane<R> plane = first_plane(buffer, work);
+            if (is_forward()) plane.move(in, out);
+            else plane.move(out, in);
+            return is_forward() ? run(plane, count, steps.in, steps.out) : run(plane, count, steps.out, steps.in);
+        });
 }
 
 // Through the middle the outermost dimension's lines, which are the last ones forward and the first ones backward, come

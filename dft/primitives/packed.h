@@ -24,7 +24,7 @@ constexpr Places places(Layout layout, i64 n)
 }
 
 // From Perm to another layout in place.
-template <class R> void from_perm(Layout layout, R* x, i64 n)
+template <class R> inline void from_perm(Layout layout, R* x, i64 n)
 {
     if (layout == Layout::perm) return;
     const Places perm = places(Layout::perm, n), to = places(layout, n);
@@ -39,7 +39,7 @@ template <class R> void from_perm(Layout layout, R* x, i64 n)
     if (n % 2 == 0) x[n + 1] = 0;
 }
 // From any layout to Perm; source and destination may be the same.
-template <class R> void to_perm(Layout layout, const R* src, R* dst, i64 n)
+template <class R> inline void to_perm(Layout layout, const R* src, R* dst, i64 n)
 {
     const Places perm = places(Layout::perm, n), from = places(layout, n);
     const i64 begin = 2 + perm.shift, moved = from.shift - perm.shift;

@@ -7,6 +7,7 @@
 // like pointers. width: how many numbers a register has; get and put move the first n of them.
 #pragma once
 
+#include "dft/primitives/dft/butterflies.h"
 #include "dft/primitives/members.h"
 
 #include <type_traits>
@@ -121,12 +122,13 @@ template <class Form> struct Lanes {
     // The places 0 to n-1, a register's at a time: what loads them next would wait for halves of a register.
     template <int n, class V> ORV_INLINE void put_all(V (&x)[n]) const
     {
-        for (int i = 0; i + width <= n; i += width) {
+        steps<n / width>([&](auto block) ORV_INLINE_LAMBDA {
+            constexpr int i = width * block;
             V square[width];
-            for (int l = 0; l < width; ++l) square[l] = x[i + l];
+            steps<width>([&](auto l) ORV_INLINE_LAMBDA { square[l] = x[i + l]; });
             transpose(square);
-            for (int l = 0; l < width; ++l) of[l].template put<width>(i, square[l]);
-        }
+            steps<width>([&](auto l) ORV_INLINE_LAMBDA { of[l].template put<width>(i, square[l]); });
+        });
         if constexpr (n % width != 0) put(n - 1, x[n - 1]);
     }
 };
