@@ -11,13 +11,13 @@ namespace orv::ORV_SPBLAS {
 
 // A row cut at the diagonal.
 struct Cut {
-    Int begin, diagonal, behind, end; // of the row, of its entries on the diagonal, and one behind these and the row
+    i64 begin, diagonal, behind, end; // of the row, of its entries on the diagonal, and one behind these and the row
 
     // The entries that count: beside the diagonal, and with those on it if it is stored.
-    constexpr Int beside_from(const Options& o) const { return o.lower ? begin : behind; }
-    constexpr Int beside_to(const Options& o) const { return o.lower ? diagonal : end; }
-    constexpr Int from(const Options& o) const { return o.lower ? begin : o.diagonal ? diagonal : behind; }
-    constexpr Int to(const Options& o) const { return o.upper ? end : o.diagonal ? behind : diagonal; }
+    constexpr i64 beside_from(const Options& o) const { return o.lower ? begin : behind; }
+    constexpr i64 beside_to(const Options& o) const { return o.lower ? diagonal : end; }
+    constexpr i64 from(const Options& o) const { return o.lower ? begin : o.diagonal ? diagonal : behind; }
+    constexpr i64 to(const Options& o) const { return o.upper ? end : o.diagonal ? behind : diagonal; }
 };
 
 template <class T> struct Csr {
@@ -30,20 +30,28 @@ template <class T> struct Csr {
     }
 
     ORV_INLINE Entries<T> entries(i64 from, i64 to) const { return {val + from, col + from, to - from}; }
-    ORV_INLINE Entries<T> row(Int i) const { return entries(begin[i], end[i]); }
+    ORV_INLINE Entries<T> row(i64 i) const { return entries(begin[i], end[i]); }
 
     // Looks for the diagonal from the side of the entries that do not count: of a triangle alone it is found at once.
-    ORV_INLINE Cut cut(const Options& o, Int i) const
+    ORV_INLINE Cut cut(const Options& o, i64 i) const { return o.lower ? cut<true>(i) : cut<false>(i); }
+    template <bool lower> ORV_INLINE Cut cut(i64 i) const
     {
-        Cut c{begin[i], begin[i], end[i], end[i]};
-        if (o.lower) {
-            while (c.behind > c.begin && col[c.behind - 1] > i) --c.behind;
-            for (c.diagonal = c.behind; c.diagonal > c.begin && col[c.diagonal - 1] == i;) --c.diagonal;
+        const i64 from = begin[i], to = end[i];
+        if constexpr (lower) {
+            if (to - from > 1 && col[to - 1] == i && col[to - 2] < i) return {from, to - 1, to, to};
+            i64 behind = to;
+            while (behind > from && col[behind - 1] > i) --behind;
+            i64 diagonal = behind;
+            while (diagonal > from && col[diagonal - 1] == i) --diagonal;
+            return {from, diagonal, behind, to};
         } else {
-            while (c.diagonal < c.end && col[c.diagonal] < i) ++c.diagonal;
-            for (c.behind = c.diagonal; c.behind < c.end && col[c.behind] == i;) ++c.behind;
+            if (to - from > 1 && col[from] == i && col[from + 1] > i) return {from, from, from + 1, to};
+            i64 diagonal = from;
+            while (diagonal < to && col[diagonal] < i) ++diagonal;
+            i64 behind = diagonal;
+            while (behind < to && col[behind] == i) ++behind;
+            return {from, diagonal, behind, to};
         }
-        return c;
     }
 };
 

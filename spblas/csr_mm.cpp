@@ -158,7 +158,7 @@ template <class T>
     const Operand<T> to{y - o.base, ldy, o.by_rows};
     const Operand<const T> from{x - o.base, ldx, o.by_rows};
     const bool own = keeps_to_its_rows(o);
-    if (!own)
+    if (!own && (o.by_rows || !acts_twice(o) || rows.i >= rows.end))
         for (Int j = 0, lines = o.by_rows ? m : nd; j < lines; ++j) scale(y + j * ldy, o.by_rows ? nd : m, close.beta);
     if (rows.i >= rows.end || nd < 1) return;
     if (o.diagonal_only() && o.unit) {
@@ -171,7 +171,7 @@ template <class T>
     else if (o.by_rows) add_rows(o, rows.i, rows.end, a, close.alpha, nd, x, ldx, y, ldy);
     else
         for (Int j = 0; j < nd; ++j)
-            multiply(o, rows.i + o.base, rows.end + o.base, a, close, from.column(j), to.column(j));
+            multiply(o, rows.i + o.base, rows.end + o.base, a, close, from.column(j), to.column(j), m + o.base);
 }
 
 template <class T>

@@ -18,10 +18,12 @@ template <class T>
 [[gnu::noinline]] void run(const Options& o, Part rows, i64 scaled, const Close<T>& close, const T* val, const Int* col,
                            const Int* pntrb, const Int* pntre, const T* x, T* y)
 {
-    if (!keeps_to_its_rows(o)) scale(y, scaled, close.beta);
-    if (rows.i >= rows.end) return;
+    const bool nothing = rows.i >= rows.end;
+    if (!keeps_to_its_rows(o) && (nothing || !acts_twice(o))) scale(y, scaled, close.beta);
+    if (nothing) return;
     if (o.diagonal_only() && o.unit) return add_multiple(rows.end, close.alpha, x, y);
-    multiply(o, rows.i + o.base, rows.end + o.base, Csr<T>(o, val, col, pntrb, pntre), close, x - o.base, y - o.base);
+    multiply(o, rows.i + o.base, rows.end + o.base, Csr<T>(o, val, col, pntrb, pntre), close, x - o.base, y - o.base,
+             scaled + o.base);
 }
 
 template <class T>

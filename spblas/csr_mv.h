@@ -1,5 +1,5 @@
-// Products of a matrix in compressed rows with one vector, as loops over rows. y has been scaled where rows add to
-// other elements than their own.
+// Products of a matrix in compressed rows with one vector, as loops over rows. Where rows add to other elements
+// than their own y has been scaled, unless they act twice.
 #pragma once
 
 #include "spblas/csr.h"
@@ -58,37 +58,77 @@ template <class T>
     }
 }
 
-// Rows of a triangle that stands for both: y[j] += alpha*x[i]*a, y[i] += alpha*(sum of a*x[j]).
-template <class T>
-[[gnu::noinline]] void multiply_both(const Options& o, Int i, Int end, const Csr<T>& a, T alpha, const T* x, T* y)
+// beta*y; beta = 0 does not read y.
+template <class T> struct Scale {
+    T beta;
+    bool reads = beta != zero<T>, changes = beta != one<T>;
+    ORV_INLINE T operator()(const T* y) const { return !reads ? zero<T> : changes ? beta * *y : *y; }
+};
+
+// Rows of a triangle that stands for both: y[j] += alpha*x[i]*a, y[i] += alpha*(sum of a*x[j]). y, from o.base to
+// y_end - 1, is scaled element by element just before rows reach it, so that it passes through the caches once. Most
+// rows are short, so each is walked once, from its start, as far as it counts.
+template <bool lower, class T>
+[[gnu::noinline]] void multiply_both(Options o, i64 i, i64 end, Csr<T> a, Close<T> close, const T* x, T* y, i64 y_end)
 {
     constexpr int partial = is_complex<T> ? 4 : 8; // a complex one has two parts
-    const T mirrored_alpha = negate_if(o.negate_mirrored, alpha);
+    // Nothing adds to an element before its own row does: it is scaled on the way. (1*y of complex numbers is not y.)
+    constexpr bool rows_come_first = lower && !is_complex<T>;
+    const T direct = negate_if(o.negate_direct, close.alpha), mirrored = negate_if(o.negate_mirrored, close.alpha);
+    const auto scaled = [&](i64 j) ORV_INLINE_LAMBDA { return close.reads ? close.beta * y[j] : zero<T>; };
+    i64 reached = close.beta == one<T> ? y_end : o.base;
+    const auto reach = [&](i64 to) ORV_INLINE_LAMBDA {
+        for (; reached < to; ++reached) y[reached] = scaled(reached);
+    };
+    reach(i);
     for (; i < end; ++i) {
-        const Cut cut = a.cut(o, i);
-        const Entries<T> row = a.entries(cut.beside_from(o), cut.beside_to(o));
-        const Multiple<T> multiple(mirrored_alpha * x[i], o.conjugate_mirrored);
-        One<T> sum[partial]{};
-        const auto add = [&](One<T>& to, i64 e) ORV_INLINE_LAMBDA {
-            const Int j = row.col[e];
-            to.add(row.val + e, x + j);
-            multiple.add(row.val[e], y + j);
-        };
-        i64 e = 0;
-        if (row.n >= partial) {
-            for (; e + partial <= row.n; e += partial)
-                repeat<partial>([&](auto s) ORV_INLINE_LAMBDA { add(sum[s], e + s); });
-            add_up<partial>(sum);
-            sum[1] = One<T>{};
+        i64 p = a.begin[i], diagonal = p;
+        const i64 row_end = a.end[i];
+        if constexpr (!lower) {
+            while (diagonal < row_end && a.col[diagonal] < i) ++diagonal;
+            for (p = diagonal; p < row_end && a.col[p] == i;) ++p;
         }
-        for (; e + 2 <= row.n; e += 2) add(sum[0], e), add(sum[1], e + 1);
-        if (e < row.n) add(sum[0], e);
-        sum[0] += sum[1];
-        if (o.diagonal) add_rest(sum[0], a.entries(cut.diagonal, cut.behind), x);
-        T dot = negate_if(o.negate_direct, sum[0].value(o.conjugate_direct));
-        if (o.unit) dot += x[i];
-        y[i] += alpha * dot;
+        if constexpr (!rows_come_first) reach(1 + (!lower && p < row_end ? i64{a.col[row_end - 1]} : i));
+        const T xi = x[i], start = rows_come_first ? scaled(i) : zero<T>;
+        const Multiple<T> multiple(mirrored * xi, o.conjugate_mirrored);
+        const auto add = [&](One<T>& sum, i64 e, i64 j) ORV_INLINE_LAMBDA {
+            sum.add(a.val + e, x + j);
+            multiple.add(a.val[e], y + j);
+        };
+        One<T> sum{};
+        if (row_end - p >= partial) {
+            const i64 behind = lower ? a.template cut<true>(i).diagonal : row_end;
+            if (behind - p >= partial) {
+                One<T> sums[partial]{};
+                for (; behind - p >= partial; p += partial)
+                    repeat<partial>([&](auto s) ORV_INLINE_LAMBDA { add(sums[s], p + s, a.col[p + s]); });
+                add_up<partial>(sums);
+                sum = sums[0];
+            }
+        }
+        const auto next = [&]() ORV_INLINE_LAMBDA {
+            if (p == row_end) return false;
+            const i64 j = a.col[p];
+            if (lower && j >= i) return false;
+            add(sum, p++, j);
+            return true;
+        };
+        while (next() && next() && next() && next()) {
+        }
+        if (lower) diagonal = p;
+        if (o.diagonal)
+            for (; diagonal < row_end && a.col[diagonal] == i; ++diagonal) sum.add(a.val + diagonal, &xi);
+        T dot = sum.value(o.conjugate_direct);
+        if (o.unit) dot += xi;
+        y[i] = (rows_come_first ? start : y[i]) + direct * dot;
     }
+    if (rows_come_first) reached = max(reached, end);
+    reach(y_end);
+}
+template <class T, class... Rest> ORV_INLINE void multiply_both(const Options& o, Rest... rest)
+{
+    if (o.lower) multiply_both<true, T>(o, rest...);
+    else multiply_both<false, T>(o, rest...);
 }
 
 // y[i] += (alpha*a)*x[i] with the entry on the diagonal, if there is one; of ones the matrix is not read.
@@ -104,12 +144,16 @@ template <class T>
 // Whether rows write their own elements only. All others add to a y that has been scaled as a whole.
 constexpr bool keeps_to_its_rows(const Options& o) { return o.direct && !o.mirrored && !o.diagonal_only(); }
 
-// One vector, rows i to end - 1, everything numbered as the columns are.
+// Whether they add to y[i] and to other elements, too.
+constexpr bool acts_twice(const Options& o) { return o.direct && o.mirrored && !o.diagonal_only(); }
+
+// One vector, rows i to end - 1, everything numbered as the columns are. What adds to other elements than its own finds
+// them scaled, but for rows that act twice: they do it.
 template <class T>
-void multiply(const Options& o, Int i, Int end, const Csr<T>& a, const Close<T>& close, const T* x, T* y)
+void multiply(const Options& o, Int i, Int end, const Csr<T>& a, const Close<T>& close, const T* x, T* y, i64 y_end)
 {
     if (o.diagonal_only()) multiply_diagonal(o, i, end, a, close.alpha, x, y);
-    else if (o.direct && o.mirrored) multiply_both(o, i, end, a, close.alpha, x, y);
+    else if (acts_twice(o)) multiply_both<T>(o, i64{i}, i64{end}, a, close, x, y, y_end);
     else if (o.mirrored) scatter_rows(o, i, end, a, close.alpha, x, y);
     else if (o.triangle()) multiply_triangle(o, i, end, a, close, x, y);
     else multiply_rows(o, i, end, a, close, x, y);

@@ -8,10 +8,10 @@ namespace {
 
 void multiply_symmetric(const Int* m, const double* val, const Int* col, const Int* ia, const double* x, double* y)
 {
-    clear(y, *m);
     if (*m < 1) return;
     const Options o = options('n', "sun", static_cast<int>(*ia), 'f');
-    multiply_both(o, Int{o.base}, *m + o.base, Csr<double>(o, val, col, ia, ia + 1), 1.0, x - o.base, y - o.base);
+    multiply_both<double>(o, i64{o.base}, i64{*m + o.base}, Csr<double>(o, val, col, ia, ia + 1), Close<double>{1, 0},
+                          x - o.base, y - o.base, i64{*m + o.base});
 }
 
 } // namespace
