@@ -109,8 +109,8 @@ void measure(std::vector<Candidate>& all, const orv_sparse& rows)
             if (orv_sparse_dmv('N', 1, c.matrix.get(), x.data(), 0, y.data()) != ORV_OK) give_up();
         return std::chrono::duration<double>(Clock::now() - start).count();
     };
-    constexpr int batches = 7;
-    constexpr double batch = 0.01;
+    constexpr int batches = 9;
+    constexpr double batch = 0.004;
     for (Candidate& c : all) {
         if (!c.left_out.empty()) continue;
         seconds(c, 1);

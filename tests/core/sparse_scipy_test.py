@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Sparse products and solves beside SciPy's, on the arrays that SciPy keeps.
+"""Sparse products, solves, conversions and sums beside SciPy's, on the arrays that SciPy keeps.
 
 usage: sparse_scipy_test.py LIBORV POWER.mtx [unittest arguments]
 """
@@ -70,6 +70,27 @@ def number(x):
     return ctypes.c_double(x)
 
 
+def result(bits=32, base=0):
+    """The record of a result in compressed rows, for which orv takes the memory."""
+    return Record(format=1, bits=bits, base=base)
+
+
+def taken(r):
+    """A result as a SciPy matrix with arrays of its own."""
+    integer = numpy.int32 if r.bits == 32 else numpy.int64
+
+    def array(at, count, kind):
+        if count == 0:
+            return numpy.empty(0, kind)
+        return numpy.frombuffer((ctypes.c_byte * (count * numpy.dtype(kind).itemsize)).from_address(at), kind).copy()
+
+    begin = array(r.begin, r.rows + 1, integer) - r.base
+    a = scipy.sparse.csr_matrix((array(r.values, r.count, float), array(r.col, r.count, integer) - r.base, begin),
+                                shape=(r.rows, r.cols))
+    orv.orv_sparse_free(ctypes.byref(r))
+    return a
+
+
 class Scipy(unittest.TestCase):
     def expect(self, status):
         self.assertEqual(status, 0, orv.orv_last_error())
@@ -129,6 +150,50 @@ class Scipy(unittest.TestCase):
                                                    y.ctypes.data_as(ctypes.c_void_p)))
                     # Diagonals are at least the sum of the others in their rows, so errors do not grow.
                     self.assertTrue((abs(y - expected) <= 1e-12 * abs(expected).max()).all())
+
+    def test_conversions_and_transposes(self):
+        for name, a in matrices():
+            for stored in self.forms(a):
+                for trans, op in ((b"N", a), (b"T", a.T.tocsr())):
+                    with self.subTest(name, format=stored.format, trans=trans):
+                        r = result(64, 1)
+                        self.expect(orv.orv_sparse_convert(ctypes.c_char(trans), ctypes.byref(record(stored)),
+                                                           ctypes.byref(r)))
+                        found, op = taken(r), op.sorted_indices()
+                        self.assertTrue(numpy.array_equal(found.indptr, op.indptr))
+                        self.assertTrue(numpy.array_equal(found.indices, op.indices))
+                        self.assertTrue(numpy.array_equal(found.data, op.data))
+
+    def test_sums(self):
+        for name, a in matrices():
+            other = scipy.sparse.random(*a.shape, 0.01, "coo", random_state=numpy.random.default_rng(3))
+            for stored in self.forms(a):
+                with self.subTest(name, format=stored.format):
+                    r = result()
+                    self.expect(orv.orv_sparse_dadd(ctypes.c_char(b"N"), number(-2), ctypes.byref(record(other)),
+                                                    ctypes.byref(record(stored)), ctypes.byref(r)))
+                    found, expected = taken(r), (a - 2 * other.tocsr())
+                    self.assertEqual(abs(found - expected).max(), 0)  # a product by two and one sum: nothing to round
+
+    def test_products_of_sparse_matrices(self):
+        for name, a in matrices():
+            for stored in self.forms(a):
+                for transa, transb, left, right in ((b"N", b"T", a, a.T), (b"T", b"N", a.T, a)):
+                    with self.subTest(name, format=stored.format, transa=transa):
+                        r, matrix = result(), record(stored)
+                        self.expect(orv.orv_sparse_multiply(ctypes.c_char(transa), ctypes.byref(matrix),
+                                                            ctypes.c_char(transb), ctypes.byref(matrix),
+                                                            ctypes.byref(r)))
+                        found, expected = taken(r), left.tocsr() @ right.tocsr()
+                        terms = left.tocsr().getnnz(axis=1).max() + 2
+                        bounds = 2 * terms * 2.0**-53 * (abs(left).tocsr() @ abs(right).tocsr())
+                        self.assertLessEqual((abs(found - expected) - bounds).max(), 0)
+                        dense = numpy.full(found.shape, numpy.nan)
+                        self.expect(orv.orv_sparse_multiply_dense(
+                            ctypes.c_char(b"R"), ctypes.c_char(transa), ctypes.byref(matrix), ctypes.c_char(transb),
+                            ctypes.byref(matrix), dense.ctypes.data_as(ctypes.c_void_p),
+                            ctypes.c_int64(found.shape[1])))
+                        self.assertTrue((abs(dense - expected.toarray()) <= bounds.toarray()).all())
 
     def test_the_check_says_what_is_wrong(self):
         a = scipy.io.mmread(POWER).tocsr().astype(float)
