@@ -94,6 +94,7 @@ std::vector<Case> transpose_cases();
 std::vector<Case> fft_cases();
 std::vector<Case> sort_cases();
 std::vector<Case> sparse_cases();
+std::vector<Case> sparse_pair_cases();
 std::vector<Case> factor_cases();
 std::vector<Case> rotation_cases();
 std::vector<Case> norm_cases();

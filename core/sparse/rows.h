@@ -53,7 +53,8 @@ template <class T, class Int> struct Rows {
     Int base = 0;
     const Int *begin = nullptr, *col = nullptr;
     const T* val = nullptr;
-    Memory memory{}; // none: the arrays are the caller's
+    Memory memory{};     // none: the arrays are the caller's
+    bool sorted = false; // by how they were made
 
     i64 entries() const { return i64{begin[m]} - begin[0]; }
     // Arrays moved so that kernels find row 1 by pointers and entries that count from 1.
@@ -139,6 +140,7 @@ orv_status rows_of_coordinates(i64 m, i64 n, const Int* row, const Int* col, con
     const orv_status status =
         Kernels<T, Int>::csrcoo.run(job, &order, arrays.val, arrays.col, arrays.begin, &entries, const_cast<T*>(val),
                                     const_cast<Int*>(row), const_cast<Int*>(col), &info);
+    own.sorted = true;
     if (status == ORV_OK) rows = std::move(own);
     return status;
 }
@@ -164,22 +166,27 @@ orv_status listed(const orv_sparse& a, Op op, const orv_sparse& wanted, Rows<T, 
                                        static_cast<Int>(wanted.base), rows);
 }
 
-// Compressed rows into those of the transpose. The kernel knows square matrices, so pointers are made as many.
+// Compressed rows into those of the transpose. The kernel knows square matrices, so others get as many pointers.
 template <class T, class Int> orv_status turn(const Rows<T, Int>& from, Int base, Rows<T, Int>& to)
 {
     const i64 order = max(from.m, from.n), entries = from.entries();
-    const Block<Int> pointers(2 * (order + 1));
+    const bool is_square = from.m == from.n;
+    const Block<Int> pointers(is_square ? 1 : 2 * (order + 1));
     Rows<T, Int> own{from.n, from.m, base};
     OwnArrays<T, Int> arrays;
     if (pointers.get() == nullptr || !take(own, entries, arrays)) return no_memory_for(entries);
-    Int *const begin = pointers.get(), *const turned = begin + order + 1;
-    for (i64 i = 0; i <= order; ++i) begin[i] = from.begin[min(i, from.m)];
+    Int *begin = const_cast<Int*>(from.begin), *turned = arrays.begin;
+    if (!is_square) {
+        begin = pointers.get(), turned = begin + order + 1;
+        for (i64 i = 0; i <= order; ++i) begin[i] = from.begin[min(i, from.m)];
+    }
     const Int job[] = {0, from.base, base, 0, 0, 1}, n = static_cast<Int>(order);
     Int info = 0;
     const orv_status status = Kernels<T, Int>::csrcsc.run(job, &n, const_cast<T*>(from.val), const_cast<Int*>(from.col),
                                                           begin, arrays.val, arrays.col, turned, &info);
     if (status != ORV_OK) return status;
-    std::memcpy(arrays.begin, turned, static_cast<std::size_t>(own.m + 1) * sizeof(Int));
+    if (!is_square) std::memcpy(arrays.begin, turned, static_cast<std::size_t>(own.m + 1) * sizeof(Int));
+    own.sorted = true;
     to = std::move(own);
     return ORV_OK;
 }
@@ -241,7 +248,7 @@ orv_status rows_of(const orv_sparse& a, Op op, const orv_sparse& wanted, Order o
                                              static_cast<const T*>(a.values), a.count, static_cast<Int>(a.base),
                                              static_cast<Int>(wanted.base), rows);
     } else status = listed<T, Int>(a, op, wanted, rows);
-    if (status != ORV_OK || order == Order::any || is_sorted(rows)) return status;
+    if (status != ORV_OK || order == Order::any || rows.sorted || is_sorted(rows)) return status;
     if (!rows.memory.has()) {
         Rows<T, Int> own;
         status = copy_rows(rows, wanted.base, own);
