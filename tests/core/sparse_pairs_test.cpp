@@ -201,6 +201,7 @@ TEST(SparseSums, keep_entries_that_cancel_and_sort_what_is_not)
     Made c(ORV_SPARSE_CSR, 32);
     ASSERT_EQ(orv_sparse_dadd('N', 1, &a, &b, &c), ORV_OK) << orv_last_error();
     EXPECT_EQ(stored_in<double>(c), (Elements<double>{{{0, 0}, 2}, {{0, 1}, 7}, {{0, 2}, 0}}));
+    EXPECT_EQ(orv_sparse_check(&c), ORV_DUPLICATE) << "A has column 3 twice, and nothing is out of order";
     EXPECT_EQ(col[0], 3) << "an operand was sorted";
 }
 
