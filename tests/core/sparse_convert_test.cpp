@@ -84,6 +84,32 @@ TEST(SparseConvert, goes_from_every_format_of_general_matrices_to_every_other)
     convert_all<cpx<double>, i64>("G", 32), convert_all<cpx<double>, i32>("G", 32);
 }
 
+TEST(SparseConvert, goes_on_from_its_results)
+{
+    // Which have no gaps, so that their arrays are taken as they are.
+    each_type([]<class T, class Int> {
+        for (const auto& [m, k] : {std::pair<i64, i64>{12, 12}, {6, 18}, {18, 6}})
+            each_target('G', 'L', 'N', [&](const Style& from) {
+                if (from.format > ORV_SPARSE_COO || testing::Test::HasFailure()) return;
+                const auto a = sample<T>(m, k, from, 3);
+                const Stored<T, Int> stored(from, a);
+                Made b(from, 8 * sizeof(Int));
+                ASSERT_EQ(orv_sparse_convert('N', &stored.record, &b), ORV_OK);
+                for (const char trans : {'N', 'T', 'C'})
+                    each_target('G', 'L', 'N', [&](const Style& to) {
+                        if (!is_possible(to, m, k, is_complex<T>)) return;
+                        for (const int bits : {32, 64}) {
+                            SCOPED_TRACE(from.text() + ' ' + trans + " to " + to.text());
+                            Made c(to, bits);
+                            ASSERT_EQ(orv_sparse_convert(trans, &b, &c), ORV_OK);
+                            EXPECT_EQ(stored_in<T>(c), counting(from, trans, a, to));
+                            EXPECT_EQ(orv_sparse_check(&c), ORV_OK) << orv_last_error();
+                        }
+                    });
+            });
+    });
+}
+
 TEST(SparseConvert, keeps_half_of_a_symmetric_matrix_or_makes_it_whole)
 {
     convert_all<double, i32>("SHA", 32);

@@ -91,19 +91,20 @@ template <class T, class Int> void add_all(int bits)
                     const i64 rows = trans == 'N' ? m : n, cols = trans == 'N' ? n : m;
                     const auto a = in_whole_numbers(sample<T>(rows, cols, sa, 3)),
                                b = in_whole_numbers(sample<T>(m, n, sb, 4), 1);
-                    const Stored<T, Int> left(sa, a), right(sb, b);
+                    const Lines lines = trans == 'N' && m == n ? Lines::with_gaps : Lines::without;
+                    const Operand<T, Int> left(lines, sa, a), right(lines, sb, b);
                     const T alpha = -one<T> - one<T>;
                     for (const Style& to : results()) {
                         if (m != n && to.kind != 'G') continue;
                         SCOPED_TRACE(sa.text() + ' ' + trans + " plus " + sb.text() + " to " + to.text());
                         Made c(to, bits), sizes(to, bits);
-                        const orv_status status = sparse_add<T>(trans, alpha, &left.record, &right.record, &c);
+                        const orv_status status = sparse_add<T>(trans, alpha, &left.record(), &right.record(), &c);
                         ASSERT_EQ(status, ORV_OK) << sentence(status);
                         EXPECT_EQ(stored_in<T>(c), as_stored(to, sum(trans, alpha, sa, a, sb, b)));
                         if (to.kind == 'G') {
                             EXPECT_EQ(orv_sparse_check(&c), ORV_OK) << orv_last_error();
                         }
-                        ASSERT_EQ(orv_sparse_add_sizes(trans, &left.record, &right.record, &sizes), ORV_OK);
+                        ASSERT_EQ(orv_sparse_add_sizes(trans, &left.record(), &right.record(), &sizes), ORV_OK);
                         if (keeps_zeros(to)) {
                             EXPECT_EQ(sizes.count, c.count);
                         }
@@ -123,24 +124,25 @@ template <class T, class Int> void multiply_all(int bits)
                 for (const auto& [ta, tb] : {std::pair{'N', 'N'}, {'T', 'N'}, {'N', 'C'}, {'C', 'T'}}) {
                     const auto a = in_whole_numbers(ta == 'N' ? sample<T>(m, k, sa, 3) : sample<T>(k, m, sa, 3)),
                                b = in_whole_numbers(tb == 'N' ? sample<T>(k, n, sb, 4) : sample<T>(n, k, sb, 4), 1);
-                    const Stored<T, Int> left(sa, a), right(sb, b);
+                    const Lines lines = ta == 'N' && square ? Lines::with_gaps : Lines::without;
+                    const Operand<T, Int> left(lines, sa, a), right(lines, sb, b);
                     const auto expected = product(ta, sa, a, tb, sb, b);
                     for (const Style& to : results()) {
                         if (m != n && to.kind != 'G') continue;
                         SCOPED_TRACE(sa.text() + ' ' + ta + " times " + sb.text() + ' ' + tb + " to " + to.text());
                         Made c(to, bits), sizes(to, bits);
-                        const orv_status status = orv_sparse_multiply(ta, &left.record, tb, &right.record, &c);
+                        const orv_status status = orv_sparse_multiply(ta, &left.record(), tb, &right.record(), &c);
                         ASSERT_EQ(status, ORV_OK) << sentence(status);
                         EXPECT_EQ(stored_in<T>(c), as_stored(to, expected));
-                        ASSERT_EQ(orv_sparse_multiply_sizes(ta, &left.record, tb, &right.record, &sizes), ORV_OK);
+                        ASSERT_EQ(orv_sparse_multiply_sizes(ta, &left.record(), tb, &right.record(), &sizes), ORV_OK);
                         EXPECT_EQ(sizes.count, c.count);
                         EXPECT_EQ(sizes.rows, m);
                         EXPECT_EQ(sizes.cols, n);
                     }
                     for (const char order : {'R', 'c'}) {
                         const Dense<T> c(m, n, order == 'R', 3, true);
-                        const orv_status status = orv_sparse_multiply_dense(order, ta, &left.record, tb, &right.record,
-                                                                            c.data(), c.template ld<i64>());
+                        const orv_status status = orv_sparse_multiply_dense(
+                            order, ta, &left.record(), tb, &right.record(), c.data(), c.template ld<i64>());
                         ASSERT_EQ(status, ORV_OK) << sentence(status);
                         for (i64 i = 0; i < m; ++i)
                             for (i64 j = 0; j < n; ++j) {

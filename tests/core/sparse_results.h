@@ -26,6 +26,26 @@ struct Made : orv_sparse {
     ~Made() { orv_sparse_free(this); }
 };
 
+// The arrays of an operand: with gaps between its lines, or, of a format that has such, without.
+enum class Lines { with_gaps, without };
+template <class T, class Int> class Operand {
+public:
+    Operand(Lines lines, const Style& style, const Coordinates<T>& a)
+        : stored_(style, a), plain_(style, 8 * sizeof(Int)),
+          is_plain_(lines == Lines::without && (style.format == ORV_SPARSE_CSR || style.format == ORV_SPARSE_CSC))
+    {
+        if (is_plain_) {
+            EXPECT_EQ(orv_sparse_convert('N', &stored_.record, &plain_), ORV_OK);
+        }
+    }
+    const orv_sparse& record() const { return is_plain_ ? static_cast<const orv_sparse&>(plain_) : stored_.record; }
+
+private:
+    Stored<T, Int> stored_;
+    Made plain_;
+    bool is_plain_;
+};
+
 inline i64 index_of(const orv_sparse& r, const void* array, i64 i)
 {
     return r.bits == 32 ? static_cast<const i32*>(array)[i] : static_cast<const i64*>(array)[i];

@@ -7,6 +7,7 @@ import math
 import sys
 
 from calls import TYPES, SCALARS, Call, symbols, table_rows
+from sparse_values import check_fourier, check_sparse
 
 library = ctypes.CDLL(sys.argv[1])
 SIZES = (3, 37, 130)
@@ -146,7 +147,12 @@ def check_row(cells):
             zero, operands, named = rest
             lost = math.isnan if operands != "-" else lambda x: not math.isfinite(x)
             for operand in split(operands) or [None]:
-                outcomes.append(check_factors(routine, option == "U", zero, operand, named, lost))
+                if routine.startswith("sparse_"):
+                    outcomes.append(check_sparse(library, routine, option == "U", split(zero), operand, named))
+                elif "fft" in routine:
+                    outcomes.append(check_fourier(library, routine, operand))
+                else:
+                    outcomes.append(check_factors(routine, option == "U", zero, operand, named, lost))
     return outcomes
 
 
