@@ -11,8 +11,6 @@ namespace {
 std::atomic<int> threads{1};
 constexpr int most_threads = 1024; // that a transform may use
 
-constexpr int precision = sizeof(R) == 4 ? ORV_DFT_SINGLE : ORV_DFT_DOUBLE;
-
 // Takes the longest loop out.
 Dim longest(Dims& loops)
 {
@@ -73,21 +71,6 @@ orv_dft* transform_of(Problem& p)
     return dft;
 }
 
-// A row of reals and its half spectrum, next to each other, both ways as the kinds want.
-bool rows_made(Plan& plan)
-{
-    for (int k = 0; k < plan.problem.dims.rank; ++k) {
-        const i64 n = plan.problem.dims.dim[k].n;
-        orv_dft*& row = plan.rows[k];
-        if (orv_dft_create(&row, precision, ORV_DFT_REAL, 1, &n) != ORV_OK) return false;
-        orv_dft_set(row, ORV_DFT_PLACEMENT, ORV_DFT_OUT_OF_PLACE);
-        orv_dft_set(row, ORV_DFT_FORMAT, ORV_DFT_HALF);
-        orv_dft_set(row, ORV_DFT_THREADS, 1);
-        if (orv_dft_commit(row) != ORV_OK) return false;
-    }
-    return true;
-}
-
 // Operations as the field counts them, 5 n log2 n for complex numbers, two of five being products.
 void count_operations(Plan& plan)
 {
@@ -104,14 +87,14 @@ void* part(void* array, std::ptrdiff_t elements, bool pairs)
     return static_cast<R*>(array) + elements * (pairs ? 2 : 1);
 }
 
+} // namespace
+
 // The interface has no way to tell; a program that goes on with what stands in its arrays is worse off.
 [[noreturn]] void give_up()
 {
     std::fprintf(stderr, "fftw on orv: a plan could not be run: %s\n", orv_last_error());
     std::abort();
 }
-
-} // namespace
 
 void set_planner_threads(int count) { threads = static_cast<int>(min(max(count, 1), most_threads)); }
 int planner_threads() { return threads; }
@@ -124,7 +107,7 @@ Plan* make_plan(const Problem& problem)
     count_operations(*plan);
     if (problem.loops.empty()) return plan;
     const bool made =
-        problem.form == Form::reals ? rows_made(*plan) : (plan->dft = transform_of(plan->problem)) != nullptr;
+        problem.form == Form::reals ? lines_made(*plan) : (plan->dft = transform_of(plan->problem)) != nullptr;
     if (made) return plan;
     free_plan(plan);
     return nullptr;
@@ -134,7 +117,7 @@ void free_plan(Plan* plan)
 {
     if (plan == nullptr) return;
     orv_dft_free(plan->dft);
-    for (orv_dft* row : plan->rows) orv_dft_free(row);
+    for (const Line& line : plan->lines) orv_dft_free(line.spectrum), orv_trig_free(line.wave);
     std::free(plan);
 }
 
@@ -156,71 +139,6 @@ void Plan::run(Arrays a) const
         }
         if (status != ORV_OK) give_up();
     });
-}
-
-namespace {
-
-// Through a row: reals, then the pairs of the half spectrum. Halfcomplex: r0 r1 ... r(n/2) i(n-1)/2 ... i1.
-struct Row {
-    R* reals;
-    R* half;
-    i64 n;
-
-    void spectrum_to_reals(RealKind kind) const
-    {
-        for (i64 k = 0; k <= n / 2; ++k) {
-            const R re = half[2 * k], im = half[2 * k + 1];
-            const bool alone = k == 0 || 2 * k == n;
-            reals[k] = kind == dht ? re - im : re;
-            if (!alone) reals[n - k] = kind == dht ? re + im : im;
-        }
-    }
-    void halfcomplex_to_spectrum() const
-    {
-        for (i64 k = 0; k <= n / 2; ++k) {
-            const bool alone = k == 0 || 2 * k == n;
-            half[2 * k] = reals[k], half[2 * k + 1] = alone ? 0 : reals[n - k];
-        }
-    }
-};
-
-orv_status transform_row(const orv_dft* dft, const Row& row, RealKind kind)
-{
-    if (kind == hc2r) {
-        row.halfcomplex_to_spectrum();
-        return orv_dft_backward(dft, row.half, row.reals);
-    }
-    const orv_status status = orv_dft_forward(dft, row.reals, row.half);
-    if (status == ORV_OK) row.spectrum_to_reals(kind);
-    return status;
-}
-
-} // namespace
-
-void run_reals(const Plan& plan, const R* in, R* out)
-{
-    const Problem& p = plan.problem;
-    if (p.dims.rank == 0) return p.loops.each([&](std::ptrdiff_t from, std::ptrdiff_t to) { out[to] = in[from]; });
-    i64 longest_row = 0;
-    for (const Dim& d : p.dims) longest_row = max(longest_row, d.n);
-    auto* const work = static_cast<R*>(std::malloc(sizeof(R) * static_cast<std::size_t>(2 * longest_row + 4)));
-    if (work == nullptr) give_up();
-    for (int k = 0; k < p.dims.rank; ++k) {
-        const Dim along = p.dims.dim[k];
-        Dims others = p.loops; // where the rows of this dimension start
-        for (int j = 0; j < p.dims.rank; ++j)
-            if (j != k && others.rank < Dims::most) others.add(p.dims.dim[j]);
-        const Row row{work, work + longest_row + longest_row % 2, along.n};
-        others.each([&](std::ptrdiff_t from, std::ptrdiff_t to) {
-            // The first dimension moves the rows to the output, where the others find them.
-            const R* const source = k == 0 ? in + from : out + to;
-            const std::ptrdiff_t step = k == 0 ? along.is : along.os;
-            for (i64 i = 0; i < along.n; ++i) row.reals[i] = source[i * step];
-            if (transform_row(plan.rows[k], row, p.kinds[k]) != ORV_OK) give_up();
-            for (i64 i = 0; i < along.n; ++i) out[to + i * along.os] = row.reals[i];
-        });
-    }
-    std::free(work);
 }
 
 } // namespace orv::compat::fftw

@@ -27,12 +27,11 @@ Plan* split_plan(Form form, const Dims& dims, const Dims& loops, Arrays arrays, 
 {
     return planned({form, forward, true, dims, loops, arrays, flags});
 }
-// The sine and cosine kinds have no plan yet.
 Plan* reals_plan(const Dims& dims, const Dims& loops, R* in, R* out, const int* kinds, unsigned flags)
 {
     Problem problem{Form::reals, forward, false, dims, loops, {in, nullptr, out, nullptr}, flags};
     for (int k = 0; k < dims.rank; ++k) {
-        if (kinds[k] < r2hc || kinds[k] > dht) return nullptr;
+        if (kinds[k] < r2hc || kinds[k] > rodft11) return nullptr;
         problem.kinds[k] = static_cast<RealKind>(kinds[k]);
     }
     return planned(problem);

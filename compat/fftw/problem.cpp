@@ -47,11 +47,13 @@ bool Problem::normalise()
     if (!dims.valid() || !loops.valid() || dims.empty() || dims.rank + loops.rank > Dims::most) return false;
     const bool halves = form == Form::to_half || form == Form::from_half;
     Dims rest;
-    for (int k = 0; k < dims.rank; ++k) // a length of 1 is none; where one is halved, it stays
-        if (dims.dim[k].n != 1 || (halves && k == dims.rank - 1)) {
-            kinds[rest.rank] = kinds[k];
-            rest.add(dims.dim[k]);
-        }
+    for (int k = 0; k < dims.rank; ++k) { // a length of 1 is none; where one is halved, or a factor remains, it stays
+        const bool single = dims.dim[k].n == 1, wave = form == Form::reals && is_wave(kinds[k]);
+        if (single && wave && kinds[k] == redft00) return false; // that is a sum of two ends
+        if (single && !wave && !(halves && k == dims.rank - 1)) continue;
+        kinds[rest.rank] = kinds[k];
+        rest.add(dims.dim[k]);
+    }
     if (halves && rest.rank == 0) rest.add({1, 1, 1});
     dims = rest;
     rest = {};

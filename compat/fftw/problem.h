@@ -21,7 +21,8 @@ using C = R[2];
 
 enum Sign { forward = -1, backward = 1 };
 enum Flag : unsigned { wisdom_only = 1u << 21 };
-enum RealKind { r2hc, hc2r, dht }; // the others are sines and cosines
+enum RealKind { r2hc, hc2r, dht, redft00, redft01, redft10, redft11, rodft00, rodft01, rodft10, rodft11 };
+constexpr bool is_wave(RealKind kind) { return kind >= redft00; } // sines and cosines
 
 struct Dim {
     std::ptrdiff_t n, is, os;

@@ -26,9 +26,10 @@ EXPORT double X(cost)(const Plan* plan) { return plan->additions + plan->product
 
 EXPORT char* X(sprint_plan)(const Plan* plan)
 {
-    const char* method = plan->dft != nullptr ? orv_dft_method(plan->dft)
-                         : plan->rows[0]      ? orv_dft_method(plan->rows[0])
-                                              : "nothing to do";
+    const char* method = plan->dft                 ? orv_dft_method(plan->dft)
+                         : plan->lines[0].spectrum ? orv_dft_method(plan->lines[0].spectrum)
+                         : plan->lines[0].wave     ? "sines or cosines"
+                                                   : "nothing to do";
     char* text = nullptr;
     return asprintf(&text, "(orv %s)", method) < 0 ? nullptr : text;
 }

@@ -73,6 +73,8 @@ void add_dims(Text& text, const char* what, const Dims& dims)
 void describe(Text& text, const Problem& p)
 {
     constexpr const char* forms[] = {"complex", "to-half", "from-half", "reals"};
+    constexpr const char* kinds[] = {" r2hc",    " hc2r",    " dht",     " redft00", " redft01", " redft10",
+                                     " redft11", " rodft00", " rodft01", " rodft10", " rodft11"};
     text.add("\n  (");
     text.add(forms[static_cast<int>(p.form)]);
     text.add(p.is_forward() ? " forward" : " backward");
@@ -81,8 +83,7 @@ void describe(Text& text, const Problem& p)
     add_dims(text, " dims", p.dims);
     add_dims(text, " loops", p.loops);
     if (p.form == Form::reals)
-        for (int k = 0; k < p.dims.rank; ++k)
-            text.add(p.kinds[k] == r2hc ? " r2hc" : p.kinds[k] == hc2r ? " hc2r" : " dht");
+        for (int k = 0; k < p.dims.rank; ++k) text.add(kinds[p.kinds[k]]);
     text.add(")");
 }
 

@@ -56,7 +56,11 @@ TYPED_TEST(FftwContract, NoPlanOfNonsense)
     EXPECT_FALSE(this->is(api.plan("guru64_dft", 1, &nothing, 0, none, cx, cy, -1, estimate)));
     EXPECT_FALSE(this->is(api.plan("guru64_dft", 1, &nothing, 1, &nothing, cx, cy, -1, estimate)));
     EXPECT_FALSE(this->is(api.plan("guru64_dft", 1, &four, 1, &back, cx, cy, -1, estimate)));
-    for (int kind = 3; kind < 11; ++kind) EXPECT_FALSE(this->is(api.plan("r2r_1d", 8, x, y, kind, estimate))) << kind;
+    for (const int kind : {-1, 11}) EXPECT_FALSE(this->is(api.plan("r2r_1d", 8, x, y, kind, estimate))) << kind;
+    const int redft00 = 3, kinds[] = {redft00, 10};
+    EXPECT_FALSE(this->is(api.plan("r2r_1d", 1, x, y, redft00, estimate)));
+    EXPECT_FALSE(this->is(api.plan("r2r_2d", 1, 4, x, y, redft00, 2, estimate)));
+    EXPECT_TRUE(this->is(api.plan("r2r_2d", 2, 1, x, y, kinds[0], kinds[1], estimate)));
 }
 
 TYPED_TEST(FftwContract, NoPlanInPlaceWhereStridesDiffer)

@@ -24,7 +24,10 @@ public:
         for (int k = 0; k < rank; ++k) p.dims.push_back({length(rank), 1, 1});
         for (int k = 0; k < loops; ++k) p.loops.push_back({1 + below(4), 1, 1});
         if (p.form == Form::r2r)
-            for (int k = 0; k < rank; ++k) p.kinds.push_back(below(3));
+            for (int k = 0; k < rank; ++k) {
+                p.kinds.push_back(below(real_kinds));
+                if (p.kinds.back() == redft00 && p.dims[k].n == 1) p.dims[k].n = 2; // of one there is no plan
+            }
         if (p.halves() && p.dims.empty()) p.dims.push_back({length(1), 1, 1});
         lay_out(p, true);
         if (!p.in_place) lay_out(p, false);
@@ -130,6 +133,21 @@ template <class R> void compare_lines(const std::vector<int>& lengths)
         }
     ours<R>().template call<void>("cleanup_threads");
 }
+
+// One line of sines or cosines of each kind.
+template <class R> void compare_waves(const std::vector<int>& lengths)
+{
+    NEED_DEBIAN(R);
+    for (const int n : lengths)
+        for (int kind = redft00; kind < real_kinds && !testing::Test::HasFatalFailure(); ++kind) {
+            Drawn drawn(static_cast<unsigned>(11 * n + kind));
+            Problem p;
+            p.form = Form::r2r, p.in_place = n % 2 != 0;
+            p.dims = {{n, 1, 1}};
+            p.kinds = {kind};
+            if (n > 1 || kind != redft00) compare<R>(p, drawn, static_cast<unsigned>(n));
+        }
+}
 std::vector<int> up_to(int last)
 {
     std::vector<int> all(static_cast<std::size_t>(last));
@@ -139,6 +157,10 @@ std::vector<int> up_to(int last)
 const std::vector<int> long_lengths{1 << 12, 1 << 16, 1 << 17, 5000, 4099, 30030, 59049, 65521};
 TEST(FftwLines, ShortOnesOfDoublesAreAsDebians) { compare_lines<double>(up_to(140)); }
 TEST(FftwLines, ShortOnesOfSinglesAreAsDebians) { compare_lines<float>(up_to(140)); }
+TEST(FftwWaves, OfDoublesAreAsDebians) { compare_waves<double>(up_to(140)); }
+TEST(FftwWaves, OfSinglesAreAsDebians) { compare_waves<float>(up_to(140)); }
+TEST(FftwWavesFull, LongOnesOfDoublesAreAsDebians) { compare_waves<double>({1023, 1025, 4096, 5000, 65535, 65537}); }
+TEST(FftwWavesFull, LongOnesOfSinglesAreAsDebians) { compare_waves<float>({1023, 1025, 4096, 5000, 65535, 65537}); }
 TEST(FftwLinesFull, LongOnesOfDoublesAreAsDebians) { compare_lines<double>(long_lengths); }
 TEST(FftwLinesFull, LongOnesOfSinglesAreAsDebians) { compare_lines<float>(long_lengths); }
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -46,8 +47,10 @@ template <class R, class Make> void compare(const char* what, Make make, bool in
     ours<R>().execute(plan), debian<R>().execute(other);
     const auto near = [](const std::vector<R>& x, const std::vector<R>& y) {
         std::size_t far = 0;
+        R largest = 1; // sums of sines and cosines are twice as long in each dimension
+        for (const R value : y) largest = std::max(largest, std::abs(value));
         for (std::size_t k = 0; k < size; ++k)
-            far += !(std::abs(x[k] - y[k]) <= 300 * std::numeric_limits<R>::epsilon());
+            far += !(std::abs(x[k] - y[k]) <= 300 * std::numeric_limits<R>::epsilon() * largest);
         return far;
     };
     EXPECT_EQ(near(mine.b, others.b), 0u);
@@ -242,10 +245,14 @@ TYPED_TEST(FftwPlanners, OfRealsToRealsAreAsDebians)
 {
     using R = TypeParam;
     NEED_DEBIAN(R);
-    for (int first = 0; first < 3; ++first) {
-        const int kinds[] = {first, (first + 1) % 3, (first + 2) % 3};
+    constexpr int all = 11, redft00 = 3;
+    for (int first = 0; first < all; ++first) {
+        const int kinds[] = {first, (first + 1) % all, (first + 2) % all};
         CHECK(api.plan("r2r", 3, n3, x.ra(), x.rb(), kinds, estimate));
-        for (const int n : {1, 2, 3, 12, 13}) CHECK(api.plan("r2r_1d", n, x.ra(), x.rb(), first, estimate));
+        for (const int n : {1, 2, 3, 12, 13}) {
+            if (n == 1 && first == redft00) continue; // of which there is no plan
+            CHECK(api.plan("r2r_1d", n, x.ra(), x.rb(), first, estimate));
+        }
         CHECK(api.plan("r2r_2d", 6, 11, x.ra(), x.rb(), kinds[0], kinds[1], estimate));
         CHECK(api.plan("r2r_3d", 4, 3, 10, x.ra(), x.rb(), kinds[0], kinds[1], kinds[2], estimate));
         CHECK_IN_PLACE(api.plan("r2r_3d", 4, 3, 10, x.ra(), x.ra(), kinds[0], kinds[1], kinds[2], estimate));
