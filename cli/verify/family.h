@@ -37,6 +37,7 @@ Group matrix_products();
 Group transpositions();
 Group extended();
 Group transforms();
+Group waves();
 Group sparse_matrices();
 
 } // namespace orv::verify

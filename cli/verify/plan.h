@@ -38,11 +38,16 @@ struct View {
     bool unit = false;     // the diagonal is not stored and 1
     bool dominant = false; // to be filled so that solving with it neither grows nor shrinks a vector
 
-    // Without an array: element (i,j) is exp(2*pi*i*turns*i*j/points), turns being 1 or -1. halved: those of column 0,
-    // and of the one in the middle if there is one, count half.
+    // Without an array: element (i,j) is exp(2*pi*i*turns*p*q/points), turns being 1 or -1, of the frequency p in its
+    // row and the point q in its column, or one part of that; the first and the last column count by their weights.
     i64 points = 0;
     int turns = 0;
-    bool halved = false;
+    enum class Part { whole, real, imaginary } part = Part::whole;
+    struct Steps { // start + i*step
+        i64 start = 0, step = 1;
+        i64 at(i64 i) const { return start + i * step; }
+    } by_rows{}, by_columns{};
+    double first_weight = 1, last_weight = 1;
 
     void keep_triangle(bool upper) { (upper ? below : above) = 0; }
 

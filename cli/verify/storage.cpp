@@ -157,8 +157,9 @@ Elements::Elements(const Operand& operand, const Arrays& arrays)
 Number Elements::root(i64 i, i64 j) const
 {
     const View& v = operand_.view;
-    const double weight = v.halved && (j == 0 || 2 * j == v.points) ? 0.5 : 1;
-    const Number e = roots_[static_cast<std::size_t>(i * j % v.points)];
+    const double weight = j == 0 ? v.first_weight : j == v.columns - 1 ? v.last_weight : 1;
+    const Number e = roots_[static_cast<std::size_t>(v.by_rows.at(i) * v.by_columns.at(j) % v.points)];
+    if (v.part != View::Part::whole) return {weight * (v.part == View::Part::real ? e.re : e.im), 0};
     return {weight * e.re, operand_.op == 'r' ? -weight * e.im : weight * e.im};
 }
 

@@ -69,7 +69,11 @@ private:
 class Elements {
 public:
     Elements(const Operand& operand, const Arrays& arrays);
-    bool complex() const { return array_ ? operand_.op != 'a' && array_->is_complex() : operand_.view.turns != 0; }
+    bool complex() const
+    {
+        const View& v = operand_.view;
+        return array_ ? operand_.op != 'a' && array_->is_complex() : v.turns != 0 && v.part == View::Part::whole;
+    }
     i64 rows() const { return turned_ ? operand_.view.columns : operand_.view.rows; }
     i64 columns() const { return turned_ ? operand_.view.rows : operand_.view.columns; }
     Number operator()(i64 i, i64 j) const;

@@ -32,7 +32,8 @@ Plan ifft(Setting& s)
     const Number each{1 / static_cast<double>(n), 0};
     const View in{"in", half ? n / 2 + 1 : n}, out{"out", n};
     Operand all = roots(n, in.rows, n, 1);
-    all.view.halved = half;
+    if (half) all.view.first_weight = 0.5;
+    if (half && n % 2 == 0) all.view.last_weight = 0.5;
     std::vector<Term> terms{{each, all, op(in)}};
     if (half) all.op = 'r', terms.push_back({each, all, op(in, 'r')});
     return {{{after(out), terms, roundings(n)}}};
