@@ -58,7 +58,8 @@ bool solve_wave(const Theta<T>& theta, T* f, i64 stride, i64 n, double wave, dou
         for (i64 j = first; j < end; ++j)
             x[j - first] -= sum / weights * (j == 0 || j == n ? theta.cap(j == n) : theta.s(j));
     if (poles) b[0] = -theta.neighbour(false) / 2, b[count - 2] = -theta.neighbour(true) / 2;
-    const bool solved = count < 1 || solve_symmetric(singular_one ? count - 1 : count, a, b, more, lower, x);
+    const bool solved =
+        count < 1 || solve_symmetric(singular_one ? count - 1 : count, a, b, more, lower, x, least_pivot<T>);
     if (singular_one) x[count - 1] = 0;
     for (i64 j = 0; j <= n; ++j) f[j * stride] = j >= first && j < end ? static_cast<T>(x[j - first]) : T(0);
     return solved;

@@ -55,12 +55,8 @@ template <class T> void eliminate(const Lines<T>& lines, const T* d, i64 width, 
     }
 }
 
-bool solve_symmetric(i64 n, double* a, double* b, double* more, double* lower, double* x)
+bool solve_symmetric(i64 n, double* a, double* b, double* more, double* lower, double* x, double least)
 {
-    double largest = 0;
-    for (i64 j = 0; j < n; ++j)
-        largest = std::fmax(largest, std::fmax(std::fabs(a[j]), j + 1 < n ? std::fabs(b[j]) : 0));
-    const double least = largest * static_cast<double>(n) * std::numeric_limits<double>::epsilon();
     for (i64 j = 0; j + 1 < n; ++j) lower[j] = b[j], more[j] = 0;
     for (i64 j = 0; j + 1 < n; ++j) {
         if (std::fabs(a[j]) < std::fabs(lower[j])) { // row j + 1 is the better one to eliminate with
@@ -106,7 +102,7 @@ template <class T> bool solve_with_pivots(const Lines<T>& lines, T d, T scale, b
     }
     if (is_singular)
         for (i64 j = 0; j < n; ++j) x[j] -= sum / weights * weight(j);
-    const bool solved = solve_symmetric(is_singular ? n - 1 : n, a, b, more, lower, x);
+    const bool solved = solve_symmetric(is_singular ? n - 1 : n, a, b, more, lower, x, least_pivot<T>);
     if (is_singular) x[n - 1] = 0;
     for (i64 j = 0; j < n; ++j) lines.at[j * lines.stride] = static_cast<T>(x[j]);
     return solved;

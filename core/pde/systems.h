@@ -8,6 +8,8 @@
 
 #include "core/pde/grid.h"
 
+#include <limits>
+
 namespace orv::core::pde {
 
 // The rows of one system: `count` of them, `stride` elements apart. The diagonal of the first one is first*d, of the
@@ -31,8 +33,13 @@ template <class T> void eliminate(const Lines<T>& lines, const T* d, i64 width, 
 template <class T> bool solve_with_pivots(const Lines<T>& lines, T d, T scale, bool is_singular, double* work);
 
 // The same of a symmetric tridiagonal system of any elements, diagonal a[0] to a[n-1], beside it b[0] to b[n-2]; x is
-// the right-hand side and then the solution. a and b are overwritten, and more has n numbers.
-bool solve_symmetric(i64 n, double* a, double* b, double* more, double* lower, double* x);
+// the right-hand side and then the solution. a and b are overwritten, more and lower have n numbers. False if a pivot
+// is no larger than least.
+bool solve_symmetric(i64 n, double* a, double* b, double* more, double* lower, double* x, double least);
+
+// What is left of a pivot by rounding where it should be 0: equations are written so that what they are made of is
+// about 1 to 4, in the precision of the grid.
+template <class T> inline constexpr double least_pivot = 8 * static_cast<double>(std::numeric_limits<T>::epsilon());
 
 // All systems of a layer of waves: `rows` rows, `stride` elements apart, of `width` waves with these diagonals.
 // Singular: wave 0 of those is one of a problem that leaves a constant open.
