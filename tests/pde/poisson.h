@@ -15,6 +15,7 @@
 namespace orv::test {
 
 namespace pdepl = kernels::pdepl;
+namespace pdett = kernels::pdett;
 
 #define ORV_POISSON_KERNEL(name, Type, stem)                                                                           \
     template <class T> auto* name = kernel<pdepl::Type<T>>("pdepl", letter<T>, stem);

@@ -1,57 +1,17 @@
 // Diagnostics of sine and cosine transforms: their lines in both wordings, where they go, and when there are none.
-#include "frame/serv.h"
+#include "tests/pde/messages.h"
 #include "tests/pde/trig.h"
 #include "tests/support/probe.h"
 
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <sstream>
 #include <string>
 
 namespace orv::test {
 namespace {
 
 using namespace pdett;
-namespace fs = std::filesystem;
 
 constexpr const char* log_name = "ORV_Trig_Transforms_Log.txt";
-
-// A folder of its own to work in, for messages that go to a file.
-class InFolder {
-public:
-    InFolder() : before_(fs::current_path())
-    {
-        char name[] = "/tmp/orv-trig-XXXXXX";
-        folder_ = mkdtemp(name);
-        fs::current_path(folder_);
-    }
-    ~InFolder()
-    {
-        fs::current_path(before_);
-        fs::remove_all(folder_);
-    }
-    // From now on nothing can be made in it, whoever asks.
-    void vanish() const { fs::remove_all(folder_); }
-    static std::string log()
-    {
-        std::ifstream file(log_name);
-        std::stringstream text;
-        text << file.rdbuf();
-        return text.str();
-    }
-
-private:
-    fs::path before_, folder_;
-};
-
-template <class... Values> std::string message(int number, Values... values)
-{
-    char text[1000];
-    std::snprintf(text, sizeof text, orv_serv_get_msg(number), values...);
-    return std::string(text) + "\n";
-}
 
 // The whole of a diagnostic: the heading, the class, the first line that was formatted, and others by number. `before`
 // is the number of a line before the one with a position.
@@ -64,14 +24,6 @@ std::string rest(int first, int last)
     std::string lines;
     for (int number = first; number <= last; ++number) lines += message(number);
     return lines;
-}
-
-// What stands on standard output meanwhile.
-template <class Call> std::string shown(Call call)
-{
-    testing::internal::CaptureStdout();
-    call();
-    return testing::internal::GetCapturedStdout();
 }
 
 template <class T> class TrigMessages : public testing::Test {
@@ -91,7 +43,7 @@ template <class T, class Case, class Expected> void expect_everywhere(i64 kind, 
             const std::string printed = shown([&] { run(trig); });
             const std::string should = expected(fortran ? -39 : 0);
             EXPECT_EQ(printed, channel > 0 ? should : "");
-            EXPECT_EQ(InFolder::log(), channel < 0 ? should : "");
+            EXPECT_EQ(log_in_folder(log_name), channel < 0 ? should : "");
             EXPECT_EQ(fs::exists(log_name), channel < 0 && !should.empty());
         }
 }
@@ -205,7 +157,7 @@ TYPED_TEST(TrigMessages, can_be_asked_for_by_code)
         const auto log_of = [&](i64 code, const char* text) {
             fs::remove(log_name);
             EXPECT_EQ(shown([&] { print(&code, ipar, dpar, text); }), "");
-            return InFolder::log();
+            return log_in_folder(log_name);
         };
         EXPECT_EQ(log_of(0, nullptr), whole(true, message(449 + shift, 10LL) + message(450)));
         EXPECT_EQ(log_of(1, nullptr), whole(true, message(451 + shift, 12LL) + message(452)));
@@ -231,7 +183,7 @@ TYPED_TEST(TrigMessages, cut_off_lines_that_are_too_long)
     const i64 ipar[ipar_size] = {}, code = 1001;
     const T dpar[] = {0};
     print(&code, ipar, dpar, std::string(100000, 'x').c_str());
-    const std::string log = InFolder::log();
+    const std::string log = log_in_folder(log_name);
     EXPECT_EQ(std::count(log.begin(), log.end(), 'x') + std::string(message(487, "")).size() - 1, 512);
 }
 
@@ -247,7 +199,7 @@ TYPED_TEST(TrigMessages, are_appended_to_the_log)
     }
     std::string should;
     for (const long long n : {-2, -1, 0}) should += whole(true, message(451, n) + message(452));
-    EXPECT_EQ(InFolder::log(), should);
+    EXPECT_EQ(log_in_folder(log_name), should);
 }
 
 TYPED_TEST(TrigMessages, tell_that_the_log_cannot_be_opened)
