@@ -30,23 +30,34 @@ template <class I, int n> struct Chains {
         if constexpr (complex) return {straight[k].re - crossed[k].im, straight[k].im + crossed[k].re};
         else return straight[k];
     }
+    // A register of them from k on.
+    ORV_INLINE vec<I> values(int k) const
+    {
+        const vec<I> v = loadu(straight + k);
+        if constexpr (complex) return add_sub(v, swap_neighbours(loadu(crossed + k)));
+        else return v;
+    }
 };
 
-// Products of the lines that a and b have: i runs over `count` elements of either from the views' own beginning.
+// Lines of a and b that meet: count elements of each, beginning at a and b, and as many lines as a_view has in its
+// first `rank` dimensions. b_view has no use for its lengths.
 template <class T> struct Lines {
-    View<const T> a, b; // b has no use for its lengths
+    const View<const T>&a_view, &b_view;
+    const T *a, *b;
     i64 count;
+    i32 rank;
+
+    template <class F> ORV_INLINE void each(F f) const { each_line(a_view, a, b_view, b, rank, f); }
 };
 
 // Outputs one by one, `n` of them `spread` apart in b.
 template <class T, class I, int n_> struct OneByOne {
     static constexpr int n = n_;
-    static constexpr bool of_neighbours = false;
     [[gnu::noinline]] static void sum(const Lines<T>& lines, i64 spread, Chains<I, n>& chains)
     {
         Chains<I, n> c = chains;
-        const i64 a_step = lines.a.step[0], b_step = lines.b.step[0], count = lines.count;
-        each_line(lines.a, lines.b, [&](const T* a, const T* b) ORV_INLINE_LAMBDA {
+        const i64 a_step = lines.a_view.step[0], b_step = lines.b_view.step[0], count = lines.count;
+        lines.each([&](const T* a, const T* b) ORV_INLINE_LAMBDA {
             for (i64 i = 0; i < count; ++i, a += a_step, b += b_step) {
                 const I factor = as<I>(*a);
 #pragma GCC unroll 4
@@ -60,7 +71,6 @@ template <class T, class I, int n_> struct OneByOne {
 // So many registers of outputs that are neighbours in b.
 template <class T, class I, int registers> struct Neighbours {
     static constexpr int lanes = vec<I>::lanes, n = registers * lanes;
-    static constexpr bool of_neighbours = true;
 
     ORV_INLINE static vec<I> wide(const T* b)
     {
@@ -78,8 +88,8 @@ template <class T, class I, int registers> struct Neighbours {
             straight[k] = loadu(chains.straight + k * lanes);
             if constexpr (is_complex<I>) crossed[k] = loadu(chains.crossed + k * lanes);
         }
-        const i64 a_step = lines.a.step[0], count = lines.count;
-        each_line(lines.a, lines.b, [&](const T* a, const T* b) ORV_INLINE_LAMBDA {
+        const i64 a_step = lines.a_view.step[0], count = lines.count;
+        lines.each([&](const T* a, const T* b) ORV_INLINE_LAMBDA {
             for (const T* const end = b + count; b != end; a += a_step, ++b) {
                 const I factor = as<I>(*a);
 #pragma GCC unroll 8
@@ -111,15 +121,17 @@ inline Range range_of(i64 na, i64 nb, i64 lag) { return {max(0, -lag), min(na - 
 // One line of outputs along dimension 0.
 template <class T, class I> class Line {
 public:
+    Line(const View<const T>& a, const View<const T>& b) : a_(a), b_(b) {}
+
     // The elements of a and b that meet in the dimensions above the first, lags being those of the line; false if none.
     bool meet(const View<const T>& a, const View<const T>& b, const i64* lags)
     {
-        lines_.a = a, lines_.b = b;
+        a_.at = a.at, b_.at = b.at;
         for (i32 d = 1; d < a.rank; ++d) {
             const Range r = range_of(a.n[d], b.n[d], lags[d]);
             if (r.last < r.first) return false;
-            lines_.a.at += r.first * a.step[d], lines_.a.n[d] = r.last - r.first + 1;
-            lines_.b.at += (r.first + lags[d]) * b.step[d];
+            a_.at += r.first * a.step[d], a_.n[d] = r.last - r.first + 1;
+            b_.at += (r.first + lags[d]) * b.step[d];
         }
         return true;
     }
@@ -127,15 +139,15 @@ public:
     // n outputs z[j*z_step], whose lags are lag + j*step.
     void compute(i64 lag, i64 step, T* z, i64 z_step, i64 n) const
     {
-        constexpr int registers = is_complex<I> ? 4 : 8;
+        using Wide = Neighbours<T, I, is_complex<I> ? 4 : 8>;
+        using Narrow = Neighbours<T, I, 2>;
         i64 j = 0;
-        if (lines_.b.step[0] == 1 && step == 1) {
-            while (n - j >= Neighbours<T, I, 2>::n) {
-                using Wide = Neighbours<T, I, registers>;
+        if (b_.step[0] == 1 && step == 1) {
+            while (n - j >= Narrow::n) {
                 const i64 first = lag + j;
                 const bool inside = n - j >= Wide::n && all_inside(first, first + Wide::n - 1);
                 if (inside) inner_group<Wide>(first, 1, z + j * z_step, z_step), j += Wide::n;
-                else group<Neighbours<T, I, 2>>(first, 1, z + j * z_step, z_step), j += Neighbours<T, I, 2>::n;
+                else group<Narrow>(first, 1, z + j * z_step, z_step), j += Narrow::n;
             }
         }
         for (; n - j >= 4; j += 4) group<OneByOne<T, I, 4>>(lag + j * step, step, z + j * z_step, z_step);
@@ -143,30 +155,15 @@ public:
     }
 
 private:
-    i64 na() const { return lines_.a.n[0]; }
-    i64 nb() const { return lines_.b.n[0]; }
+    i64 na() const { return a_.n[0]; }
+    i64 nb() const { return b_.n[0]; }
     // Whether all of a meets b for every output with these lags.
     bool all_inside(i64 first_lag, i64 last_lag) const { return first_lag >= 0 && last_lag <= nb() - na(); }
 
-    Lines<T> from(i64 i, i64 lag, i64 count) const
+    ORV_INLINE Lines<T> lines(const T* a, const T* b, i64 lag, Range r, i32 rank) const
     {
-        Lines<T> l = lines_;
-        l.a.at += i * l.a.step[0], l.b.at += (i + lag) * l.b.step[0], l.count = count;
-        return l;
-    }
-    // What output k of a group, with that lag, needs beside what all of them do.
-    template <int n> void add(const T* a, const T* b, i64 lag, i64 first, i64 last, Chains<I, n>& chains, int k) const
-    {
-        constexpr bool complex = Chains<I, n>::complex;
-        Chains<I, 1> own{{chains.straight[k]}, {chains.crossed[complex ? k : 0]}};
-        add(a, b, lag, first, last, own);
-        chains.straight[k] = own.straight[0];
-        if constexpr (complex) chains.crossed[k] = own.crossed[0];
-    }
-    [[gnu::noinline]] void add(const T* a, const T* b, i64 lag, i64 first, i64 last, Chains<I, 1>& chain) const
-    {
-        for (i64 i = first; i <= last; ++i)
-            chain.add(0, as<I>(a[i * lines_.a.step[0]]), as<I>(b[(i + lag) * lines_.b.step[0]]));
+        const i64 first = r.first;
+        return {a_, b_, a + first * a_.step[0], b + (first + lag) * b_.step[0], r.last - first + 1, rank};
     }
 
     // The group of outputs of the form By, the first of which has that lag: where all of a meets b for all of them, and
@@ -174,46 +171,60 @@ private:
     template <class By> void inner_group(i64 lag, i64 step, T* z, i64 z_step) const
     {
         Chains<I, By::n> chains{};
-        By::sum(from(0, lag, na()), step * lines_.b.step[0], chains);
+        By::sum(lines(a_.at, b_.at, lag, {0, na() - 1}, a_.rank), step * b_.step[0], chains);
         store(chains, z, z_step);
     }
     template <class By> [[gnu::noinline]] void group(i64 lag, i64 step, T* z, i64 z_step) const
     {
-        Chains<I, By::n> chains{};
         const i64 last_lag = lag + (By::n - 1) * step;
+        if (all_inside(lag, last_lag)) return inner_group<By>(lag, step, z, z_step);
+        Chains<I, By::n> chains{};
         const Range common{range_of(na(), nb(), lag).first, range_of(na(), nb(), last_lag).last};
         if constexpr (By::n == 1) {
-            if (common.first <= common.last)
-                By::sum(from(common.first, lag, common.last - common.first + 1), 0, chains);
+            if (common.first <= common.last) By::sum(lines(a_.at, b_.at, lag, common, a_.rank), 0, chains);
         } else if (common.last < common.first) {
             for (int k = 0; k < By::n; ++k) group<OneByOne<T, I, 1>>(lag + k * step, step, z + k * z_step, z_step);
             return;
-        } else if (all_inside(lag, last_lag)) {
-            return inner_group<By>(lag, step, z, z_step);
         } else add_edges_too<By>(lag, step, common, chains);
         store(chains, z, z_step);
     }
     template <int n> void store(const Chains<I, n>& chains, T* z, i64 z_step) const
     {
+        constexpr int lanes = vec<I>::lanes;
+        if constexpr (std::is_same_v<T, I> && n % lanes == 0 && n > 1)
+            if (z_step == 1) {
+                for (int k = 0; k < n; k += lanes) storeu(z + k, chains.values(k));
+                return;
+            }
         for (int k = 0; k < n; ++k) z[k * z_step] = as<T>(chains.value(k));
     }
 
+    // All of an output's products in a line before those of the next one.
     template <class By> void add_edges_too(i64 lag, i64 step, Range common, Chains<I, By::n>& chains) const
     {
-        Lines<T> one = from(common.first, lag, common.last - common.first + 1);
-        const i64 a_to_first = common.first * lines_.a.step[0], b_to_first = (common.first + lag) * lines_.b.step[0];
-        one.a.rank = 1;
-        each_line(lines_.a, lines_.b, [&](const T* a, const T* b) {
-            for (int k = 0; k < By::n; ++k)
-                add(a, b, lag + k * step, range_of(na(), nb(), lag + k * step).first, common.first - 1, chains, k);
-            one.a.at = a + a_to_first, one.b.at = b + b_to_first;
-            By::sum(one, step * lines_.b.step[0], chains);
-            for (int k = 0; k < By::n; ++k)
-                add(a, b, lag + k * step, common.last + 1, range_of(na(), nb(), lag + k * step).last, chains, k);
+        each_line(a_, b_, [&](const T* a, const T* b) ORV_INLINE_LAMBDA {
+            for (const bool behind : {false, true}) {
+                for (int k = 0; k < By::n; ++k) {
+                    const Range own = range_of(na(), nb(), lag + k * step);
+                    const Range r = behind ? Range{common.last + 1, own.last} : Range{own.first, common.first - 1};
+                    add(a, b, lag + k * step, r, chains, k);
+                }
+                if (!behind) By::sum(lines(a, b, lag, common, 1), step * b_.step[0], chains);
+            }
         });
     }
+    // What output k of a group, with that lag, needs beside what all of them do.
+    template <int n> void add(const T* a, const T* b, i64 lag, Range r, Chains<I, n>& chains, int k) const
+    {
+        constexpr bool complex = Chains<I, n>::complex;
+        if (r.last < r.first) return;
+        Chains<I, 1> own{{chains.straight[k]}, {chains.crossed[complex ? k : 0]}};
+        OneByOne<T, I, 1>::sum(lines(a, b, lag, r, 1), 0, own);
+        chains.straight[k] = own.straight[0];
+        if constexpr (complex) chains.crossed[k] = own.crossed[0];
+    }
 
-    Lines<T> lines_;
+    View<const T> a_, b_;
 };
 
 template <class I, class T>
@@ -221,8 +232,8 @@ void sum_products(const View<const T>& a, const View<const T>& b, const View<T>&
 {
     i64 lags[most_dimensions] = {}, index[most_dimensions] = {};
     for (i32 d = 0; d < z.rank; ++d) lags[d] = shift[d];
+    Line<T, I> line(a, b);
     each_line(z, z, [&](T* at, T*) {
-        Line<T, I> line;
         if (line.meet(a, b, lags)) line.compute(lags[0], step[0], at, z.step[0], z.n[0]);
         else
             for (i64 j = 0; j < z.n[0]; ++j) at[j * z.step[0]] = T{};

@@ -70,22 +70,26 @@ template <class T> [[gnu::noinline]] View<const T> read(const View<T>& v)
     return r;
 }
 
-// f(address in a, address in b) for each pair of lines along dimension 0, in as many as a has.
-template <class A, class B, class F> ORV_INLINE void each_line(const View<A>& a, const View<B>& b, F f)
+// f(address in a, address in b) for each pair of lines along dimension 0, in as many as a has, from p and q on.
+template <class A, class B, class F>
+ORV_INLINE void each_line(const View<A>& a, A* p, const View<B>& b, B* q, i32 rank, F f)
 {
-    i64 index[most_dimensions] = {};
-    A* p = a.at;
-    B* q = b.at;
+    i64 index[most_dimensions];
+    for (i32 d = 1; d < rank; ++d) index[d] = 0;
     for (;;) {
         f(p, q);
         i32 d = 1;
-        for (; d < a.rank; ++d) {
+        for (; d < rank; ++d) {
             p += a.step[d], q += b.step[d];
             if (++index[d] < a.n[d]) break;
             p -= a.n[d] * a.step[d], q -= a.n[d] * b.step[d], index[d] = 0;
         }
-        if (d >= a.rank) return;
+        if (d >= rank) return;
     }
+}
+template <class A, class B, class F> ORV_INLINE void each_line(const View<A>& a, const View<B>& b, F f)
+{
+    each_line(a, a.at, b, b.at, a.rank, f);
 }
 
 // A number as another type: rounded, widened, with an imaginary part of zero, or without its imaginary part.
@@ -103,14 +107,8 @@ template <class From, class To, class Put>
 [[gnu::noinline]] void join(const View<From>& from, const View<To>& to, Put put)
 {
     const i64 n = from.n[0], p_step = from.step[0], q_step = to.step[0];
-    if (p_step == 1 && q_step == 1) {
-        each_line(from, to, [&](From* p, To* q) ORV_INLINE_LAMBDA {
-            for (i64 i = 0; i < n; ++i) put(q[i], p[i]);
-        });
-        return;
-    }
     each_line(from, to, [&](From* p, To* q) ORV_INLINE_LAMBDA {
-        for (i64 i = 0; i < n; ++i) put(q[i * q_step], p[i * p_step]);
+        for (i64 i = 0; i < n; ++i, p += p_step, q += q_step) put(*q, *p);
     });
 }
 template <class From, class To> void copy(const View<From>& from, const View<To>& to)
