@@ -38,6 +38,7 @@ Group transpositions();
 Group extended();
 Group transforms();
 Group waves();
+Group convolutions();
 Group sparse_matrices();
 
 } // namespace orv::verify

