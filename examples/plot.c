@@ -9,7 +9,8 @@ const char* const plot_style =
     "system-ui,sans-serif;margin-bottom:1em}.row{display:flex;flex-wrap:wrap;gap:20px}figure{margin:0;width:390px}"
     "figcaption{font-size:13px;color:#5c6370;line-height:1.35;margin-top:4px}img{display:block;width:390px;"
     "image-rendering:pixelated}";
-const char *const blue = "#4269d0", *const red = "#d6404e", *const teal = "#3a9e97", *const grey = "#5c6370";
+const char *const blue = "#4269d0", *const red = "#d6404e", *const teal = "#3a9e97", *const grey = "#5c6370",
+                  *const ink = "#22252b";
 
 enum { left = plot_left, right = plot_right, top = plot_top, bottom = plot_bottom, below = 306 };
 
@@ -78,6 +79,21 @@ void curve(FILE* out, const struct plot* p, int count, double first, double step
 void dot(FILE* out, const struct plot* p, double x, double y, const char* colour)
 {
     fprintf(out, "<circle cx=%.1f cy=%.1f r=4 fill='%s'/>\n", across(p, x), up(p, y), colour);
+}
+
+void ring(FILE* out, const struct plot* p, double x, double y, const char* colour)
+{
+    fprintf(out, "<circle cx=%.1f cy=%.1f r=7 fill=none stroke='%s'/>\n", across(p, x), up(p, y), colour);
+}
+
+void upright(FILE* out, const struct plot* p, double x, const char* colour)
+{
+    fprintf(out, "<path d='M%.1f %dV%d' stroke='%s' stroke-dasharray='4 4'/>\n", across(p, x), top, bottom, colour);
+}
+
+void key(FILE* out, int line, const char* colour, const char* text)
+{
+    fprintf(out, "<text x=%d y=%d fill='%s'>%s</text>\n", left + 12, top + 16 + 18 * line, colour, text);
 }
 
 void dotted(FILE* out, const struct plot* p, int count, const double* x, const double* y, const char* colour)

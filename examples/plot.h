@@ -6,7 +6,7 @@
 
 /* Rules for what is drawn here; they come between the common ones and a page's own. */
 extern const char* const plot_style;
-extern const char *const blue, *const red, *const teal, *const grey;
+extern const char *const blue, *const red, *const teal, *const grey, *const ink;
 
 /* A page, complete in one file. Null, or -1, with errno set on failure. */
 FILE* open_page(const char* path, const char* title, const char* style);
@@ -38,6 +38,9 @@ void dot(FILE* out, const struct plot* p, double x, double y, const char* colour
 /* All of many values at equal distances: from the smallest to the largest of those that share a place. */
 void band(FILE* out, const struct plot* p, long count, double first, double step, const double* value,
           const char* colour);
+void ring(FILE* out, const struct plot* p, double x, double y, const char* colour);
+void upright(FILE* out, const struct plot* p, double x, const char* colour); /* a dashed line from top to bottom */
+void key(FILE* out, int line, const char* colour, const char* text);         /* what a colour means, in a corner */
 void label(FILE* out, const struct plot* p, double x, double y, const char* anchor, const char* colour,
            const char* text);
 

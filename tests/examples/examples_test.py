@@ -446,5 +446,109 @@ class Spectrum(unittest.TestCase):
             self.assertEqual((done.returncode, why in done.stderr), (1, True), done.stderr)
 
 
+class Convolve(unittest.TestCase):
+    """A sound found in noise, a picture filtered, and the times of both routes."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def page(self, picture, *seed):
+        page = self.folder / "page.html"
+        done = run("convolve", picture, page, *seed)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        text = page.read_text()
+        self.assertTrue(text.startswith("<!doctype html>") and text.rstrip().endswith("</html>"))
+        self.assertNotRegex(text, r"\bnan\b|\binf\b|https?://")
+        return done.stdout, text
+
+    def small_picture(self):
+        width, height = 22, 17
+        picture = [[(37 * x * x + 91 * y + 13 * x * y) % 256 for x in range(width)] for y in range(height)]
+        path = self.folder / "small.pgm"
+        path.write_bytes(b"P5\n%d %d\n255\n" % (width, height) + b"".join(map(bytes, picture)))
+        return path, picture
+
+    def test_finds_the_sound_where_it_was_hidden(self):
+        places = set()
+        for seed in range(1, 4):
+            output, text = self.page(self.small_picture()[0], seed)
+            hidden = int(re.search(r"hidden from value (\d+) on", output)[1])
+            found, likeness, elsewhere = re.search(r"from value (\d+) on: likeness ([\d.]+), elsewhere at most ([\d.]+)",
+                                                   output).groups()
+            self.assertEqual(int(found), hidden)
+            # Noise of deviation 4 against 4000 values of root mean square 1 leaves a deviation of 4/sqrt(4000).
+            deviation = 4 / math.sqrt(4000)
+            self.assertLess(abs(float(likeness) - 1), 5 * deviation)
+            self.assertTrue(2 * deviation < float(elsewhere) < 7 * deviation)
+            self.assertIn(f"{hidden / 8000:.4f} seconds after the start", text)
+            self.assertIn(f">found at {hidden / 8000:.4f} seconds</text>", text)
+            places.add(hidden)
+        self.assertEqual(len(places), 3)
+
+    def test_filters_as_sums_over_neighbours_do(self):
+        path, picture = self.small_picture()
+        _, text = self.page(path)
+        same, blurred, _, sharpened, _, shaken, weights = pictures(text)
+        self.assertEqual([list(row) for row in same], picture)
+        side = range(-9, 10)
+
+        def bell(width):
+            one = [math.exp(-d * d / (2 * width * width)) for d in side]
+            return [[a * b / sum(one)**2 for a in one] for b in one]
+
+        def summed(weight, x, y):
+            at = lambda x, y: picture[min(max(y, 0), len(picture) - 1)][min(max(x, 0), len(picture[0]) - 1)]
+            return sum(weight(dx, dy) * at(x + dx, y + dy) for dy in side for dx in side)
+
+        soft, sharp = bell(3), bell(1)
+        cut = lambda value: min(max(value, 0), 255)
+        for y in range(len(picture)):
+            for x in range(len(picture[0])):
+                for drawn, weight in ((blurred, lambda dx, dy: soft[dy + 9][dx + 9]),
+                                      (sharpened, lambda dx, dy: 3 * (dx == dy == 0) - 2 * sharp[dy + 9][dx + 9]),
+                                      (shaken, lambda dx, dy: (dx == -dy) / 19)):
+                    self.assertAlmostEqual(drawn[y][x], cut(summed(weight, x, y)), delta=0.51)
+        self.assertEqual([[shade == 255 for shade in row] for row in weights], [[x + y == 18 for x in range(19)]
+                                                                                for y in range(19)])
+
+    def test_tells_of_both_routes_and_of_where_they_cross(self):
+        output, text = self.page(PICTURE)
+        rows = re.findall(r"^(.{16}) +([\d.]+) +([\d.]+) +(\S+)  (direct|transform) +orv_conv_mc3_dd(direct|fft)_\w+$",
+                          output, re.M)
+        courses = {"square": [row for row in rows if " x " in row[0]],
+                   "line": [row for row in rows if row[0].strip().isdigit()]}
+        self.assertEqual([len(courses["line"]), len(courses["square"]), len(rows)], [20, 14, 36])
+        for _, _, _, difference, automatic, kernel in rows:
+            # An output is wrong by some roundings of the norms' product, which is some times the largest value.
+            self.assertLess(float(difference), 1e-12)
+            self.assertEqual(kernel, {"direct": "direct", "transform": "fft"}[automatic])
+        # Times are rounded in the output, so sizes at which both are all but equal may go either way.
+        sentences = re.findall(r"<p>(?:The lines cross between (\S+|\d+ &times; \d+) weights and (\S+|\d+ &times; \d+): "
+                               r"|The transform is faster at all|Direct sums are faster at the largest)", text)
+        self.assertEqual(len(sentences), 2)
+        for course, (before, since) in zip((courses["line"], courses["square"]), sentences):
+            sizes = [row[0].strip().replace(" x ", " &times; ") for row in course]
+            wins = [float(transform) <= float(direct) for _, direct, transform, *_ in course]
+            if since:
+                self.assertEqual(sizes.index(since), sizes.index(before) + 1)
+                self.assertTrue(all(wins[sizes.index(since):]))
+        changes = [next((row[0].strip() for row in course if row[4] == "transform"), None) for course in courses.values()]
+        for change in filter(None, changes):
+            if change not in ("1", "1 x 1"):
+                self.assertIn(f"took it from {change.replace(' x ', ' &times; ')} on", text)
+        self.assertEqual((text.count("<polyline"), text.count("<circle"), len(list(pictures(text)))),
+                         (4, 1 + 3 * (20 + 14), 7))
+
+    def test_refuses_bad_files(self):
+        for arguments, why in ((("/nowhere.pgm",), "/nowhere.pgm: No such file"),
+                               ((SUNSPOTS,), "no PGM file"),
+                               ((PICTURE, "/nowhere/page.html"), "/nowhere/page.html: No such file")):
+            done = run("convolve", *arguments)
+            self.assertEqual(done.returncode, 1)
+            self.assertIn(why, done.stderr)
+
+
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1] + sys.argv[4:])
