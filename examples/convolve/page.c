@@ -45,7 +45,7 @@ static void likeness(FILE* out, const struct search* s)
 static void image(FILE* out, const char* attributes, int width, int height, const double* value)
 {
     fprintf(out, "<img alt='' %s src='", attributes);
-    picture_address(out, width, height, value);
+    picture_address(out, width, height, value, GREYS);
     fprintf(out, "'>");
 }
 
@@ -82,11 +82,12 @@ static void times(FILE* out, const struct course* c, const char* name)
         size[i] = c->size[i], direct[i] = 1e3 * c->race[i].direct, transform[i] = 1e3 * c->race[i].transform;
         least = fmin(least, fmin(direct[i], transform[i])), most = fmax(most, fmax(direct[i], transform[i]));
     }
-    const struct plot plot = {.x = {1, size[c->count - 1], 2, name, 1},
-                              .y = {pow(10, floor(log10(least))), pow(10, ceil(log10(most))), 10, "milliseconds", 1}};
+    const struct plot plot = {.x = {1, size[c->count - 1], 2, name, 1}, .y = decades(least, most, "milliseconds")};
     open_plot(out, &plot);
-    if (c->crossing > 0 && c->crossing < c->count)
-        upright(out, &plot, sqrt(size[c->crossing - 1] * size[c->crossing]), grey);
+    if (c->crossing > 0 && c->crossing < c->count) {
+        const double cross = sqrt(size[c->crossing - 1] * size[c->crossing]);
+        dashed(out, &plot, 2, (double[]){cross, cross}, (double[]){plot.y.from, plot.y.to}, grey);
+    }
     dotted(out, &plot, c->count, size, direct, blue);
     dotted(out, &plot, c->count, size, transform, red);
     for (int i = 0; i < c->count; ++i)

@@ -45,7 +45,7 @@ static void waves(FILE* out, const struct results* r)
 static void figure(FILE* out, const struct signal* like, const double* value, const char* caption)
 {
     fprintf(out, "<figure><img alt='' src='");
-    picture_address(out, like->width, like->height, value);
+    picture_address(out, like->width, like->height, value, GREYS);
     fprintf(out, "'><figcaption>%s</figcaption></figure>\n", caption);
 }
 
@@ -67,7 +67,7 @@ static void spectrum(FILE* out, const struct spectrum* s)
     fprintf(out, "<figure><svg viewBox='0 0 390 390' font-family='system-ui,sans-serif' font-size=12 fill='%s'>", grey);
     fprintf(out,
             "<image x=52 y=4 width=334 height=334 preserveAspectRatio=none style='image-rendering:pixelated' href='");
-    picture_address(out, width, height, shade);
+    picture_address(out, width, height, shade, GREYS);
     fprintf(out, "'/>\n");
     for (int i = -1; i <= 1; ++i)
         fprintf(out, "<text x=%d y=354 text-anchor=%s>%g</text><text x=46 y=%d text-anchor=end>%g</text>\n",
@@ -106,7 +106,7 @@ static void spectrogram(FILE* out, const struct spectrum* s)
     const double band = (double)sound_rate / frame_length, above = up(&plot, (high - 0.5) * band);
     fprintf(out, "<image x=%.2f y=%.2f width=%.2f height=%.2f preserveAspectRatio=none href='", across(&plot, begin),
             above, across(&plot, frames * step) - plot_left, up(&plot, -0.5 * band) - above);
-    picture_address(out, frames, high, shade);
+    picture_address(out, frames, high, shade, GREYS);
     fprintf(out, "'/>"), close_plot(out);
     free(shade);
 }
