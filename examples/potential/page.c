@@ -134,7 +134,7 @@ int write_page(const char* path, const struct results* r)
     slices(out, r->box);
     fprintf(
         out,
-        "<h2>The earth</h2>\n<p>%d storms on either half of the earth turn as storms do: against the clock in the "
+        "<h2>The earth</h2>\n<p>On either half of the earth %d storms turn as storms do: against the clock in the "
         "north, with it in the south. From how fast the air turns, everywhere, comes the stream function: the wind "
         "blows along its lines, the faster the closer they are, at %.0f m a second where it is strongest. The sphere "
         "has no sides, so the field is known up to a constant; its mean is 0 here.</p>\n",

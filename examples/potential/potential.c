@@ -44,7 +44,7 @@ int main(int count, char** words)
     for (int p = 0; p < problems; ++p) {
         const struct course* c = &courses[p];
         for (int i = 0; i < c->count; ++i)
-            printf("%-10s %8.0f %10.0f %14.2e %11.1f %14.1f\n", c->name, c->cells[i], c->unknowns[i], c->error[i],
+            printf("%-10s %8.0f %10.0f %14.3e %11.1f %14.1f\n", c->name, c->cells[i], c->unknowns[i], c->error[i],
                    1e6 * c->seconds[i], 1e9 * c->seconds[i] / c->unknowns[i]);
         printf("%-10s slope %.3f\n", c->name, c->slope);
     }

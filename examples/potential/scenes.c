@@ -10,7 +10,8 @@ static const double pi = 3.14159265358979323846;
 
 static double burner_heat(double x, double y, double z)
 {
-    return (void)z, hypot(x - burner_x, y - burner_y) <= burner_radius ? burner : 0;
+    const double edge = burner_radius + 1e-9; /* points on it are heated, too, however they are rounded */
+    return (void)z, hypot(x - burner_x, y - burner_y) < edge ? burner : 0;
 }
 
 /* The left and the right side are kept at their temperatures, through the upper one heat goes away, through the lower
