@@ -1,38 +1,12 @@
 #include "plot.h"
 
-#include "style.h"
-
 #include <math.h>
 #include <string.h>
 
-const char* const plot_style =
-    ".map{width:100%;height:auto;background:#fff;border:1px solid #d8d8d2;border-radius:6px;font:13px "
-    "system-ui,sans-serif;margin-bottom:1em}.row{display:flex;flex-wrap:wrap;gap:20px;margin-bottom:1em}figure{margin:"
-    "0;width:390px}"
-    "figcaption{font-size:13px;color:#5c6370;line-height:1.35;margin-top:4px}img{display:block;width:390px;"
-    "image-rendering:pixelated}";
 const char *const blue = "#4269d0", *const red = "#d6404e", *const teal = "#3a9e97", *const grey = "#5c6370",
                   *const ink = "#22252b";
 
 enum { left = plot_left, right = plot_right, top = plot_top };
-
-FILE* open_page(const char* path, const char* title, const char* style)
-{
-    FILE* out = fopen(path, "w");
-    if (out != NULL)
-        fprintf(out,
-                "<!doctype html><html lang=en><meta charset=utf-8><meta name=viewport content='width=device-width'>"
-                "<title>%s</title><style>%s%s%s</style>\n<h1>%s</h1>\n",
-                title, common_style, plot_style, style, title);
-    return out;
-}
-
-int close_page(FILE* out)
-{
-    fprintf(out, "</html>\n");
-    const int broken = ferror(out);
-    return fclose(out) != 0 || broken ? -1 : 0;
-}
 
 /* From 0 to 1. */
 static double share(const struct scale* s, double value)

@@ -1,16 +1,10 @@
-/* Plots, pictures and the frame of a page, in HTML. */
+/* Plots of values over scales, in a page. */
 #ifndef PLOT_H
 #define PLOT_H
 
 #include <stdio.h>
 
-/* Rules for what is drawn here; they come between the common ones and a page's own. */
-extern const char* const plot_style;
 extern const char *const blue, *const red, *const teal, *const grey, *const ink;
-
-/* A page, complete in one file. Null, or -1, with errno set on failure. */
-FILE* open_page(const char* path, const char* title, const char* style);
-int close_page(FILE* out);
 
 /* What a scale spans, and how far apart its numbers are: 0 if it has none. Of a logarithmic one each number is `step`
    times the last. */

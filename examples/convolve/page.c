@@ -1,6 +1,7 @@
 /* The page: the recording and where the sound is in it, the pictures, the times of both routes. */
 #include "convolve.h"
 
+#include "examples/page.h"
 #include "examples/picture.h"
 #include "examples/plot.h"
 #include "examples/tools.h"
@@ -130,7 +131,7 @@ static void row(FILE* out, const char* what, const struct race* r)
 int write_page(const char* path, const struct results* r)
 {
     const struct search* s = r->search;
-    FILE* out = open_page(path, "A sound in noise, a picture out of focus", style);
+    FILE* out = open_page(path, "A sound in noise, a picture out of focus", figure_rules, style);
     if (out == NULL) return -1;
     fprintf(out,
             "<p>A convolution makes of each value a weighted sum of its neighbours. With the weights in the opposite "

@@ -1,6 +1,6 @@
 /* The page: what the digits look like, where they lie on the first two components, and what the components are. */
+#include "examples/page.h"
 #include "digits.h"
-#include "examples/style.h"
 
 #include <math.h>
 #include <stdio.h>
@@ -123,14 +123,9 @@ static void variance_table(FILE* out, const struct analysis* result)
 
 int write_page(const char* path, const struct digits* data, const struct analysis* result)
 {
-    FILE* out = fopen(path, "w");
+    FILE* out = open_page(path, "Handwritten digits in two dimensions", "", style);
     if (out == NULL) return -1;
     const double two = 100 * (result->variance[0] + result->variance[1]) / result->total_variance;
-    fprintf(out,
-            "<!doctype html><html lang=en><meta charset=utf-8><meta name=viewport content='width=device-width'>"
-            "<title>Handwritten digits in two dimensions</title><style>%s%s</style>\n",
-            common_style, style);
-    fprintf(out, "<h1>Handwritten digits in two dimensions</h1>\n");
     fprintf(out,
             "<p>13 people wrote %d digits, which were scanned and shrunk to %d &times; %d pixels. Here is the "
             "first of each kind.</p>\n",
@@ -156,8 +151,7 @@ int write_page(const char* path, const struct digits* data, const struct analysi
     fprintf(out,
             "<footer>Computed by <code>%s</code> with matrix products and vector operations of the standard "
             "interface <code>cblas.h</code>.<br>Data: E. Alpaydin, C. Kaynak, <em>Optical Recognition of "
-            "Handwritten Digits</em>, UCI Machine Learning Repository, CC&nbsp;BY&nbsp;4.0.</footer></html>\n",
+            "Handwritten Digits</em>, UCI Machine Learning Repository, CC&nbsp;BY&nbsp;4.0.</footer>",
             result->library);
-    const int broken = ferror(out);
-    return fclose(out) != 0 || broken ? -1 : 0;
+    return close_page(out);
 }

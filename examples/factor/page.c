@@ -1,5 +1,5 @@
 /* The page: what the matrix looks like, and how long its factors take, beside another run. */
-#include "examples/style.h"
+#include "examples/page.h"
 #include "factor.h"
 
 #include <math.h>
@@ -12,14 +12,6 @@ static const char* const style =
     "color:#5c6370;white-space:pre-wrap}td:first-child,th:first-child{text-align:left}.bar{height:18px;float:left}"
     ".row{clear:both;margin:.2em 0}.label{font-size:13px;color:#5c6370;clear:both;padding-top:.6em}"
     ".key{display:inline-block;width:11px;height:11px;margin:0 5px 0 14px}";
-
-static void text(FILE* out, const char* s)
-{
-    for (; *s; ++s)
-        if (*s == '<') fputs("&lt;", out);
-        else if (*s == '&') fputs("&amp;", out);
-        else fputc(*s, out);
-}
 
 /* A cell is dark where the matrix has an element in it; the matrix is looked at through `cells` by `cells` of them. */
 static void spy(FILE* out, const struct matrix* matrix)
@@ -103,12 +95,9 @@ int write_page(const char* path, const char* name, const struct matrix* matrix, 
 {
     const struct run* const runs[] = {run, other};
     const int count = other == NULL || other->count == 0 ? 1 : 2;
-    FILE* out = fopen(path, "w");
+    FILE* out = open_page(path, "A matrix, factored", "", style);
     if (out == NULL) return -1;
-    fprintf(out,
-            "<!doctype html><html lang=en><meta charset=utf-8><meta name=viewport content='width=device-width'>"
-            "<title>A matrix, factored</title><style>%s%s</style>\n<h1>A matrix, factored</h1>\n<p><code>",
-            common_style, style);
+    fprintf(out, "<p><code>");
     text(out, name);
     fprintf(out, "</code>: %d by %d, %ld elements are not 0; it is %ssymmetric.</p>\n", matrix->n, matrix->n,
             matrix->nonzeros, matrix->symmetric ? "" : "not ");
@@ -127,7 +116,6 @@ int write_page(const char* path, const char* name, const struct matrix* matrix, 
     if (count == 2) fprintf(out, "</code><br>The other: <code>"), text(out, other->blas);
     fprintf(out, "</code><br>LAPACK: <code>");
     text(out, run->lapack);
-    fprintf(out, "</code></footer></html>\n");
-    const int broken = ferror(out);
-    return fclose(out) != 0 || broken ? -1 : 0;
+    fprintf(out, "</code></footer>");
+    return close_page(out);
 }

@@ -1,27 +1,17 @@
 /* The page: how the residual goes down, and what an iteration takes. */
-#include "examples/style.h"
+#include "examples/page.h"
 #include "methods.h"
 
 #include <math.h>
 #include <orv/branch.h>
 #include <stdio.h>
 
-static const char* const style =
-    ".map{width:100%;height:auto;background:#fff;border:1px solid #d8d8d2;border-radius:6px;"
-    "font:13px system-ui,sans-serif}pre{font-size:12px;line-height:1.4;color:#5c6370;"
-    "white-space:pre-wrap}td:first-child,th:first-child,td:last-child,th:last-child"
-    "{text-align:left}";
+static const char* const style = "pre{font-size:12px;line-height:1.4;color:#5c6370;"
+                                 "white-space:pre-wrap}td:first-child,th:first-child,td:last-child,th:last-child"
+                                 "{text-align:left}";
 static const char* const colours[] = {"#4269d0", "#3a9e97", "#d6404e"};
 
 enum { left = 60, right = 750, top = 20, decade = 17, digits = 16, bottom = top + decade * digits };
-
-static void text(FILE* out, const char* s)
-{
-    for (; *s; ++s)
-        if (*s == '<') fputs("&lt;", out);
-        else if (*s == '&') fputs("&amp;", out);
-        else fputc(*s, out);
-}
 
 static double down(double residual)
 {
@@ -55,15 +45,11 @@ static void curve(FILE* out, const struct run* run, int steps, int order)
 int write_page(const char* path, const char* name, const struct system* system, const char* method,
                const struct run* run, int runs)
 {
-    FILE* out = fopen(path, "w");
+    FILE* out = open_page(path, "A sparse system, solved by iterations", figure_rules, style);
     int steps = 1;
     if (out == NULL) return -1;
     for (int i = 0; i < runs; ++i) steps = run[i].iterations > steps ? run[i].iterations : steps;
-    fprintf(out,
-            "<!doctype html><html lang=en><meta charset=utf-8><meta name=viewport content='width=device-width'>"
-            "<title>A sparse system, solved by iterations</title><style>%s%s</style>\n"
-            "<h1>A sparse system, solved by iterations</h1>\n<p><code>",
-            common_style, style);
+    fprintf(out, "<p><code>");
     text(out, name);
     fprintf(out,
             "</code>: %d by %d, %ld elements are not 0; %s symmetric. Solved by %s, preconditioned by the diagonal. "
@@ -85,8 +71,6 @@ int write_page(const char* path, const char* name, const struct system* system, 
         fprintf(out, "<tr><td>%s<td>%d<td>%.2f<td>%.2f<td>%.1e<td>%.1e<td><code>%s</code></tr>\n", run[i].name,
                 run[i].iterations, 1e6 * run[i].seconds, 1e6 * run[i].product_seconds,
                 run[i].residual[run[i].iterations], run[i].error, run[i].kernel ? run[i].kernel : "");
-    fprintf(out, "</table>\n<footer>Computed by <code>%s</code> with <code>orv/sparse.h</code>.</footer></html>\n",
-            orv_path());
-    const int broken = ferror(out);
-    return fclose(out) != 0 || broken ? -1 : 0;
+    fprintf(out, "</table>\n<footer>Computed by <code>%s</code> with <code>orv/sparse.h</code>.</footer>", orv_path());
+    return close_page(out);
 }

@@ -1,6 +1,8 @@
 /* The page: three fields, errors and times over the grid. */
 #include "map.h"
 
+#include "examples/page.h"
+
 #include <math.h>
 #include <orv/branch.h>
 
@@ -111,7 +113,7 @@ int write_page(const char* path, const struct results* r)
     const struct course* c = r->courses;
     const struct course* flat = &c[0];
     const int last = flat->count - 1;
-    FILE* out = open_page(path, "Heat, charges and winds", style);
+    FILE* out = open_page(path, "Heat, charges and winds", figure_rules, style);
     if (out == NULL) return -1;
     fprintf(out,
             "<p>The temperature of a plate, the voltage in a box and the winds of the earth follow one equation: "

@@ -1,14 +1,12 @@
 /* The page: how the error goes down, or doesn't, from step to step. */
-#include "examples/style.h"
+#include "examples/page.h"
 #include "refine.h"
 
 #include <math.h>
 #include <orv/branch.h>
 #include <stdio.h>
 
-static const char* const style =
-    ".map{width:100%;height:auto;background:#fff;border:1px solid #d8d8d2;border-radius:6px;font:13px "
-    "system-ui,sans-serif}td,th{padding-right:3em}";
+static const char* const style = "td,th{padding-right:3em}";
 static const char *const plain_colour = "#d6404e", *const extra_colour = "#4269d0";
 
 /* A scale of logarithms from 1 down to the last bit of 1. It has no place for zero, which gets a line of its own. */
@@ -54,18 +52,16 @@ static void cell(FILE* out, double error)
 
 int write_page(const char* path, const struct errors* error)
 {
-    FILE* out = fopen(path, "w");
+    FILE* out = open_page(path, "A solution, refined", figure_rules, style);
     if (out == NULL) return -1;
     fprintf(
         out,
-        "<!doctype html><html lang=en><meta charset=utf-8><meta name=viewport content='width=device-width'>"
-        "<title>A solution, refined</title><style>%s%s</style>\n<h1>A solution, refined</h1>\n"
         "<p>The Hilbert matrix of order %d, in whole numbers, has a condition number of 1.6e13: of 16 digits a "
         "solver loses up to 13. Refinement computes what is left of the right-hand side, solves for it with the same "
         "factors, and adds that to the solution. But what is left is a difference of almost equal numbers. In "
         "plain double its digits are gone before they are used; in extra precision they are there. The largest error "
         "of the solution, which is all ones, after each step:</p>\n",
-        common_style, style, n);
+        n);
     fprintf(out, "<svg class=map viewBox='0 0 770 %d'>\n", zero + 66);
     scale(out);
     curve(out, error->plain, plain_colour, "residual in double");
@@ -79,8 +75,7 @@ int write_page(const char* path, const struct errors* error)
     }
     fprintf(out,
             "</table>\n<footer>Computed by <code>%s</code> with residuals and triangular solves of "
-            "<code>orv/xblas.h</code>.</footer></html>\n",
+            "<code>orv/xblas.h</code>.</footer>",
             orv_path());
-    const int broken = ferror(out);
-    return fclose(out) != 0 || broken ? -1 : 0;
+    return close_page(out);
 }

@@ -1,4 +1,5 @@
 /* The page: a series and its spectrum as curves, a picture and what filters make of it. */
+#include "examples/page.h"
 #include "examples/picture.h"
 #include "examples/plot.h"
 #include "examples/tools.h"
@@ -137,7 +138,7 @@ static void row(FILE* out, const struct spectrum* s)
 
 int write_page(const char* path, const struct results* r)
 {
-    FILE* out = open_page(path, "Waves in the sun, in a sound, and in a picture", style);
+    FILE* out = open_page(path, "Waves in the sun, in a sound, and in a picture", figure_rules, style);
     if (out == NULL) return -1;
     fprintf(out,
             "<p>A Fourier transform takes a signal apart into waves, and puts it together again. Between the two, "
