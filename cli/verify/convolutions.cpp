@@ -73,7 +73,7 @@ Plan plan(Setting& s)
 Group convolutions()
 {
     return {"conv",
-            "Convolutions and correlations",
+            "convolutions and correlations",
             {{"convolution",
               "job:vr size:fsv route:adt sums:od nx ny lines x y z",
               plan,
