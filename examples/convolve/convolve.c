@@ -18,13 +18,10 @@ static void print(const char* what, const struct race* r)
            route(r->automatic), r->kernel);
 }
 
-static void print_course(const struct course* c, const char* shape)
+static void print_course(const struct course* c)
 {
-    char name[40];
-    for (int i = 0; i < c->count; ++i) {
-        snprintf(name, sizeof name, shape, c->size[i], c->size[i]);
-        print(name, &c->race[i]);
-    }
+    char words[40];
+    for (int i = 0; i < c->count; ++i) print(shape_words(c, i, "x", words), &c->race[i]);
 }
 
 int main(int count, char** words)
@@ -52,8 +49,8 @@ int main(int count, char** words)
     printf("weights           direct ms  transform ms  difference  automatic  kernel\n");
     print("the sound", &sound.race);
     print("of the picture", &filters.race);
-    print_course(&along, "%d");
-    print_course(&across, "%d x %d");
+    print_course(&along);
+    print_course(&across);
 
     int failed = 0;
     if (count > 2) {

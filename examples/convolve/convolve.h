@@ -41,7 +41,7 @@ struct filters {
 /* Both routes over the number of weights, of a filter along one dimension or of each side of a square one. */
 enum { most_sizes = 24 };
 struct course {
-    int count, size[most_sizes];
+    int rank, count, size[most_sizes];
     struct race race[most_sizes];
     int crossing;   /* index of the first size from which on the transform is faster; count: there is none */
     int changes;    /* index of the first size from which on automatic takes the transform; count: there is none */
@@ -56,6 +56,8 @@ void filter(struct filters* f);
 /* race.c: z of x and y, on both routes; what automatic makes of it stays in z. */
 struct race compete(int job, int rank, const int64_t* x_shape, const double* x, const int64_t* y_shape, const double* y,
                     int size, double* z);
+/* Of the weights number i: how many, or how many by how many. */
+const char* shape_words(const struct course* c, int i, const char* by, char words[40]);
 void compete_along(const double* signal, int length, struct course* course);
 void compete_across(const double* picture, int width, int height, struct course* course);
 

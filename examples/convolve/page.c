@@ -98,26 +98,20 @@ static void times(FILE* out, const struct course* c, const char* name)
     close_plot(out);
 }
 
-/* What `shape` is of, as in "7 &times; 7". */
-static void crossing(FILE* out, const struct course* c, const char* shape)
+static void crossing(FILE* out, const struct course* c)
 {
-    const int* size = c->size;
-    char before[60], from[60], change[60];
+    char before[40], from[40];
     fprintf(out, "<p>");
     if (c->crossing == 0) fprintf(out, "The transform is faster at all sizes. ");
     else if (c->crossing == c->count) fprintf(out, "Direct sums are faster at the largest size, too. ");
-    else {
-        snprintf(before, sizeof before, shape, size[c->crossing - 1], size[c->crossing - 1]);
-        snprintf(from, sizeof from, shape, size[c->crossing], size[c->crossing]);
-        fprintf(out, "The lines cross between %s weights and %s: from there on the transform is faster. ", before,
-                from);
-    }
+    else
+        fprintf(out, "The lines cross between %s weights and %s: from there on the transform is faster. ",
+                shape_words(c, c->crossing - 1, "&times;", before), shape_words(c, c->crossing, "&times;", from));
     if (c->changes == 0) fprintf(out, "Automatic took the transform everywhere");
     else if (c->changes == c->count) fprintf(out, "Automatic took direct sums everywhere");
-    else {
-        snprintf(change, sizeof change, shape, size[c->changes], size[c->changes]);
-        fprintf(out, "Automatic, which goes by the shapes alone, took it from %s on", change);
-    }
+    else
+        fprintf(out, "Automatic, which goes by the shapes alone, took it from %s on",
+                shape_words(c, c->changes, "&times;", from));
     if (c->dearest > 1) fprintf(out, ", which cost at most %.2f times the time of the faster route.</p>\n", c->dearest);
     else fprintf(out, ", and was always right.</p>\n");
 }
@@ -165,10 +159,10 @@ int write_page(const char* path, const struct results* r)
         "fastest of at least 3 runs:</p>\n",
         recording_length);
     times(out, r->along, "weights");
-    crossing(out, r->along, "%d");
+    crossing(out, r->along);
     fprintf(out, "<p>The picture, with squares of weights:</p>\n");
     times(out, r->across, "weights along each side of the square");
-    crossing(out, r->across, "%d &times; %d");
+    crossing(out, r->across);
     fprintf(out, "<h2>How it was computed</h2>\n<p>The difference of both results is relative to the largest "
                  "value.</p>\n<table><tr><th><th>direct, ms<th>transform, ms<th>difference<th>automatic took<th>"
                  "kernel</tr>\n");

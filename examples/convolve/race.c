@@ -56,6 +56,13 @@ struct race compete(int job, int rank, const int64_t* x_shape, const double* x, 
     return r;
 }
 
+const char* shape_words(const struct course* c, int i, const char* by, char words[40])
+{
+    if (c->rank == 1) snprintf(words, 40, "%d", c->size[i]);
+    else snprintf(words, 40, "%d %s %d", c->size[i], by, c->size[i]);
+    return words;
+}
+
 /* Where the lines cross, and how well automatic chose. */
 static void sum_up(struct course* c)
 {
@@ -75,7 +82,7 @@ void compete_along(const double* signal, int length, struct course* c)
 {
     static const int sizes[] = {1, 2, 3, 4, 6, 8, 11, 16, 23, 32, 45, 64, 91, 128, 181, 256, 362, 512, 1024, 2048};
     double* z = memory(length, sizeof *z);
-    c->count = sizeof sizes / sizeof *sizes;
+    c->rank = 1, c->count = sizeof sizes / sizeof *sizes;
     for (int i = 0; i < c->count; ++i) {
         const int64_t size = c->size[i] = sizes[i], shape = length;
         c->race[i] = compete(ORV_CONV_CONVOLUTION, 1, &size, signal, &shape, signal, ORV_CONV_SAME, z);
@@ -89,7 +96,7 @@ void compete_across(const double* picture, int width, int height, struct course*
     static const int sizes[] = {1, 3, 5, 7, 9, 11, 13, 15, 19, 23, 31, 41, 51, 63};
     const int64_t shape[] = {width, height};
     double* z = memory((long)width * height, sizeof *z);
-    c->count = 0;
+    c->rank = 2, c->count = 0;
     for (int i = 0; i < (int)(sizeof sizes / sizeof *sizes) && sizes[i] <= width && sizes[i] <= height; ++i) {
         const int64_t sides[] = {sizes[i], sizes[i]};
         c->size[i] = sizes[i];
