@@ -84,7 +84,7 @@ static_assert(sizeof waves / sizeof waves[0] == rodft11 - redft00 + 1);
 
 bool made(orv_trig*& wave, RealKind kind, i64 n)
 {
-    if (orv_trig_create(&wave, precision, waves[kind - redft00].kind, n) != ORV_OK) return false;
+    if (orv_trig_create_careful(&wave, precision, waves[kind - redft00].kind, n) != ORV_OK) return false;
     orv_trig_set_scales(wave, 1, 1);
     orv_trig_set_threads(wave, planner_threads());
     return true;

@@ -29,10 +29,11 @@ template <class T> class OneRow {
 public:
     OneRow(const orv_trig& trig, Direction direction) : trig_(trig), direction_(direction) {}
 
-    bool ready() { return trig_.n == 1 || kernel() != nullptr; }
-    bool run(T* row)
+    bool ready() { return trig_.n == 1 || pde::is_careful(trig_) || kernel() != nullptr; }
+    bool run(T* row, T* work)
     {
         if (trig_.n == 1) return short_row(row), true;
+        if (pde::is_careful(trig_)) return pde::run_careful(trig_, direction_ == forward, row, work);
         i64 stat, ipar[ipar_size];
         std::memcpy(ipar, trig_.ipar, sizeof ipar);
         imports::Handle handle = trig_.handle;
@@ -71,52 +72,81 @@ public:
 
     bool ready() { return transform_.ready(); }
 
-    // ORV_OK, or ORV_NO_MEMORY.
-    orv_status run(i64 first, i64 end)
+    // False if there is no memory.
+    bool run(i64 first, i64 end)
     {
-        return trig_.kind != sine && rows_.to_stride == 1 ? in_place(first, end) : through_memory(first, end);
+        const bool before_first = trig_.kind == sine && !pde::is_careful(trig_); // a kernel writes there
+        return rows_.to_stride == 1 && !before_first ? in_place(first, end) : through_memory(first, end);
     }
 
 private:
-    orv_status in_place(i64 first, i64 end)
+    bool in_place(i64 first, i64 end)
     {
+        const Work work(trig_.work);
+        if (work.missing()) return false;
         for (i64 r = first; r < end; ++r) {
             T* const row = rows_.to + r * rows_.to_distance;
             const T* const from = rows_.from + r * rows_.from_distance;
             if (row != from) gather(from, row);
-            if (!transform_.run(row)) return ORV_NO_MEMORY;
+            if (!transform_.run(row, work.begin())) return false;
             if (scale_ != 1)
                 for (i64 j = 0; j < trig_.points; ++j) row[j] *= scale_;
         }
-        return ORV_OK;
+        return true;
     }
 
-    orv_status through_memory(i64 first, i64 end)
+    bool through_memory(i64 first, i64 end)
     {
         constexpr i64 line = cache_line_bytes / sizeof(T);
         const bool crossed = rows_.from_stride != 1 || rows_.to_stride != 1;
         const i64 together = crossed ? min(line, end - first) : 1;
         const i64 distance = round_up(trig_.points + 2, line) + line; // no two rows at the same place of a page
-        const i64 bytes = static_cast<i64>(sizeof(T)) * distance * together;
-        auto* const work = static_cast<T*>(orv_serv_allocate(bytes, cache_line_bytes));
-        if (work == nullptr) return ORV_NO_MEMORY;
-        T* const row = work + (trig_.kind == sine);
-        bool done = true;
-        for (i64 r = first; r < end && done; r += together) {
+        const Work work(distance * together + trig_.work);
+        if (work.missing()) return false;
+        T *const row = work.begin() + (trig_.kind == sine), *const beside = work.begin() + distance * together;
+        for (i64 r = first; r < end; r += together) {
             const i64 count = min(together, end - r);
-            if (count == 1) gather(rows_.from + r * rows_.from_distance, row);
-            else
+            const T* const from = rows_.from + r * rows_.from_distance;
+            T* const to = rows_.to + r * rows_.to_distance;
+            if (crossed)
                 for (i64 j = 0; j < trig_.points; ++j)
                     for (i64 k = 0; k < count; ++k)
-                        row[k * distance + j] = rows_.from[(r + k) * rows_.from_distance + j * rows_.from_stride];
-            for (i64 k = 0; k < count && done; ++k) done = transform_.run(row + k * distance);
-            for (i64 j = 0; j < trig_.points; ++j)
-                for (i64 k = 0; k < count; ++k)
-                    rows_.to[(r + k) * rows_.to_distance + j * rows_.to_stride] = row[k * distance + j] * scale_;
+                        row[k * distance + j] = from[k * rows_.from_distance + j * rows_.from_stride];
+            else gather(from, row);
+            for (i64 k = 0; k < count; ++k)
+                if (!transform_.run(row + k * distance, beside)) return false;
+            if (crossed)
+                for (i64 j = 0; j < trig_.points; ++j)
+                    for (i64 k = 0; k < count; ++k)
+                        to[k * rows_.to_distance + j * rows_.to_stride] = row[k * distance + j] * scale_;
+            else
+                for (i64 j = 0; j < trig_.points; ++j) to[j] = row[j] * scale_;
         }
-        orv_serv_deallocate(work);
-        return done ? ORV_OK : ORV_NO_MEMORY;
+        return true;
     }
+
+    // Work memory for so many elements, which may be none.
+    class Work {
+    public:
+        explicit Work(i64 elements)
+            : elements_(elements),
+              block_(elements == 0 ? nullptr
+                                   : orv_serv_allocate(elements * static_cast<i64>(sizeof(T)), cache_line_bytes))
+        {
+        }
+        Work(const Work&) = delete;
+        Work& operator=(const Work&) = delete;
+        ~Work()
+        {
+            if (block_ != nullptr) orv_serv_deallocate(block_);
+        }
+        bool missing() const { return elements_ > 0 && block_ == nullptr; }
+        T* begin() const { return static_cast<T*>(block_); }
+
+    private:
+        i64 elements_;
+        void* block_;
+    };
 
     void gather(const T* from, T* row) const
     {
@@ -144,7 +174,7 @@ template <class T> orv_status transform(const orv_trig& trig, Direction directio
     std::atomic<bool> failed{false};
     parallel(threads, [&](int index, int members) {
         Job<T> mine(job);
-        if (mine.run(count * index / members, count * (index + 1) / members) != ORV_OK) failed = true;
+        if (!mine.run(count * index / members, count * (index + 1) / members)) failed = true;
     });
     return failed ? fail(ORV_NO_MEMORY, "orv_trig: no memory is left for a row of %lld points",
                          static_cast<long long>(trig.points))

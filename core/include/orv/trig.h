@@ -33,7 +33,8 @@
              has small prime factors, which is not m for the first two kinds: of sines 1023 points, of cosines 1025.
    Rounding  Sums of neighbours and, forward in the staggered kinds, divisions by small sines make some results worse
              than those of a Fourier transform: in units of the last place of the largest one by about sqrt(n) in the
-             mean, n/6 next to the ends. The kinds 4 and 5 have no such steps.
+             mean, n/6 next to the ends. The kinds 4 and 5 have no such steps, and orv_trig_create_careful makes all
+             others without: as exact as a Fourier transform, a little slower, with more work memory.
    Results   Every function returns a status (orv/status.h): 0; -i if argument i is bad, counted from 1; or a positive
              code. orv_last_error() has a sentence.
    Threads   A transform is only read by orv_trig_forward and its like, which any number of threads may call at once on
@@ -59,6 +60,9 @@ enum {
    Fourier transforms, ORV_NO_MEMORY. Bad: 1 null; 2 neither ORV_DFT_SINGLE nor ORV_DFT_DOUBLE; 3 no kind; 4 below 1, or
    2 for ORV_TRIG_COSINE. */
 ORV_API orv_status orv_trig_create(orv_trig** trig, int precision, int kind, int64_t points);
+
+/* The same, for the careful way to compute; see Rounding above. */
+ORV_API orv_status orv_trig_create_careful(orv_trig** trig, int precision, int kind, int64_t points);
 
 /* Ends its life; null is allowed. */
 ORV_API void orv_trig_free(orv_trig* trig);
