@@ -6,7 +6,7 @@
 
 /* One problem computed by direct sums and by transforms. */
 struct race {
-    double direct, transform; /* seconds */
+    double direct, transform; /* seconds of a processor */
     double difference;        /* of both results, relative to the largest value of one */
     int automatic;            /* the route that orv takes when it may choose */
     char kernel[64];          /* what computed it then */

@@ -156,7 +156,7 @@ int write_page(const char* path, const struct results* r)
         "Transforms of both, multiplied and transformed back, take as long for a few weights as for many; along one "
         "dimension they go over the signal in pieces, with short cuts for short filters. A program may choose, or "
         "leave it to orv. The recording's %d values, convolved with more and more weights, on one thread, the "
-        "fastest of at least 3 runs:</p>\n",
+        "fastest of at least 3 runs, in processor time:</p>\n",
         recording_length);
     times(out, r->along, "weights");
     crossing(out, r->along);

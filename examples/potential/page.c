@@ -156,9 +156,9 @@ int write_page(const char* path, const struct results* r)
     errors(out, c);
     fprintf(
         out,
-        "<h2>What a solve takes</h2>\n<p>The fastest of at least 3 solves on one thread. The largest rectangle, of "
-        "%.0f "
-        "unknowns, takes %.1f milliseconds, %.0f nanoseconds an unknown. A transform of n values takes "
+        "<h2>What a solve takes</h2>\n<p>The fastest of at least 3 solves on one thread, in processor time. The "
+        "largest rectangle, of %.0f unknowns, takes %.1f milliseconds, %.0f nanoseconds an unknown. A transform of n "
+        "values takes "
         "about n log n operations, and so does a solve; where the grid no longer fits into the processor's caches, the "
         "memory's speed counts, too.</p>\n",
         flat->unknowns[last], 1e3 * flat->seconds[last], 1e9 * flat->seconds[last] / flat->unknowns[last]);

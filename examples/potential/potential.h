@@ -47,7 +47,7 @@ struct course {
     int count;
     double cells[most_grids], unknowns[most_grids]; /* along an axis, and of all points */
     double error[most_grids];                       /* the largest */
-    double seconds[most_grids];                     /* of a solve */
+    double seconds[most_grids];                     /* of a processor for a solve */
     double slope;                                   /* of the error: it goes like 1/cells to this power */
 };
 void refine_grids(struct course* courses);
