@@ -83,7 +83,8 @@ static void times(FILE* out, const struct course* c, const char* name)
         size[i] = c->size[i], direct[i] = 1e3 * c->race[i].direct, transform[i] = 1e3 * c->race[i].transform;
         least = fmin(least, fmin(direct[i], transform[i])), most = fmax(most, fmax(direct[i], transform[i]));
     }
-    const struct plot plot = {.x = {1, size[c->count - 1], 2, name, 1}, .y = decades(least, most, "milliseconds")};
+    const struct plot plot = {
+        .x = {1, size[c->count - 1], 2, name, 1}, .y = decades(least, most, "milliseconds"), .height = 260};
     open_plot(out, &plot);
     if (c->crossing > 0 && c->crossing < c->count) {
         const double cross = sqrt(size[c->crossing - 1] * size[c->crossing]);
@@ -94,7 +95,7 @@ static void times(FILE* out, const struct course* c, const char* name)
     for (int i = 0; i < c->count; ++i)
         ring(out, &plot, size[i], c->race[i].automatic == ORV_CONV_DIRECT ? direct[i] : transform[i], ink);
     key(out, 0, blue, "direct sums"), key(out, 1, red, "through the transform");
-    key(out, 2, ink, "ringed: what automatic takes");
+    key(out, 2, ink, "ringed: taken by automatic");
     close_plot(out);
 }
 
