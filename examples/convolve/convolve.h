@@ -45,7 +45,8 @@ struct course {
     struct race race[most_sizes];
     int crossing;   /* index of the first size from which on the transform is faster; count: there is none */
     int changes;    /* index of the first size from which on automatic takes the transform; count: there is none */
-    double dearest; /* the most that automatic takes, as a multiple of the faster route */
+    double dearest; /* the most that automatic takes, as a multiple of the faster route, */
+    int dearest_at; /* and the index of that size */
 };
 
 /* sound.c */

@@ -113,7 +113,9 @@ static void crossing(FILE* out, const struct course* c)
     else
         fprintf(out, "Automatic, which goes by the shapes alone, took it from %s on",
                 shape_words(c, c->changes, "&times;", from));
-    if (c->dearest > 1) fprintf(out, ", which cost at most %.2f times the time of the faster route.</p>\n", c->dearest);
+    if (c->dearest > 1)
+        fprintf(out, ", which cost at most %.2f times the time of the faster route, at %s.</p>\n", c->dearest,
+                shape_words(c, c->dearest_at, "&times;", from));
     else fprintf(out, ", and was always right.</p>\n");
 }
 

@@ -69,11 +69,12 @@ static void sum_up(struct course* c)
     c->crossing = c->changes = c->count;
     while (c->crossing > 0 && c->race[c->crossing - 1].transform < c->race[c->crossing - 1].direct) --c->crossing;
     while (c->changes > 0 && c->race[c->changes - 1].automatic == ORV_CONV_TRANSFORM) --c->changes;
-    c->dearest = 1;
+    c->dearest = 1, c->dearest_at = 0;
     for (int i = 0; i < c->count; ++i) {
         const struct race* r = &c->race[i];
         const double taken = r->automatic == ORV_CONV_DIRECT ? r->direct : r->transform;
-        c->dearest = fmax(c->dearest, taken / fmin(r->direct, r->transform));
+        const double times = taken / fmin(r->direct, r->transform);
+        if (times > c->dearest) c->dearest = times, c->dearest_at = i;
     }
 }
 
