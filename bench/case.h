@@ -92,6 +92,7 @@ std::vector<Case> extended_cases();
 std::vector<Case> matrix_vector_cases();
 std::vector<Case> transpose_cases();
 std::vector<Case> fft_cases();
+std::vector<Case> conv_cases();
 std::vector<Case> trig_cases();
 std::vector<Case> sort_cases();
 std::vector<Case> sparse_cases();

@@ -32,6 +32,7 @@ struct orv_conv {
     bool correlates() const { return job == ORV_CONV_CORRELATION; }
     bool is_complex() const { return type == 'c' || type == 'z'; }
     bool is_single() const { return type == 's' || type == 'c'; }
+    orv::i64 element_bytes() const { return (is_single() ? 4 : 8) * (is_complex() ? 2 : 1); }
     bool sums_in_single() const { return is_single() && !double_sums; }
     // The starts of all results with a product in them.
     orv::i64 least_start(int d) const { return correlates() ? 1 - nx[d] : 0; }
@@ -57,8 +58,9 @@ void take_size(orv_conv& conv, int size);
 
 // ORV_CONV_DIRECT or ORV_CONV_TRANSFORM.
 int route_of(const orv_conv& conv);
-// Products of all outputs together.
+// Products of all outputs together, and the time of a run through transforms in nanoseconds.
 double products_of(const orv_conv& conv);
+double transform_cost(const orv_conv& conv);
 
 // Routine and argument numbers are those of the caller, for what only a run can find.
 struct Operands {

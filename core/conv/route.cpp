@@ -3,7 +3,7 @@
 //
 // Both costs are nanoseconds on one core of a processor of some 3 GHz; only their ratio counts. The numbers were fitted
 // to 568 problems of one to three dimensions; for 555 of them the route taken was at most 1.3 times the other's time.
-#include "core/conv/record.h"
+#include "core/conv/parts.h"
 
 #include <bit>
 #include <cmath>
@@ -56,29 +56,19 @@ double line_cost(const orv_conv& c)
     return transforms * (cost.start + cost.line_point * size * std::log2(size)) + cost.copy * static_cast<double>(full);
 }
 
-// Transforms are longer than the result: up to a power of two, a multiple of four, or of two.
-double transform_points(const orv_conv& c)
-{
-    double points = 1;
-    for (int d = 0; d < c.rank; ++d) {
-        const i64 full = c.nx[d] + c.ny[d] - 1;
-        points *= c.rank == 2 ? static_cast<double>(std::bit_ceil(static_cast<u64>(full)))
-                              : static_cast<double>(round_up(full, c.rank == 3   ? 4
-                                                                   : c.rank == 4 ? 2
-                                                                                 : 1));
-    }
-    return points;
-}
+} // namespace
 
-double transform_cost(const orv_conv& c)
+double transform_cost(const orv_conv& conv)
 {
+    const orv_conv c = longer_last(conv);
     if (c.rank == 1) return line_cost(c);
     const Costs& cost = costs_of(c);
-    const double points = transform_points(c);
-    return (c.rank == 2 ? cost.plane_point : cost.point) * points * std::log2(points + 1);
+    const Pieces pieces = pieces_of(c);
+    double points = 1;
+    for (int d = 0; d < c.rank; ++d) points *= static_cast<double>(transform_length(c, d, pieces.of[d]));
+    return static_cast<double>(pieces.total) * (c.rank == 2 ? cost.plane_point : cost.point) * points *
+           std::log2(points + 1);
 }
-
-} // namespace
 
 double products_of(const orv_conv& c)
 {

@@ -1,10 +1,11 @@
-// A run: the problem becomes a task of the kernels', or one for each thread that takes a share of the outputs.
+// A run: the problem becomes a task of the kernels', or one for each part of the outputs.
 #include "core/branch/kernel.h"
-#include "core/conv/record.h"
+#include "core/conv/parts.h"
 #include "core/team/team.h"
 #include "frame/kernels/conv.h"
 #include "orv/branch.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace orv::core::conv {
@@ -58,34 +59,27 @@ bool complete(Strides& strides, int rank, const i64* shape)
     return true;
 }
 
-i64 element_bytes(const orv_conv& c) { return (c.is_single() ? 4 : 8) * (c.is_complex() ? 2 : 1); }
-
-// The outputs from `first` on, `count` of them, in dimension d; all strides are given. A status of the kernels'.
-i32 run_part(const orv_conv& c, int route, const Operands& operands, int d, i64 first, i64 count)
+// All outputs of a part. A status of the kernels'.
+i32 run_task_of(const Part& part, int route)
 {
-    Numbers start, shape;
-    for (int e = 0; e < c.rank; ++e) start[e] = c.start[e], shape[e] = c.count[e];
-    start[d] += first * c.step[d];
-    shape[d] = count;
-    const i64 stride = c.z.step[d];
-    auto* const z = static_cast<char*>(operands.z) +
-                    element_bytes(c) * (stride > 0 ? first * stride : (first + count - c.count[d]) * stride);
+    const orv_conv& c = part.conv;
     ConvTask* task = nullptr;
     const i32 kind = c.is_complex() ? k::complex_kind : k::real_kind;
     const i32 mode = route == ORV_CONV_DIRECT ? k::direct_mode : k::transform_mode;
     const i32 data = c.is_single() ? k::single_precision : k::double_precision;
     const i32 sums = c.sums_in_single() ? k::single_precision : k::double_precision;
     i32 status = make_task.get()(&task, c.job, 0, mode, kind, data, c.rank, Narrow(c.rank, c.nx).of,
-                                 Narrow(c.rank, c.ny).of, Narrow(c.rank, shape).of);
+                                 Narrow(c.rank, c.ny).of, Narrow(c.rank, c.count).of);
     const auto edit = [&](i32 parameter, const i32* value) {
         if (status == k::ok) status = edit_task.get()(task, parameter, value);
     };
     edit(k::internal_precision_parameter, &sums);
-    edit(k::start_parameter, Narrow(c.rank, start).of);
+    edit(k::start_parameter, Narrow(c.rank, c.start).of);
     edit(k::decimation_parameter, Narrow(c.rank, c.step).of);
+    const auto& [x, y, z] = part.operands;
     if (status == k::ok)
-        status = run_task.get()(task, operands.x, Narrow(c.rank, c.x.step).of, operands.y, Narrow(c.rank, c.y.step).of,
-                                z, Narrow(c.rank, c.z.step).of);
+        status = run_task.get()(task, x, Narrow(c.rank, c.x.step).of, y, Narrow(c.rank, c.y.step).of, z,
+                                Narrow(c.rank, c.z.step).of);
     delete_task.get()(&task);
     return status;
 }
@@ -105,7 +99,10 @@ int cut_dimension(const orv_conv& c, int threads)
 // Products that are worth a thread: some 0.2 ms of one core.
 double grain(const orv_conv& c) { return (c.sums_in_single() ? 2e6 : 1e6) / (c.is_complex() ? 4 : 1); }
 
-// Whether a transform takes the same steps on any number of threads. Plans for columns depend on it in single
+// Nanoseconds that are worth a thread.
+constexpr double transform_grain = 2e5;
+
+// Whether one transform takes the same steps on any number of threads: plans for columns depend on it in single
 // precision and from three dimensions on; of one dimension there is nothing to share.
 bool transform_is_shared(const orv_conv& c) { return c.rank == 2 && !c.sums_in_single(); }
 
@@ -125,31 +122,58 @@ orv_status told(i32 status)
     }
 }
 
-i32 run_direct(const orv_conv& c, const Operands& operands)
+i32 run_direct(const Part& whole)
 {
+    const orv_conv& c = whole.conv;
     const int wanted = threads_for(products_of(c), grain(c));
     const int d = cut_dimension(c, wanted), threads = static_cast<int>(min(wanted, c.count[d]));
     remember(c, ORV_CONV_DIRECT, threads);
     std::atomic<i32> status{k::ok};
     parallel(threads, [&](int index, int count) {
-        const i64 first = c.count[d] * index / count, end = c.count[d] * (index + 1) / count;
-        if (first == end) return;
-        const i32 own = run_part(c, ORV_CONV_DIRECT, operands, d, first, end - first);
+        Numbers first = {}, share;
+        std::copy_n(c.count, c.rank, share);
+        first[d] = c.count[d] * index / count, share[d] = c.count[d] * (index + 1) / count - first[d];
+        const i32 own = share[d] > 0 ? run_task_of(whole.outputs(first, share), ORV_CONV_DIRECT) : i32{k::ok};
         if (own != k::ok) status.store(own, std::memory_order_relaxed);
     });
     return status.load();
 }
 
-i32 run_transform(const orv_conv& c, const Operands& operands)
+// Piece number `index`, dimension 0 fastest.
+Part piece(const Part& whole, const Pieces& pieces, i64 index)
 {
-    const auto run_all = [&] { return run_part(c, ORV_CONV_TRANSFORM, operands, 0, 0, c.count[0]); };
-    if (transform_is_shared(c)) {
-        remember(c, ORV_CONV_TRANSFORM, available_threads());
-        return run_all();
+    const orv_conv& c = whole.conv;
+    Numbers first, count;
+    for (int d = 0; d < c.rank; ++d) {
+        const i64 at = index % pieces.of[d];
+        first[d] = c.count[d] * at / pieces.of[d];
+        count[d] = c.count[d] * (at + 1) / pieces.of[d] - first[d];
+        index /= pieces.of[d];
     }
-    const Alone alone;
-    remember(c, ORV_CONV_TRANSFORM, 1);
-    return run_all();
+    return whole.outputs(first, count).without_unread();
+}
+
+i32 run_pieces(const Part& whole, const Pieces& pieces)
+{
+    const int wanted = threads_for(transform_cost(whole.conv), transform_grain, pieces.total);
+    remember(whole.conv, ORV_CONV_TRANSFORM, wanted);
+    std::atomic<i32> status{k::ok};
+    parallel(wanted, [&](int index, int count) {
+        const Alone alone;
+        for (i64 i = index; i < pieces.total && status.load(std::memory_order_relaxed) == k::ok; i += count)
+            if (const i32 own = run_task_of(piece(whole, pieces, i), ORV_CONV_TRANSFORM))
+                status.store(own, std::memory_order_relaxed);
+    });
+    return status.load();
+}
+
+i32 run_transform(const Part& given)
+{
+    const Part whole = longer_last(given);
+    const Pieces pieces = pieces_of(whole.conv);
+    if (pieces.total > 1 || !transform_is_shared(whole.conv)) return run_pieces(whole, pieces);
+    remember(whole.conv, ORV_CONV_TRANSFORM, available_threads());
+    return run_task_of(whole.without_unread(), ORV_CONV_TRANSFORM);
 }
 
 } // namespace
@@ -157,11 +181,12 @@ i32 run_transform(const orv_conv& c, const Operands& operands)
 orv_status run(const orv_conv& conv, const Operands& operands)
 {
     if (!make_task.get() || !edit_task.get() || !run_task.get() || !delete_task.get()) return last_status();
-    orv_conv c = conv;
+    Part whole{conv, operands};
+    orv_conv& c = whole.conv;
     if (!complete(c.x, c.rank, c.nx) || !complete(c.y, c.rank, c.ny) || !complete(c.z, c.rank, c.count))
         return fail(ORV_UNSUPPORTED, "an array without gaps has a stride above %d, which kernels do not count",
                     INT32_MAX);
-    return told(route_of(c) == ORV_CONV_DIRECT ? run_direct(c, operands) : run_transform(c, operands));
+    return told(route_of(c) == ORV_CONV_DIRECT ? run_direct(whole) : run_transform(whole));
 }
 
 } // namespace orv::core::conv

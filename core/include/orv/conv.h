@@ -23,13 +23,14 @@
              sum rounded once. (The operand k counts through is x; of convolutions it is the one of fewer elements, x
              if both have as many, and from its last element on.) Transform: every output has an error of some roundings
              of the norm of x times the norm of y, so that outputs much smaller than the largest ones are less exact,
-             and NaN or infinity anywhere is NaN everywhere.
+             and NaN or infinity in one place can be NaN in all outputs. Many outputs go through transforms in parts,
+             which depend on shapes and types only.
    Results   Every function returns a status (orv/status.h): 0; -i if argument i is bad, counted from 1; or a positive
-             code. Where it is not 0 nothing was changed or written, unless memory runs out while threads share outputs
-             or a transform of one dimension fails; orv_last_error() has a sentence with the values at fault.
+             code. Where it is not 0 nothing was changed or written, unless memory runs out while outputs come in
+             parts, to threads or to transforms; orv_last_error() has a sentence with the values at fault.
    Threads   orv_conv_run and functions that ask only read an orv_conv, and any number of threads may call them at once.
-             Setting and freeing need it alone. Several threads share the outputs of direct sums, and transforms of
-             several dimensions where that changes no bit. Results are the same bits for any number of threads. */
+             Setting and freeing need it alone. Several threads share the outputs of direct sums and the parts of
+             transforms. Results are the same bits for any number of threads. */
 #ifndef ORV_CONV_H
 #define ORV_CONV_H
 
