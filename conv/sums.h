@@ -30,14 +30,14 @@ template <class I, int n> struct Chains {
         if constexpr (complex) return {straight[k].re - crossed[k].im, straight[k].im + crossed[k].re};
         else return straight[k];
     }
-    // A register of them from k on.
-    ORV_INLINE vec<I> values(int k) const
-    {
-        const vec<I> v = loadu(straight + k);
-        if constexpr (complex) return add_sub(v, swap_neighbours(loadu(crossed + k)));
-        else return v;
-    }
 };
+
+// The values of a register of chains.
+template <class I> ORV_INLINE vec<I> joined(vec<I> straight, vec<I> crossed)
+{
+    if constexpr (is_complex<I>) return add_sub(straight, swap_neighbours(crossed));
+    else return straight;
+}
 
 // Lines of a and b that meet: count elements of each, beginning at a and b, and as many lines as a_view has in its
 // first `rank` dimensions. b_view has no use for its lengths.
@@ -80,35 +80,55 @@ template <class T, class I, int registers> struct Neighbours {
     }
     template <class R> ORV_INLINE static vec<I> times(R a, vec<I> b) { return lane_product(vec<I>{splat(a).r}, b); }
 
+    // The chains in registers.
+    struct Sums {
+        vec<I> straight[registers], crossed[registers];
+
+        ORV_INLINE void add(const Lines<T>& lines)
+        {
+            const i64 a_step = lines.a_view.step[0], count = lines.count;
+            lines.each([&](const T* a, const T* b) ORV_INLINE_LAMBDA {
+                for (const T* const end = b + count; b != end; a += a_step, ++b) {
+                    const I factor = as<I>(*a);
+#pragma GCC unroll 8
+                    for (int k = 0; k < registers; ++k) {
+                        const vec<I> v = wide(b + k * lanes);
+                        if constexpr (is_complex<I>) {
+                            straight[k] += times(factor.re, v);
+                            crossed[k] += times(factor.im, v);
+                            settle(crossed[k]);
+                        } else straight[k] += times(factor, v);
+                        settle(straight[k]); // the next load is to wait: registers would not hold all of them at once
+                    }
+                }
+            });
+        }
+    };
+
     [[gnu::noinline]] static void sum(const Lines<T>& lines, i64 /* of neighbours */, Chains<I, n>& chains)
     {
-        vec<I> straight[registers], crossed[registers];
+        Sums sums;
 #pragma GCC unroll 8
         for (int k = 0; k < registers; ++k) {
-            straight[k] = loadu(chains.straight + k * lanes);
-            if constexpr (is_complex<I>) crossed[k] = loadu(chains.crossed + k * lanes);
+            sums.straight[k] = loadu(chains.straight + k * lanes);
+            if constexpr (is_complex<I>) sums.crossed[k] = loadu(chains.crossed + k * lanes);
         }
-        const i64 a_step = lines.a_view.step[0], count = lines.count;
-        lines.each([&](const T* a, const T* b) ORV_INLINE_LAMBDA {
-            for (const T* const end = b + count; b != end; a += a_step, ++b) {
-                const I factor = as<I>(*a);
-#pragma GCC unroll 8
-                for (int k = 0; k < registers; ++k) {
-                    const vec<I> v = wide(b + k * lanes);
-                    if constexpr (is_complex<I>) {
-                        straight[k] += times(factor.re, v);
-                        crossed[k] += times(factor.im, v);
-                        settle(crossed[k]);
-                    } else straight[k] += times(factor, v);
-                    settle(straight[k]); // the next load is to wait: all of them at once would not fit in registers
-                }
-            }
-        });
+        sums.add(lines);
 #pragma GCC unroll 8
         for (int k = 0; k < registers; ++k) {
-            storeu(chains.straight + k * lanes, straight[k]);
-            if constexpr (is_complex<I>) storeu(chains.crossed + k * lanes, crossed[k]);
+            storeu(chains.straight + k * lanes, sums.straight[k]);
+            if constexpr (is_complex<I>) storeu(chains.crossed + k * lanes, sums.crossed[k]);
         }
+    }
+    // The outputs themselves, from zero on, where they are neighbours, too, and are not rounded.
+    [[gnu::noinline]] static void store(const Lines<T>& lines, I* z)
+    {
+        Sums sums;
+#pragma GCC unroll 8
+        for (int k = 0; k < registers; ++k) sums.straight[k] = sums.crossed[k] = zeros<I>();
+        sums.add(lines);
+#pragma GCC unroll 8
+        for (int k = 0; k < registers; ++k) storeu(z + k * lanes, joined(sums.straight[k], sums.crossed[k]));
     }
 };
 
@@ -170,8 +190,11 @@ private:
     // where that need not be so.
     template <class By> void inner_group(i64 lag, i64 step, T* z, i64 z_step) const
     {
+        const Lines<T> all = lines(a_.at, b_.at, lag, {0, na() - 1}, a_.rank);
+        if constexpr (std::is_same_v<T, I> && requires { By::store(all, z); })
+            if (z_step == 1) return By::store(all, z);
         Chains<I, By::n> chains{};
-        By::sum(lines(a_.at, b_.at, lag, {0, na() - 1}, a_.rank), step * b_.step[0], chains);
+        By::sum(all, step * b_.step[0], chains);
         store(chains, z, z_step);
     }
     template <class By> [[gnu::noinline]] void group(i64 lag, i64 step, T* z, i64 z_step) const
@@ -190,12 +213,6 @@ private:
     }
     template <int n> void store(const Chains<I, n>& chains, T* z, i64 z_step) const
     {
-        constexpr int lanes = vec<I>::lanes;
-        if constexpr (std::is_same_v<T, I> && n % lanes == 0 && n > 1)
-            if (z_step == 1) {
-                for (int k = 0; k < n; k += lanes) storeu(z + k, chains.values(k));
-                return;
-            }
         for (int k = 0; k < n; ++k) z[k * z_step] = as<T>(chains.value(k));
     }
 
