@@ -65,7 +65,7 @@ std::vector<Case> all_cases()
 {
     std::vector<Case> all;
     for (auto* family : {gemm_cases, matrix_matrix_cases, vector_cases, matrix_vector_cases, extended_cases,
-                         transpose_cases, fft_cases, conv_cases, trig_cases, sort_cases, sparse_cases,
+                         transpose_cases, fft_cases, conv_cases, trig_cases, poisson_cases, sort_cases, sparse_cases,
                          sparse_pair_cases, factor_cases, rotation_cases, norm_cases}) {
         for (Case& c : family()) all.push_back(std::move(c));
     }

@@ -95,6 +95,7 @@ std::vector<Case> fft_cases();
 std::vector<Case> conv_cases();
 std::vector<Case> trig_cases();
 std::vector<Case> sort_cases();
+std::vector<Case> poisson_cases();
 std::vector<Case> sparse_cases();
 std::vector<Case> sparse_pair_cases();
 std::vector<Case> factor_cases();

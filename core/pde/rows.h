@@ -4,6 +4,7 @@
 
 #include "core/branch/kernel.h"
 #include "core/pde/grid.h"
+#include "core/trans/kernels.h"
 #include "frame/serv.h"
 
 namespace orv::core::pde {
@@ -121,6 +122,8 @@ i64 transform_columns(i64* ipar, T* dpar, Handle handle, i64 pair, Direction dir
 {
     constexpr i64 width = 64 / sizeof(T); // a cache line of columns
     const i64 strips = (nx + width) / width, length = ny + 1;
+    auto* const turn = trans::Kernels<T>::omatcopy2_t.get();
+    if (turn == nullptr) return loop_failed;
     FirstFailure failure;
     share(ipar, planes * strips, static_cast<double>(width) * work_of_row(ny), [&](i64 begin, i64 end) {
         auto* const buffer = static_cast<T*>(orv_serv_allocate(width * length * static_cast<i64>(sizeof(T)), 128));
@@ -129,12 +132,10 @@ i64 transform_columns(i64* ipar, T* dpar, Handle handle, i64 pair, Direction dir
         for (i64 part = begin; part < end; ++part) {
             const i64 first = part % strips * width, columns = min(width, nx + 1 - first);
             T* const at = f + part / strips * (nx + 1) * length + first;
-            for (i64 j = 0; j < length; ++j)
-                for (i64 i = 0; i < columns; ++i) buffer[i * length + j] = at[j * (nx + 1) + i];
+            turn(length, columns, T(1), at, nx + 1, 1, buffer, length, 1);
             for (i64 i = 0; i < columns; ++i)
                 if (row.run(direction, buffer + i * length) != 0) failure.note(loop_failed);
-            for (i64 j = 0; j < length; ++j)
-                for (i64 i = 0; i < columns; ++i) at[j * (nx + 1) + i] = buffer[i * length + j];
+            turn(columns, length, T(1), buffer, length, 1, at, nx + 1, 1);
         }
         orv_serv_deallocate(buffer);
     });
