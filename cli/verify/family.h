@@ -39,6 +39,7 @@ Group extended();
 Group transforms();
 Group waves();
 Group convolutions();
+Group poisson_problems();
 Group sparse_matrices();
 
 } // namespace orv::verify

@@ -101,9 +101,9 @@ void expand(const Family& family, const Routine& routine, const char* line, std:
 
 const std::vector<Group>& groups()
 {
-    static const std::vector<Group> all{vectors(),        sparse_vectors(), matrix_vectors(), matrix_products(),
-                                        transpositions(), extended(),       transforms(),     waves(),
-                                        convolutions(),   sparse_matrices()};
+    static const std::vector<Group> all{vectors(),        sparse_vectors(),   matrix_vectors(), matrix_products(),
+                                        transpositions(), extended(),         transforms(),     waves(),
+                                        convolutions(),   poisson_problems(), sparse_matrices()};
     return all;
 }
 
