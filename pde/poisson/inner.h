@@ -38,7 +38,9 @@ i64 make_transform(const State<T>& state, i64 kind, i64 n, int axis, int which, 
     ipar[kernels::pdett::ipar_errors] = state.ipar[ipar_errors];
     ipar[kernels::pdett::ipar_warnings] = state.ipar[ipar_warnings];
     ipar[kernels::pdett::ipar_language] = state.ipar[ipar_language];
-    ipar[kernels::pdett::ipar_threads] = state.ipar[ipar_threads];
+    // Several callers, even if it is one: the Fourier transform then shares no row among threads, and a row has the
+    // same bits whoever transforms it.
+    ipar[kernels::pdett::ipar_threads] = max(state.ipar[ipar_threads], 2);
     ipar[kernels::pdett::ipar_raw] = 1;
     dpar[kernels::pdett::dpar_tolerance] = state.dpar[dpar_tolerance];
     Trig<T>::commit(nullptr, handle, ipar, dpar, &stat);

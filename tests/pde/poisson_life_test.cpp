@@ -85,6 +85,9 @@ TYPED_TEST(PoissonLife, makes_steps_spectrum_and_transforms)
         EXPECT_EQ(p.dpar[p.ipar[ipar_x_first] - 1], p.dpar[4]);
         if (around) {
             EXPECT_EQ(p.ipar[60 + pdett::ipar_kind], 1);
+            const T* const sines = &p.dpar[p.ipar[ipar_x_first] - 1] + pdett::dpar_tables;
+            EXPECT_EQ(sines[3], 0); // around n/2, behind the n/4 of them
+            EXPECT_EQ(sines[4], 0);
         }
     }
 }
@@ -124,8 +127,9 @@ template <class T> Loop<T>* transforms_of_rows(const std::string& sides)
     BY_LETTERS(nd)
     BY_LETTERS(nn)
 #undef BY_LETTERS
-        if constexpr (std::is_same_v<T, double>) return orv_pdepl_d_ft_2d_pp;
-    else return orv_pdepl_s_ft_2d_pp; }
+    if constexpr (std::is_same_v<T, double>) return orv_pdepl_d_ft_2d_pp;
+    else return orv_pdepl_s_ft_2d_pp;
+}
 
 TYPED_TEST(PoissonLife, transforms_rows_in_slices_to_the_same_bits)
 {
@@ -315,6 +319,7 @@ TYPED_TEST(PoissonLife, tells_of_transforms_that_cannot_be_made_behind_their_own
         p.ipar[ipar_errors] = 1, p.ipar[ipar_cells + axis] = 1;
         const std::string printed = shown([&] { p.commit(); }), told = whole(true, message(axis == 0 ? 123 : 125));
         EXPECT_EQ(p.stat, transform_failed);
+        EXPECT_EQ(p.handles[0], nullptr); // the one along x is given back
         EXPECT_EQ(printed.find(message(451, 1LL)) != std::string::npos, true) << printed;
         EXPECT_EQ(printed.substr(printed.size() - told.size()), told);
         p.ipar[ipar_errors] = 0;

@@ -70,5 +70,19 @@ TYPED_TEST(PoissonValues, solve_a_box_with_any_pairs_of_sides)
             }
 }
 
+// A single wave along x, whose systems have 1 on their diagonals: 1, then 1 - 1 = 0 to rounding.
+TYPED_TEST(PoissonValues, exchange_rows_where_elimination_meets_a_zero)
+{
+    const i64 n[] = {2, 5};
+    for (const std::string y : {"dd", "pp", "nd"}) {
+        Problem<TypeParam, 2> p("dd" + y, n, TypeParam(-3));
+        p.from[0] = p.from[1] = 0, p.to[0] = 2, p.to[1] = 5;
+        p.draw(9);
+        const Equations e = equations_of(p);
+        ASSERT_EQ(p.run(), pdepl::good) << y;
+        EXPECT_LE(excess_over_condition(p, e), 1) << y;
+    }
+}
+
 } // namespace
 } // namespace orv::test
