@@ -1,4 +1,4 @@
-"""Rows of docs/special-values.md on sparse matrices and Fourier transforms: all types, formats and bases, several sizes."""
+"""Rows of docs/special-values.md on sparse matrices and Fourier transforms: all types, formats, bases; several sizes."""
 import ctypes
 import itertools
 import math
@@ -86,7 +86,7 @@ def run(library, letter, routine, name, base, n, unit, put):
 
 def check_sparse(library, routine, unit, zero, operand, named):
     routine, runs = routine.removeprefix("sparse_"), 0
-    for letter, name, base, n in itertools.product(TYPES, FORMATS, (0, 1), (4, 21, 70)):
+    for letter, name, base, n in itertools.product(TYPES, FORMATS, (0, 1), (4, 21)):
         i, j = 1, n - 2
         expected = {"none": set(), "all": set(range(n)), "element i": {i}, "elements 1 to i": set(range(i + 1)),
                     "elements 1 to j": set(range(j + 1))}[named]
@@ -122,20 +122,20 @@ def check_sparse(library, routine, unit, zero, operand, named):
     return runs
 
 
-def check_fourier(library, routine, operand):
-    """NaN in one number of a transform is in all that come out, and in no transform beside it."""
+def check_fourier(library, routine):
+    """NaN in one number of a transform is in all that come out."""
     runs = 0
     for letter, n in itertools.product(TYPES, (1, 2, 3, 4, 7, 16, 60, 64, 97, 1000, 1024, 4096)):
         numbers = Numbers(letter)
         backward, real = routine.startswith("i"), letter in "sd"
-        reads, writes = (2, 2) if not real else (2, 1) if backward else (1, 2)  # parts of a number
-        half = n // 2 + 1 if real else n
-        x = (numbers.real * (reads * (half if backward else n)))(*([0.5] * (reads * (half if backward else n))))
-        y = (numbers.real * (writes * (n if backward else half)))()
-        x[min(1, n - 1) * reads] = math.nan
+        signal, spectrum = (1 if real else 2, n), (2, n // 2 + 1 if real else n)  # parts of a number, numbers
+        (reads, read), (writes, written) = (spectrum, signal) if backward else (signal, spectrum)
+        x, y = (numbers.real * (reads * read))(*[0.5] * (reads * read)), (numbers.real * (writes * written))()
+        for part in range(reads):
+            x[min(1, n - 1) * reads + part] = math.nan
         status = getattr(library, f"orv_{routine}_{letter}")(ctypes.c_int64(n), x, y)
         lost = {place // writes for place, part in enumerate(y[:]) if math.isnan(part)}
-        if status != 0 or lost != set(range(len(y) // writes)):
-            return f"orv_{routine}_{letter} n={n}: status {status}, {len(lost)} of {len(y) // writes}"
+        if status != 0 or len(lost) != written:
+            return f"orv_{routine}_{letter} n={n}: status {status}, {len(lost)} of {written}"
         runs += 1
     return runs

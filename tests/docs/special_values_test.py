@@ -150,7 +150,7 @@ def check_row(cells):
                 if routine.startswith("sparse_"):
                     outcomes.append(check_sparse(library, routine, option == "U", split(zero), operand, named))
                 elif "fft" in routine:
-                    outcomes.append(check_fourier(library, routine, operand))
+                    outcomes.append(check_fourier(library, routine))
                 else:
                     outcomes.append(check_factors(routine, option == "U", zero, operand, named, lost))
     return outcomes
