@@ -35,5 +35,5 @@ void orv_sparse_free(orv_sparse* a)
     orv_serv_free(a->memory);
     a->memory = nullptr;
     a->values = a->begin = a->end = a->row = a->col = nullptr;
-    a->count = 0;
+    a->count = 0, a->has_diagonal = 0;
 }

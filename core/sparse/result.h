@@ -71,7 +71,7 @@ inline orv_status form_of(const char* name, int position, const orv_sparse* aske
     orv_sparse r = *asked;
     if (r.type != 0 && r.type != of.type)
         return bad_argument(name, position, "type is %c, and that of the result is %c", r.type, of.type);
-    r.type = of.type, r.rows = rows, r.cols = cols, r.count = 0;
+    r.type = of.type, r.rows = rows, r.cols = cols, r.count = 0, r.has_diagonal = 0;
     if (r.format == ORV_SPARSE_DIA && r.ld == 0) r.ld = max(1, rows);
     if (const char* fault = fault_of_form(r)) return bad_argument(name, position, "%s", fault);
     const Counting counts(r);

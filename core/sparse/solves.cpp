@@ -5,14 +5,15 @@
 namespace orv::core::sparse {
 namespace {
 
-// What has to be there before anything is written.
+// What has to be there before anything is written. Of a diagonal that costs a look at each row the caller's word is
+// taken.
 template <class A> orv_status ready(const Call& call, const orv_sparse& record, A& a)
 {
     const bool by_search = record.format == ORV_SPARSE_DIA; // of the list of diagonals
     if (by_search) {
         if (const orv_status status = a.prepare_solve()) return status;
     }
-    if (!is_unit(record)) {
+    if (!is_unit(record) && (by_search || record.has_diagonal == 0)) {
         const i64 row = a.row_without_diagonal();
         if (row >= 0)
             return fail(ORV_NO_DIAGONAL, "%s: row %lld has no entry on the diagonal (rows count from %d)", call.name,

@@ -25,6 +25,7 @@ class Record(ctypes.Structure):
                 ("diag", ctypes.c_char), ("bits", ctypes.c_int), ("base", ctypes.c_int), ("rows", ctypes.c_int64),
                 ("cols", ctypes.c_int64), ("count", ctypes.c_int64), ("block", ctypes.c_int64),
                 ("ld", ctypes.c_int64)] + [(name, ctypes.c_void_p) for name in ("values", "begin", "end", "row", "col", "memory")]
+    _fields_ += [("has_diagonal", ctypes.c_int)]
 
 
 def record(a, **options):

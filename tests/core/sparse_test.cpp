@@ -187,6 +187,42 @@ TEST(Sparse, a_row_without_its_diagonal_is_no_solve_and_nothing_is_written)
     });
 }
 
+TEST(Sparse, a_diagonal_that_the_caller_answers_for_is_not_looked_for)
+{
+    const i64 begin[] = {0, 1, 2, 3}, col[] = {0, 0, 2};
+    const double values[] = {2, 8, 4}, x[] = {2, 20, 12};
+    orv_sparse a{};
+    a.format = ORV_SPARSE_CSR, a.type = 'd', a.kind = 'T', a.uplo = 'L', a.bits = 64, a.rows = a.cols = 3;
+    a.begin = begin, a.col = col, a.values = values;
+    double y[3]{};
+    EXPECT_EQ(orv_sparse_dsv('N', 1, &a, x, y), ORV_NO_DIAGONAL);
+    a.has_diagonal = 1;
+    EXPECT_EQ(orv_sparse_dsv('N', 1, &a, x, y), ORV_OK);
+    EXPECT_EQ(y[1], 3); // divided by the entry behind its row
+    a.memory = nullptr, a.kind = 'G', a.has_diagonal = 1;
+    orv_sparse copy{};
+    copy.format = ORV_SPARSE_CSC, copy.kind = 'T', copy.uplo = 'L', copy.bits = 64, copy.has_diagonal = 1;
+    ASSERT_EQ(orv_sparse_convert('N', &a, &copy), ORV_OK) << orv_last_error();
+    EXPECT_EQ(orv_sparse_dsv('N', 1, &copy, x, y), ORV_NO_DIAGONAL); // of results nobody has
+    orv_sparse_free(&copy);
+}
+
+TEST(Sparse, solves_that_need_not_look_for_the_diagonal_give_the_same_bits)
+{
+    each_style("TD", [](const Style& style) {
+        if (!exists<double>(style, 'N') || testing::Test::HasFailure()) return;
+        const Stored<double, i32> stored(style, sample<double>(24, 24, style));
+        orv_sparse answered = stored.record;
+        answered.has_diagonal = 1;
+        const Operands<double> o(24, 24, 1, false, false), p(24, 24, 1, false, false);
+        for (const char trans : {'N', 'T'}) {
+            EXPECT_EQ(orv_sparse_dsv(trans, 2, &stored.record, o.x.data(), o.y.data()), ORV_OK);
+            EXPECT_EQ(orv_sparse_dsv(trans, 2, &answered, o.x.data(), p.y.data()), ORV_OK);
+            EXPECT_TRUE(same_bits(o.y.data(), p.y.data(), 24)) << told(style, trans);
+        }
+    });
+}
+
 TEST(Sparse, diagonals_without_the_main_one_and_empty_skylines_are_no_solves)
 {
     for (const int format : {ORV_SPARSE_DIA, ORV_SPARSE_SKY})
@@ -199,7 +235,11 @@ TEST(Sparse, diagonals_without_the_main_one_and_empty_skylines_are_no_solves)
             if (format == ORV_SPARSE_SKY)
                 for (i64 i = 1; i < 7; ++i) stored.index(stored.record.begin, i) = stored.index(stored.record.begin, 0);
             double x[6]{}, y[6]{};
-            EXPECT_EQ(orv_sparse_dsv('N', 1, &stored.record, x, y), ORV_NO_DIAGONAL) << style.text();
+            orv_sparse record = stored.record;
+            EXPECT_EQ(orv_sparse_dsv('N', 1, &record, x, y), ORV_NO_DIAGONAL) << style.text();
+            if (format != ORV_SPARSE_DIA) continue;
+            record.has_diagonal = 1; // a look at the list of diagonals costs nothing
+            EXPECT_EQ(orv_sparse_dsv('N', 1, &record, x, y), ORV_NO_DIAGONAL);
         }
 }
 
