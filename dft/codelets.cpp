@@ -24,7 +24,7 @@ ORV_DFT_FIXED_OF(r, 32f)
 ORV_DFT_FIXED_OF(r, 64f)
 #undef ORV_DFT_FIXED_OF
 
-template <bool forward, class T> void transform(int order, double scale, const T* src, T* dst)
+template <bool forward, int order, class T> ORV_INLINE void transform(double scale, const T* src, T* dst)
 {
     using F = Fixed<T>;
     if (scale == 1) (forward ? F::forward : F::inverse)[order](src, dst);
@@ -37,47 +37,51 @@ template <> constexpr auto& recombine_perm<float> = DFT(ymps_cRealRecombine_32f)
 // Reals have no fixed kernel of 64 points; theirs is one of 32 pairs.
 constexpr int order_of_pairs = 6;
 
-template <class R> void forward_to_perm(int order, double scale, const R* src, R* dst)
+template <int order, class R> ORV_INLINE void forward_to_perm(double scale, const R* src, R* dst)
 {
-    if (order < order_of_pairs) return transform<true>(order, scale, src, dst);
-    transform<true>(order - 1, scale, reinterpret_cast<const cpx<R>*>(src), reinterpret_cast<cpx<R>*>(dst));
-    recombine_perm<R>(dst, 32, 1, half_sines<R, order_of_pairs>.table);
+    if constexpr (order < order_of_pairs) transform<true, order>(scale, src, dst);
+    else {
+        transform<true, order - 1>(scale, reinterpret_cast<const cpx<R>*>(src), reinterpret_cast<cpx<R>*>(dst));
+        recombine_perm<R>(dst, 32, 1, half_sines<R, order_of_pairs>.table);
+    }
 }
-template <class R> void inverse_of_perm(int order, double scale, R* dst)
+template <int order, class R> ORV_INLINE void inverse_of_perm(double scale, R* dst)
 {
-    if (order < order_of_pairs) return transform<false>(order, scale, dst, dst);
-    recombine_perm<R>(dst, 32, -1, half_sines<R, order_of_pairs>.table);
-    auto* const pairs = reinterpret_cast<cpx<R>*>(dst);
-    transform<false>(order - 1, scale, pairs, pairs);
+    if constexpr (order < order_of_pairs) transform<false, order>(scale, dst, dst);
+    else {
+        recombine_perm<R>(dst, 32, -1, half_sines<R, order_of_pairs>.table);
+        auto* const pairs = reinterpret_cast<cpx<R>*>(dst);
+        transform<false, order - 1>(scale, pairs, pairs);
+    }
 }
 
-template <class R> i32 real_forward(int order, void* input, void* output, const DftiNode* node)
+template <int order, class R> ORV_INLINE i32 real_forward(void* input, void* output, const DftiNode* node)
 {
     auto* const to = static_cast<R*>(output);
-    forward_to_perm(order, node->committed_forward_scale, static_cast<const R*>(input), to);
+    forward_to_perm<order>(node->committed_forward_scale, static_cast<const R*>(input), to);
     from_perm(layout_of(*node), to, i64{1} << order);
     return node_ok;
 }
-template <class R> i32 real_backward(int order, void* input, void* output, const DftiNode* node)
+template <int order, class R> ORV_INLINE i32 real_backward(void* input, void* output, const DftiNode* node)
 {
-    const i64 n = i64{1} << order;
+    constexpr i64 n = i64{1} << order;
     auto* const to = static_cast<R*>(output);
     const Layout layout = node->ccs_row_split != 0 ? Layout::perm : layout_of(*node);
     to_perm(layout, static_cast<const R*>(input), to, n);
-    inverse_of_perm(order, node->committed_backward_scale, to);
+    inverse_of_perm<order>(node->committed_backward_scale, to);
     if (is_in_place(*node) && layout == Layout::ccs) to[n] = 0;
     return node_ok;
 }
 
 template <class R, int order, bool forward> i32 real_codelet(void* input, void* output, DftiNode* node, void*)
 {
-    return (forward ? real_forward<R> : real_backward<R>)(order, input, output, node);
+    return (forward ? real_forward<order, R> : real_backward<order, R>)(input, output, node);
 }
 template <class R, int order, bool forward> i32 complex_codelet(void* input, void* output, DftiNode* node, void*)
 {
     using T = cpx<R>;
     const double scale = forward ? node->committed_forward_scale : node->committed_backward_scale;
-    transform<forward>(order, scale, static_cast<const T*>(input), static_cast<T*>(output));
+    transform<forward, order>(scale, static_cast<const T*>(input), static_cast<T*>(output));
     return node_ok;
 }
 

@@ -11,11 +11,9 @@ namespace {
 
 using namespace kernels::dft;
 
-orv_status explain(i32 status)
+[[gnu::noinline]] orv_status explain_failure(i32 status)
 {
     switch (status) {
-    case node_ok:
-        return ORV_OK;
     case node_no_memory:
         return fail(ORV_NO_MEMORY, "no memory is left for a transform to work with");
     case node_unsupported:
@@ -25,6 +23,8 @@ orv_status explain(i32 status)
                     status);
     }
 }
+
+orv_status explain(i32 status) { return status == node_ok ? ORV_OK : explain_failure(status); }
 
 DftiCompute* compute_of(const DftiNode* node, Direction direction)
 {
@@ -101,12 +101,15 @@ orv_status check_single(const orv_dft* dft, const Call& call, const void* array,
     return array || dft->settings.transforms == 0 ? ORV_OK : bad_argument(call.routine, argument, "null");
 }
 
-orv_status run(const orv_dft* dft, const Call& call, const void* from, void* to)
+// A short transform takes no longer than all these questions, so those that are always answered alike come first.
+inline bool may_run(const orv_dft* dft, Direction direction, const void* from, const void* to)
 {
-    // A short transform takes no longer than all these questions, so those that are always answered alike come first.
-    if (dft && dft->committed && !dft->settings.is_split() && dft->node[call.direction] && from && to &&
-        dft->settings.in_place() == (from == to))
-        return compute_interleaved(*dft, call.direction, const_cast<void*>(from), to);
+    return dft && dft->committed && !dft->settings.is_split() && dft->node[direction] && from && to &&
+           dft->settings.in_place() == (from == to);
+}
+
+[[gnu::noinline]] orv_status check_and_run(const orv_dft* dft, const Call& call, const void* from, void* to)
+{
     if (const auto status = check_state(dft, call)) return status;
     if (const auto status = check_pair(dft, call, from, to, 3)) return status;
     return compute(*dft, call.direction, {const_cast<void*>(from), nullptr}, {to, nullptr});
@@ -129,12 +132,16 @@ orv_status run_split(const orv_dft* dft, const Call& call, const void* from_re, 
 
 orv_status orv_dft_forward(const orv_dft* dft, const void* signal, void* spectrum)
 {
-    return run(dft, {"orv_dft_forward", forward, false}, signal, spectrum);
+    if (may_run(dft, forward, signal, spectrum))
+        return compute_interleaved(*dft, forward, const_cast<void*>(signal), spectrum);
+    return check_and_run(dft, {"orv_dft_forward", forward, false}, signal, spectrum);
 }
 
 orv_status orv_dft_backward(const orv_dft* dft, const void* spectrum, void* signal)
 {
-    return run(dft, {"orv_dft_backward", backward, false}, spectrum, signal);
+    if (may_run(dft, backward, spectrum, signal))
+        return compute_interleaved(*dft, backward, const_cast<void*>(spectrum), signal);
+    return check_and_run(dft, {"orv_dft_backward", backward, false}, spectrum, signal);
 }
 
 orv_status orv_dft_forward_split(const orv_dft* dft, const void* signal_re, const void* signal_im, void* spectrum_re,
