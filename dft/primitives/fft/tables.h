@@ -30,6 +30,22 @@ public:
         const R sine = sines_[of_sine], cosine = sines_[quarter - of_sine];
         return {(which + 1) & 2 ? -cosine : cosine, which & 2 ? -sine : sine};
     }
+    // The conjugates of count roots, from k on by steps, apart. Within a quarter of the circle all lie as the first
+    // does.
+    template <int count> void conjugates(i64 k, i64 step, R* re, R* im) const
+    {
+        if ((k ^ (k + (count - 1) * step)) >> (order_ - 2) != 0) {
+            for (i64 l = 0; l < count; ++l, k += step) re[l] = root(k).re, im[l] = -root(k).im;
+            return;
+        }
+        const i64 quarter = i64{1} << (order_ - 2), place = k & (quarter - 1), which = k >> (order_ - 2) & 3;
+        const R *up = sines_ + place, *down = sines_ + quarter - place;
+        const R sign_re = (which + 1) & 2 ? R(-1) : R(1), sign_im = which & 2 ? R(1) : R(-1);
+        R *const along_up = which & 1 ? re : im, *const along_down = which & 1 ? im : re;
+        const R sign_up = which & 1 ? sign_re : sign_im, sign_down = which & 1 ? sign_im : sign_re;
+        for (i64 l = 0; l < count; ++l, up += step, down -= step)
+            along_up[l] = sign_up * *up, along_down[l] = sign_down * *down;
+    }
 
 private:
     const R* sines_;
@@ -49,10 +65,7 @@ R* write_twiddles(const Circle<R>& circle, i32 order, int log, int rows, i64 beg
     for (int row = 1; row < rows; ++row) turns[row] = i64{reversed(row, log)} << (circle.order() - order);
     for (i64 c = begin; c < begin + columns; c += lanes)
         for (int row = 1; row < rows; ++row, out += 2 * lanes)
-            for (i64 l = 0; l < lanes; ++l) {
-                const cpx<R> w = circle.root(turns[row] * (c + l));
-                out[l] = w.re, out[lanes + l] = -w.im;
-            }
+            circle.template conjugates<lanes>(turns[row] * c, turns[row], out, out + lanes);
     return out;
 }
 
