@@ -119,5 +119,36 @@ TYPED_TEST(ShortLines, do_not_depend_on_the_lines_beside_them)
     }
 }
 
+// More points go to the engine: to the bit what the kernel makes of each row.
+TYPED_TEST(ShortLines, of_more_points_are_what_their_kernel_gives)
+{
+    using R = TypeParam;
+    using T = cpx<R>;
+    constexpr i64 count = 3;
+    auto* const lines =
+        primitive<DftCopyAndTransformOut<T, T>>(sizeof(R) == 4 ? "xcdft1d_out_copy" : "xzdft1d_out_copy");
+    for (const i64 n : {17, 60, 64, 70, 100, 128, 256, 2048, 3000})
+        for (const bool forward : {true, false})
+            for (const double scale : {1.0, 0.5}) {
+                const Node node = create_1d(precision_letter<R>, 'c', n);
+                node->flags |= DftiNode::no_decomposition;
+                set_batch(node, count, n, n);
+                set_scales(node, scale, scale);
+                ASSERT_EQ(commit(node), node_ok);
+                DftiKernel* const kernel = sizeof(R) == 4
+                                               ? (forward ? node->kernel_s_forward : node->kernel_s_backward)
+                                               : (forward ? node->kernel_d_forward : node->kernel_d_backward);
+                std::vector<char> work(static_cast<std::size_t>(node->node_buffer_bytes) + 64);
+                auto input = random_array<T>(n * count, 6);
+                std::vector<T> together(input.size()), alone(input.size());
+                ASSERT_EQ(lines(input.data(), 1, together.data(), 1, kernel, node.get(), count, n, n, nullptr, 0,
+                                work.data()),
+                          node_ok);
+                for (i64 j = 0; j < count; ++j)
+                    ASSERT_EQ(kernel(input.data() + j * n, alone.data() + j * n, node.get(), work.data()), node_ok);
+                EXPECT_TRUE(same_bits(together.data(), alone.data(), n * count)) << "n=" << n << " scale=" << scale;
+            }
+}
+
 } // namespace
 } // namespace orv::test
