@@ -106,17 +106,24 @@ template <class R> i32 create_factors(YmpDftSpec* spec, const cpx<R>* base)
 
 // Forward, X[k] = (Z[k] + conj Z[m-k])/2 - i*w^k*(Z[k] - conj Z[m-k])/2; the inverse takes it back without the halves.
 // The table has -i*w^k/2 and i*conj(w^k).
-template <class R> void fill_recombination(i32 points, bool forward, cpx<R>* table)
+template <class R> void fill_recombination(i32 points, cpx<R>* forward)
 {
+    RootWalk roots(2 * i64{points});
     for (i32 k = 0; 2 * k <= points; ++k) {
-        const Root w = root(k, 2 * i64{points});
-        table[k] = forward ? rounded<R>({-w.im / 2, -w.re / 2}) : rounded<R>({-w.im, w.re});
+        const Root w = roots.at(k);
+        forward[k] = rounded<R>({-w.im / 2, -w.re / 2});
     }
+}
+template <class R> void invert_recombination(i32 points, const cpx<R>* forward, cpx<R>* inverse)
+{
+    for (i32 k = 0; 2 * k <= points; ++k) inverse[k] = conj(forward[k] + forward[k]);
 }
 template <bool forward, class R> cpx<R>* create_recombination(i32 points)
 {
     auto* table = reinterpret_cast<cpx<R>*>(DFT(ympsMalloc_8u)(static_cast<i32>(bytes_of_recombination<R>(points))));
-    if (table != nullptr) fill_recombination(points, forward, table);
+    if (table == nullptr) return nullptr;
+    fill_recombination(points, table);
+    if (!forward) invert_recombination(points, table, table);
     return table;
 }
 
@@ -124,12 +131,14 @@ template <bool forward, class R> cpx<R>* create_recombination(i32 points)
 
 template <class R> bool put_recombinations(YmpDftSpec& spec, i32 points, Store& store)
 {
-    for (const bool forward : {true, false}) {
-        auto* table = store.take<cpx<R>>(bytes_of_recombination<R>(points));
-        if (table == nullptr) return false;
-        fill_recombination(points, forward, table);
-        (forward ? spec.recombine_forward : spec.recombine_inverse) = table;
-    }
+    auto* const forward = store.take<cpx<R>>(bytes_of_recombination<R>(points));
+    spec.recombine_forward = forward;
+    if (forward == nullptr) return false;
+    fill_recombination(points, forward);
+    auto* const inverse = store.take<cpx<R>>(bytes_of_recombination<R>(points));
+    spec.recombine_inverse = inverse;
+    if (inverse == nullptr) return false;
+    invert_recombination(points, forward, inverse);
     return true;
 }
 template bool put_recombinations<float>(YmpDftSpec&, i32, Store&);
