@@ -219,26 +219,28 @@ private:
     // All of an output's products in a line before those of the next one.
     template <class By> void add_edges_too(i64 lag, i64 step, Range common, Chains<I, By::n>& chains) const
     {
+        const i64 first = range_of(na(), nb(), lag + (By::n - 1) * step).first, last = range_of(na(), nb(), lag).last;
         each_line(a_, b_, [&](const T* a, const T* b) ORV_INLINE_LAMBDA {
             for (const bool behind : {false, true}) {
-                for (int k = 0; k < By::n; ++k) {
-                    const Range own = range_of(na(), nb(), lag + k * step);
-                    const Range r = behind ? Range{common.last + 1, own.last} : Range{own.first, common.first - 1};
-                    add(a, b, lag + k * step, r, chains, k);
-                }
+                const Range some = behind ? Range{common.last + 1, last} : Range{first, common.first - 1};
+                if (some.first <= some.last) add(a, b, lag, step, some, chains);
                 if (!behind) By::sum(lines(a, b, lag, common, 1), step * b_.step[0], chains);
             }
         });
     }
-    // What output k of a group, with that lag, needs beside what all of them do.
-    template <int n> void add(const T* a, const T* b, i64 lag, Range r, Chains<I, n>& chains, int k) const
+    // Products that some outputs of a group have and others not: of neighbours among them, for each i.
+    template <int n>
+    [[gnu::noinline]] void add(const T* a, const T* b, i64 lag, i64 step, Range r, Chains<I, n>& chains) const
     {
-        constexpr bool complex = Chains<I, n>::complex;
-        if (r.last < r.first) return;
-        Chains<I, 1> own{{chains.straight[k]}, {chains.crossed[complex ? k : 0]}};
-        OneByOne<T, I, 1>::sum(lines(a, b, lag, r, 1), 0, own);
-        chains.straight[k] = own.straight[0];
-        if constexpr (complex) chains.crossed[k] = own.crossed[0];
+        for (i64 i = r.first; i <= r.last; ++i) {
+            const I factor = as<I>(a[i * a_.step[0]]);
+            const i64 place = i + lag; // in b, of output 0
+            const i64 begin = place >= 0 ? 0 : step == 1 ? -place : (step - 1 - place) / step;
+            const i64 beyond = nb() - place, end = min(n, step == 1 ? beyond : (beyond + step - 1) / step);
+            const T* at = b + (place + begin * step) * b_.step[0];
+            for (i64 k = begin; k < end; ++k, at += step * b_.step[0])
+                chains.add(static_cast<int>(k), factor, as<I>(*at));
+        }
     }
 
     View<const T> a_, b_;
