@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""pyFFTW on our libraries, beside NumPy's own transforms: plans, new arrays, the interfaces of NumPy and SciPy, wisdom.
+"""pyFFTW on our libraries, beside NumPy's own transforms: plans, new arrays, the interfaces of NumPy and SciPy, sines and
+cosines, wisdom.
 
 usage: pyfftw_test.py FOLDER_OF_THE_LIBRARIES     (skipped, with status 77, where there is no pyFFTW)"""
 import subprocess
@@ -12,6 +13,7 @@ PROGRAM = r'''
 import itertools, sys
 import numpy as np
 import pyfftw
+import scipy.fft
 from pyfftw.interfaces import numpy_fft, scipy_fftpack
 
 random = np.random.default_rng(3)
@@ -62,6 +64,20 @@ for kind, (real, cplx) in types.items():
         near(numpy_fft.irfftn(half.astype(cplx), s=[shape[a] for a in axes], axes=axes), xkept, kind)
         near(scipy_fftpack.fft(kept, axis=axes[-1]), np.fft.fft(kept, axis=axes[-1]), kind)
         near(scipy_fftpack.ifftn(kept, axes=axes), np.fft.ifftn(kept, axes=axes), kind)
+    # sines and cosines, alone and one along each axis
+    waves = [(f, t, f"FFTW_R{'E' if f == 'dct' else 'O'}DFT{('00', '10', '01', '11')[t - 1]}")
+             for f in ("dct", "dst") for t in (1, 2, 3, 4)]
+    for f, t, direction in waves:
+        for n in (2, 3, 8, 15, 16, 17, 100, 1000):
+            x = random.standard_normal(n).astype(real)
+            expected = getattr(scipy.fft, f)(x, type=t)
+            near(pyfftw.FFTW(x, np.empty_like(x), direction=direction)(), expected, kind)
+            near(getattr(scipy_fftpack, f)(x, type=t), expected, kind)
+    for (f, t, one), (g, u, other) in itertools.product(waves, waves):
+        x = random.standard_normal((6, 9)).astype(real)
+        expected = getattr(scipy.fft, g)(getattr(scipy.fft, f)(x, type=t, axis=0), type=u, axis=1)
+        plan = pyfftw.FFTW(x, np.empty_like(x), axes=(0, 1), direction=(one, other))
+        near(plan(), expected, kind)
 a = np.ones(37, complex)
 pyfftw.forget_wisdom()
 try:

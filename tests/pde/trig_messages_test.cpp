@@ -3,6 +3,7 @@
 #include "tests/pde/trig.h"
 #include "tests/support/probe.h"
 
+#include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -13,8 +14,7 @@ using namespace pdett;
 
 constexpr const char* log_name = "ORV_Trig_Transforms_Log.txt";
 
-// The whole of a diagnostic: the heading, the class, the first line that was formatted, and others by number. `before`
-// is the number of a line before the one with a position.
+// The whole of a diagnostic: the heading, the class and its lines.
 std::string whole(bool error, const std::string& lines)
 {
     return "\n" + message(396) + message(error ? 397 : 398) + lines + "\n\n";
@@ -215,6 +215,49 @@ TYPED_TEST(TrigMessages, tell_that_the_log_cannot_be_opened)
     EXPECT_EQ(shown([&] { EXPECT_EQ(trig.commit(f.data()), -100); }), should);
     trig.ipar[ipar_n] = 8, trig.ipar[ipar_status] = 0;
     EXPECT_EQ(shown([&] { EXPECT_EQ(trig.commit(f.data()), 1); }), should + should); // two ends
+}
+
+// All other tests take texts by number from where kernels take them.
+TEST(TrigWords, name_positions_as_the_language_counts_them)
+{
+    std::vector<double> f(9, 0);
+    f[8] = -0.25;
+    const auto words = [&](bool fortran, i64 kind, i64 n) {
+        Trig<double> trig(kind, 8);
+        trig.ipar[ipar_errors] = trig.ipar[ipar_warnings] = 1;
+        trig.ipar[ipar_language] = !fortran, trig.ipar[ipar_n] = n;
+        return shown([&] { trig.commit(f.data()); });
+    };
+    EXPECT_EQ(words(false, 0, 1), "\norv: sine and cosine transforms\n"
+                                  "Error:\n"
+                                  "commit: ipar[0], the size n of the transform, is 1\n"
+                                  "n has to be at least 2\n\n\n");
+    EXPECT_EQ(words(true, 0, 1), "\norv: sine and cosine transforms\n"
+                                 "Error:\n"
+                                 "commit: ipar(1), the size n of the transform, is 1\n"
+                                 "n has to be at least 2\n\n\n");
+    EXPECT_EQ(words(false, 2, 8), "\norv: sine and cosine transforms\n"
+                                  "Warning:\n"
+                                  "commit: f[n] is -2.500000e-01, and not 0 within the tolerance of 8.000000e-12\n"
+                                  "sums of staggered cosines vanish at the last point:\n"
+                                  "the transform will be that of an array with 0 there\n\n\n");
+}
+
+TEST(TrigWords, are_there_for_every_number_and_tell_positions_twice)
+{
+    const std::string none = orv_serv_get_msg(-1);
+    for (int number = 396; number <= 487; ++number) {
+        const bool used = number <= 398 || (number >= 407 && number <= 409) || number >= 449;
+        const std::string text = orv_serv_get_msg(number);
+        EXPECT_TRUE(!used || text != none) << number;
+        for (const char* const array : {"ipar", "dpar", "f"}) { // a position in C has its twin in Fortran
+            const std::size_t at = text.find(std::string(array) + "[");
+            if (at == std::string::npos || (at > 0 && text[at - 1] != ' ')) continue;
+            const std::string twin = orv_serv_get_msg(number - 39), place = text.substr(at + std::strlen(array) + 1);
+            const std::string counted = place[0] == 'n' ? "n+1" : std::to_string(std::stoi(place) + 1);
+            EXPECT_NE(twin.find(array + ("(" + counted) + ")"), std::string::npos) << text << " / " << twin;
+        }
+    }
 }
 
 } // namespace
