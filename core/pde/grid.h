@@ -73,6 +73,9 @@ template <class Each> void share(const i64* ipar, i64 parts, double worth, Each 
     parallel(threads, [&](int index, int count) { each(parts * index / count, parts * (index + 1) / count); });
 }
 
+// Where dpar of a transform lies: the first and the second along x, then those along y.
+inline constexpr int transform_tables[2][2] = {{ipar_x_first, ipar_x_second}, {ipar_y_first, ipar_y_second}};
+
 template <class T> T* dpar_at(const i64* ipar, T* dpar, int position) { return dpar + ipar[position] - 1; }
 
 } // namespace orv::core::pde

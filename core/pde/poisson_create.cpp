@@ -1,5 +1,6 @@
 // Solvers are made here: what the user tells is checked, and the kernel's tables are made once.
 #include "core/pde/poisson.h"
+#include "core/pde/trig.h"
 #include "core/serv/status.h"
 #include "frame/serv.h"
 
@@ -151,6 +152,20 @@ template <class T> void init(orv_poisson& p, T* dpar)
     ipar[ipar_errors] = ipar[ipar_warnings] = 0;
 }
 
+// Each entry from its own angle, where kernels add up steps.
+template <class T> void refill_tables(const orv_poisson& p, T* dpar)
+{
+    const auto refill = [&](int axis, int which) {
+        const i64* const inner = p.ipar + ipar_inner + (2 * axis + which) * ipar_inner_step;
+        fill_tables(dpar_at(p.ipar, dpar, transform_tables[axis][which]), inner[kernels::pdett::ipar_kind],
+                    inner[kernels::pdett::ipar_n]);
+    };
+    for (int axis = 0; axis + 1 < p.axes; ++axis) {
+        refill(axis, 0);
+        if (p.axis[axis].low == ORV_PERIODIC) refill(axis, 1);
+    }
+}
+
 // Tables and transforms. All that the kernels check has been checked, so what fails is memory, or a missing kernel.
 template <class T> orv_status make_tables(orv_poisson& p)
 {
@@ -164,6 +179,7 @@ template <class T> orv_status make_tables(orv_poisson& p)
     p.ipar[ipar_status] = tables_only;
     if (commit<T>(p, nullptr, no_values, p.handles, p.ipar, dpar) != good)
         return fail(ORV_NO_MEMORY, "no memory is left for the transforms of a Poisson solver");
+    refill_tables(p, dpar);
     return ORV_OK;
 }
 

@@ -25,7 +25,7 @@ ORV_TRIG_KERNELS(d, double)
 template <class T> class Transform {
 public:
     Transform(i64* ipar, T* dpar, int axis, int which, Handle handle)
-        : dpar_(dpar_at(ipar, dpar, tables[axis][which])), handle_(handle)
+        : dpar_(dpar_at(ipar, dpar, transform_tables[axis][which])), handle_(handle)
     {
         const i64* const from = ipar + ipar_inner + (2 * axis + which) * ipar_inner_step;
         for (int i = 0; i < kernels::pdett::ipar_size; ++i) ipar_[i] = from[i];
@@ -42,7 +42,6 @@ public:
     }
 
 private:
-    static constexpr int tables[2][2] = {{ipar_x_first, ipar_x_second}, {ipar_y_first, ipar_y_second}};
     T* dpar_;
     Handle handle_;
     i64 ipar_[kernels::pdett::ipar_size];

@@ -67,7 +67,8 @@ def too_young(library):
 
 # Bytes of code a name, by module. Regular grids of names come out of few bodies; a form of a body for each name would be
 # megabytes.
-CODE_PER_NAME = {"conv": 1024, "dft": 1024, "pdett": 1024, "spblas": 1024, "spblas_lp64": 1024, "xblas": 1024}
+CODE_PER_NAME = {"conv": 1024, "dft": 1024, "pdepl": 1024, "pdett": 1024, "spblas": 1024, "spblas_lp64": 1024,
+                 "xblas": 1024}
 
 
 class Branch:

@@ -81,6 +81,25 @@ TYPED_TEST(Poisson, finds_a_polynomial_from_its_values_and_slopes)
             EXPECT_NEAR(f[i + j * (nx + 1)], u(x(i), y(j)), 2000 * std::numeric_limits<T>::epsilon());
 }
 
+// Transforms between a given value and a slope lose up to a rounding for each point of a row, and no more.
+TEST(PoissonInSinglePrecision, keeps_its_digits_on_long_rows)
+{
+    const int64_t n = 4000;
+    for (const auto& [low, high] : {std::pair{ORV_DIRICHLET, ORV_NEUMANN}, {ORV_NEUMANN, ORV_DIRICHLET}}) {
+        const std::vector<orv_poisson_axis> axes = {unit(n, low, high), unit(20, ORV_DIRICHLET, ORV_DIRICHLET)};
+        auto single = random_elements<float>((n + 1) * 21, 6);
+        std::vector<double> wide(single.begin(), single.end());
+        ASSERT_EQ(solve(solver<float>(axes, 0), single.data()), ORV_OK);
+        ASSERT_EQ(solve(solver<double>(axes, 0), wide.data()), ORV_OK);
+        double error = 0, size = 0;
+        for (std::size_t k = 0; k < wide.size(); ++k) {
+            error = std::fmax(error, std::fabs(static_cast<double>(single[k]) - wide[k]));
+            size = std::fmax(size, std::fabs(wide[k]));
+        }
+        EXPECT_LE(error, static_cast<double>(n) * std::numeric_limits<float>::epsilon() * size);
+    }
+}
+
 TYPED_TEST(Poisson, takes_any_layout_to_the_same_bits)
 {
     using T = TypeParam;
