@@ -19,22 +19,25 @@ struct Candidate {
 
 double bytes_of(const orv_sparse& a)
 {
-    const auto count = static_cast<double>(a.count);
-    const double index = a.bits / 8;
-    switch (a.format) {
-    case ORV_SPARSE_CSR:
-    case ORV_SPARSE_CSC:
-        return static_cast<double>((a.format == ORV_SPARSE_CSR ? a.rows : a.cols) + 1) * index + count * (index + 8);
-    case ORV_SPARSE_COO:
-        return count * (2 * index + 8);
-    case ORV_SPARSE_DIA:
-        return count * (index + 8 * static_cast<double>(a.ld));
-    case ORV_SPARSE_BSR:
-        return static_cast<double>(a.rows / a.block + 1) * index +
-               count * (index + 8 * static_cast<double>(a.block * a.block));
-    default:
-        return static_cast<double>(a.rows + 1) * index + count * 8;
-    }
+    constexpr std::int64_t value = sizeof(double);
+    const std::int64_t index = a.bits / 8, block = a.block * a.block;
+    const auto bytes = [&]() -> std::int64_t {
+        switch (a.format) {
+        case ORV_SPARSE_CSR:
+            return (a.rows + 1) * index + a.count * (index + value);
+        case ORV_SPARSE_CSC:
+            return (a.cols + 1) * index + a.count * (index + value);
+        case ORV_SPARSE_COO:
+            return a.count * (2 * index + value);
+        case ORV_SPARSE_DIA:
+            return a.count * (index + a.ld * value);
+        case ORV_SPARSE_BSR:
+            return (a.rows / a.block + 1) * index + a.count * (index + block * value);
+        default:
+            return (a.rows + 1) * index + a.count * value;
+        }
+    };
+    return static_cast<double>(bytes());
 }
 
 std::string told(double bytes)

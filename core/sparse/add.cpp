@@ -90,7 +90,7 @@ orv_status prepare(const Wish& wish, char trans, const orv_sparse* a, const orv_
 template <class T>
 orv_status add_of_type(const Wish& wish, char type, char trans, T alpha, const orv_sparse* a, const orv_sparse* b)
 {
-    orv_sparse form;
+    orv_sparse form{};
     if (const orv_status bad = prepare(wish, trans, a, b, &form)) return bad;
     if (a->type != type) return bad_argument(wish.name, 3, "type is not that of the routine");
     const Op op = Op::of(trans);
@@ -117,7 +117,7 @@ ORV_SPARSE_ADD(z, cpx<double>)
 orv_status orv_sparse_add_sizes(char trans, const orv_sparse* a, const orv_sparse* b, orv_sparse* c)
 {
     const Wish wish{"orv_sparse_add_sizes", 4, c, true};
-    orv_sparse form;
+    orv_sparse form{};
     if (const orv_status bad = prepare(wish, trans, a, b, &form)) return bad;
     return with_types(form,
                       [&]<class T, class Int>() { return add<T, Int>(wish, Op::of(trans), one<T>, *a, *b, form); });

@@ -8,7 +8,7 @@ orv_status convert_as(const Wish& wish, char trans, const orv_sparse* a)
 {
     if (const orv_status bad = refuse_operand(wish.name, 1, 2, trans, a)) return bad;
     const Op op = Op::of(trans);
-    orv_sparse form;
+    orv_sparse form{};
     if (const orv_status bad = form_of(wish.name, wish.position, wish.asked, *a, op.rows(*a), op.cols(*a), &form))
         return bad;
     return with_types(form, [&]<class T, class Int>() { return convert<T, Int>(wish, op, *a, form, {a}); });

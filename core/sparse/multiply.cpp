@@ -176,8 +176,8 @@ orv_status multiply_step(const char* name, Step step, char transa, const orv_spa
 {
     constexpr int position = 5;
     const Wish wish{name, position, c, step == Step::sizes};
-    Factors f;
-    orv_sparse form;
+    Factors f{};
+    orv_sparse form{};
     if (const orv_status bad = refuse_factors(name, 1, transa, a, transb, b, &f)) return bad;
     if (const orv_status bad = form_of(name, position, c, *a, f.rows, f.cols, &form)) return bad;
     if (step == Step::values && !is_general_csr(form))
@@ -232,7 +232,7 @@ orv_status orv_sparse_multiply_dense(char order, char transa, const orv_sparse* 
                                      void* c, int64_t ldc)
 {
     const char* const name = "orv_sparse_multiply_dense";
-    Factors f;
+    Factors f{};
     if (!arguments::one_of(order, "RC")) return core::bad_argument(name, 1, "order is none of R and C");
     if (const orv_status bad = refuse_factors(name, 2, transa, a, transb, b, &f)) return bad;
     const bool by_rows = fold(order) == 'R';

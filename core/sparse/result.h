@@ -83,10 +83,10 @@ inline orv_status form_of(const char* name, int position, const orv_sparse* aske
     return ORV_OK;
 }
 
-// The caller's arrays in a record of his.
+// The caller's arrays in a record of his, or those of an earlier result, be they empty.
 inline bool has_arrays(const orv_sparse& r)
 {
-    return r.values != nullptr || r.begin != nullptr || r.row != nullptr || r.col != nullptr;
+    return r.values != nullptr || r.begin != nullptr || r.row != nullptr || r.col != nullptr || r.memory != nullptr;
 }
 
 // A result while it is made. Nothing of the caller's is written before all that can fail is done.

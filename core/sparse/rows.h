@@ -31,8 +31,8 @@ public:
         const auto sized = []<class E>(E*, i64 count) { return round_up(count * i64{sizeof(E)}, alignment); };
         arrays([&](auto*& array, i64 count) { bytes += sized(array, count); });
         *this = {};
-        at_ = bytes > 0 ? orv_serv_malloc(bytes, alignment) : nullptr;
-        if (bytes > 0 && at_ == nullptr) return false;
+        at_ = orv_serv_malloc(max(bytes, alignment), alignment);
+        if (at_ == nullptr) return false;
         char* next = static_cast<char*>(at_);
         arrays([&]<class E>(E*& array, i64 count) {
             array = count > 0 ? reinterpret_cast<E*>(next) : nullptr;

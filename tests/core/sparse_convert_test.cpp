@@ -263,4 +263,9 @@ TEST(SparseConvert, gives_a_result_back_once_and_leaves_arrays_of_the_caller)
     const orv_sparse first = b;
     ASSERT_EQ(orv_sparse_convert('N', &stored.record, &b), ORV_OK);
     EXPECT_TRUE(same_record(b, first)) << "into the same arrays";
+
+    const Stored<double, i32> nothing(Style{}, sample<double>(6, 0, Style{}));
+    orv_sparse_free(&b);
+    ASSERT_EQ(orv_sparse_convert('N', &nothing.record, &b), ORV_OK);
+    EXPECT_EQ(orv_sparse_convert('N', &stored.record, &b), ORV_NO_ROOM) << "an empty result has no room";
 }
