@@ -16,6 +16,7 @@ class Record(ctypes.Structure):
                 ("cols", ctypes.c_int64), ("count", ctypes.c_int64), ("block", ctypes.c_int64),
                 ("ld", ctypes.c_int64)] + [(name, ctypes.c_void_p)
                                            for name in ("values", "begin", "end", "row", "col", "memory")]
+    _fields_ += [("has_diagonal", ctypes.c_int)]
 
 
 class Numbers:
