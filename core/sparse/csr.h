@@ -42,12 +42,11 @@ public:
         const Int first = 1 + edge(index, count), last = edge(index + 1, count);
         if (first <= last) mm(first, last, alpha, x, y, beta);
     }
-    // y := y + alpha*op(A)*x with those entries.
-    void add(int index, int count, T alpha, const T* x, T* y) const
+    // y := beta*y + alpha*op(A)*x with those entries; of no rows, too.
+    void scale_and_add(int index, int count, T alpha, const T* x, T beta, T* y) const
     {
-        const T once = one<T>;
-        if (!a_.letters.seq) return multiply_rows(index, count, alpha, x, once, y);
-        call<kernels::sparse::csr_mv_seq<T, Int>>(&a_.m, &a_.k, &alpha, a_.val, a_.col, a_.begin, a_.end, x, y, &once);
+        if (!a_.letters.seq) return mv(1 + edge(index, count), edge(index + 1, count), alpha, x, y, beta);
+        call<kernels::sparse::csr_mv_seq<T, Int>>(&a_.m, &a_.k, &alpha, a_.val, a_.col, a_.begin, a_.end, x, y, &beta);
     }
     void add(T alpha, const Dense<const T>& x, const Dense<T>& y) const
     {

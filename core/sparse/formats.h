@@ -7,7 +7,8 @@
 //   writes_own_rows()         where there is multiply_rows(part, count, alpha, x, beta, y): whether it can be taken. It
 //                             does all of the product in the rows of a part, and writes no others. Else
 //   divides()                 add(part, count, alpha, x, y) adds the product with a part of the entries to any row; or
-//                             there is one part only
+//                             there is one part only. scale_and_add(part, count, alpha, x, beta, y) in its place where
+//                             kernels scale y as they go
 //   add(alpha, x, y)          the same with all of them for dense operands
 //   work()                    entries, roughly
 //   row_without_diagonal()    from 0; -1 if there is none

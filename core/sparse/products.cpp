@@ -32,8 +32,13 @@ template <class T, class A> orv_status add_parts(const A& a, T alpha, const T* x
     if (others.get() == nullptr) threads = 1;
     parallel(threads, [&](int index, int count) {
         T* const own = index == 0 ? y.at : others.get() + stride * (index - 1);
-        scale(Dense<T>{own, 1, n, n, false}, index == 0 ? beta : zero<T>);
-        a.add(index, count, alpha, x, own);
+        const T kept = index == 0 ? beta : zero<T>;
+        if constexpr (requires { a.scale_and_add(index, count, alpha, x, kept, own); }) {
+            a.scale_and_add(index, count, alpha, x, kept, own);
+        } else {
+            scale(Dense<T>{own, 1, n, n, false}, kept);
+            a.add(index, count, alpha, x, own);
+        }
         if (index == 0) parts = count;
     });
     remember_threads(parts);
