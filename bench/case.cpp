@@ -28,8 +28,7 @@ Case& Case::numbers(std::initializer_list<double> list)
 
 Case& Case::renewed(i64 elements, Use use, double scale, std::vector<i64> ones)
 {
-    operand(elements, Use::read);
-    arguments.pop_back();
+    kept(elements);
     const int origin = static_cast<int>(operands.size()) - 1;
     operands.back().scale = scale;
     operands.back().ones = std::move(ones);
@@ -58,6 +57,13 @@ Case& Case::operand(i64 elements, Use use)
 Case& Case::vector(i64 n, i64 inc, Use use) { return operand((n - 1) * std::abs(inc) + 1, use).integer(inc); }
 
 Case& Case::matrix(i64 rows, i64 columns, Use use) { return operand(rows * columns, use).integer(rows); }
+
+Case& Case::kept(i64 elements)
+{
+    operand(elements, Use::read);
+    arguments.pop_back();
+    return *this;
+}
 
 Case& Case::packed(i64 n, Use use) { return operand(n * (n + 1) / 2, use); }
 

@@ -17,9 +17,10 @@ enum class Use { read, written, updated, spent };
 enum class Result { none, single_real, double_real, single_complex, double_complex, index };
 
 // What the axis of a plot ends at: multiplies and adds from registers; the operands moved and nothing computed; of a
-// matrix as much moved as the work says; one division and one dependent addition for each number, in order; one
+// matrix as much moved as the work says; a matrix that libraries keep for themselves, the first operand, read and two
+// vectors moved; one division and one dependent addition for each number, in order; one
 // dependent addition for each pair of numbers, in order; a conversion, a product and a sum for two numbers; or unknown.
-enum class Limit { none, arithmetic, movement, matrix, ordered_norm, ordered_dot, widened_norm };
+enum class Limit { none, arithmetic, movement, matrix, kept, ordered_norm, ordered_dot, widened_norm };
 
 struct Operand {
     i64 reals; // numbers of the case's precision, complex ones being two
@@ -76,6 +77,7 @@ struct Case {
     Case& matrix(i64 rows, i64 columns, Use use);
     Case& operand(i64 elements, Use use); // with no stride behind it
     Case& packed(i64 n, Use use);         // a triangle
+    Case& kept(i64 elements);             // what each library keeps for itself; no argument
     // An operand that is a fresh copy of another before each call, the time of which counts for all libraries: for
     // routines that cannot be repeated on what they leave. Numbers lie between -scale and scale but for the ones.
     Case& renewed(i64 elements, Use use, double scale, std::vector<i64> ones);

@@ -125,6 +125,13 @@ void move_matrix(const Case& c, const Arena& arena)
     }
 }
 
+void move_kept(const Case& c, const Arena& arena)
+{
+    const Operand &matrix = c.operands[0], &x = c.operands[1], &y = c.operands[2];
+    read_far(arena.address(matrix), c.bytes(matrix));
+    move<Use::read, Use::written>(arena.address(x), arena.address(y), c.bytes(x));
+}
+
 // sum += (v/scale)^2 for each number in turn: what remains of a scaled norm if nothing else cost time, at any stride.
 void ordered_norm(const Case& c, const Arena& arena)
 {
@@ -191,6 +198,10 @@ Repeat bind_limit(const Case& c, const Arena& arena)
     case Limit::matrix:
         return [&](long calls) {
             for (long i = 0; i < calls; ++i) move_matrix(c, arena);
+        };
+    case Limit::kept:
+        return [&](long calls) {
+            for (long i = 0; i < calls; ++i) move_kept(c, arena);
         };
     case Limit::ordered_norm:
         return [&](long calls) {

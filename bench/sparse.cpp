@@ -52,16 +52,27 @@ std::vector<Case> sparse_cases()
         for (const int size : {kind.small, kind.large}) {
             const Counts rows(kind, size);
             const double entries = rows.entries;
-            const auto vectors = [&](const char* routine, double work) {
-                cases.push_back(start(routine, kind.name, kind, size, work, 1));
-                cases.back().operand(rows.n, Use::read).operand(rows.n, Use::written);
+            const bool large = size == kind.large;
+            const auto vectors = [&](const char* routine, double stored, double work, int threads = 1) {
+                Case c = start(routine, kind.name + std::string(threads > 1 ? " threads" : ""), kind, size, work, 1);
+                if (large) {
+                    constexpr double entry = 12, row = 4; // bytes
+                    c.kept(static_cast<i64>((entry * stored + row * rows.n) / 8)).limit = Limit::kept;
+                }
+                c.operand(rows.n, Use::read).operand(rows.n, Use::written).threads = threads;
+                c.quick = !large || (threads > 1 && kind.pattern == Pattern::grid5);
+                cases.push_back(c);
             };
-            vectors("mv", entries);
-            vectors("sv", rows.lower);
-            if (kind.pattern == Pattern::grid5 || kind.pattern == Pattern::grid7 || kind.pattern == Pattern::band)
-                vectors("symv", entries); // as work, those of the full matrix
+            const bool symmetric =
+                kind.pattern == Pattern::grid5 || kind.pattern == Pattern::grid7 || kind.pattern == Pattern::band;
+            const auto products = [&](int threads) {
+                vectors("mv", entries, entries, threads);
+                if (symmetric) vectors("symv", rows.lower, entries, threads); // as work, those of the full matrix
+            };
+            products(1);
+            vectors("sv", rows.lower, rows.lower);
             for (const int columns : {8, 16, 24, 64}) {
-                if (size == kind.large && columns > 16) continue;
+                if (large && columns > 16) continue;
                 cases.push_back(
                     start("mm", kind.name + (" columns=" + std::to_string(columns)), kind, size, entries, columns));
                 cases.back()
@@ -69,12 +80,11 @@ std::vector<Case> sparse_cases()
                     .operand(i64{rows.n} * columns, Use::read)
                     .operand(i64{rows.n} * columns, Use::written);
             }
-            if (size == kind.large) {
+            if (large) {
                 Case shared = cases[cases.size() - 2]; // eight columns
-                vectors("mv", entries);
-                cases.back().threads = shared.threads = 2;
-                cases.back().variant += " threads", shared.variant += " threads";
+                shared.threads = 2, shared.variant += " threads";
                 cases.push_back(shared);
+                products(2);
             }
         }
     return cases;

@@ -16,7 +16,7 @@ TARGETS = [
     (r".[oi]matcopy", r"T.*", 1.2, None),
     (r".fft", r"small factors", 0.9, None),
     (r".fft", r"primes", 0.8, None),
-    (r"dsparse_mv", r".*", 1.05, None),
+    (r"dsparse_mv", r".*", 1.05, 0.90),
     (r"dsparse_mm", r".*", 1.3, None),
     (r".*", r"call", None, None),
     (r"dnrm2|dznrm2|dsdot|sdsdot", r".*", None, 0.90),
