@@ -37,6 +37,7 @@ class Place:
     def __init__(self, folder):
         self.folder = pathlib.Path(folder)
         (self.folder / "build").symlink_to(build)
+        (self.folder / "examples").symlink_to(page.parent.parent / "examples")
         (self.folder / "fork.py").write_text(FORK)
         for name in ("books", "alternatives", "lib"):
             (self.folder / name).mkdir()
@@ -64,7 +65,7 @@ class Place:
 
 def matches(expected, printed):
     pattern = re.escape(expected.rstrip("\n")).replace(r"\.\.\.", r"[^\n]*")
-    pattern = re.sub(r"^\[\^\\n\]\*$", "(?s:.*)", pattern, flags=re.M)  # alone on a line: any lines
+    pattern = re.sub(r"^\[\^\\n\]\*(\\?)$", r"(?s:.*)\1", pattern, flags=re.M)  # alone on a line: any lines
     return re.fullmatch(pattern, printed.rstrip("\n"))
 
 
