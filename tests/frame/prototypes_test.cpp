@@ -64,7 +64,7 @@ TEST(Prototypes, are_those_of_all_kernels)
         EXPECT_EQ(without(of_prototypes, listed.all), Names()) << module;
         EXPECT_EQ(without(listed.started, of_prototypes), Names()) << module;
     }
-    EXPECT_EQ(names.size(), 6U);
+    EXPECT_EQ(names.size(), 9U);
 }
 
 TEST(Prototypes, are_what_tests_call_kernels_by)
