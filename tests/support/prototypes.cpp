@@ -49,11 +49,11 @@ std::span<const Prototype> prototypes()
 #undef ORV_NAME
 #define ORV_NAME(name, ...) ENTRY(kernels::spblas::name)
 #include "frame/kernels/spblas.def"
-        ORV_SPBLAS_ALL(ORV_SPBLAS_PROTOTYPE)
+            ORV_SPBLAS_ALL(ORV_SPBLAS_PROTOTYPE)
 #undef ORV_NAME
 #define ORV_NAME(name, ...) ENTRY(kernels::spblas_lp64::name)
 #include "frame/kernels/spblas.def"
-            ORV_SPBLAS_ALL(ORV_SPBLAS_PROTOTYPE)
+                ORV_SPBLAS_ALL(ORV_SPBLAS_PROTOTYPE)
 #undef ORV_NAME
 #define ORV_NAME(name, ...) ENTRY(kernels::trans::name)
 #include "frame/kernels/trans.def"

@@ -125,11 +125,11 @@ ORV_API orv_status orv_sparse_zsv(char trans, orv_complex_double alpha, const or
                                   const orv_complex_double* x, orv_complex_double* y);
 
 /* Whether each row has its diagonal is looked at before anything is written, in every solve: that is a second way
-   through the indices, some 10 to 20 % of the time. A program that solves again and again sets has_diagonal once a solve
-   or orv_sparse_check has found nothing wrong. It then has to clear it before the next solve whenever begin, end, row,
-   col, count, uplo or base change, or what they point to; new values in the same places change nothing. Of a row without
-   its diagonal solves then take another entry, of a row at either end perhaps one outside of the arrays. Of DIA one look
-   at the distances is all, and always done. Results come with 0. */
+   through the indices, some 10 to 20 % of the time. A program that solves again and again sets has_diagonal once a
+   solve or orv_sparse_check has found nothing wrong. It then has to clear it before the next solve whenever begin, end,
+   row, col, count, uplo or base change, or what they point to; new values in the same places change nothing. Of a row
+   without its diagonal solves then take another entry, of a row at either end perhaps one outside of the arrays. Of DIA
+   one look at the distances is all, and always done. Results come with 0. */
 
 /* The same for the n columns of a dense matrix. */
 ORV_API orv_status orv_sparse_ssm(char order, char trans, float alpha, const orv_sparse* a, int64_t n, const float* x,

@@ -74,8 +74,8 @@ ORV_API orv_status orv_trig_set_scales(orv_trig* trig, double forward, double ba
    call; 0, which is the default: as many as that. Bad: 1 null; 2 none of these. */
 ORV_API orv_status orv_trig_set_threads(orv_trig* trig, int threads);
 
-/* One row without gaps; `to` may be `from`, or a row that does not overlap it. The elements are floats or doubles, as the
-   transform was created. ORV_NO_MEMORY, after which `to` may have been written to. Bad: 1, 2, 3 null. */
+/* One row without gaps; `to` may be `from`, or a row that does not overlap it. The elements are floats or doubles, as
+   the transform was created. ORV_NO_MEMORY, after which `to` may have been written to. Bad: 1, 2, 3 null. */
 ORV_API orv_status orv_trig_forward(const orv_trig* trig, const void* from, void* to);
 ORV_API orv_status orv_trig_backward(const orv_trig* trig, const void* from, void* to);
 
