@@ -1,22 +1,6 @@
 // Rectangles and boxes by name; what they do stands in helmholtz.h.
 #include "pde/poisson/helmholtz.h"
 
-namespace orv::pdepl {
-
-#define SCALE(t, T)                                                                                                    \
-    template <> i64 scale_right_hand_side(const State<T>& state, T* f, i64 points, T h)                                \
-    {                                                                                                                  \
-        const i64 columns = points - 1, rows = 0;                                                                      \
-        i64 stat = interrupted;                                                                                        \
-        PDEPL(t##_right_hand_side_2d)(&columns, &rows, &h, f, &stat);                                                  \
-        return stat == good ? stat : state.fail(stat, right_hand_side_failed);                                         \
-    }
-SCALE(s, float)
-SCALE(d, double)
-#undef SCALE
-
-} // namespace orv::pdepl
-
 #define RECTANGLE_AND_BOX(t, T)                                                                                        \
     ORV_EXPORT void PDEPL(t##_commit_helmholtz_2d)(T * f, const T* ax, const T* bx, const T* ay, const T* by,          \
                                                    Handle* xhandle, i64* ipar, T* dpar, i64* stat)                     \

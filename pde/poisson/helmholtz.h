@@ -98,7 +98,25 @@ template <class T, int axes> i64 make_tables(const State<T>& state, Handle* cons
     return good;
 }
 
-template <class T> i64 scale_right_hand_side(const State<T>& state, T* f, i64 points, T h);
+template <class T> struct RightHandSides;
+#define ORV_RIGHT_HAND_SIDES(t, T)                                                                                     \
+    template <> struct RightHandSides<T> {                                                                             \
+        static constexpr auto &of_rectangle = PDEPL(t##_right_hand_side_2d), &of_box = PDEPL(t##_right_hand_side_3d);  \
+    };
+ORV_RIGHT_HAND_SIDES(s, float)
+ORV_RIGHT_HAND_SIDES(d, double)
+#undef ORV_RIGHT_HAND_SIDES
+
+template <class T, int axes> i64 scale_right_hand_side(const State<T>& state, T* f)
+{
+    const T* const step = state.dpar + dpar_steps + axes - 1;
+    const i64* const cells = state.ipar + ipar_cells;
+    if (!(*step > 0)) return state.fail(not_allowed, no_step);
+    i64 stat = interrupted;
+    if constexpr (axes == 2) RightHandSides<T>::of_rectangle(cells, cells + 1, step, f, &stat);
+    else RightHandSides<T>::of_box(cells, cells + 1, cells + 2, step, f, &stat);
+    return stat == good ? stat : state.fail(stat, right_hand_side_failed);
+}
 
 template <class T, int axes>
 void commit(T* f, const Sides<T, axes>& sides, Handle* const (&handles)[axes - 1], const State<T>& state)
@@ -110,12 +128,7 @@ void commit(T* f, const Sides<T, axes>& sides, Handle* const (&handles)[axes - 1
     if (code != 999) {
         if (check_cells<T, axes>(state) != good) return;
         if (stages.tables && make_tables<T, axes>(state, handles) != good) return;
-        const T last = state.dpar[dpar_steps + axes - 1];
-        if (stages.right_hand_side) {
-            if (!(last > 0)) return void(state.fail(not_allowed, no_step));
-            const i64 points = Grid<T, axes>(state, f).points();
-            if (scale_right_hand_side(state, f, points, last) != good) return;
-        }
+        if (stages.right_hand_side && scale_right_hand_side<T, axes>(state, f) != good) return;
         if (stages.boundary) {
             if (state.ipar[ipar_theta] > 15) return void(state.fail(not_allowed, bad_theta_mark));
             if (check_sides<T, axes>(state) != good) return;

@@ -15,11 +15,9 @@ public:
             cells_[axis] = state.cells(axis), stride_[axis] = stride;
             stride *= cells_[axis] + 1;
         }
-        points_ = stride;
     }
 
     i64 cells(int axis) const { return cells_[axis]; }
-    i64 points() const { return points_; }
 
     // each(element, value) for all points of a layer, with the values that stand in the order of the layer's points.
     template <class Each> void layer(int axis, i64 index, const T* values, Each each) const
@@ -35,7 +33,7 @@ public:
 
 private:
     T* f_;
-    i64 cells_[3] = {0, 0, 0}, stride_[3] = {0, 0, 0}, points_;
+    i64 cells_[3] = {0, 0, 0}, stride_[3] = {0, 0, 0};
 };
 
 // The values of all sides, in the order ax, bx, ay, by, az, bz; null stands for zeros.
