@@ -1,4 +1,5 @@
 // Running a committed transform.
+#include "core/dft/long_line.h"
 #include "core/dft/nodes.h"
 #include "core/dft/split.h"
 
@@ -33,6 +34,7 @@ DftiCompute* compute_of(const DftiNode* node, Direction direction)
 
 orv_status compute_interleaved(const orv_dft& dft, Direction direction, void* from, void* to)
 {
+    if (dft.line_threads > 1) return explain(compute_line(dft, direction, from, to));
     DftiNode* const node = dft.node[direction];
     return explain(compute_of(node, direction)(node, from, dft.settings.in_place() ? nullptr : to, nullptr, nullptr));
 }

@@ -74,4 +74,6 @@ struct orv_dft {
     orv::core::dft::DftiNode* node[orv::core::dft::both_directions];
     // Bytes of work memory for interleaved spectra, where the program's are split and no kernel has that.
     orv::i64 staged_bytes;
+    // Of a single line that the core shares; 1 if the node does it all.
+    int line_threads = 1;
 };

@@ -3,6 +3,7 @@
 #include "core/dft/nodes.h"
 
 #include "core/branch/kernel.h"
+#include "core/dft/long_line.h"
 #include "core/dft/services.h"
 #include "orv/numerics.h"
 
@@ -191,10 +192,15 @@ orv_status make_nodes(orv_dft& dft)
     if (const auto status = open_branch()) return status;
     const Settings& s = dft.settings;
     if (s.transforms == 0) return ORV_OK;
-    const Settings plain = without_ones(is_staged(s) ? with_staged_spectrum(s) : s);
+    Settings plain = without_ones(is_staged(s) ? with_staged_spectrum(s) : s);
     dft.staged_bytes = is_staged(s) ? staged_bytes(plain) : 0;
+    const int threads = line_threads(plain);
+    if (threads > 1) plain.workspace = ORV_DFT_AVOID;
     const i32 status = make_nodes(dft, plain);
-    return status == node_ok ? ORV_OK : explain(status, s);
+    if (status != node_ok) return explain(status, s);
+    const DftiNode* const node = dft.node[forward] ? dft.node[forward] : dft.node[backward];
+    dft.line_threads = threads > 1 && is_in_two_dimensions(*node) ? threads : 1;
+    return ORV_OK;
 }
 
 void drop_nodes(orv_dft& dft)
@@ -202,6 +208,7 @@ void drop_nodes(orv_dft& dft)
     if (dft.node[backward] != dft.node[forward]) destroy(dft.node[backward]);
     destroy(dft.node[forward]);
     dft.node[forward] = dft.node[backward] = nullptr;
+    dft.line_threads = 1;
 }
 
 } // namespace orv::core::dft

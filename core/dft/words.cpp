@@ -1,4 +1,5 @@
 // How a transform is done, in words.
+#include "core/dft/long_line.h"
 #include "core/dft/nodes.h"
 
 #include <cinttypes>
@@ -84,7 +85,7 @@ i32 threads_used(const DftiNode* node)
 int orv::core::dft::threads_used(const orv_dft& dft)
 {
     if (!dft.committed) return 0;
-    i64 threads = 1;
+    i64 threads = dft.line_threads;
     for (const DftiNode* node : dft.node)
         if (node) threads = max(threads, ::threads_used(node));
     return static_cast<int>(threads);
@@ -99,8 +100,9 @@ const char* orv_dft_method(const orv_dft* dft)
     if (one == nullptr) return "nothing to do";
     const DftiNode* const other = dft->node[backward] ? dft->node[backward] : one;
     const char *const words = words_for(one), *const words_back = words_for(other);
-    const i64 bytes = dft->staged_bytes + max(one->max_buffer_bytes, other->max_buffer_bytes);
     const int threads = threads_used(*dft);
+    const i64 bytes = dft->line_threads > 1 ? line_bytes(*dft)
+                                            : dft->staged_bytes + max(one->max_buffer_bytes, other->max_buffer_bytes);
     std::snprintf(line, sizeof line, "%s%s%s; %d thread%s; %" PRId64 " bytes of work memory a call", words,
                   words == words_back ? "" : ", and back: ", words == words_back ? "" : words_back, threads,
                   threads == 1 ? "" : "s", bytes);

@@ -29,9 +29,9 @@
    Threads   A committed transform is only read by orv_dft_forward, orv_dft_backward and the functions that ask, which
              any number of threads may call at once on arrays of their own. Creating different ones at once is fine,
              too. Setting, committing and freeing need the transform alone. Where threads only share work, their number
-             does not change results. But some methods are chosen by it, as orv_dft_method tells: long real signals of
-             one dimension, and some lengths in single precision, may have other last bits on one thread than on
-             several. What is committed while orv_get_reproducible() is not 0 uses one thread. */
+             does not change results. But some methods are chosen by it, as orv_dft_method tells: long signals of one
+             dimension, and some lengths in single precision, may have other last bits on one thread than on several.
+             What is committed while orv_get_reproducible() is not 0 uses one thread. */
 #ifndef ORV_DFT_H
 #define ORV_DFT_H
 

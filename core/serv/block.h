@@ -1,0 +1,30 @@
+// Work memory for the time of a call.
+#pragma once
+
+#include "frame/serv.h"
+
+namespace orv::core {
+
+// So many elements, which may be none, on a boundary of two cache lines.
+template <class T> class Block {
+public:
+    explicit Block(i64 count)
+        : begin_(count > 0 ? static_cast<T*>(orv_serv_allocate(count * static_cast<i64>(sizeof(T)), 128)) : nullptr),
+          missing_(count > 0 && begin_ == nullptr)
+    {
+    }
+    Block(const Block&) = delete;
+    Block& operator=(const Block&) = delete;
+    ~Block()
+    {
+        if (begin_ != nullptr) orv_serv_deallocate(begin_);
+    }
+    bool missing() const { return missing_; }
+    T* begin() const { return begin_; }
+
+private:
+    T* begin_;
+    bool missing_;
+};
+
+} // namespace orv::core
