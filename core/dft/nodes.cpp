@@ -198,8 +198,8 @@ orv_status make_nodes(orv_dft& dft)
     if (threads > 1) plain.workspace = ORV_DFT_AVOID;
     const i32 status = make_nodes(dft, plain);
     if (status != node_ok) return explain(status, s);
-    const DftiNode* const node = dft.node[forward] ? dft.node[forward] : dft.node[backward];
-    dft.line_threads = threads > 1 && is_in_two_dimensions(*node) ? threads : 1;
+    for (const DftiNode* node : dft.node)
+        if (node && threads > 1 && is_in_two_dimensions(*node)) dft.line_threads = threads;
     return ORV_OK;
 }
 
