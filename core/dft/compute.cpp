@@ -44,7 +44,7 @@ orv_status compute_interleaved(const orv_dft& dft, Direction direction, void* fr
 orv_status compute(const orv_dft& dft, Direction direction, Arrays from, Arrays to)
 {
     const Settings& s = dft.settings;
-    if (s.transforms == 0) return ORV_OK;
+    if (dft.node[direction] == nullptr) return ORV_OK; // there are no transforms to do
     if (!s.is_split()) return compute_interleaved(dft, direction, from.first, to.first);
     DftiNode* const node = dft.node[direction];
     DftiCompute* const run = compute_of(node, direction);

@@ -36,8 +36,8 @@ Settings without_ones(const Settings& from)
         s.side[side].offset = {true, sides_of[side].offset};
     int rank = 0;
     for (int k = 0; k < from.rank; ++k) {
-        const bool is_last = k == from.rank - 1;
-        if (from.lengths[k] == 1 && !(from.is_real() && k == 0) && !(is_last && rank == 0)) continue;
+        const bool is_halved = from.is_real() && k == 0, is_all_there_is = k == from.rank - 1 && rank == 0;
+        if (from.lengths[k] == 1 && !is_halved && !is_all_there_is) continue;
         s.lengths[rank] = from.lengths[k];
         for (int side = signal; side < both_sides; ++side) s.side[side].strides[rank] = sides_of[side].strides[k];
         ++rank;
