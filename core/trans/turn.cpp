@@ -12,8 +12,8 @@
 // columns left over of a wide one are taken out before.
 #include "core/trans/turn.h"
 
+#include "core/serv/block.h"
 #include "core/trans/kernels.h"
-#include "frame/serv.h"
 
 #include <cstring>
 
@@ -22,22 +22,6 @@ namespace {
 
 // What a panel takes: half of a second-level cache.
 constexpr i64 budget = 1 << 20;
-
-// Work memory for one call; given back at its end.
-template <class T> class Work {
-public:
-    explicit Work(i64 elements) : block_(orv_serv_allocate(elements * static_cast<i64>(sizeof(T)), 128)) {}
-    Work(const Work&) = delete;
-    Work& operator=(const Work&) = delete;
-    ~Work()
-    {
-        if (block_ != nullptr) orv_serv_deallocate(block_);
-    }
-    T* data() const { return static_cast<T*>(block_); }
-
-private:
-    void* block_;
-};
 
 template <class T> void move(T* to, const T* from, i64 n)
 {
@@ -103,9 +87,9 @@ template <class T> bool turn_by_panels(i64 m, i64 n, T* ab, const Turning<T>& tu
 {
     const i64 longer = max(m, n), shorter = min(m, n), side = panel_side<T>(longer, shorter);
     const i64 panels = longer / side, whole = panels * side, left = longer - whole, bits = (panels * shorter + 7) / 8;
-    const Work<T> work((side + left) * shorter + side + bits / static_cast<i64>(sizeof(T)) + 1);
-    if (work.data() == nullptr) return false;
-    T *const panel = work.data(), *const rest = panel + side * shorter, *const spare = rest + left * shorter;
+    const Block<T> work((side + left) * shorter + side + bits / static_cast<i64>(sizeof(T)) + 1);
+    if (work.missing()) return false;
+    T *const panel = work.begin(), *const rest = panel + side * shorter, *const spare = rest + left * shorter;
     auto* const moved = reinterpret_cast<unsigned char*>(spare + side);
 
     const i64 size = side * shorter; // of a panel
@@ -135,10 +119,10 @@ template <class T> bool turn_by_panels(i64 m, i64 n, T* ab, const Turning<T>& tu
 // The whole matrix goes through work memory.
 template <class T> bool turn_by_copy(i64 m, i64 n, T* ab, i64 lda, i64 ldb, const Turning<T>& turning)
 {
-    const Work<T> work(m * n);
-    if (work.data() == nullptr) return false;
-    turning(m, n, ab, lda, work.data(), m);
-    for (i64 j = 0; j < n; ++j) move(ab + j * ldb, work.data() + j * m, m);
+    const Block<T> work(m * n);
+    if (work.missing()) return false;
+    turning(m, n, ab, lda, work.begin(), m);
+    for (i64 j = 0; j < n; ++j) move(ab + j * ldb, work.begin() + j * m, m);
     return true;
 }
 
