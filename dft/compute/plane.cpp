@@ -6,6 +6,12 @@ namespace {
 // Blocks of columns are of one cache line where rows are dense.
 template <class R> i64 log2_of_plane(Strides s) { return log2_of_columns<R>(s.first == 1 ? 2 : 3); }
 
+// A plane may have less rows than a block, but they may go on in the next plane.
+template <class In, class Out> i64 block_of_rows(const DftiNode& node, i64 log2_block)
+{
+    return block_bytes<In, Out>(node, log2_block, i64{1} << log2_block);
+}
+
 } // namespace
 
 template <class R>
@@ -19,7 +25,7 @@ template <class R> i64 PairPlane<R>::buffer_bytes(const DftiNode& node, Strides 
     using Pair = cpx<R>;
     const i64 log2_block = log2_of_plane<R>(os);
     const bool stages_rows = is.first != 1 || os.first != 1;
-    return max(stages_rows ? block_bytes<Pair, Pair>(node, log2_block, node.next->length) : 0,
+    return max(stages_rows ? block_of_rows<Pair, Pair>(node, log2_block) : 0,
                block_bytes<Pair, Pair>(*node.next, log2_block, node.length));
 }
 
@@ -64,7 +70,7 @@ template <class R> void RealPlane<R>::move(i64 reals, i64 half)
 template <class R> i64 RealPlane<R>::buffer_bytes(const DftiNode& node)
 {
     using Pair = cpx<R>;
-    return max(block_bytes<R, Pair>(node, log2_block, node.next->length),
+    return max(block_of_rows<R, Pair>(node, log2_block),
                max(2, i64{1} << log2_block) * (node.next->length + 2) * static_cast<i64>(sizeof(Pair)));
 }
 

@@ -138,6 +138,35 @@ TEST(Entry, takes_elements_of_a_batch_side_by_side_by_blocks_but_not_those_of_le
     }
 }
 
+// Rows of small planes go on in the next plane, so a block has more of them than one plane.
+i32 kernel_that_minds_its_row(void*, void* output, DftiNode* node, void*)
+{
+    const bool real = node->forward_domain == CFG_DOMAIN_REAL;
+    const i64 row = (real ? 2 * (node->length / 2 + 1) : 2 * node->length) * static_cast<i64>(sizeof(double));
+    const auto at = static_cast<char*>(output) - static_cast<char*>(probe().living.back());
+    EXPECT_TRUE(0 <= at && at + row <= probe().asked_bytes.back()) << at << '+' << row;
+    ++seen.calls;
+    return node_ok;
+}
+TEST(Entry, stages_rows_of_small_planes_where_there_is_room_for_them)
+{
+    Problem pairs = of_pairs({4, 6, 2});
+    pairs.signal.strides = {3, 12, 72}, pairs.spectrum = pairs.signal;
+    Problem reals = of_reals(Storage::half, true, false, {8, 2, 2});
+    reals.signal.strides = {3, 24, 48}, reals.spectrum.strides = {3, 15, 30};
+    for (const Problem& p : {pairs, reals}) {
+        Trial<double> trial(p, 9);
+        ASSERT_EQ(trial.commit_for(1), node_ok) << p.line();
+        DftiNode* const node = trial.node().get();
+        node->kernel_d_forward = node->kernel_rd_forward = kernel_that_minds_its_row;
+        trial.fill();
+        seen = {};
+        ProbeScope probe;
+        EXPECT_EQ(trial.compute(), node_ok) << p.line();
+        EXPECT_EQ(seen.calls, p.lengths[1] * p.lengths[2]) << p.line();
+    }
+}
+
 // All ways that take memory, and more than one transform each.
 std::vector<Problem> problems_of_every_route()
 {
