@@ -39,7 +39,7 @@ template <class R> void fill_roots(i32 thread, i32 threads, void* argument)
     const i64 coarse = 2 * s.m2 + 1;
     const auto [begin, end] = slice(coarse + s.m1, 1, thread, threads);
     for (i64 i = begin; i < end; ++i)
-        s.twiddle_b[i] = rounded<R>(i < coarse ? orv::root(-i, 2 * s.m2) : orv::root(coarse - i, 2 * s.half));
+        s.twiddle_b[i] = rounded<R>(i < coarse ? orv::root(-i, 2 * s.m2) : orv::root(coarse - i, 2 * s.half()));
 }
 template <class R> void fill_products(i32 thread, i32 threads, void* argument)
 {
@@ -84,7 +84,7 @@ template <class R> i32 State<R>::build(const DftiNode& node, i64 n, i32 team)
     if (n / 2 > most_points) return node_too_long;
     const Split split = split_of(n / 2);
     if (2 * split.m1 > engine_limit<R>(2 * split.m1) || split.m2 > engine_limit<R>(split.m2)) return node_too_long;
-    half = n / 2, m1 = split.m1, m2 = split.m2, columns = m2 / 2 + 1;
+    m1 = split.m1, m2 = split.m2, columns = m2 / 2 + 1;
     twiddle_a = allocate<R>(m1 * columns);
     twiddle_b = allocate<R>(2 * m2 + 1 + m1);
     if (twiddle_a == nullptr || twiddle_b == nullptr) return node_no_memory;
@@ -114,11 +114,12 @@ template <class R> i32 commit(const DftiMethod* method, DftiNode* node)
     auto* const state = state_of<State<R>>(node, alignment);
     if (state == nullptr) return give_up(node, node_no_memory);
     const i32 threads = alone ? 1 : node->effective_threads;
-    if (state->half != n / 2) {
+    if (state->half() != n / 2) {
         state->release();
         if (const i32 status = state->build(*node, n, threads)) return give_up(node, status);
     }
-    state->layout = layout_of(*node), state->threads = threads;
+    state->threads = threads;
+    state->packed_format = format, state->placement = node->placement;
     finish(node, compute<R, true>, compute<R, false>);
     return node_ok;
 }

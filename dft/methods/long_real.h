@@ -31,9 +31,8 @@ ORV_DFT_REAL(ORV_DFT_ENGINE)
 #undef ORV_DFT_ENGINE
 
 template <class R> struct State {
-    i64 half; // N
-    Layout layout;
-    i32 threads;
+    i64 threads;
+    u32 packed_format, placement; // of the node, as committed
     i64 m1, m2;
     cpx<R>* twiddle_a;                     // w^(2*j*k2), a row of m1 for each k2
     cpx<R>* twiddle_b;                     // w^(m1*q) for q <= 2*m2, then w^r for r < m1
@@ -41,6 +40,7 @@ template <class R> struct State {
     i64 columns;                           // m2/2 + 1
     i64 buffer_bytes;                      // the largest of the engine's work areas
 
+    i64 half() const { return m1 * m2; } // N
     void release();
     i32 build(const DftiNode& node, i64 n, i32 team);
 

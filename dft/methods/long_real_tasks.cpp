@@ -15,6 +15,7 @@ constexpr i64 pitch_of(i64 n) { return (n + 7) / 8 * 8 | 8; } // an odd multiple
 
 template <class R> struct Call {
     const State<R>& state;
+    Layout layout;
     const R* from;
     R* to;
     cpx<R>* lines; // between rows and columns: 2*m1 pairs for each k2
@@ -158,7 +159,7 @@ template <bool forward, class R> void move_columns(const Call<R>& call, i64 k2, 
     const i64 m1 = call.state.m1, m2 = call.state.m2;
     using T = std::conditional_t<forward, cpx<R>, const cpx<R>>;
     T* x = reinterpret_cast<T*>(forward ? call.to : const_cast<R*>(call.from)) + k2;
-    T* mirrored = x + (call.state.half - 2 * k2);
+    T* mirrored = x + (call.state.half() - 2 * k2);
     for (i64 k1 = 0; k1 < m1; ++k1, x += m2, mirrored -= m2)
         for (i64 b = 0; b < count; ++b) {
             cpx<R>* const point = columns[b] + k1;
@@ -174,7 +175,7 @@ template <bool forward, class R> void move_columns(const Call<R>& call, i64 k2, 
 template <bool forward, class R> void move_column_0(const Call<R>& call, cpx<R>* points)
 {
     const State<R>& state = call.state;
-    const Spectrum<R> x(forward ? call.to : const_cast<R*>(call.from), 2 * state.half, state.layout);
+    const Spectrum<R> x(forward ? call.to : const_cast<R*>(call.from), 2 * state.half(), call.layout);
     for (i64 k1 = 0; k1 <= state.m1; ++k1) {
         if constexpr (forward) x.put(state.m2 * k1, points[k1]);
         else points[k1] = x.get(state.m2 * k1);
@@ -250,22 +251,31 @@ template <class R, bool forward> i32 compute(DftiNode* node, void* data, void* o
     using T = cpx<R>;
     constexpr i64 pair = sizeof(T);
     const auto& state = *static_cast<const State<R>*>(node->method_data);
+    const auto threads = static_cast<i32>(state.threads);
     const i64 line_bytes = 2 * state.m1 * pair, row_bytes = pitch_of(state.m2) * static_cast<i64>(sizeof(R));
     const i64 block_bytes = max(block<T> * pitch_of(2 * state.m1) * pair, block<R> * row_bytes);
     const i64 memory_bytes = round_up(block_bytes + state.buffer_bytes, cache_line);
-    const Memory lines(state.columns * line_bytes), column(line_bytes / 2), memory(state.threads * memory_bytes);
+    const Memory lines(state.columns * line_bytes), column(line_bytes / 2), memory(threads * memory_bytes);
     if (lines.at == nullptr || column.at == nullptr || memory.at == nullptr) return node_no_memory;
 
     const auto [from, to] = reals_of<R>(*node, forward, data, output);
-    Call<R> call{
-        state,       from, to, reinterpret_cast<T*>(lines.at), reinterpret_cast<R*>(column.at), memory.at, memory_bytes,
-        block_bytes, 0,    ok};
-    if (state.threads > 1) parallel_together(*node, state.threads, task<forward, R>, &call);
+    Call<R> call{state,
+                 layout_of(*node),
+                 from,
+                 to,
+                 reinterpret_cast<T*>(lines.at),
+                 reinterpret_cast<R*>(column.at),
+                 memory.at,
+                 memory_bytes,
+                 block_bytes,
+                 0,
+                 ok};
+    if (threads > 1) parallel_together(*node, threads, task<forward, R>, &call);
     else task<forward, R>(0, 1, &call);
     const double factor = forward ? node->committed_forward_scale : node->committed_backward_scale;
     if (factor != 1) {
-        Scaling<R> all{to, 2 * state.half + (forward && state.layout == Layout::ccs ? 1 : 0), static_cast<R>(factor)};
-        share(*node, state.threads, scale<R>, &all);
+        Scaling<R> all{to, 2 * state.half() + (forward && call.layout == Layout::ccs ? 1 : 0), static_cast<R>(factor)};
+        share(*node, threads, scale<R>, &all);
     }
     return DFT(transfer_ymp_orv_error)(call.status);
 }

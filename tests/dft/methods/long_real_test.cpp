@@ -234,6 +234,25 @@ TYPED_TEST(LongReal, transform_is_one_of_reals_that_is_worth_it)
     EXPECT_EQ(node.commit(), node_ok);
 }
 
+TYPED_TEST(LongReal, record_tells_format_placement_and_split)
+{
+    struct Begin { // of the method's record
+        i64 first;
+        u32 packed_format, placement;
+        i64 m1, m2;
+    };
+    for (const u32 format : {CFG_CCS, CFG_PERM, CFG_CCE})
+        for (const bool in_place : {true, false}) {
+            const Long<TypeParam> node(2 * 2 * 9 * 25 * 49, 2, in_place, format);
+            ASSERT_EQ(node.commit(), node_ok);
+            const auto* const record = static_cast<const Begin*>(node->method_data);
+            EXPECT_EQ(record->packed_format, format);
+            EXPECT_EQ(record->placement, in_place ? CFG_IN_PLACE : CFG_OUT_OF_PLACE);
+            EXPECT_EQ(record->m1, 15 * 7); // one 7 each, for m1 is the smaller one
+            EXPECT_EQ(record->m2, 30 * 7);
+        }
+}
+
 TYPED_TEST(LongReal, tables_stay_for_the_next_commit_and_go_when_it_is_detached)
 {
     Long<TypeParam> node(16384, 2);
