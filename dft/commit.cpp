@@ -52,20 +52,25 @@ i32 ask_methods(DftiNode* node)
     return status == node_not_this_method ? i32{node_inconsistent} : status;
 }
 
+// What was in force before a commit that fails is not of these settings.
+i32 ended(DftiNode* node, i32 status)
+{
+    if (status != node_ok) node->uncommit(node);
+    return status;
+}
+
 } // namespace
 
 i32 commit_child(DftiNode* node)
 {
     take_over(node);
-    const i32 status = ask_methods(node);
-    if (status != node_ok) node->uncommit(node); // what was in force before is not of these settings
-    return status;
+    return ended(node, ask_methods(node));
 }
 
 i32 commit(DftiNode* node)
 {
-    if (const i32 status = normalise(node)) return status;
-    return commit_child(node);
+    const i32 status = normalise(node);
+    return status == node_ok ? commit_child(node) : ended(node, status);
 }
 
 } // namespace orv::dft

@@ -80,7 +80,7 @@ i32 can_scale(const DftiNode* node, i32* flag)
                       : f == 1 && b == 1 / n   ? scale_inverse
                       : f == root && b == root ? scale_both
                                                : 0;
-    if (flag != nullptr) *flag = found != 0 ? found : i32{scale_none};
+    if (flag != nullptr) *flag = found;
     return found != 0;
 }
 

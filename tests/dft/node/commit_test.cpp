@@ -167,9 +167,11 @@ TEST_F(Commit, without_memory_for_its_tensors_fails_and_can_be_repeated)
 {
     const Node node = create_md('d', 'c', {4, 1, 6});
     commit_by({&answering<1, 0>}, node.get()); // the work tensor has shrunk
+    node->commit_status = CFG_COMMITTED;
     ProbeScope memory;
     memory->fail_all = true;
     EXPECT_EQ(commit_by({&answering<1, 0>}, node.get()), (Result{node_no_memory, {}}));
+    EXPECT_EQ(node->commit_status, CFG_UNCOMMITTED);
     memory->fail_all = false;
     EXPECT_EQ(commit_by({&answering<1, 0>}, node.get()), (Result{node_ok, {1}}));
     EXPECT_EQ(node->work_rank, 2);
