@@ -4,7 +4,7 @@
 //   sm   columns first to last of a dense matrix, counted from 1, one after the other
 //
 // sm works in m elements of memory; refused, it works in the dense matrix itself, with the same sums in another order.
-// A triangle's diagonal must be stored; nothing tests it (spblas/csr_solve.h says what is taken in its place).
+// The diagonal must be stored; nothing tests it (spblas/csr_solve.h says what is taken in its place).
 #include "spblas/csr_solve.h"
 
 #include "spblas/memory.h"

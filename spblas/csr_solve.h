@@ -1,9 +1,9 @@
-// Triangular solves with a matrix in compressed rows, for one vector in place.
+// Solves with a matrix in compressed rows, for one vector in place.
 //
 // The diagonal of a row is the entry at which a search stops; whether it is one is not tested. Where rows are solved
-// downward (a lower triangle, or an upper one transposed) the search goes from the row's start while columns are below
-// the row's number, else from its end while they are above. If all are, the entry behind the row's end, or before its
-// start, is taken: its column is not read, its value is.
+// downward (a lower triangle, an upper one transposed, a diagonal matrix) the search goes from the row's start while
+// columns are below the row's number, else from its end while they are above. If all are, the entry behind the row's
+// end, or before its start, is taken: its column is not read, its value is.
 #pragma once
 
 #include "spblas/csr.h"
@@ -103,14 +103,11 @@ template <class T, class Y> void solve(const Options& o, Int m, const Csr<T>& a,
     else solve_rows<false>(o, m, a, y);
 }
 
-// y[i] := (alpha/a)*y[i] with the entry on the diagonal; rows without one are left alone.
+// y[i] := (alpha/a)*y[i]
 template <class T, class Y> void solve_diagonal(const Options& o, Int m, const Csr<T>& a, T alpha, Y y)
 {
-    for (Int i = o.base; i < m + o.base; ++i) {
-        const Cut cut = a.cut(o, i);
-        if (cut.diagonal < cut.behind)
-            y[i] = divide(alpha, conjugate_if(o.conjugate_diagonal(), a.val[cut.diagonal])) * y[i];
-    }
+    for (Int i = o.base; i < m + o.base; ++i)
+        y[i] = divide(alpha, conjugate_if(o.conjugate_diagonal(), a.val[stop(a, i, true)])) * y[i];
 }
 
 } // namespace orv::ORV_SPBLAS

@@ -169,3 +169,15 @@ TEST(CsrSv, takes_the_next_entry_of_a_row_without_a_diagonal)
     EXPECT_EQ(y[0], 1); // divided by the entry above the diagonal
     EXPECT_EQ(y[1], 8);
 }
+
+TEST(CsrSv, takes_the_entry_behind_the_smaller_columns_where_a_diagonal_matrix_has_none)
+{
+    // Row 0 begins above its diagonal, row 1 ends below it, row 2 is empty; 8 stands behind all of them.
+    const i64 m = 3, col[] = {1, 2, 0}, begin[] = {0, 2, 3}, end[] = {2, 3, 3};
+    const double alpha = 8, val[] = {4, 3, 5, 8};
+    double y[] = {1, 2, 3};
+    kernel<kernels::spblas::dcsr0nd_nc__svout_seq>()(&m, &alpha, val, col, begin, end, y);
+    EXPECT_EQ(y[0], 2);
+    EXPECT_EQ(y[1], 2);
+    EXPECT_EQ(y[2], 3);
+}
