@@ -137,8 +137,10 @@ template <class T>
         if (o.lower != o.upper || o.diagonal_only()) {
             const Cut cut = a.cut(o, i);
             from = cut.beside_from(o), to = o.diagonal_only() ? from : cut.beside_to(o);
+            // Of a diagonal matrix the search ends at the first entry that it looks for.
+            const i64 behind = o.diagonal_only() ? min(cut.diagonal + 1, cut.behind) : cut.behind;
             if (o.diagonal)
-                for (Int e = cut.diagonal; e < cut.behind; ++e)
+                for (i64 e = cut.diagonal; e < behind; ++e)
                     add_multiple(nd, alpha * conjugate_if(o.conjugate_diagonal(), a.val[e]), x_row, y_row);
             if (o.unit) add_multiple(nd, alpha, x_row, y_row);
         }

@@ -169,3 +169,19 @@ TEST(CsrMm, by_columns_does_not_depend_on_blocks_of_rows)
         EXPECT_TRUE(same_bits(y.data(), by_row.data(), m * nd));
     }
 }
+
+TEST(CsrMm, of_a_diagonal_matrix_takes_the_first_of_two_entries_in_both_layouts)
+{
+    const i64 m = 2, nd = 1, ld = 2, col0[] = {0, 0, 1}, col1[] = {1, 1, 2}, pointers[] = {0, 2, 3};
+    const double one = 1, val[] = {3, 100, 5}, x[] = {1, 0, 1};
+    double by_rows[] = {0, 0, 0}, by_columns[] = {0, 0};
+    kernel<kernels::spblas::dcsr0nd_nc__mmout_seq>()(&m, &nd, &one, val, col0, pointers, pointers + 1, x, &ld, by_rows,
+                                                     &ld, &one);
+    EXPECT_EQ(by_rows[0], 3);
+    EXPECT_EQ(by_rows[2], 5);
+    const double both[] = {1, 1};
+    kernel<kernels::spblas::dcsr1nd_nf__mmout_seq>()(&m, &nd, &one, val, col1, pointers, pointers + 1, both, &ld,
+                                                     by_columns, &ld, &one);
+    EXPECT_EQ(by_columns[0], 3);
+    EXPECT_EQ(by_columns[1], 5);
+}
