@@ -5,7 +5,7 @@
 //   to compressed rows    (job[0] 0) asks 0: ia alone, and room is not asked. Zeros are dropped, negative ones too. A
 //   row
 //                         for which job[4] has no room is told in info, counted from 1; those before it are there, it
-//                         and those behind it are empty.
+//                         and those behind it are empty; what of it there is room for stands behind them.
 //   back                  all m by n elements are cleared, then entries added.
 #include "spblas/conversion.h"
 
@@ -31,8 +31,8 @@ template <class T> Int from_dense(const Job& job, Int m, Int n, const T* adns, i
     Int rows = m; // for which there is room
     while (rows > 0 && ia[rows] - job.csr > job.room) --rows;
     for (Int i = rows + 1; i <= m; ++i) ia[i] = ia[rows];
-    each(rows, [=](Int i, Int j, T value) {
-        if (value == zero<T>) return;
+    each(rows < m ? rows + 1 : m, [=](Int i, Int j, T value) {
+        if (value == zero<T> || (i == rows && ia[i] - job.csr >= job.room)) return;
         const Int at = ia[i]++ - job.csr;
         ja[at] = j + job.csr, acsr[at] = value;
     });

@@ -278,7 +278,7 @@ TEST(DenseToCsr, takes_each_part_of_a_matrix_without_its_zeros)
     });
 }
 
-TEST(DenseToCsr, tells_the_row_without_room_and_leaves_the_rows_before_it)
+TEST(DenseToCsr, tells_the_row_without_room_and_leaves_what_it_has_written_before)
 {
     each_base([]<class T, class Int>(Int csr, Int) {
         const DenseMatrix<T> dense(7, 7);
@@ -291,6 +291,10 @@ TEST(DenseToCsr, tells_the_row_without_room_and_leaves_the_rows_before_it)
             auto expected = entries;
             std::erase_if(expected, [=](const auto& entry) { return entry.i >= row; });
             EXPECT_EQ(a.entries(csr), expected) << room;
+            for (auto e = expected.size(); e < static_cast<std::size_t>(room); ++e) { // of the row itself
+                EXPECT_EQ(a.col[e] - csr, entries[e].j) << room;
+                EXPECT_EQ(a.val[e], entries[e].a) << room;
+            }
         }
     });
 }
