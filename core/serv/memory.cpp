@@ -6,6 +6,9 @@
 // and taking and returning a block needs no lock. A block that another thread returns moves to that thread's shelf.
 //
 // Objects that outlive a call (orv_serv_malloc) are not kept: they come and go rarely, in all sizes.
+//
+// Large blocks ask for large pages. Fresh small ones cost more than most passes over a block, and a pass that goes to
+// places anywhere in it waits for the tables of pages; transposing a large sparse matrix takes half the time so.
 #include "orv/memory.h"
 #include "core/serv/settings.h"
 #include "frame/export.h"
@@ -15,6 +18,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <pthread.h>
+#include <sys/mman.h>
 
 namespace orv::core {
 namespace {
@@ -25,9 +29,10 @@ struct Header {
     i64 capacity; // of work memory; 0: never kept
 };
 
-constexpr i64 least_alignment = 128;     // work blocks start a pair of cache lines, whatever was asked
-constexpr i64 granule = 4096;            // capacities are multiples, so that nearby sizes share blocks
-constexpr i64 most_bytes = i64{1} << 47; // the address space of a process
+constexpr i64 least_alignment = 128; // work blocks start a pair of cache lines, whatever was asked
+constexpr i64 granule = 4096;        // a small page; capacities are multiples, so that nearby sizes share blocks
+constexpr i64 least_of_large_pages = i64{4} << 20; // a block of so many bytes has at least one of 2 MiB in it
+constexpr i64 most_bytes = i64{1} << 47;           // the address space of a process
 
 Header& header(void* block) { return static_cast<Header*>(block)[-1]; }
 
@@ -37,6 +42,13 @@ bool sensible(i64 bytes, i64 alignment)
     return power_of_two && alignment <= most_bytes && bytes >= 0 && bytes <= most_bytes;
 }
 
+// For the whole small pages of a block that has these bytes at least; whether the system follows is its own affair.
+void ask_for_large_pages(void* origin, i64 bytes)
+{
+    const auto from = round_up(reinterpret_cast<i64>(origin), granule);
+    madvise(reinterpret_cast<void*>(from), static_cast<std::size_t>((bytes / granule - 1) * granule), MADV_HUGEPAGE);
+}
+
 // Null if there is no memory, or if the request makes no sense.
 void* fresh(i64 bytes, i64 alignment, i64 capacity)
 {
@@ -44,6 +56,7 @@ void* fresh(i64 bytes, i64 alignment, i64 capacity)
     alignment = max(alignment, sizeof(Header));
     void* origin;
     if (posix_memalign(&origin, alignment, alignment + bytes) != 0) return nullptr;
+    if (bytes >= least_of_large_pages) ask_for_large_pages(origin, bytes);
     void* block = static_cast<char*>(origin) + alignment;
     header(block) = {origin, capacity};
     return block;

@@ -1,16 +1,19 @@
 #include "frame/serv.h"
-#include "tests/support/process.h"
 #include "tests/support/probe.h"
+#include "tests/support/process.h"
 #include "tests/support/sanitized.h"
 
 #include <atomic>
 #include <barrier>
+#include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <limits>
 #include <mutex>
 #include <orv/memory.h>
 #include <random>
+#include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
@@ -55,6 +58,20 @@ template <class F> bool in_child(F f)
     return WIFEXITED(ended) && WEXITSTATUS(ended) == 0;
 }
 
+// What the system says about the mapping that an address is in; nothing if it does not tell.
+std::string flags_of(const void* address)
+{
+    std::ifstream maps("/proc/self/smaps");
+    bool inside = false;
+    for (std::string line; std::getline(maps, line);) {
+        unsigned long from, to;
+        if (std::sscanf(line.c_str(), "%lx-%lx ", &from, &to) == 2)
+            inside = from <= reinterpret_cast<unsigned long>(address) && reinterpret_cast<unsigned long>(address) < to;
+        else if (inside && line.starts_with("VmFlags:")) return line;
+    }
+    return {};
+}
+
 } // namespace
 
 TEST_F(Memory, gives_blocks_of_any_power_of_two_alignment)
@@ -74,6 +91,19 @@ TEST_F(Memory, gives_blocks_of_any_power_of_two_alignment)
                 for (i64 i = 0; i < bytes; i += 61) ASSERT_EQ(static_cast<char*>(blocks[b])[i], b + 1);
             orv_serv_deallocate(blocks[0]), orv_serv_free(blocks[1]), orv_serv_free(blocks[2]);
         }
+}
+
+TEST_F(Memory, asks_for_large_pages_for_large_blocks)
+{
+    if (access("/sys/kernel/mm/transparent_hugepage", F_OK) != 0) GTEST_SKIP() << "this system has none";
+    for (const i64 bytes : {4 * MiB, 40 * MiB}) {
+        void* blocks[] = {orv_serv_allocate(bytes, 64), orv_serv_malloc(bytes, 64), orv_serv_calloc(bytes, 1, 64)};
+        for (void* block : blocks) {
+            const std::string flags = flags_of(static_cast<char*>(block) + bytes / 2);
+            EXPECT_TRUE(flags.empty() || flags.find(" hg") != std::string::npos) << flags;
+            orv_serv_free(block);
+        }
+    }
 }
 
 TEST_F(Memory, gives_null_for_what_makes_no_sense)
