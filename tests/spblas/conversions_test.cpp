@@ -144,14 +144,17 @@ TEST(CooToCsr, writes_nothing_without_room)
 TEST(SortRow, moves_values_along_and_keeps_entries_of_one_column_in_their_order)
 {
     each_type([]<class T, class Int> {
-        // 3,000: far more than is sorted by insertion. From row `first` on, as base 0 is for whole matrices.
-        for (const i64 length : {0, 1, 2, 3, 100, 127, 128, 129, 257, 3000})
-            for (const int kind : {0, 1, 2}) { // random, descending, all of one column
+        // Around the lengths where the way of sorting changes. From row `first` on, as base 0 is for whole matrices.
+        for (const i64 length : {0, 1, 2, 3, 4, 5, 47, 48, 49, 95, 96, 97, 257, 2048, 2049, 3000})
+            for (const int kind : {0, 1, 2, 3}) { // random, descending, all of one column, far apart
                 Entries<T> entries;
                 Random random(static_cast<std::uint64_t>(length));
                 for (i64 i = 0; i < 3; ++i)
                     for (i64 e = 0; e < length; ++e) {
-                        const i64 j = kind == 0 ? random.integer(0, length / 2) : kind == 1 ? length - e : 4;
+                        const i64 j = kind == 0   ? random.integer(0, length / 2)
+                                      : kind == 1 ? length - e
+                                      : kind == 2 ? 4
+                                                  : random.integer(0, std::numeric_limits<Int>::max() - 1);
                         entries.push_back({i, j, element<T>::make(static_cast<real_t<T>>(e))});
                     }
                 for (const Int base : {0, 1})
@@ -169,6 +172,27 @@ TEST(SortRow, moves_values_along_and_keeps_entries_of_one_column_in_their_order)
                         ASSERT_EQ(a.entries(base), expected) << length << ' ' << kind;
                     }
             }
+    });
+}
+
+TEST(SortRow, sorts_very_long_rows_without_memory_too)
+{
+    each_type([]<class T, class Int> {
+        Entries<T> entries;
+        Random random;
+        for (i64 e = 0; e < 5000; ++e)
+            entries.push_back({0, random.integer(0, 3000), element<T>::make(static_cast<real_t<T>>(e))});
+        auto expected = entries;
+        std::stable_sort(expected.begin(), expected.end(), [](const auto& x, const auto& y) { return x.j < y.j; });
+        std::optional<Csr<T, Int>> a;
+        each_allocation_fails(
+            [&] {
+                const Int row = 1;
+                a.emplace(1, entries, 1);
+                kernel<sparse::SortRow<T, Int>>(module_of<Int>, letter<T>, "sortrow")(&row, &row, a->start.data(),
+                                                                                      a->col.data(), a->val.data());
+            },
+            [&] { ASSERT_EQ(a->entries(1), expected); });
     });
 }
 
