@@ -6,6 +6,9 @@
 
 namespace orv::ORV_SPBLAS {
 
+// The places of entries that come so much later are asked for: those of a large matrix are anywhere in memory.
+constexpr Int ahead = 16;
+
 inline void clear_counts(Int* count, i64 n)
 {
     for (i64 i = 0; i < n; ++i) count[i] = 0;

@@ -45,6 +45,10 @@ Int from_coordinates(const Job& job, Int n, T* acsr, Int* ja, Int* ia, Int nnz, 
     for (Int p = 0; p < nnz; ++p) ++ia[rowind[p] - job.other];
     ia[n] = counts_to_places(ia, n, job.csr);
     for (Int p = 0; p < nnz; ++p) {
+        if (p + ahead < nnz) {
+            const Int soon = ia[rowind[p + ahead] - job.other] - job.csr;
+            prefetch(ja + soon), prefetch(acsr + soon);
+        }
         const Int at = ia[rowind[p] - job.other]++ - job.csr;
         ja[at] = colind[p] + shift, acsr[at] = acoo[p];
     }

@@ -7,9 +7,6 @@
 namespace orv::ORV_SPBLAS {
 namespace {
 
-// Places to write are asked for so many entries ahead: those of a large matrix are anywhere in memory.
-constexpr Int ahead = 16;
-
 template <bool values, class T>
 void turn(Int m, const T* a, const Int* index, const Int* start, Int base, T* b, Int* to_index, Int* to_start,
           Int to_base)

@@ -44,9 +44,9 @@ private:
 
     bool in_order(Int first, Int last) const
     {
-        for (Int p = first + 1; p < last; ++p)
-            if (col[p] < col[p - 1]) return false;
-        return true;
+        bool falls = false; // where it does cannot be foreseen, so the loop goes on
+        for (Int p = first + 1; p < last; ++p) falls |= col[p] < col[p - 1];
+        return !falls;
     }
     void copy_to(const RowSort& to, Int count) const
     {
