@@ -20,6 +20,19 @@ struct Cut {
     constexpr i64 to(const Options& o) const { return o.upper ? end : o.diagonal ? behind : diagonal; }
 };
 
+// Asks for the entries that will be read 64 cache lines after those of a row, or before them, so that they come from
+// memory in time; the processor does not look ahead over the end of a page. Nothing is read here, so it does not matter
+// whether they exist. Of matrices that stay in the caches it would cost a tenth.
+template <int step, class T> ORV_INLINE void ask_ahead(Entries<T> row)
+{
+    constexpr i64 line = cache_line / sizeof(T), ahead = step * 64 * line;
+    i64 e = 0;
+    do {
+        prefetch(row.val + (e + ahead)), prefetch(row.col + (e + ahead));
+        e += line;
+    } while (e < row.n);
+}
+
 template <class T> struct Csr {
     const T* val;
     const Int *col, *begin, *end;
@@ -31,6 +44,14 @@ template <class T> struct Csr {
 
     ORV_INLINE Entries<T> entries(i64 from, i64 to) const { return {val + from, col + from, to - from}; }
     ORV_INLINE Entries<T> row(i64 i) const { return entries(begin[i], end[i]); }
+
+    // Whether rows from i to last are more than the second-level cache keeps from one call to the next, taken as if
+    // they followed each other.
+    bool is_large(i64 i, i64 last) const
+    {
+        constexpr i64 kept = 1 << 20, entry = sizeof(T) + sizeof(Int);
+        return (i64{end[last]} - begin[i]) * entry > kept;
+    }
 
     // Looks for the diagonal from the side of the entries that do not count: of a triangle alone it is found at once.
     ORV_INLINE Cut cut(const Options& o, i64 i) const { return o.lower ? cut<true>(i) : cut<false>(i); }

@@ -14,12 +14,13 @@ template <class T> struct Close {
 };
 
 // Rows as they stand: y[i] := alpha*sum + beta*y[i].
-template <class T>
+template <bool large, class T>
 [[gnu::noinline]] void multiply_rows(const Options& o, Int i, Int end, Csr<T> a, Close<T> close, const T* x, T* y)
 {
     const bool conjugates = o.conjugate_direct;
     for (; i < end; ++i) {
         const Entries<T> row = a.row(i);
+        if constexpr (large) ask_ahead<1>(row);
         close(row.n >= long_row ? long_dot(row.val, row.col, row.n, x, conjugates) : plain_dot(row, x, conjugates),
               y + i);
     }
@@ -151,7 +152,8 @@ void multiply(const Options& o, Int i, Int end, const Csr<T>& a, const Close<T>&
     else if (acts_twice(o)) multiply_both<T>(o, i64{i}, i64{end}, a, close, x, y, y_end);
     else if (o.mirrored) scatter_rows(o, i, end, a, close.alpha, x, y);
     else if (o.triangle()) multiply_triangle(o, i, end, a, close, x, y);
-    else multiply_rows(o, i, end, a, close, x, y);
+    else if (a.is_large(i, i64{end} - 1)) multiply_rows<true>(o, i, end, a, close, x, y);
+    else multiply_rows<false>(o, i, end, a, close, x, y);
 }
 
 } // namespace orv::ORV_SPBLAS

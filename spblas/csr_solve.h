@@ -55,27 +55,32 @@ template <class T> ORV_INLINE T divided(const Options& o, const Csr<T>& a, i64 d
 
 // Each row takes from the elements that are solved already, entry by entry along the search. The last of them is often
 // the one that has just been solved: it is still in a register, so the row waits for its product, two sums and a
-// quotient and not for memory. Four entries a step leave the processor a quarter of the jumps to foresee.
-template <bool downward, class T, class Y> [[gnu::noinline]] void solve_rows(Options o, Int m, Csr<T> a, Y y)
+// quotient and not for memory. Four entries a step leave the processor a quarter of the jumps to foresee; with a loop
+// for either kind of row, where the loop ends does not wait for what columns say.
+template <bool downward, bool large, class T, class Y>
+[[gnu::noinline]] void solve_rows(Options o, Int m, Csr<T> a, Y y)
 {
     constexpr int step = downward ? 1 : -1;
     T newest = zero<T>;
     i64 i = downward ? i64{o.base} : i64{m} + o.base - 1;
     for (const i64 end = downward ? i64{m} + o.base : i64{o.base} - 1; i != end; i += step) {
-        const i64 diagonal = stop(a, i, downward);
-        i64 p = downward ? a.begin[i] : a.end[i] - 1;
-        const bool meets_newest = p != diagonal && a.col[diagonal - step] == i - step;
-        const i64 behind = meets_newest ? diagonal - step : diagonal;
-        One<T> sum{};
-        const auto next = [&]() ORV_INLINE_LAMBDA {
-            if (p == behind) return false;
-            sum.add(a.val + p, &y[a.col[p]]), p += step;
-            return true;
+        if constexpr (large) ask_ahead<step>(a.row(i));
+        const i64 diagonal = stop(a, i, downward), start = downward ? a.begin[i] : a.end[i] - 1;
+        const auto solve_to = [&](i64 behind, auto meets_newest) ORV_INLINE_LAMBDA {
+            i64 p = start;
+            One<T> sum{};
+            const auto next = [&]() ORV_INLINE_LAMBDA {
+                if (p == behind) return false;
+                sum.add(a.val + p, &y[a.col[p]]), p += step;
+                return true;
+            };
+            while (next() && next() && next() && next()) {
+            }
+            if constexpr (meets_newest) sum.add(a.val + behind, &newest);
+            y[i] = newest = divided(o, a, diagonal, y[i] - sum.value(o.conjugate_diagonal()));
         };
-        while (next() && next() && next() && next()) {
-        }
-        if (meets_newest) sum.add(a.val + p, &newest);
-        y[i] = newest = divided(o, a, diagonal, y[i] - sum.value(o.conjugate_diagonal()));
+        if (start != diagonal && a.col[diagonal - step] == i - step) solve_to(diagonal - step, std::true_type());
+        else solve_to(diagonal, std::false_type());
     }
 }
 
@@ -99,8 +104,9 @@ template <class T, class Y> void solve_columns(const Options& o, Int m, const Cs
 template <class T, class Y> void solve(const Options& o, Int m, const Csr<T>& a, Y y)
 {
     if (!o.direct) solve_columns(o, m, a, y);
-    else if (o.lower) solve_rows<true>(o, m, a, y);
-    else solve_rows<false>(o, m, a, y);
+    else if (a.is_large(o.base, i64{m} + o.base - 1))
+        o.lower ? solve_rows<true, true>(o, m, a, y) : solve_rows<false, true>(o, m, a, y);
+    else o.lower ? solve_rows<true, false>(o, m, a, y) : solve_rows<false, false>(o, m, a, y);
 }
 
 // y[i] := (alpha/a)*y[i]
