@@ -2,60 +2,31 @@
 // then go through a buffer, some at a time.
 #pragma once
 
-#include "core/branch/kernel.h"
 #include "core/pde/grid.h"
+#include "core/pde/trig_kernel.h"
 #include "core/trans/kernels.h"
 #include "frame/serv.h"
 
 namespace orv::core::pde {
 
-enum class Direction : bool { forward, backward };
-
-template <class T> struct TrigKernels;
-#define ORV_TRIG_KERNELS(t, T)                                                                                         \
-    template <> struct TrigKernels<T> {                                                                                \
-        static inline constinit Kernel forward{kernels::pdett::t##_forward_trig_transform()};                          \
-        static inline constinit Kernel backward{kernels::pdett::t##_backward_trig_transform()};                        \
-    };
-ORV_TRIG_KERNELS(s, float)
-ORV_TRIG_KERNELS(d, double)
-#undef ORV_TRIG_KERNELS
-
-// One transform of a solver as a thread uses it: its state is written by every run, so each thread has its own.
-template <class T> class Transform {
-public:
-    Transform(i64* ipar, T* dpar, int axis, int which, Handle handle)
-        : dpar_(dpar_at(ipar, dpar, transform_tables[axis][which])), handle_(handle)
-    {
-        const i64* const from = ipar + ipar_inner + (2 * axis + which) * ipar_inner_step;
-        for (int i = 0; i < kernels::pdett::ipar_size; ++i) ipar_[i] = from[i];
-    }
-
-    i64 run(Direction direction, T* row)
-    {
-        auto* const kernel =
-            direction == Direction::forward ? TrigKernels<T>::forward.get() : TrigKernels<T>::backward.get();
-        if (kernel == nullptr) return loop_failed;
-        i64 stat = 0;
-        kernel(row, &handle_, ipar_, dpar_, &stat);
-        return stat;
-    }
-
-private:
-    T* dpar_;
-    Handle handle_;
-    i64 ipar_[kernels::pdett::ipar_size];
-};
+// The first or the second transform of a solver along an axis.
+template <class T> TrigKernel<T> transform_along(const i64* ipar, T* dpar, int axis, int which, Handle handle)
+{
+    return {ipar + ipar_inner + (2 * axis + which) * ipar_inner_step,
+            dpar_at(ipar, dpar, transform_tables[axis][which]), handle};
+}
 
 // A row between two sides, by what is known of them.
 template <class T> class Row {
 public:
-    Row(i64 pair, i64 n, i64* ipar, T* dpar, int axis, Handle handle)
-        : pair_(pair), n_(n), first_(ipar, dpar, axis, 0, handle), second_(ipar, dpar, axis, pair == pp ? 1 : 0, handle)
+    Row(i64 pair, i64 n, const i64* ipar, T* dpar, int axis, Handle handle)
+        : pair_(pair), n_(n), first_(transform_along(ipar, dpar, axis, 0, handle)),
+          second_(transform_along(ipar, dpar, axis, pair == pp ? 1 : 0, handle))
     {
     }
 
-    i64 run(Direction direction, T* row)
+    // False if it failed.
+    bool run(Direction direction, T* row)
     {
         if (pair_ != pp) return first_.run(direction, pair_ == dn ? row + 1 : row); // a Dirichlet end is no unknown
         return direction == Direction::forward ? forward_around(row) : backward_around(row);
@@ -64,7 +35,7 @@ public:
 private:
     // Twice the even part stands in places 0 to m, the odd one behind it, the last point first; that turns the sign of
     // every second wave, forth and back.
-    i64 forward_around(T* row)
+    bool forward_around(T* row)
     {
         const i64 m = n_ / 2;
         for (i64 j = 1; j < m; ++j) {
@@ -75,28 +46,28 @@ private:
         row[m] += row[m];
         return both(Direction::forward, row, m);
     }
-    i64 backward_around(T* row)
+    bool backward_around(T* row)
     {
-        const i64 m = n_ / 2, status = both(Direction::backward, row, m);
+        const i64 m = n_ / 2;
+        const bool worked = both(Direction::backward, row, m);
         for (i64 j = 1; j < m; ++j) {
             const T even = row[j], odd = row[2 * m - j];
             row[j] = even + odd, row[2 * m - j] = even - odd;
         }
         for (i64 j = 2 * m; j <= n_; ++j) row[j] = row[0];
-        return status;
+        return worked;
     }
     // The two transforms meet in place m, which is the even one's; the odd one has zeros at its ends.
-    i64 both(Direction direction, T* row, i64 m)
+    bool both(Direction direction, T* row, i64 m)
     {
         const T middle = row[m];
-        const i64 status = first_.run(direction, row + m);
+        const bool odd_good = first_.run(direction, row + m);
         row[m] = middle;
-        const i64 of_even = second_.run(direction, row);
-        return status != 0 ? status : of_even;
+        return second_.run(direction, row) && odd_good;
     }
 
     i64 pair_, n_;
-    Transform<T> first_, second_;
+    TrigKernel<T> first_, second_;
 };
 
 inline double work_of_row(i64 n) { return 10. * static_cast<double>(n) * (64 - __builtin_clzll(static_cast<u64>(n))); }
@@ -109,7 +80,7 @@ i64 transform_rows(i64* ipar, T* dpar, Handle handle, i64 pair, Direction direct
     share(ipar, rows, work_of_row(n), [&](i64 begin, i64 end) {
         Row<T> row(pair, n, ipar, dpar, 0, handle);
         for (i64 j = begin; j < end; ++j)
-            if (row.run(direction, f + j * (n + 1)) != 0) failure.note(loop_failed);
+            if (!row.run(direction, f + j * (n + 1))) failure.note(loop_failed);
     });
     return failure.status();
 }
@@ -133,7 +104,7 @@ i64 transform_columns(i64* ipar, T* dpar, Handle handle, i64 pair, Direction dir
             T* const at = f + part / strips * (nx + 1) * length + first;
             turn(length, columns, T(1), at, nx + 1, 1, buffer, length, 1);
             for (i64 i = 0; i < columns; ++i)
-                if (row.run(direction, buffer + i * length) != 0) failure.note(loop_failed);
+                if (!row.run(direction, buffer + i * length)) failure.note(loop_failed);
             turn(columns, length, T(1), buffer, length, 1, at, nx + 1, 1);
         }
         orv_serv_deallocate(buffer);

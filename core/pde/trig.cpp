@@ -1,7 +1,7 @@
 // Sine and cosine transforms: making and setting them.
 #include "core/pde/trig.h"
 
-#include "core/branch/kernel.h"
+#include "core/pde/trig_kernel.h"
 #include "core/serv/settings.h"
 #include "frame/kernels/dft_node.h"
 #include "frame/serv.h"
@@ -24,7 +24,6 @@ constexpr i64 most_points = i64{1} << 40; // sizes of tables stay far from the e
 // Raw, so that rows begin at their first unknown, ends are nobody's matter and scales are the program's.
 template <class T> orv_status prepare(orv_trig& trig)
 {
-    static constinit Kernel init{kernels::of_type<T, s_init_trig_transform, d_init_trig_transform>()};
     const i64 kind = trig.kind;
     const auto bytes = static_cast<i64>(sizeof(T)) * dpar_size(kind, trig.n);
     if (const i64 status = make_handle(trig.handle, trig.precision, trig.n)) return explain(status, trig.points);
@@ -32,7 +31,7 @@ template <class T> orv_status prepare(orv_trig& trig)
     trig.dpar = dpar;
     if (dpar == nullptr) return explain(kernels::dft::node_no_memory, trig.points);
     i64 stat;
-    if (const auto status = init.run(&trig.n, &kind, trig.ipar, dpar, &stat)) return status;
+    if (const auto status = TrigKernels<T>::init.run(&trig.n, &kind, trig.ipar, dpar, &stat)) return status;
     trig.ipar[ipar_errors] = trig.ipar[ipar_warnings] = 0;
     trig.ipar[ipar_raw] = 1;
     fill_tables(dpar, kind, trig.n);

@@ -1,7 +1,7 @@
 // Rows through a sine or cosine transform. A row that stands without gaps where it is wanted is transformed there; all
 // others go through work memory, some at a time where neighbours in memory belong to different rows.
-#include "core/branch/kernel.h"
 #include "core/pde/trig.h"
+#include "core/pde/trig_kernel.h"
 #include "core/team/team.h"
 #include "frame/serv.h"
 
@@ -10,11 +10,11 @@
 
 using namespace orv;
 using namespace orv::core;
+using namespace orv::core::pde;
 using namespace orv::kernels::pdett;
 
 namespace {
 
-enum Direction { forward, backward };
 constexpr i64 cache_line_bytes = 64;
 
 template <class T> struct Rows {
@@ -27,28 +27,20 @@ template <class T> struct Rows {
 // One transform in place, unscaled, of a row without gaps. A sine has its zero before the first point.
 template <class T> class OneRow {
 public:
-    OneRow(const orv_trig& trig, Direction direction) : trig_(trig), direction_(direction) {}
+    OneRow(const orv_trig& trig, Direction direction)
+        : trig_(trig), direction_(direction), kernel_(trig.ipar, static_cast<T*>(trig.dpar), trig.handle)
+    {
+    }
 
-    bool ready() { return trig_.n == 1 || pde::is_careful(trig_) || kernel() != nullptr; }
+    bool ready() const { return trig_.n == 1 || is_careful(trig_) || TrigKernels<T>::of(direction_) != nullptr; }
     bool run(T* row, T* work)
     {
         if (trig_.n == 1) return short_row(row), true;
-        if (pde::is_careful(trig_)) return pde::run_careful(trig_, direction_ == forward, row, work);
-        i64 stat, ipar[ipar_size];
-        std::memcpy(ipar, trig_.ipar, sizeof ipar);
-        imports::Handle handle = trig_.handle;
-        kernel()(row - (trig_.kind == sine), &handle, ipar, static_cast<T*>(trig_.dpar), &stat);
-        return stat == good;
+        if (is_careful(trig_)) return run_careful(trig_, direction_ == Direction::forward, row, work);
+        return kernel_.run(direction_, row - (trig_.kind == sine));
     }
 
 private:
-    auto* kernel()
-    {
-        static constinit Kernel there{kernels::of_type<T, s_forward_trig_transform, d_forward_trig_transform>()};
-        static constinit Kernel back{kernels::of_type<T, s_backward_trig_transform, d_backward_trig_transform>()};
-        return (direction_ == forward ? there : back).get();
-    }
-
     // Of a single cell, for which kernels have no tables.
     void short_row(T* row) const
     {
@@ -56,26 +48,28 @@ private:
             const T first = row[0], last = row[1];
             row[0] = first + last, row[1] = first - last;
         } else if (trig_.kind >= staggered2_cosine) row[0] *= static_cast<T>(std::sqrt(2.0));
-        else if (direction_ == backward) row[0] *= 2;
+        else if (direction_ == Direction::backward) row[0] *= 2;
     }
 
     const orv_trig& trig_;
     Direction direction_;
+    TrigKernel<T> kernel_;
 };
 
 template <class T> class Job {
 public:
     Job(const orv_trig& trig, Direction direction, const Rows<T>& rows)
-        : trig_(trig), transform_(trig, direction), rows_(rows), scale_(static_cast<T>(trig.scales[direction]))
+        : trig_(trig), transform_(trig, direction), rows_(rows),
+          scale_(static_cast<T>(trig.scales[static_cast<int>(direction)]))
     {
     }
 
-    bool ready() { return transform_.ready(); }
+    bool ready() const { return transform_.ready(); }
 
     // False if there is no memory.
     bool run(i64 first, i64 end)
     {
-        const bool before_first = trig_.kind == sine && !pde::is_careful(trig_); // a kernel writes there
+        const bool before_first = trig_.kind == sine && !is_careful(trig_); // a kernel writes there
         return rows_.to_stride == 1 && !before_first ? in_place(first, end) : through_memory(first, end);
     }
 
@@ -166,7 +160,7 @@ constexpr double grain = 50000;
 
 template <class T> orv_status transform(const orv_trig& trig, Direction direction, i64 count, const Rows<T>& rows)
 {
-    Job<T> job(trig, direction, rows);
+    const Job<T> job(trig, direction, rows);
     if (!job.ready()) return last_status();
     const auto n = static_cast<double>(trig.n);
     const int most = trig.threads > 0 ? trig.threads : most_threads;
@@ -218,13 +212,13 @@ orv_status many(const char* routine, const orv_trig* trig, Direction direction, 
 #define ROWS(direction)                                                                                                \
     orv_status orv_trig_##direction(const orv_trig* trig, const void* from, void* to)                                  \
     {                                                                                                                  \
-        return row("orv_trig_" #direction, trig, direction, from, to);                                                 \
+        return row("orv_trig_" #direction, trig, Direction::direction, from, to);                                      \
     }                                                                                                                  \
     orv_status orv_trig_##direction##_rows(const orv_trig* trig, int64_t rows, const void* from, int64_t from_stride,  \
                                            int64_t from_distance, void* to, int64_t to_stride, int64_t to_distance)    \
     {                                                                                                                  \
-        return many("orv_trig_" #direction "_rows", trig, direction, rows, from, from_stride, from_distance, to,       \
-                    to_stride, to_distance);                                                                           \
+        return many("orv_trig_" #direction "_rows", trig, Direction::direction, rows, from, from_stride,               \
+                    from_distance, to, to_stride, to_distance);                                                        \
     }
 ROWS(forward)
 ROWS(backward)
