@@ -50,7 +50,7 @@ template <class T> struct Csr {
     bool is_large(i64 i, i64 last) const
     {
         constexpr i64 kept = 1 << 20, entry = sizeof(T) + sizeof(Int);
-        return (i64{end[last]} - begin[i]) * entry > kept;
+        return i <= last && (i64{end[last]} - begin[i]) * entry > kept;
     }
 
     // Looks for the diagonal from the side of the entries that do not count: of a triangle alone it is found at once.
