@@ -103,7 +103,7 @@ const char* orv_dft_method(const orv_dft* dft)
     const int threads = threads_used(*dft);
     const i64 bytes = dft->line_threads > 1 ? line_bytes(*dft)
                                             : dft->staged_bytes + max(one->max_buffer_bytes, other->max_buffer_bytes);
-    std::snprintf(line, sizeof line, "%s%s%s; %d thread%s; %" PRId64 " bytes of work memory a call", words,
+    std::snprintf(line, sizeof line, "%s%s%s; %d thread%s; at least %" PRId64 " bytes of work memory a call", words,
                   words == words_back ? "" : ", and back: ", words == words_back ? "" : words_back, threads,
                   threads == 1 ? "" : "s", bytes);
     return line;

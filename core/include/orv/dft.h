@@ -154,8 +154,9 @@ ORV_API orv_status orv_dft_forward_split(const orv_dft* dft, const void* signal_
 ORV_API orv_status orv_dft_backward_split(const orv_dft* dft, const void* spectrum_re, const void* spectrum_im,
                                           void* signal_re, void* signal_im);
 
-/* A line that tells how the transform is done: the method, its threads, and the work memory that each call takes. Never
-   null; valid until the calling thread's next call of it. */
+/* A line that tells how the transform is done: the method, its threads, and the work memory that each call takes at
+   least: that of the engine, to which blocks of rows and columns may come. Never null; valid until the calling thread's
+   next call of it. */
 ORV_API const char* orv_dft_method(const orv_dft* dft);
 
 /* ---- In one call ------------------------------------------------------------------------------------------------ */
