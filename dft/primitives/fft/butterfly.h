@@ -1,7 +1,10 @@
 // Transforms of 1 to 128 numbers in registers. The one body divides by the split radix: a transform of the even points
-// and two of every fourth point, 4m + 1 and 4m - 1. The twiddles of these two are conjugates, so of each two numbers
-// only the difference is ever turned by i: where pairs are in registers that costs a shuffle, and no ports are as busy
-// as those that add and shuffle.
+// and two of every fourth point, 4m + 1 and 4m - 1, whose twiddles are conjugates.
+//
+// The numbers are treated as if they were reals: with r = -i forward and i inverse result k is a + r*b, result n - k is
+// a - r*b, and a and b are sums of real multiples of the points. So r is left to the very end, where each pair of
+// results takes one turn. Where pairs are in registers a turn is a shuffle, and no ports are as busy as those that add
+// and shuffle.
 #pragma once
 
 #include "dft/primitives/fft/numbers.h"
@@ -34,29 +37,6 @@ constexpr int reversed(int index, int bits)
 }
 constexpr int log_of(int n) { return n <= 1 ? 0 : 1 + log_of(n / 2); }
 
-// Joins numbers of three transforms: y0 and y1 are of the even points, y2 and y3 of the others. With r = -i forward and
-// i inverse, and w = c + s*r:
-//
-//   y0, y2 := y0 +- (w*y2 + conj(w)*y3)     y1, y3 := y1 +- r*(w*y2 - conj(w)*y3)
-template <int n, int k, bool forward, class C> ORV_INLINE void join(C& y0, C& y1, C& y2, C& y3)
-{
-    using R = typename number<C>::real;
-    constexpr int step = k * (circle / n);
-    constexpr R c = static_cast<R>(sine_of(step + circle / 4)), s = static_cast<R>(sine_of(step));
-    const C a = y0, b = y1, sum = y2 + y3, difference = y2 - y3;
-    C even = sum, odd; // what goes to the outer pair, and with the other sign to the inner one
-    if constexpr (step == 0) {
-        add_turned<forward>(b, difference, y1, y3);
-    } else {
-        if constexpr (step == circle / 8) { // c and s are equal
-            add_turned<forward>(sum, difference, even, odd);
-            even = scaled_by(even, c), odd = scaled_by(odd, c);
-        } else combine_turned<forward>(sum, difference, c, s, even, odd);
-        y1 = b - odd, y3 = b + odd;
-    }
-    y0 = a + even, y2 = a - even;
-}
-
 // Calls f with the integral constants 0, 1, ..., count - 1.
 template <int count, class F> ORV_INLINE void each(F f)
 {
@@ -64,31 +44,82 @@ template <int count, class F> ORV_INLINE void each(F f)
     (std::make_integer_sequence<int, count>());
 }
 
-// The transform of the points at, at + step, ... to x[0], ..., x[n - 1]. load(i) gives point i when it is needed, and
-// after(k) is told when the results at k, k + n/4, k + n/2 and k + 3*n/4 are there: there are more numbers than
-// registers, and one that comes late or leaves early needs none.
-template <int n, bool forward, int at = 0, int step = 1, class C, class Load, class After>
-ORV_INLINE void transform(C* x, Load load, After after)
+// What a transform of n reals consists of: a of result k at k, b at n - k; results 0 and n/2 have no b.
+//
+// Joins k and n/4 - k of three such transforms: e of n/2 even points, o and p of n/4 others. With w = c + s*r:
+//
+//   x[k], x[k + n/2] := e[k] +- (w*o[k] + conj(w)*p[k])     x[k + n/4], x[k + 3*n/4] := e[k + n/4] +- r*(w*o[k] - conj(w)*p[k])
+template <int n, int k, class C> ORV_INLINE void join(C* x, const C* e, const C* o, const C* p)
+{
+    using R = typename number<C>::real;
+    constexpr int half = n / 2, quarter = n / 4, eighth = n / 8, step = k * (circle / n);
+    constexpr R c = static_cast<R>(sine_of(step + circle / 4)), s = static_cast<R>(sine_of(step));
+    if constexpr (k == 0) {
+        const C sum = o[0] + p[0], difference = o[0] - p[0];
+        const C first = e[0], middle = e[quarter];
+        x[0] = first + sum, x[half] = first - sum;
+        x[quarter] = middle, x[n - quarter] = difference;
+    } else if constexpr (k == eighth) { // c and s are equal
+        const C sum = scaled_by(o[k] + p[k], c), difference = scaled_by(o[k] - p[k], c);
+        const C a = e[k], b = e[half - k];
+        x[k] = a + sum, x[half - k] = a - sum;
+        x[n - k] = difference + b, x[half + k] = difference - b;
+    } else {
+        const C a = o[k] + p[k], a_odd = o[k] - p[k], b = o[quarter - k] - p[quarter - k];
+        const C b_odd = o[quarter - k] + p[quarter - k];
+        const C sum = scaled_by(a, c) - scaled_by(b, s), sum_b = scaled_by(b_odd, c) + scaled_by(a_odd, s);
+        const C odd = scaled_by(a_odd, c) - scaled_by(b_odd, s), odd_b = scaled_by(b, c) + scaled_by(a, s);
+        const C outer = e[k], outer_b = e[half - k], inner = e[quarter - k], inner_b = e[quarter + k];
+        x[k] = outer + sum, x[n - k] = outer_b + sum_b;
+        x[half - k] = outer - sum, x[half + k] = sum_b - outer_b;
+        x[quarter + k] = inner - odd_b, x[n - quarter - k] = odd - inner_b;
+        x[quarter - k] = inner + odd_b, x[n - quarter + k] = inner_b + odd;
+    }
+}
+
+// As if the points at, at + step, ... were reals. load(i) gives point i when it is needed; after(k) is told when all of
+// k and n/4 - k, and of these and every quarter more, is there.
+template <int n, int at, int step, class C, class Load, class After>
+ORV_INLINE void transform_as_reals(C* x, Load load, After after)
 {
     constexpr auto nothing = [](auto) {};
     constexpr auto point = [](int i) { return (i % (n * step) + n * step) % (n * step); };
-    if constexpr (n == 1) {
-        x[0] = load(std::integral_constant<int, at>());
-        after(std::integral_constant<int, 0>());
-    } else if constexpr (n == 2) {
+    if constexpr (n == 1) x[0] = load(std::integral_constant<int, at>());
+    else if constexpr (n == 2) {
         const C a = load(std::integral_constant<int, at>()), b = load(std::integral_constant<int, point(at + step)>());
         x[0] = a + b, x[1] = a - b;
-        after(std::integral_constant<int, 0>());
     } else {
-        constexpr int quarter = n / 4;
-        transform<2 * quarter, forward, at, 2 * step>(x, load, nothing);
-        transform<quarter, forward, point(at + step), 4 * step>(x + 2 * quarter, load, nothing);
-        transform<quarter, forward, point(at - step), 4 * step>(x + 3 * quarter, load, nothing);
-        each<quarter>([&](auto k) ORV_INLINE_LAMBDA {
-            join<n, k, forward>(x[k], x[k + quarter], x[k + 2 * quarter], x[k + 3 * quarter]);
+        C even[n / 2], up[n / 4], down[n / 4];
+        transform_as_reals<n / 2, at, 2 * step>(even, load, nothing);
+        transform_as_reals<n / 4, point(at + step), 4 * step>(up, load, nothing);
+        transform_as_reals<n / 4, point(at - step), 4 * step>(down, load, nothing);
+        each<n / 8 + 1>([&](auto k) ORV_INLINE_LAMBDA {
+            join<n, k>(x, even, up, down);
             after(k);
         });
     }
+    if constexpr (n <= 2) after(std::integral_constant<int, 0>());
+}
+
+// The transform of n points to x[0], ..., x[n - 1]. after(k) is told when the results from k to k + together - 1, and
+// those n/4, n/2 and 3*n/4 behind each, are there: there are more numbers than registers, and one that comes late or
+// leaves early needs none.
+template <int n, bool forward, int together = 1, class C, class Load, class After>
+ORV_INLINE void transform(C* x, Load load, After after)
+{
+    constexpr int quarter = n < 4 ? 1 : n / 4;
+    transform_as_reals<n, 0, 1>(x, load, [&](auto step) ORV_INLINE_LAMBDA {
+        constexpr int k = step;
+        each<n / 2>([&](auto i) ORV_INLINE_LAMBDA {
+            if constexpr (i > 0 && (i % quarter == k || i % quarter == (quarter - k) % quarter))
+                add_turned<forward>(x[i], x[n - i], x[i], x[n - i]);
+        });
+        each<quarter / together>([&](auto i) ORV_INLINE_LAMBDA {
+            constexpr int last = (i + 1) * together - 1, first = i * together;
+            constexpr int done = max(min(first, quarter - first), min(last, quarter - last));
+            if constexpr (done == k) after(std::integral_constant<int, first>());
+        });
+    });
 }
 // The results that are there after k, of n.
 template <int n, class F> ORV_INLINE void each_quarter(int k, F f)

@@ -46,7 +46,7 @@ template <int n, bool forward, class View, class... S> ORV_INLINE void fixed_tra
             constexpr int k = square * lanes;
             C rows[lanes], y[lanes];
             each<lanes>([&](auto l) ORV_INLINE_LAMBDA { rows[l] = x[k + l]; });
-            transpose(rows);
+            exchange_axes(rows);
             const auto turned = [&](auto l) ORV_INLINE_LAMBDA { return times_roots<n, l, k, forward>(rows[l]); };
             transform<lanes, forward>(y, turned, [](auto) {});
             each<lanes>([&](auto l) ORV_INLINE_LAMBDA { put(k + m * l, y[l]); });

@@ -108,12 +108,51 @@ ORV_INLINE vec<double> gather(const double* p, const i64 (&i)[2])
     return {_mm_loadh_pd(_mm_load_sd(p + i[0]), p + i[1])};
 }
 
+// Halves and lanes of two registers side by side: by shuffles of integers, which two ports of newer processors do, while
+// one alone does those that are named for floating point.
+ORV_INLINE __m128d low_halves(__m128d a, __m128d b)
+{
+    return _mm_castsi128_pd(_mm_unpacklo_epi64(_mm_castpd_si128(a), _mm_castpd_si128(b)));
+}
+ORV_INLINE __m128d high_halves(__m128d a, __m128d b)
+{
+    return _mm_castsi128_pd(_mm_unpackhi_epi64(_mm_castpd_si128(a), _mm_castpd_si128(b)));
+}
+ORV_INLINE __m128 low_halves(__m128 a, __m128 b)
+{
+    return _mm_castpd_ps(low_halves(_mm_castps_pd(a), _mm_castps_pd(b)));
+}
+ORV_INLINE __m128 high_halves(__m128 a, __m128 b)
+{
+    return _mm_castpd_ps(high_halves(_mm_castps_pd(a), _mm_castps_pd(b)));
+}
+ORV_INLINE __m128 low_lanes(__m128 a, __m128 b)
+{
+    return _mm_castsi128_ps(_mm_unpacklo_epi32(_mm_castps_si128(a), _mm_castps_si128(b)));
+}
+ORV_INLINE __m128 high_lanes(__m128 a, __m128 b)
+{
+    return _mm_castsi128_ps(_mm_unpackhi_epi32(_mm_castps_si128(a), _mm_castps_si128(b)));
+}
+
 // The square of lanes by lanes numbers changes rows with columns.
-template <class R, int n> ORV_INLINE void transpose(split<R> (&x)[n])
+ORV_INLINE void exchange_axes(vec<float> (&v)[4])
+{
+    const __m128 a = low_lanes(v[0].r, v[1].r), b = low_lanes(v[2].r, v[3].r);
+    const __m128 c = high_lanes(v[0].r, v[1].r), d = high_lanes(v[2].r, v[3].r);
+    v[0].r = low_halves(a, b), v[1].r = high_halves(a, b), v[2].r = low_halves(c, d), v[3].r = high_halves(c, d);
+}
+template <class T> ORV_INLINE void exchange_axes(vec<T> (&v)[2])
+{
+    const auto low = low_halves(v[0].r, v[1].r);
+    v[1].r = high_halves(v[0].r, v[1].r), v[0].r = low;
+}
+ORV_INLINE void exchange_axes(vec<cpx<double>> (&)[1]) {}
+template <class R, int n> ORV_INLINE void exchange_axes(split<R> (&x)[n])
 {
     vec<R> re[n], im[n];
     for (int i = 0; i < n; ++i) re[i] = x[i].re, im[i] = x[i].im;
-    transpose(re), transpose(im);
+    exchange_axes(re), exchange_axes(im);
     for (int i = 0; i < n; ++i) x[i] = {re[i], im[i]};
 }
 

@@ -132,8 +132,8 @@ template <bool forward> ORV_INLINE void put_parts(double* group, const vec<cpx<d
 template <bool forward> ORV_INLINE void put_parts(float* group, const vec<cpx<float>>* x, int point, i64 partner)
 {
     auto* const re = reinterpret_cast<cpx<float>*>(group + 2 * point - point % 4) + (forward ? 0 : 2);
-    scatter(re, forward ? 2 : -2, vec<cpx<float>>{_mm_unpacklo_ps(x[0].r, x[1].r)});
-    scatter(re + partner, forward ? 2 : -2, vec<cpx<float>>{_mm_unpackhi_ps(x[0].r, x[1].r)});
+    scatter(re, forward ? 2 : -2, vec<cpx<float>>{low_lanes(x[0].r, x[1].r)});
+    scatter(re + partner, forward ? 2 : -2, vec<cpx<float>>{high_lanes(x[0].r, x[1].r)});
 }
 
 // First passes, of the groups whose results are the points from begin to end, and of their partners in the other half.
@@ -150,12 +150,11 @@ template <int radix, bool forward, class R, class Place>
             return Place::template load<radix>(rows.template at<Place::template row<radix>(q)>());
         };
         constexpr int quarter = radix / 4;
-        transform<radix, forward>(x, load, [&](int k) ORV_INLINE_LAMBDA {
-            if (k % together == together - 1)
-                each<4>([&](auto q) ORV_INLINE_LAMBDA {
-                    const int point = k - (together - 1) + q * quarter;
-                    put_parts<forward>(to.p + 2 * radix * i, x + point, point, partner);
-                });
+        transform<radix, forward, together>(x, load, [&](int k) ORV_INLINE_LAMBDA {
+            each<4>([&](auto q) ORV_INLINE_LAMBDA {
+                const int point = k + q * quarter;
+                put_parts<forward>(to.p + 2 * radix * i, x + point, point, partner);
+            });
         });
     }
 }
@@ -176,7 +175,7 @@ template <int radix, class R, class Place>
         each<radix / lanes>([&](auto t) ORV_INLINE_LAMBDA {
             split<R> square[lanes];
             each<lanes>([&](auto l) ORV_INLINE_LAMBDA { square[l] = x[t * lanes + l]; });
-            transpose(square);
+            exchange_axes(square);
             each<lanes>([&](auto l) ORV_INLINE_LAMBDA { to.put(radix * (i + l) + t * lanes, square[l]); });
         });
     }

@@ -23,19 +23,21 @@ template <class R> struct Registers {
 // Neighbouring pairs taken apart.
 ORV_INLINE split<double> apart(vec<cpx<double>> a, vec<cpx<double>> b)
 {
-    return {{_mm_unpacklo_pd(a.r, b.r)}, {_mm_unpackhi_pd(a.r, b.r)}};
+    return {{low_halves(a.r, b.r)}, {high_halves(a.r, b.r)}};
 }
 ORV_INLINE split<float> apart(vec<cpx<float>> a, vec<cpx<float>> b)
 {
     return {{_mm_shuffle_ps(a.r, b.r, _MM_SHUFFLE(2, 0, 2, 0))}, {_mm_shuffle_ps(a.r, b.r, _MM_SHUFFLE(3, 1, 3, 1))}};
 }
 
-// And back to memory. Halves of registers are stored by themselves without a shuffle.
-ORV_INLINE void interleave(cpx<double>* p, split<double> x) { scatter(&p->re, 2, x.re), scatter(&p->im, 2, x.im); }
+// And back to memory.
+ORV_INLINE void interleave(cpx<double>* p, split<double> x)
+{
+    storeu(&p[0].re, vec<double>{low_halves(x.re.r, x.im.r)}), storeu(&p[1].re, vec<double>{high_halves(x.re.r, x.im.r)});
+}
 ORV_INLINE void interleave(cpx<float>* p, split<float> x)
 {
-    storeu(&p->re, vec<float>{_mm_unpacklo_ps(x.re.r, x.im.r)});
-    storeu(&p[2].re, vec<float>{_mm_unpackhi_ps(x.re.r, x.im.r)});
+    storeu(&p[0].re, vec<float>{low_lanes(x.re.r, x.im.r)}), storeu(&p[2].re, vec<float>{high_lanes(x.re.r, x.im.r)});
 }
 
 // Pairs that are taken apart; exchanged: real parts come as imaginary ones, so that a forward transform with both ends
