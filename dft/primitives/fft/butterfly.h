@@ -12,8 +12,8 @@
 
 namespace orv::dft {
 
-// A circle in as many steps as the longest of them has points.
-inline constexpr int circle_order = 7, circle = 1 << circle_order;
+// A circle in as many steps as the longest transform of constant length has points (two_passes.h).
+inline constexpr int circle_order = 10, circle = 1 << circle_order;
 constexpr double sine_of(int step)
 {
     const int k = step % circle;

@@ -1,5 +1,6 @@
 // The engine on pairs. Between first and last pass they are taken apart, in blocks, in the place of the pairs.
 #include "dft/primitives/fft/radix4.h"
+#include "dft/primitives/fft/two_passes.h"
 
 namespace orv::dft {
 namespace {
@@ -15,9 +16,14 @@ void transform_pairs(const T* src, T* dst, T* work, i32 n, const real_t<T>* twid
 template <bool forward, class T>
 void normal(const T* src, T* dst, i32 n, const real_t<T>* twiddles, const i32* reversal, T* buffer, const T* dst_or_src)
 {
-    // The shortest are faster in one piece: there is no way into blocks and back.
-    if (n == 64) return fixed_pairs<64, forward>(src, dst);
-    if (n == 128) return fixed_pairs<128, forward>(src, dst);
+    // The shortest stay pairs: in one piece, or in two passes.
+    switch (n) {
+    case 64: return fixed_pairs<64, forward>(src, dst);
+    case 128: return fixed_pairs<128, forward>(src, dst);
+    case 256: return two_passes<32, 8, forward>(src, dst);
+    case 512: return two_passes<64, 8, forward>(src, dst);
+    case 1024: return two_passes<32, 32, forward>(src, dst);
+    }
     transform_pairs<forward>(src, dst, dst_or_src == src ? buffer : dst, n, twiddles, Reversed{reversal, n});
 }
 template <class T> void reversed_before(const T* src, T* dst, i32 n, const real_t<T>* twiddles)
