@@ -108,8 +108,8 @@ ORV_INLINE vec<double> gather(const double* p, const i64 (&i)[2])
     return {_mm_loadh_pd(_mm_load_sd(p + i[0]), p + i[1])};
 }
 
-// Halves and lanes of two registers side by side: by shuffles of integers, which two ports of newer processors do, while
-// one alone does those that are named for floating point.
+// Halves and lanes of two registers side by side: by shuffles of integers, which two ports of newer processors do,
+// while one alone does those that are named for floating point.
 ORV_INLINE __m128d low_halves(__m128d a, __m128d b)
 {
     return _mm_castsi128_pd(_mm_unpacklo_epi64(_mm_castpd_si128(a), _mm_castpd_si128(b)));

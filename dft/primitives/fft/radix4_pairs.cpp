@@ -18,11 +18,18 @@ void normal(const T* src, T* dst, i32 n, const real_t<T>* twiddles, const i32* r
 {
     // The shortest stay pairs: in one piece, or in two passes.
     switch (n) {
-    case 64: return fixed_pairs<64, forward>(src, dst);
-    case 128: return fixed_pairs<128, forward>(src, dst);
-    case 256: return two_passes<32, 8, forward>(src, dst);
-    case 512: return two_passes<64, 8, forward>(src, dst);
-    case 1024: return two_passes<32, 32, forward>(src, dst);
+    case 64:
+        return fixed_pairs<64, forward>(src, dst);
+    case 128:
+        return fixed_pairs<128, forward>(src, dst);
+    case 256:
+        return two_passes<32, 8, forward>(src, dst);
+    case 512:
+        return two_passes<64, 8, forward>(src, dst);
+    case 1024:
+        return two_passes<32, 32, forward>(src, dst);
+    case 2048:
+        return two_passes<64, 32, forward>(src, dst);
     }
     transform_pairs<forward>(src, dst, dst_or_src == src ? buffer : dst, n, twiddles, Reversed{reversal, n});
 }

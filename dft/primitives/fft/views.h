@@ -33,7 +33,8 @@ ORV_INLINE split<float> apart(vec<cpx<float>> a, vec<cpx<float>> b)
 // And back to memory.
 ORV_INLINE void interleave(cpx<double>* p, split<double> x)
 {
-    storeu(&p[0].re, vec<double>{low_halves(x.re.r, x.im.r)}), storeu(&p[1].re, vec<double>{high_halves(x.re.r, x.im.r)});
+    storeu(&p[0].re, vec<double>{low_halves(x.re.r, x.im.r)}),
+        storeu(&p[1].re, vec<double>{high_halves(x.re.r, x.im.r)});
 }
 ORV_INLINE void interleave(cpx<float>* p, split<float> x)
 {
