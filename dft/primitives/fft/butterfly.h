@@ -13,7 +13,7 @@
 namespace orv::dft {
 
 // A circle in as many steps as the longest transform of constant length has points (two_passes.h).
-inline constexpr int circle_order = 11, circle = 1 << circle_order;
+inline constexpr int circle_order = 12, circle = 1 << circle_order;
 constexpr double sine_of(int step)
 {
     const int k = step % circle;
@@ -104,16 +104,19 @@ ORV_INLINE void transform_as_reals(C* x, Load load, After after)
 
 // The transform of n points to x[0], ..., x[n - 1]. after(k) is told when the results from k to k + together - 1, and
 // those n/4, n/2 and 3*n/4 behind each, are there: there are more numbers than registers, and one that comes late or
-// leaves early needs none.
-template <int n, bool forward, int together = 1, class C, class Load, class After>
+// leaves early needs none. conjugate: what is left there are the results' conjugates, at no cost.
+template <int n, bool forward, int together = 1, bool conjugate = false, class C, class Load, class After>
 ORV_INLINE void transform(C* x, Load load, After after)
 {
     constexpr int quarter = n < 4 ? 1 : n / 4;
     transform_as_reals<n, 0, 1>(x, load, [&](auto step) ORV_INLINE_LAMBDA {
         constexpr int k = step;
+        if constexpr (conjugate && k == 0) x[0] = conj(x[0]), x[n / 2] = conj(x[n / 2]);
         each<n / 2>([&](auto i) ORV_INLINE_LAMBDA {
-            if constexpr (i > 0 && (i % quarter == k || i % quarter == (quarter - k) % quarter))
-                add_turned<forward>(x[i], x[n - i], x[i], x[n - i]);
+            if constexpr (i > 0 && (i % quarter == k || i % quarter == (quarter - k) % quarter)) {
+                if constexpr (conjugate) add_turned_conjugates<forward>(x[i], x[n - i], x[i], x[n - i]);
+                else add_turned<forward>(x[i], x[n - i], x[i], x[n - i]);
+            }
         });
         each<quarter / together>([&](auto i) ORV_INLINE_LAMBDA {
             constexpr int last = (i + 1) * together - 1, first = i * together;

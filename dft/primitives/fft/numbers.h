@@ -64,18 +64,12 @@ template <bool forward, class R> ORV_INLINE void add_turned(split<R> a, split<R>
     to_minus_i = minus_i, to_i = i;
 }
 
-// c*a + s*r*b, and s*a - c*r*b.
-template <bool forward, class C, class R> ORV_INLINE void combine_turned(C a, C b, R c, R s, C& first, C& second)
-{
-    const C turned = turned_by<forward>(b);
-    first = scaled_by(a, c) + scaled_by(turned, s), second = scaled_by(a, s) - scaled_by(turned, c);
-}
+// The conjugates of a + b*r and a - b*r.
 template <bool forward, class R>
-ORV_INLINE void combine_turned(split<R> a, split<R> b, R c, R s, split<R>& first, split<R>& second)
+ORV_INLINE void add_turned_conjugates(vec<cpx<R>> a, vec<cpx<R>> b, vec<cpx<R>>& sum, vec<cpx<R>>& difference)
 {
-    split<R> unused;
-    add_turned<forward>(scaled_by(a, c), scaled_by(b, s), first, unused);
-    add_turned<forward>(scaled_by(a, s), scaled_by(b, c), unused, second);
+    const vec<cpx<R>> first = conj(a), turned = swap_neighbours(b);
+    sum = forward ? first + turned : first - turned, difference = forward ? first - turned : first + turned;
 }
 
 static_assert(vector_bytes == 16, "what follows names each lane, and views.h and recombine.h shuffle four or two");

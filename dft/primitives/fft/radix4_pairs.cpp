@@ -16,7 +16,8 @@ void transform_pairs(const T* src, T* dst, T* work, i32 n, const real_t<T>* twid
 template <bool forward, class T>
 void normal(const T* src, T* dst, i32 n, const real_t<T>* twiddles, const i32* reversal, T* buffer, const T* dst_or_src)
 {
-    // The shortest stay pairs: in one piece, or in two passes.
+    // The shortest stay pairs, in one piece or in two passes, as long as a first-level cache holds what the second
+    // one reads.
     switch (n) {
     case 64:
         return fixed_pairs<64, forward>(src, dst);
@@ -30,6 +31,8 @@ void normal(const T* src, T* dst, i32 n, const real_t<T>* twiddles, const i32* r
         return two_passes<32, 32, forward>(src, dst);
     case 2048:
         return two_passes<64, 32, forward>(src, dst);
+    case 4096:
+        if constexpr (sizeof(T) == sizeof(cpx<float>)) return two_passes<64, 64, forward>(src, dst);
     }
     transform_pairs<forward>(src, dst, dst_or_src == src ? buffer : dst, n, twiddles, Reversed{reversal, n});
 }
