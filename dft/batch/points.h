@@ -13,10 +13,7 @@ constexpr bool is_straight(i64 n) { return (n >= 2 && n <= 16) || n == 20 || n =
 template <int n, bool forward, class R> ORV_INLINE void transform(pairs<R> (&x)[n])
 {
     static_assert(is_straight(n));
-    if constexpr (n == 20) general::coprime<4, 5, forward>(x);
-    else if constexpr (n == 25) general::twiddled<5, 5, forward>(x);
-    else if constexpr (n == 32) general::twiddled<4, 8, forward>(x);
-    else general::butterfly<n, forward>(x);
+    general::butterfly<n, forward>(x);
 }
 
 } // namespace orv::dft::batch

@@ -48,6 +48,8 @@ template <class In, class Out, class R> i32 transform_rows(const Run& run, i64 c
     if constexpr (is_complex<In> && is_complex<Out>) {
         if (auto* const lines = short_lines<R>(run))
             return lines(from.row, {2, from.step}, to.row, {2, to.step}, count), node_ok;
+        if (const auto lines = side_by_side<R>(run); lines.applies())
+            return lines.run(from.row, from.step, to.row, to.step, count), node_ok;
         if (const EngineRows<R> engine(run); engine.applies()) {
             for (; count > 0; --count, from.row += from.step, to.row += to.step) engine.run(from.row, to.row);
             return node_ok;
@@ -55,6 +57,9 @@ template <class In, class Out, class R> i32 transform_rows(const Run& run, i64 c
     } else if (const auto rows = short_rows<R>(run, packs ? Layout::ccs : read_by_kernel(*run.node));
                rows.body != nullptr) {
         rows.run(from.row, from.step, to.row, to.step, count);
+        return node_ok;
+    } else if (const HalvedRows<R> halved(run, read_by_kernel(*run.node)); !packs && halved.applies()) {
+        halved.run(from.row, from.step, to.row, to.step, count);
         return node_ok;
     }
     for (; count > 0; --count, from.row += from.step, to.row += to.step) {

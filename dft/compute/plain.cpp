@@ -1,5 +1,6 @@
 #include "dft/compute/plain.h"
 #include "dft/primitives/dft/plan.h"
+#include "dft/primitives/dft/recombine.h"
 #include "dft/primitives/fft/plan.h"
 #include "dft/primitives/fft/radix4.h"
 #include "frame/kernels/dft_batch.h"
@@ -87,6 +88,15 @@ template <class R> ShortLines<R>* short_lines(const Run& run)
                                              : nullptr;
 }
 
+template <class R> SideBySide<R> side_by_side(const Run& run)
+{
+    const YmpDftSpec* const record = run.node->*Precision<R>::spec_complex;
+    for (const bool forward : {true, false})
+        if (is_record(record, run.node->length, forward) && transforms_pairs<R>(run, forward))
+            return SideBySide<R>(*general::on_boundary(record), forward);
+    return {};
+}
+
 template <class R> EngineRows<R>::EngineRows(const Run& run)
 {
     forward_ = goes_to_engine<R>(run, true);
@@ -120,9 +130,47 @@ template <class R> RealRows<R> short_rows(const Run& run, Layout read)
     return {};
 }
 
+// Pack has its pairs between those of the halves: it is left to the kernel that reads it.
+template <class R> HalvedRows<R>::HalvedRows(const Run& run, Layout read)
+{
+    const DftiNode& node = *run.node;
+    const YmpDftSpec* const record = node.*Precision<R>::spec_real;
+    forward_ = transforms_reals<R>(run, true);
+    layout_ = forward_ ? layout_of(node) : read;
+    clears_behind_ = !forward_ && is_in_place(node) && read == Layout::ccs;
+    if (node.length % 2 != 0 || !is_record(record, node.length, forward_)) return;
+    if (!forward_ && (layout_ == Layout::pack || !transforms_reals<R>(run, false))) return;
+    spec_ = general::on_boundary(record);
+    half_ = SideBySide<R>(*spec_, forward_);
+}
+
+// So many rows at a time that they stay in a first-level cache between their steps.
+template <class R> void HalvedRows<R>::run(const R* from, i64 from_step, R* to, i64 to_step, i64 count) const
+{
+    constexpr i64 together = 8;
+    const i64 n = spec_->length;
+    const auto* const twiddles =
+        static_cast<const cpx<R>*>(forward_ ? spec_->recombine_forward : spec_->recombine_inverse);
+    for (i64 m; count > 0; count -= m, from += m * from_step, to += m * to_step) {
+        m = min(count, together);
+        if (!forward_)
+            for (i64 row = 0; row < m; ++row)
+                general::recombine_inverse(from + row * from_step, places(layout_, n), to + row * to_step, n / 2,
+                                           twiddles);
+        half_.run(forward_ ? from : to, forward_ ? from_step : to_step, to, to_step, m);
+        for (i64 row = 0; row < m; ++row) {
+            R* const at = to + row * to_step;
+            if (forward_) general::recombine_forward(at, at, n / 2, twiddles), from_perm(layout_, at, n);
+            else if (clears_behind_) at[n] = 0;
+        }
+    }
+}
+
 #define INSTANCES(R, ...)                                                                                              \
     template ShortLines<R>* short_lines<R>(const Run&);                                                                \
+    template SideBySide<R> side_by_side<R>(const Run&);                                                                \
     template RealRows<R> short_rows<R>(const Run&, Layout);                                                            \
+    template class HalvedRows<R>;                                                                                      \
     template class EngineRows<R>;
 ORV_DFT_PRECISIONS(INSTANCES)
 

@@ -4,11 +4,15 @@
 #include "dft/compute/many.h"
 #include "dft/compute/short_lines.h"
 #include "dft/compute/short_rows.h"
+#include "dft/compute/side_by_side.h"
 
 namespace orv::dft {
 
 // Null where the kernel scales, is another one, or has more points.
 template <class R> ShortLines<R>* short_lines(const Run& run);
+
+// The same for lengths by factors that stay in a first-level cache.
+template <class R> SideBySide<R> side_by_side(const Run& run);
 
 // The same for the kernel of reals. A spectrum that it reads is laid out as told, one that it forms as the node says.
 template <class R> struct RealRows {
@@ -25,6 +29,21 @@ template <class R> struct RealRows {
     }
 };
 template <class R> RealRows<R> short_rows(const Run& run, Layout read);
+
+// The same for even numbers of reals whose halves go side by side.
+template <class R> class HalvedRows {
+public:
+    HalvedRows(const Run& run, Layout read);
+    bool applies() const { return half_.applies(); }
+    void run(const R* from, i64 from_step, R* to, i64 to_step, i64 count) const;
+
+private:
+    SideBySide<R> half_;
+    const YmpDftSpec* spec_;
+    bool forward_;
+    Layout layout_;
+    bool clears_behind_; // as RealRows
+};
 
 // The same for longer rows of pairs, of powers of two and of products of small factors: the way through the engine is
 // found once, not for each row.

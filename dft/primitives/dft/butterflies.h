@@ -90,38 +90,46 @@ template <bool forward, class R> ORV_INLINE void five(pairs<R> (&x)[5])
     x[2] = even2 + odd2, x[3] = even2 - odd2;
 }
 
-// Coprime a and b: x[b*i + a*j] are a by b points; X[k] is where k is row modulo a, column modulo b.
-template <int a, int b, bool forward, class R> ORV_INLINE void coprime(pairs<R> (&x)[a * b])
+// n = a*b points as a rows of b, columns of a behind them.
+struct Product {
+    int a, b;
+    constexpr bool is_coprime() const { return a % b != 0 && b % a != 0; }
+};
+constexpr Product product_of(int n) // a = 0: not a product
 {
-    constexpr int n = a * b;
-    pairs<R> row[a][b];
-    steps<a>([&](auto i) ORV_INLINE_LAMBDA {
-        steps<b>([&](auto j) ORV_INLINE_LAMBDA { row[i][j] = x[(b * i + a * j) % n]; });
-        butterfly<b, forward>(row[i]);
-    });
-    steps<b>([&](auto j) ORV_INLINE_LAMBDA {
-        pairs<R> column[a];
-        steps<a>([&](auto i) ORV_INLINE_LAMBDA { column[i] = row[i][j]; });
-        butterfly<a, forward>(column);
-        steps<n>([&](auto k) ORV_INLINE_LAMBDA {
-            if constexpr (k % b == j) x[k] = column[k % a];
-        });
-    });
+    if (n == 4) return {};
+    for (const Product p : {Product{2, 4}, {3, 3}, {4, 3}, {3, 5}, {4, 4}, {4, 5}, {8, 3}, {5, 5}, {4, 8}})
+        if (p.a * p.b == n) return p;
+    return n > 2 && n % 2 == 0 ? Product{2, n / 2} : Product{};
 }
 
-// Any a and b: x[i + a*j] are a by b points, X[b*k + l] come out of column l.
-template <int a, int b, bool forward, class R> ORV_INLINE void twiddled(pairs<R> (&x)[a * b])
+// Coprime a and b: x[b*i + a*j] are a by b points; X[k] is where k is row modulo a, column modulo b. Other a and b:
+// x[i + a*j] are a by b points, X[b*k + l] come out of column l, before which they are turned. get(j) is x[j], and
+// put(k, X[k]) is for points that have been formed, while others wait.
+template <int n, bool forward, class R, class Get, class Put> ORV_INLINE void by_rows_and_columns(Get get, Put put)
 {
+    constexpr int a = product_of(n).a, b = product_of(n).b;
+    constexpr bool coprime = product_of(n).is_coprime();
     pairs<R> row[a][b];
     steps<a>([&](auto i) ORV_INLINE_LAMBDA {
-        steps<b>([&](auto j) ORV_INLINE_LAMBDA { row[i][j] = x[i + a * j]; });
+        steps<b>([&](auto j) ORV_INLINE_LAMBDA {
+            constexpr int from = coprime ? (b * i + a * j) % n : i + a * j;
+            row[i][j] = get(std::integral_constant<int, from>());
+        });
         butterfly<b, forward>(row[i]);
     });
     steps<b>([&](auto l) ORV_INLINE_LAMBDA {
         pairs<R> column[a];
-        steps<a>([&](auto i) ORV_INLINE_LAMBDA { column[i] = turned<i * l, a * b, forward>(row[i][l]); });
+        steps<a>([&](auto i) ORV_INLINE_LAMBDA {
+            if constexpr (coprime) column[i] = row[i][l];
+            else column[i] = turned<i * l, n, forward>(row[i][l]);
+        });
         butterfly<a, forward>(column);
-        steps<a>([&](auto k) ORV_INLINE_LAMBDA { x[b * k + l] = column[k]; });
+        if constexpr (coprime)
+            steps<n>([&](auto k) ORV_INLINE_LAMBDA {
+                if constexpr (k % b == l) put(k, column[k % a]);
+            });
+        else steps<a>([&](auto k) ORV_INLINE_LAMBDA { put(std::integral_constant<int, b * k + l>(), column[k]); });
     });
 }
 
@@ -135,13 +143,22 @@ template <int n, bool forward, class R> ORV_INLINE void butterfly(pairs<R> (&x)[
         const auto a = x[0] + x[2], b = x[0] - x[2], c = x[1] + x[3], d = quarter_turn<forward>(x[1] - x[3]);
         x[0] = a + c, x[1] = b + d, x[2] = a - c, x[3] = b - d;
     } else if constexpr (n == 5) five<forward>(x);
-    else if constexpr (n == 8) twiddled<2, 4, forward>(x);
-    else if constexpr (n == 9) twiddled<3, 3, forward>(x);
-    else if constexpr (n == 16) twiddled<4, 4, forward>(x);
-    else if constexpr (n == 12) coprime<4, 3, forward>(x);
-    else if constexpr (n == 15) coprime<3, 5, forward>(x);
-    else if constexpr (n % 2 == 0) coprime<2, n / 2, forward>(x);
+    else if constexpr (product_of(n).a != 0)
+        by_rows_and_columns<n, forward, R>([&](auto j) ORV_INLINE_LAMBDA { return x[j]; },
+                                           [&](auto k, pairs<R> v) ORV_INLINE_LAMBDA { x[k] = v; });
     else odd_prime<n, forward>(x);
+}
+
+// The same from get(j) to put(k, X[k]): more points than there are registers for need not all be there at once.
+template <int n, bool forward, class R, class Get, class Put> ORV_INLINE void butterfly_between(Get get, Put put)
+{
+    if constexpr (product_of(n).a != 0) by_rows_and_columns<n, forward, R>(get, put);
+    else {
+        pairs<R> x[n];
+        steps<n>([&](auto j) ORV_INLINE_LAMBDA { x[j] = get(j); });
+        butterfly<n, forward>(x);
+        steps<n>([&](auto k) ORV_INLINE_LAMBDA { put(k, x[k]); });
+    }
 }
 
 } // namespace orv::dft::general
