@@ -49,6 +49,32 @@ template <bool neighbours> ORV_INLINE void store_lines(float* p, i64 line, vec<c
     else distribute(x, at, reinterpret_cast<cpx<float>*>(p + line));
 }
 
+// Two lines of so few points that all of them stay in registers: loaded and stored as they stand, whole registers of
+// neighbours, which change places between.
+template <int n, bool forward>
+[[gnu::noinline]] void transform_dense(const float* from, i64 in, float* to, i64 out, i64 count)
+{
+    using V = vec<cpx<float>>;
+    const auto pairs = [](const float* p) { return reinterpret_cast<const cpx<float>*>(p); };
+    for (; count > 0; count -= 2, from += 2 * in, to += 2 * out) {
+        V x[n];
+        short_line<n, forward, float>(
+            [&](auto j) ORV_INLINE_LAMBDA {
+                constexpr int point = j % n, first = point / 2 * 2;
+                V square[] = {loadu(pairs(from) + first), loadu(pairs(from + in) + first)};
+                transpose(square);
+                return square[point - first];
+            },
+            [&](auto k, V v) ORV_INLINE_LAMBDA { x[k] = v; });
+        general::steps<n / 2>([&](auto i) ORV_INLINE_LAMBDA {
+            V square[] = {x[2 * i], x[2 * i + 1]};
+            transpose(square);
+            storeu(reinterpret_cast<cpx<float>*>(to) + 2 * i, square[0]);
+            storeu(reinterpret_cast<cpx<float>*>(to + out) + 2 * i, square[1]);
+        });
+    }
+}
+
 // dense: points of a line are neighbours.
 template <int n, bool forward, bool neighbours, bool dense = false, class R>
 [[gnu::noinline]] void transform_lines(const R* from, LineSteps in, R* to, LineSteps out, i64 count)
@@ -73,7 +99,10 @@ void transform_short(const R* from, LineSteps in, R* to, LineSteps out, i64 coun
         else transform_lines<n, forward, true>(from, in, to, out, count);
     } else {
         const i64 left = count % lanes, most = count - left;
-        if (dense) transform_lines<n, forward, false, n >= 16>(from, in, to, out, most);
+        constexpr bool in_registers = n % 2 == 0 && n <= 8;
+        if (in_registers && in.point == 2 && out.point == 2)
+            transform_dense<in_registers ? n : 2, forward>(from, in.line, to, out.line, most);
+        else if (dense) transform_lines<n, forward, false, n >= 16>(from, in, to, out, most);
         else if (in.line == 2 && out.line == 2) transform_lines<n, forward, true>(from, in, to, out, most);
         else transform_lines<n, forward, false>(from, in, to, out, most);
         static_assert(lanes <= 2, "what is left of the lines is one");

@@ -137,7 +137,7 @@ TYPED_TEST(Kernels, back_to_reals_read_rows_that_were_kept_apart_as_Perm)
             }
 }
 
-// Commit plans batches for the columns of a node as they lie. Other columns go by blocks.
+// Commit plans batches for the columns of a node as they lie. Other columns go by blocks, as rows do.
 TYPED_TEST(Kernels, of_many_lines_take_plans_of_batches_for_the_planned_stride_alone)
 {
     using R = TypeParam;
@@ -152,12 +152,14 @@ TYPED_TEST(Kernels, of_many_lines_take_plans_of_batches_for_the_planned_stride_a
     else kernel = columns->kernel_d_forward;
     std::vector<cpx<R>> buffer(static_cast<std::size_t>(16 * n));
     auto* const lines = primitive<DftCopyAndTransform<cpx<R>>>(std::string("x") + letter<cpx<R>> + "dft1d_copy");
+    auto* const rows =
+        primitive<DftCopyAndTransformOut<cpx<R>, cpx<R>>>(std::string("x") + letter<cpx<R>> + "dft1d_out_copy");
     ASSERT_EQ(lines(data.data(), stride, kernel, columns, planned, 1, buffer.data(), 3, nullptr), node_ok);
     for (i64 c = 0; c < planned; ++c) {
-        std::vector<cpx<R>> line(static_cast<std::size_t>(n));
+        std::vector<cpx<R>> line(static_cast<std::size_t>(n)), result = line;
         for (i64 i = 0; i < n; ++i) line[i] = expected[c + i * stride];
-        ASSERT_EQ(kernel(line.data(), line.data(), columns, nullptr), node_ok);
-        for (i64 i = 0; i < n; ++i) expected[c + i * stride] = line[i];
+        ASSERT_EQ(rows(line.data(), 1, result.data(), 1, kernel, columns, 1, n, n, nullptr, 0, nullptr), node_ok);
+        for (i64 i = 0; i < n; ++i) expected[c + i * stride] = result[i];
     }
     EXPECT_TRUE(same_bits(data.data(), expected.data(), stride * n));
 }

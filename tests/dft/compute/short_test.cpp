@@ -1,5 +1,5 @@
-// Many lines of a few points, every length of them: dense rows and neighbouring columns, against the definition, and
-// that a line's bits do not depend on how many lines there are.
+// Many lines of a few points, every length of them, and of products of small factors: dense rows and neighbouring
+// columns, against the definition, and that a line's bits do not depend on how many lines there are.
 #include "tests/dft/compute/trial.h"
 
 namespace orv::test {
@@ -11,6 +11,7 @@ using Reals = testing::Types<float, double>;
 TYPED_TEST_SUITE(ShortLines, Reals);
 
 constexpr i64 longest = 18;
+const std::vector<i64> counts{2, 3, 4, 5, 7};
 std::vector<i64> lengths()
 {
     std::vector<i64> all{31, 32, 33};
@@ -18,13 +19,25 @@ std::vector<i64> lengths()
     return all;
 }
 
+// Products whose factors come together in every way: of two and of more, as many at the end as are one pass.
+std::vector<i64> products()
+{
+    return {18, 20, 21, 22, 24, 25, 26, 27, 30, 33, 36, 39, 40, 45, 48, 49, 50, 54, 63, 65, 70, 72, 75, 84, 98, 100};
+}
+std::vector<i64> twice(std::vector<i64> all)
+{
+    for (i64& n : all) n *= 2;
+    return all;
+}
+
 // Lines one behind the other, or element beside element.
 Layout lay_out(bool rows, i64 n, i64 count) { return rows ? Layout{{1}, 0, n} : Layout{{count}, 0, 1}; }
 
-template <class R> void expect_lines(Problem p, bool rows)
+template <class R>
+void expect_lines(Problem p, bool rows, const std::vector<i64>& lengths, const std::vector<i64>& counts)
 {
-    for (const i64 n : lengths())
-        for (const i64 count : {2, 3, 4, 5, 7})
+    for (const i64 n : lengths)
+        for (const i64 count : counts)
             for (const bool forward : {true, false})
                 for (const bool in_place : {true, false}) {
                     const i64 stored = p.storage == Storage::pairs  ? n
@@ -46,7 +59,7 @@ template <class R> void expect_lines(Problem p, bool rows)
 
 TYPED_TEST(ShortLines, of_pairs_are_the_definition_as_rows_and_as_columns)
 {
-    for (const bool rows : {true, false}) expect_lines<TypeParam>({}, rows);
+    for (const bool rows : {true, false}) expect_lines<TypeParam>({}, rows, lengths(), counts);
 }
 
 TYPED_TEST(ShortLines, of_reals_are_the_definition_in_every_storage)
@@ -56,14 +69,32 @@ TYPED_TEST(ShortLines, of_reals_are_the_definition_in_every_storage)
     for (const Storage storage : {Storage::half, Storage::CCS, Storage::PACK, Storage::PERM})
         for (const bool rows : {true, false}) {
             p.storage = storage;
-            expect_lines<TypeParam>(p, rows);
+            expect_lines<TypeParam>(p, rows, lengths(), counts);
         }
+}
+
+TYPED_TEST(ShortLines, of_products_are_the_definition_as_rows_and_as_columns)
+{
+    for (const bool rows : {true, false}) expect_lines<TypeParam>({}, rows, products(), {3});
+    expect_lines<TypeParam>({}, true, {121, 143, 225, 500, 504}, {2});
+}
+
+TYPED_TEST(ShortLines, of_twice_as_many_reals_are_the_definition_in_every_storage)
+{
+    Problem p;
+    p.real = true;
+    for (const Storage storage : {Storage::half, Storage::CCS, Storage::PACK, Storage::PERM}) {
+        p.storage = storage;
+        expect_lines<TypeParam>(p, true, twice(products()), {3});
+        expect_lines<TypeParam>(p, true, {60}, {9});
+        expect_lines<TypeParam>(p, false, {60}, {9});
+    }
 }
 
 TYPED_TEST(ShortLines, of_reals_in_place_clear_what_the_longer_spectrum_leaves_behind)
 {
     using R = TypeParam;
-    for (const i64 n : {4, 6, 15}) {
+    for (const i64 n : {4, 6, 15, 60}) {
         Problem p;
         const i64 stored = packed_row(Storage::CCS, n), count = 5;
         p.real = true, p.forward = false, p.storage = Storage::CCS, p.lengths = {n}, p.count = count;
@@ -92,42 +123,46 @@ void expect_lines_by_themselves(const std::string& name, DftiKernel* kernel, Dft
     EXPECT_TRUE(same_bits(together.data(), alone.data(), n_out * count)) << name << " n=" << node->length;
 }
 
-TYPED_TEST(ShortLines, do_not_depend_on_the_lines_beside_them)
+// As pairs, and n reals.
+template <class R> void expect_lines_by_themselves(i64 n)
 {
-    using R = TypeParam;
     using T = cpx<R>;
     const bool single = sizeof(R) == 4;
-    for (i64 n = 2; n <= 16; ++n) {
-        const Node pairs = create_1d(precision_letter<R>, 'c', n);
-        pairs->flags |= DftiNode::no_decomposition;
-        set_batch(pairs, 2, n, n);
-        ASSERT_EQ(commit(pairs), node_ok);
-        DftiKernel* const of_pairs = single ? pairs->kernel_s_forward : pairs->kernel_d_forward;
-        expect_lines_by_themselves<T, T>(single ? "xcdft1d_out_copy" : "xzdft1d_out_copy", of_pairs, pairs.get(), n, n);
+    const Node pairs = create_1d(precision_letter<R>, 'c', n);
+    pairs->flags |= DftiNode::no_decomposition;
+    set_batch(pairs, 2, n, n);
+    ASSERT_EQ(commit(pairs), node_ok);
+    DftiKernel* const of_pairs = single ? pairs->kernel_s_forward : pairs->kernel_d_forward;
+    expect_lines_by_themselves<T, T>(single ? "xcdft1d_out_copy" : "xzdft1d_out_copy", of_pairs, pairs.get(), n, n);
 
-        const Node reals = create_1d(precision_letter<R>, 'r', n);
-        reals->placement = CFG_OUT_OF_PLACE;
-        reals->conjugate_even_storage = CFG_STORE_COMPLEX;
-        set_batch(reals, 2, n, n / 2 + 1);
-        ASSERT_EQ(commit(reals), node_ok);
-        const std::string there = single ? "xscdft1d_out_copy" : "xdzdft1d_out_copy";
-        const std::string back = single ? "xcsdft1d_out_copy" : "xzddft1d_out_copy";
-        expect_lines_by_themselves<R, T>(there, single ? reals->kernel_rs_forward : reals->kernel_rd_forward,
-                                         reals.get(), n, n / 2 + 1);
-        expect_lines_by_themselves<T, R>(back, single ? reals->kernel_rs_backward : reals->kernel_rd_backward,
-                                         reals.get(), n / 2 + 1, n);
-    }
+    const Node reals = create_1d(precision_letter<R>, 'r', n);
+    reals->placement = CFG_OUT_OF_PLACE;
+    reals->conjugate_even_storage = CFG_STORE_COMPLEX;
+    set_batch(reals, 2, n, n / 2 + 1);
+    ASSERT_EQ(commit(reals), node_ok);
+    const std::string there = single ? "xscdft1d_out_copy" : "xdzdft1d_out_copy";
+    const std::string back = single ? "xcsdft1d_out_copy" : "xzddft1d_out_copy";
+    expect_lines_by_themselves<R, T>(there, single ? reals->kernel_rs_forward : reals->kernel_rd_forward, reals.get(),
+                                     n, n / 2 + 1);
+    expect_lines_by_themselves<T, R>(back, single ? reals->kernel_rs_backward : reals->kernel_rd_backward, reals.get(),
+                                     n / 2 + 1, n);
 }
 
-// More points go to the engine: to the bit what the kernel makes of each row.
-TYPED_TEST(ShortLines, of_more_points_are_what_their_kernel_gives)
+TYPED_TEST(ShortLines, do_not_depend_on_the_lines_beside_them)
+{
+    for (i64 n = 2; n <= 16; ++n) expect_lines_by_themselves<TypeParam>(n);
+    for (const i64 n : {36, 60, 100, 144}) expect_lines_by_themselves<TypeParam>(n); // and both halves are products
+}
+
+// Other lengths go to the engine: to the bit what the kernel makes of each row.
+TYPED_TEST(ShortLines, of_other_lengths_are_what_their_kernel_gives)
 {
     using R = TypeParam;
     using T = cpx<R>;
     constexpr i64 count = 3;
     auto* const lines =
         primitive<DftCopyAndTransformOut<T, T>>(sizeof(R) == 4 ? "xcdft1d_out_copy" : "xzdft1d_out_copy");
-    for (const i64 n : {17, 60, 64, 70, 100, 128, 256, 2048, 3000})
+    for (const i64 n : {17, 64, 68, 128, 256, 1000, 2048, 3000})
         for (const bool forward : {true, false})
             for (const double scale : {1.0, 0.5}) {
                 const Node node = create_1d(precision_letter<R>, 'c', n);
