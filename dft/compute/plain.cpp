@@ -52,13 +52,24 @@ template <class R> bool goes_to_engine(const Run& run, bool forward)
            is_record(node.*Precision<R>::spec_complex, node.length, forward);
 }
 
+// The kernel of few pairs, which does not go to the engine; null where there is none.
+template <class R> DftiKernel* kernel_of_few(i64 n, bool forward)
+{
+    if constexpr (sizeof(R) == 8) {
+        if (n < 2 || n > 64) return nullptr;
+        return (forward ? DFT(zsmallradix_forward) : DFT(zsmallradix_inverse))[n - 2];
+    } else {
+        if (n == 2) return forward ? DFT(xc_f2_1df) : DFT(xc_f2_1db);
+        if (n == 4) return forward ? DFT(xc_f4_1df) : DFT(xc_f4_1db);
+        return nullptr;
+    }
+}
+
 template <class R> bool transforms_pairs(const Run& run, bool forward)
 {
     const DftiNode& node = *run.node;
-    const i64 n = node.length;
-    if (goes_to_engine<R>(run, forward)) return true;
-    return sizeof(R) == 8 && n >= 2 && n <= 64 && is_unscaled(node, forward) &&
-           run.kernel == (forward ? DFT(zsmallradix_forward) : DFT(zsmallradix_inverse))[n - 2];
+    return goes_to_engine<R>(run, forward) ||
+           (is_unscaled(node, forward) && run.kernel == kernel_of_few<R>(node.length, forward));
 }
 
 template <class R> bool transforms_reals(const Run& run, bool forward)
