@@ -1,6 +1,7 @@
 // The general path of complex transforms: each dimension gets a kernel of few points, plans for batches of columns, one
 // dimension as two, or the engine.
 #include "dft/chain.h"
+#include "dft/compute/column_plan.h"
 
 #include <cstdlib>
 
@@ -85,7 +86,11 @@ template <class R> i32 choose_engine(DftiNode* node, DftiNode* head)
             node->*P::forward = DFT(zsmallradix_forward)[n - 2];
             node->*P::backward = DFT(zsmallradix_inverse)[n - 2];
         }
-    return N::init_complex(node, head); // beside other kernels, too: the chain takes its bytes from there
+    // Beside other kernels, too: the chain takes its bytes from there.
+    if (const i32 status = N::init_complex(node, head)) return status;
+    if (!ordered || node->method != nullptr) return node_ok;
+    const i32 status = plan_columns<R>(node);
+    return status == node_ok ? status : give_up(head, status);
 }
 template i32 choose_engine<float>(DftiNode* node, DftiNode* head);
 template i32 choose_engine<double>(DftiNode* node, DftiNode* head);

@@ -1,9 +1,9 @@
 // The kinds of bases: how columns are transformed by the tables of a plan, and what of the thread's buffer that takes.
 #pragma once
 
-#include "dft/batch/factors.h"
 #include "dft/batch/kernels.h"
 #include "dft/batch/objects.h"
+#include "dft/batch/tables.h"
 
 namespace orv::dft::batch {
 
@@ -41,29 +41,42 @@ template <class R> bool rows_collide(i64 points, i64 apart, i64 pitch)
     return points > ways && apart * pitch * i64{sizeof(cpx<R>)} % way == 0;
 }
 
-// Columns side by side that fill registers; between: room for them, where the length has more than one factor.
-template <class R> void transform_registers(const BatchPlan& plan, const Columns<R>& c, cpx<R>* between)
+// Columns side by side that fill registers; between: room for them, in rows of so many, where the length has more than
+// one factor.
+template <class R>
+void transform_registers(const Tables<R>& tables, const Columns<R>& c, cpx<R>* between, i64 between_pitch)
 {
-    const i64 n = plan.length, *radix = plan.lists[radixes]->data, joins = plan.lists[radixes]->size - 1;
+    const i64 n = tables.length, *radix = tables.radixes, joins = tables.joins;
     const bool row_by_row = between != nullptr && rows_collide<R>(radix[0], n / radix[0], c.to.stride);
     const auto here = [=](bool last) { return last && !row_by_row; };
     const auto to = [=](bool last, i64 row) {
-        return here(last) ? c.dst + row * c.to.stride : between + row * c.count;
+        return here(last) ? c.dst + row * c.to.stride : between + row * between_pitch;
     };
-    const auto pitch = [=](bool last) { return here(last) ? c.to.stride : c.count; };
+    const auto pitch = [=](bool last) { return here(last) ? c.to.stride : between_pitch; };
 
     i64 joined = radix[joins];
-    passes<R>().leaves[joined]({c.src, c.from.stride, n, plan.apart, plan.lists[starts]->data, to(joins == 0, 0),
+    passes<R>().leaves[joined]({c.src, c.from.stride, n, tables.apart, tables.starts, to(joins == 0, 0),
                                 pitch(joins == 0), n / joined, c.count});
-    const auto* const w = reinterpret_cast<const R*>(plan.lists[twiddles]->data);
     for (i64 f = joins; f-- > 0; joined *= radix[f])
         for (i64 row = 0; row < n; row += joined * radix[f])
-            passes<R>().joins[radix[f]]({between + row * c.count, c.count, to(f == 0, row), pitch(f == 0), joined,
-                                         c.count, w + plan.lists[places]->data[f]});
+            passes<R>().joins[radix[f]]({between + row * between_pitch, between_pitch, to(f == 0, row), pitch(f == 0),
+                                         joined, c.count, tables.twiddles + tables.places[f]});
     if (row_by_row)
         for (i64 row = 0; row < n; ++row)
             for (i64 column = 0; column < c.count; column += lanes<R>)
-                storeu(c.dst + row * c.to.stride + column, load(between + row * c.count + column));
+                storeu(c.dst + row * c.to.stride + column, load(between + row * between_pitch + column));
+}
+template <class R> void transform_registers(const BatchPlan& plan, const Columns<R>& c, cpx<R>* between)
+{
+    const auto* const w = reinterpret_cast<const R*>(plan.lists[twiddles]->data);
+    const Tables<R> tables{plan.length,
+                           plan.apart,
+                           plan.lists[radixes]->size - 1,
+                           plan.lists[radixes]->data,
+                           plan.lists[starts]->data,
+                           plan.lists[places]->data,
+                           w};
+    transform_registers<R>(tables, c, between, c.count);
 }
 
 // Kind 21: a length with straight-line code.

@@ -3,8 +3,6 @@
 // Each step that builds has a twin that counts, so memory of exactly the size told will do.
 #include "dft/batch/plan.h"
 #include "dft/batch/columns.h"
-#include "dft/primitives/dft/stages.h"
-#include "frame/roots.h"
 #include "frame/serv.h"
 
 namespace orv::dft::batch {
@@ -29,10 +27,10 @@ template <class R> struct ListSizes {
     i64 of[4];
     constexpr explicit ListSizes(const Factors& f) : of()
     {
-        i64 n = f.last();
-        for (i64 j = f.joins(); j-- > 0; n *= f.of[j])
-            of[twiddles] += n * (f.of[j] - 1) * general::registers_of_twiddle * vector_bytes / i64{sizeof(i64)};
-        of[starts] = n / f.last(), of[radixes] = f.count, of[places] = f.joins();
+        i64 transforms = 1;
+        for (i64 j = 0; j < f.joins(); ++j) transforms *= f.of[j];
+        of[twiddles] = reals_of_twiddles<R>(f) * i64{sizeof(R)} / i64{sizeof(i64)};
+        of[starts] = transforms, of[radixes] = f.count, of[places] = f.joins();
     }
 };
 
@@ -43,45 +41,13 @@ template <class T> T* make(BatchArena* arena, const BatchEnvTable& table)
     return object;
 }
 
-// A register of twiddles has the same in all its lanes.
-template <class R> void put_twiddles(const Factors& f, const BatchPlan& plan)
-{
-    auto* to = reinterpret_cast<R*>(plan.lists[twiddles]->data);
-    const R* const begin = to;
-    i64 joined = f.last();
-    for (i64 j = f.joins(); j-- > 0; joined *= f.of[j]) {
-        plan.lists[places]->data[j] = to - begin;
-        for (i64 q = 0; q < joined; ++q)
-            for (i64 row = 1; row < f.of[j]; ++row) {
-                const auto w = rounded<R>(root(-row * q, joined * f.of[j]));
-                for (i64 lane = 0; lane < lanes<R>; ++lane, to += 2) to[0] = to[1] = w.re;
-                for (i64 lane = 0; lane < lanes<R>; ++lane, to += 2) to[0] = -w.im, to[1] = w.im;
-            }
-    }
-}
-
-// Where each of the shortest transforms begins: its place in digits of the radixes, read backwards.
-void put_starts(const Factors& f, const BatchPlan& plan)
-{
-    const i64 transforms = plan.lists[starts]->size;
-    for (i64 t = 0; t < transforms; ++t) {
-        i64 start = 0, digits = 1, rest = t, below = transforms;
-        for (i64 j = 0; j < f.joins(); ++j) {
-            below /= f.of[j];
-            start += rest / below * digits;
-            rest %= below, digits *= f.of[j];
-        }
-        plan.lists[starts]->data[t] = plan.apart < 0 ? plan.length - start : start;
-    }
-}
-
 template <class R> void put_tables(BatchEnv* env)
 {
     const auto& plan = *reinterpret_cast<BatchPlan*>(env);
     const Factors f = factors_of(plan.length);
     for (i64 j = 0; j < f.count; ++j) plan.lists[radixes]->data[j] = f.of[j];
-    put_starts(f, plan);
-    put_twiddles<R>(f, plan);
+    put_starts(f, plan.length, plan.apart > 0, plan.lists[starts]->data);
+    put_twiddles(f, reinterpret_cast<R*>(plan.lists[twiddles]->data), plan.lists[places]->data);
 }
 
 template <class Parent> void end_parent(BatchEnv* env)

@@ -1,4 +1,4 @@
-#include "dft/compute/many.h"
+#include "dft/compute/column_plan.h"
 #include "dft/compute/plain.h"
 #include "dft/primitives/dft/kernels.h"
 #include "dft/primitives/dft/plan.h"
@@ -78,10 +78,12 @@ i32 transform(const Run& run, i64 count, const Lines<const In>& in, const Lines<
 {
     using R = real_t<In>;
     const Ends<In, Out> ends(run);
-    if constexpr (is_complex<In> && is_complex<Out>)
+    if constexpr (is_complex<In> && is_complex<Out>) {
         if (auto* const lines = short_lines<R>(run);
             lines != nullptr && !collide(ends.n_in, in) && !collide(ends.n_out, out))
             return lines(in.data, {in.stride, in.distance}, out.data, {out.stride, out.distance}, count), node_ok;
+        if (planned_columns<R>(run, count, in, out)) return node_ok;
+    }
     const bool gathers = !in.is_dense(), scatters = !out.is_dense();
     const i64 pitch = row_reals<In, Out>(*run.node);
     const RowsAt<R> rows{static_cast<R*>(run.buffer), pitch};

@@ -65,13 +65,6 @@ template <class R> DftiKernel* kernel_of_few(i64 n, bool forward)
     }
 }
 
-template <class R> bool transforms_pairs(const Run& run, bool forward)
-{
-    const DftiNode& node = *run.node;
-    return goes_to_engine<R>(run, forward) ||
-           (is_unscaled(node, forward) && run.kernel == kernel_of_few<R>(node.length, forward));
-}
-
 template <class R> bool transforms_reals(const Run& run, bool forward)
 {
     using P = Precision<R>;
@@ -90,6 +83,13 @@ template <class R> bool transforms_reals(const Run& run, bool forward)
 }
 
 } // namespace
+
+template <class R> bool transforms_pairs(const Run& run, bool forward)
+{
+    const DftiNode& node = *run.node;
+    return goes_to_engine<R>(run, forward) ||
+           (is_unscaled(node, forward) && run.kernel == kernel_of_few<R>(node.length, forward));
+}
 
 template <class R> ShortLines<R>* short_lines(const Run& run)
 {
@@ -178,6 +178,7 @@ template <class R> void HalvedRows<R>::run(const R* from, i64 from_step, R* to, 
 }
 
 #define INSTANCES(R, ...)                                                                                              \
+    template bool transforms_pairs<R>(const Run&, bool);                                                               \
     template ShortLines<R>* short_lines<R>(const Run&);                                                                \
     template SideBySide<R> side_by_side<R>(const Run&);                                                                \
     template RealRows<R> short_rows<R>(const Run&, Layout);                                                            \

@@ -8,6 +8,9 @@
 
 namespace orv::dft {
 
+// If the kernel transforms pairs in a direction and does no more than that.
+template <class R> bool transforms_pairs(const Run& run, bool forward);
+
 // Null where the kernel scales, is another one, or has more points.
 template <class R> ShortLines<R>* short_lines(const Run& run);
 

@@ -213,4 +213,41 @@ template <class R> quad allowed_error(const std::vector<i64>& lengths)
     return 1.5 * quad(std::numeric_limits<R>::epsilon()) * factors;
 }
 
+// ---- Problems without gaps
+
+inline Layout dense(const std::vector<i64>& shape, i64 gap = 0, i64 offset = 0)
+{
+    Layout layout;
+    i64 step = 1;
+    for (const i64 n : shape) layout.strides.push_back(step), step = step * n + gap;
+    layout.distance = step, layout.offset = offset;
+    return layout;
+}
+
+// Of complex numbers, in place.
+inline Problem of_pairs(std::vector<i64> lengths, i64 count = 1, i64 gap = 0, i64 offset = 0)
+{
+    Problem p;
+    p.lengths = lengths, p.count = count;
+    p.signal = p.spectrum = dense(lengths, gap, offset);
+    return p;
+}
+inline Problem of_reals(Storage storage, bool forward, bool in_place, std::vector<i64> lengths, i64 count = 1)
+{
+    Problem p;
+    p.real = true, p.storage = storage, p.forward = forward, p.in_place = in_place;
+    p.lengths = lengths, p.count = count;
+    std::vector<i64> shape = lengths;
+    if (storage == Storage::half) shape[0] = lengths[0] / 2 + 1;
+    else
+        for (i64& n : shape) n = packed_row(storage, n);
+    p.spectrum = dense(shape);
+    p.signal = in_place ? p.spectrum : dense(lengths);
+    if (in_place && storage == Storage::half) {
+        for (i64& stride : p.signal.strides) stride *= 2;
+        p.signal.strides[0] = 1, p.signal.distance *= 2;
+    }
+    return p;
+}
+
 } // namespace orv::test
