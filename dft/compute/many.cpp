@@ -70,7 +70,27 @@ template <class In, class Out, class R> i32 transform_rows(const Run& run, i64 c
     return node_ok;
 }
 
+// Null where lines are not so short, or had better be staged.
+template <class R> ShortLines<R>* short_lines(const Run& run, const Lines<const cpx<R>>& in, const Lines<cpx<R>>& out)
+{
+    const i64 n = run.node->length;
+    auto* const lines = short_lines<R>(run);
+    return lines != nullptr && !collide(n, in) && !collide(n, out) ? lines : nullptr;
+}
+
 } // namespace
+
+template <class R>
+bool short_lines_of_planes(const Run& run, i64 count, const Lines<const cpx<R>>& in, const Lines<cpx<R>>& out,
+                           i64 planes, i64 in_step, i64 out_step)
+{
+    auto* const lines = short_lines<R>(run, in, out);
+    if (lines == nullptr) return false;
+    for (i64 p = 0; p < planes; ++p)
+        lines(in.data + p * in_step, {in.stride, in.distance}, out.data + p * out_step, {out.stride, out.distance},
+              count);
+    return true;
+}
 
 // Rows are transformed from and to where they stand in the array, or in the buffer.
 template <class In, class Out>
@@ -79,8 +99,7 @@ i32 transform(const Run& run, i64 count, const Lines<const In>& in, const Lines<
     using R = real_t<In>;
     const Ends<In, Out> ends(run);
     if constexpr (is_complex<In> && is_complex<Out>) {
-        if (auto* const lines = short_lines<R>(run);
-            lines != nullptr && !collide(ends.n_in, in) && !collide(ends.n_out, out))
+        if (auto* const lines = short_lines<R>(run, in, out))
             return lines(in.data, {in.stride, in.distance}, out.data, {out.stride, out.distance}, count), node_ok;
         if (planned_columns<R>(run, count, in, out)) return node_ok;
     }
@@ -189,6 +208,8 @@ template <class R> i32 transform_batch(DftiNode* node, cpx<R>* data, DftiKernel*
     template i32 transform_batch<R, cpx<R>>(DftiNode*, const R*, cpx<R>*, DftiKernel*, i64, void*);                    \
     template i32 transform_batch<cpx<R>, R>(DftiNode*, const cpx<R>*, R*, DftiKernel*, i64, void*);                    \
     template i32 transform_batch<R>(DftiNode*, cpx<R>*, DftiKernel*, i64, void*);                                      \
+    template bool short_lines_of_planes<R>(const Run&, i64, const Lines<const cpx<R>>&, const Lines<cpx<R>>&, i64,     \
+                                           i64, i64);                                                                  \
     template void unpack_row<R>(i64, Layout, const R*, cpx<R>*);                                                       \
     template void pack_row<R>(i64, Layout, const cpx<R>*, R*);
 ORV_DFT_PRECISIONS(INSTANCES)

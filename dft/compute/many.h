@@ -68,6 +68,11 @@ i32 transform(const Run& run, i64 count, const Lines<const In>& in, const Lines<
 // The same for pairs in place, where the node may have plans for columns that are side by side.
 template <class R> i32 transform(const Run& run, i64 count, const Lines<cpx<R>>& data);
 
+// As many lines in each of so many planes, if they are short and need no staging; else nothing is done.
+template <class R>
+bool short_lines_of_planes(const Run& run, i64 count, const Lines<const cpx<R>>& in, const Lines<cpx<R>>& out,
+                           i64 planes, i64 in_step, i64 out_step);
+
 // Both with the node's strides and distances, and a buffer of their own for blocks: for transforms that lie element
 // beside element.
 template <class In, class Out>

@@ -42,6 +42,13 @@ template <class R> i32 PairPlane<R>::columns(i64 begin, i64 end) const
     return transform<R>(run, end - begin, lines.from(begin));
 }
 
+template <class R> bool PairPlane<R>::short_columns(i64 planes, i64, i64 out_step) const
+{
+    const Run run{run_.node->next, run_.kernel1, run_.buffer, 0, run_.work};
+    const Lines<cpx<R>> lines{out_.data, out_.distance, out_.stride};
+    return short_lines_of_planes<R>(run, column_count(), lines, lines, planes, out_step, out_step);
+}
+
 // Back to reals that stand apart from the half spectrum, or are what it is packed among, columns leave their results
 // where the reals will be, in the order that the kernel of rows reads.
 template <class R>
@@ -156,6 +163,17 @@ template <class R> i32 RealPlane<R>::columns_backward(i64 begin, i64 end) const
         to.put(k, node->length, column);
         return status;
     });
+}
+
+template <class R> bool RealPlane<R>::short_columns(i64 planes, i64 reals_step, i64 half_step) const
+{
+    if (!middle_.as_pairs || !half_.as_pairs) return false;
+    const i64 middle_step = middle_.data == half_.data ? half_step : reals_step;
+    const Lines<cpx<R>> middle = middle_.columns(0), half = half_.columns(0);
+    return forward_ ? short_lines_of_planes<R>(run_of_columns(), column_count(), middle, half, planes, middle_step,
+                                               half_step)
+                    : short_lines_of_planes<R>(run_of_columns(), column_count(), half, middle, planes, half_step,
+                                               middle_step);
 }
 
 template class PairPlane<float>;

@@ -43,6 +43,8 @@ public:
                out_step == row_count() * out_.distance;
     }
     static constexpr bool rows_come_first() { return true; }
+    // All columns of so many planes, if they are short lines; else nothing is done.
+    bool short_columns(i64 planes, i64 in_step, i64 out_step) const;
 
 private:
     PlaneRun run_;
@@ -122,6 +124,7 @@ public:
                middle_step == row_count() * middle_.distance;
     }
     bool rows_come_first() const { return forward_; }
+    bool short_columns(i64 planes, i64 reals_step, i64 half_step) const;
 
 private:
     i32 rows_forward(i64 begin, i64 end) const;     // from reals to middle
@@ -148,18 +151,19 @@ template <class Plane> i32 run(const Plane& plane)
 }
 
 // So many planes, a step apart from each other in either array. Where they are so small that what is asked for each
-// takes as long as its lines, the rows of all go at once.
+// takes as long as its lines, the rows of all go at once, and so do their columns.
 template <class Plane> i32 run(Plane& plane, i64 count, i64 in_step, i64 out_step)
 {
     const bool small = plane.rows_go_on(count, in_step, out_step);
     const i64 rows = plane.row_count();
     i32 status = node_ok;
     if (small && plane.rows_come_first()) status = plane.rows(0, count * rows);
-    for (i64 p = 0; p < count && status == node_ok; ++p, plane.move(in_step, out_step))
-        status = small ? plane.columns(0, plane.column_count()) : run(plane);
-    if (status != node_ok || !small || plane.rows_come_first()) return status;
-    plane.move(-count * in_step, -count * out_step);
-    return plane.rows(0, count * rows);
+    if (status == node_ok && !(small && plane.short_columns(count, in_step, out_step))) {
+        for (i64 p = 0; p < count && status == node_ok; ++p, plane.move(in_step, out_step))
+            status = small ? plane.columns(0, plane.column_count()) : run(plane);
+        plane.move(-count * in_step, -count * out_step);
+    }
+    return status != node_ok || !small || plane.rows_come_first() ? status : plane.rows(0, count * rows);
 }
 
 } // namespace orv::dft
