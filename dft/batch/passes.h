@@ -5,8 +5,29 @@
 #include "dft/batch/kernels.h"
 #include "dft/batch/points.h"
 #include "dft/primitives/dft/stages.h"
+#include "dft/primitives/fft/butterfly.h"
 
 namespace orv::dft::batch {
+
+// put(k, X[k]) of x[j] = get(j). Powers of two go by the split radix, point by point from get and to put: there are
+// more points than registers.
+template <int r, class R, class Get, class Put> ORV_INLINE void transform_straight(Get get, Put put)
+{
+    pairs<R> x[r];
+    if constexpr ((r & (r - 1)) == 0)
+        dft::transform<r, true>(x, get, [&](auto k) ORV_INLINE_LAMBDA {
+            constexpr int results = r < 4 ? r : 4;
+            steps<results>([&](auto i) ORV_INLINE_LAMBDA {
+                constexpr int point = k + i * (r / results);
+                put(std::integral_constant<int, point>(), x[point]);
+            });
+        });
+    else {
+        steps<r>([&](auto j) ORV_INLINE_LAMBDA { x[j] = get(j); });
+        transform<r, true>(x);
+        steps<r>([&](auto k) ORV_INLINE_LAMBDA { put(k, x[k]); });
+    }
+}
 
 // The records are copied because every store might change what they say, for all that the compiler knows.
 template <int r, class R> void run_leaves(const Leaves<R>& leaves)
@@ -17,13 +38,10 @@ template <int r, class R> void run_leaves(const Leaves<R>& leaves)
     for (i64 t = 0; t < a.transforms; ++t, dst += r * a.dst_pitch) {
         const i64 start = a.starts[t];
         const cpx<R>*const src = a.src + start * a.src_pitch, *const first = start == a.length ? a.src : src;
-        for (i64 c = 0; c < a.columns; c += pairs<R>::lanes) {
-            pairs<R> x[r];
-            x[0] = loadu(first + c);
-            steps<r - 1>([&](auto j) ORV_INLINE_LAMBDA { x[j + 1] = loadu(src + (j + 1) * step + c); });
-            transform<r, true>(x);
-            steps<r>([&](auto k) ORV_INLINE_LAMBDA { storeu(dst + k * a.dst_pitch + c, x[k]); });
-        }
+        for (i64 c = 0; c < a.columns; c += pairs<R>::lanes)
+            transform_straight<r, R>(
+                [&](auto j) ORV_INLINE_LAMBDA { return loadu((j == 0 ? first : src + j * step) + c); },
+                [&](auto k, pairs<R> x) ORV_INLINE_LAMBDA { storeu(dst + k * a.dst_pitch + c, x); });
     }
 }
 
@@ -36,15 +54,14 @@ template <int r, class R> void run_join(const Join<R>& join)
     cpx<R>* dst = a.dst;
     const R* w = a.twiddles;
     for (i64 q = 0; q < a.count; ++q, src += a.src_pitch, dst += a.dst_pitch, w += (r - 1) * twiddle)
-        for (i64 c = 0; c < a.columns; c += lanes) {
-            pairs<R> x[r];
-            x[0] = loadu(src + c);
-            steps<r - 1>([&](auto j) ORV_INLINE_LAMBDA {
-                x[j + 1] = general::twiddled_by<true, lanes>(loadu(src + (j + 1) * from + c), w + j * twiddle);
-            });
-            transform<r, true>(x);
-            steps<r>([&](auto k) ORV_INLINE_LAMBDA { storeu(dst + k * to + c, x[k]); });
-        }
+        for (i64 c = 0; c < a.columns; c += lanes)
+            transform_straight<r, R>(
+                [&](auto j) ORV_INLINE_LAMBDA {
+                    const pairs<R> x = loadu(src + j * from + c);
+                    if constexpr (j == 0) return x;
+                    else return general::twiddled_by<true, lanes>(x, w + (j - 1) * twiddle);
+                },
+                [&](auto k, pairs<R> x) ORV_INLINE_LAMBDA { storeu(dst + k * to + c, x); });
 }
 
 template <int r, class R> constexpr auto leaves_of() -> void (*)(const Leaves<R>&)
