@@ -68,23 +68,56 @@ template <class R> i64 pitch_of(i64 columns)
     return columns / line % 2 != 0 ? columns : columns + line;
 }
 
-template <class R> void transform(ColumnPlan& plan, bool forward, const batch::Columns<R>& all, cpx<R>* between)
-{
-    const batch::Tables<R> tables = plan.tables<R>(forward);
-    const i64 n = plan.length, filling = batch::filling_registers<R>(all.count);
-    const i64 together = columns_of_part<R>(all.count), pitch = pitch_of<R>(together);
-    for (i64 at = 0; at < filling; at += together)
-        transform_registers(tables, all.part(at, min(together, filling - at)), between, pitch);
-    if (filling == all.count) return;
+template <class R> struct Columns {
+    Lines<const cpx<R>> in;
+    Lines<cpx<R>> out;
+    i64 count;
 
-    // One column is left, which fills half a register.
-    constexpr i64 lanes = batch::lanes<R>;
-    cpx<R>* const staged = between + n * pitch;
-    const batch::Columns<R> last = all.part(filling, 1);
-    for (i64 j = 0; j < n; ++j) staged[j * lanes] = last.src[j * last.from.stride], staged[j * lanes + 1] = {};
-    const batch::Layout rows{lanes, 1};
-    transform_registers(tables, {staged, rows, staged, rows, lanes}, between, pitch);
-    for (i64 j = 0; j < n; ++j) last.dst[j * last.to.stride] = staged[j * lanes];
+    Columns part(i64 at, i64 columns) const { return {in.from(at), out.from(at), columns}; }
+    // If registers can be loaded and stored across them.
+    bool are_side_by_side() const
+    {
+        return in.are_neighbours() && out.are_neighbours() && in.stride % 2 == 0 && out.stride % 2 == 0;
+    }
+};
+
+template <class R> void transform_here(const batch::Tables<R>& tables, const Columns<R>& c, cpx<R>* between, i64 pitch)
+{
+    transform_registers(tables, {c.in.line(0), {c.in.stride / 2, 1}, c.out.line(0), {c.out.stride / 2, 1}, c.count},
+                        between, pitch);
+}
+
+// Other columns, and what fills no register: the same in rows of a stage, zeros beside them.
+template <class R>
+void transform_staged(const batch::Tables<R>& tables, const Columns<R>& c, cpx<R>* stage, cpx<R>* between, i64 pitch)
+{
+    const i64 n = tables.length, columns = round_up(c.count, batch::lanes<R>);
+    for (i64 k = 0; k < columns; ++k) {
+        const R* p = c.in.from(k).data;
+        for (i64 j = 0; j < n; ++j, p += c.in.stride)
+            stage[j * pitch + k] = k < c.count ? cpx<R>{p[0], p[1]} : cpx<R>{};
+    }
+    const batch::Layout rows{pitch, 1};
+    transform_registers(tables, {stage, rows, stage, rows, columns}, between, pitch);
+    for (i64 k = 0; k < c.count; ++k) {
+        R* p = c.out.from(k).data;
+        for (i64 j = 0; j < n; ++j, p += c.out.stride) p[0] = stage[j * pitch + k].re, p[1] = stage[j * pitch + k].im;
+    }
+}
+
+template <class R> bool transform(ColumnPlan& plan, bool forward, const Columns<R>& all)
+{
+    const i64 together = columns_of_part<R>(all.count), pitch = pitch_of<R>(together), room = plan.length * pitch;
+    const i64 here = all.are_side_by_side() ? batch::filling_registers<R>(all.count) : 0;
+    const Buffer buffer((here == all.count ? room : 2 * room) * static_cast<i64>(sizeof(cpx<R>)));
+    if (buffer.missing()) return false;
+    auto* const between = static_cast<cpx<R>*>(buffer.begin());
+    const batch::Tables<R> tables = plan.tables<R>(forward);
+    for (i64 at = 0; at < here; at += together)
+        transform_here(tables, all.part(at, min(together, here - at)), between, pitch);
+    for (i64 at = here; at < all.count; at += together)
+        transform_staged(tables, all.part(at, min(together, all.count - at)), between + room, between, pitch);
+    return true;
 }
 
 } // namespace
@@ -112,16 +145,9 @@ template <class R>
 bool planned_columns(const Run& run, i64 count, const Lines<const cpx<R>>& in, const Lines<cpx<R>>& out)
 {
     auto* const plan = static_cast<ColumnPlan*>(run.node->buffer0);
-    if (plan == nullptr || !in.are_neighbours() || !out.are_neighbours() || in.stride % 2 != 0 || out.stride % 2 != 0)
-        return false;
+    if (plan == nullptr || (in.is_dense() && out.is_dense())) return false;
     const bool forward = transforms_pairs<R>(run, true);
-    if (!forward && !transforms_pairs<R>(run, false)) return false;
-    const i64 room = plan->length * (pitch_of<R>(columns_of_part<R>(count)) + batch::lanes<R>);
-    const Buffer between(room * static_cast<i64>(sizeof(cpx<R>)));
-    if (between.missing()) return false;
-    transform<R>(*plan, forward, {in.line(0), {in.stride / 2, 1}, out.line(0), {out.stride / 2, 1}, count},
-                 static_cast<cpx<R>*>(between.begin()));
-    return true;
+    return (forward || transforms_pairs<R>(run, false)) && transform<R>(*plan, forward, {in, out, count});
 }
 
 #define INSTANCES(R, ...)                                                                                              \

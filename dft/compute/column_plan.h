@@ -9,7 +9,9 @@ namespace orv::dft {
 // At commit, where the dimension can have a plan. It goes with the node.
 template <class R> i32 plan_columns(DftiNode* node);
 
-// If the node has a plan, does no more than transform, and columns are neighbours on both sides; else nothing is done.
+// If the node has a plan and does no more than transform, and lines are not dense on both sides; else nothing is done.
+// Columns that are not neighbours are staged for it, so that their bits are the same whichever way they are gone
+// through.
 template <class R>
 bool planned_columns(const Run& run, i64 count, const Lines<const cpx<R>>& in, const Lines<cpx<R>>& out);
 

@@ -77,6 +77,11 @@ TYPED_TEST(PlannedColumns, are_the_definition_in_several_parts_and_at_any_pitch_
             p.signal.strides[1] = pitch, p.signal.distance = n * pitch, p.spectrum = p.signal;
             expect_definition<TypeParam>(p);
         }
+    for (const i64 apart : {2, 3}) {
+        Problem p = of_pairs({9, 20});
+        p.signal.strides = {apart, 9 * apart}, p.spectrum = p.signal;
+        expect_definition<TypeParam>(p);
+    }
     // Packed rows of an odd length have pairs between reals.
     for (const Storage storage : {Storage::CCS, Storage::PERM})
         for (const bool forward : {true, false})
@@ -109,12 +114,21 @@ TYPED_TEST(PlannedColumns, do_not_depend_on_the_columns_beside_them)
     for (const auto& column : columns) EXPECT_EQ(column, columns[0]);
 }
 
+// Element beside element, which one thread goes through by elements, and several by transforms.
+Problem interleaved()
+{
+    Problem p = of_pairs({16, 26}, 2);
+    p.in_place = false;
+    p.signal.strides = {2, 32}, p.signal.distance = 1;
+    return p;
+}
+
 TYPED_TEST(PlannedColumns, have_the_same_bits_on_any_number_of_threads)
 {
     using R = TypeParam;
-    for (const Problem& p :
-         {of_pairs({35, 32}), of_pairs({13, 32, 4}), of_reals(Storage::half, true, false, {67, 24}),
-          of_reals(Storage::half, false, false, {67, 24}), of_reals(Storage::half, true, true, {20, 3, 18})}) {
+    for (const Problem& p : {of_pairs({35, 32}), of_pairs({13, 32, 4}), of_reals(Storage::half, true, false, {67, 24}),
+                             of_reals(Storage::half, false, false, {67, 24}),
+                             of_reals(Storage::half, true, true, {20, 3, 18}), interleaved()}) {
         Trial<R> trial(p, 1603);
         ServicesScope services(trial.node());
         services->dynamic_threads = []() -> i32 { return 0; };
