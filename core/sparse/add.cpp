@@ -1,18 +1,36 @@
 // Sums. Rows are counted first, so that every thread knows where its rows go.
 #include "core/sparse/pairs.h"
 
+#include <span>
+
 namespace orv::core::sparse {
 namespace {
 
-// Columns that two sorted rows have together. Entries of one column pair off, as they do in the kernel.
-template <class Int> Int count_union(const Int* a, const Int* a_end, const Int* b, const Int* b_end)
+// The columns of a sorted row.
+template <class Int> using Line = std::span<const Int>;
+
+// Columns that two rows have together. Entries of one column pair off, as they do in the kernel.
+template <class Int> Int count_union(Line<Int> a, Line<Int> b)
 {
     Int n = 0;
-    for (; a < a_end && b < b_end; ++n) {
-        const Int i = *a, j = *b;
-        a += i <= j, b += j <= i;
+    std::size_t p = 0, q = 0;
+    for (; p < a.size() && q < b.size(); ++n) {
+        const Int i = a[p], j = b[q];
+        p += i <= j, q += j <= i;
     }
-    return n + static_cast<Int>((a_end - a) + (b_end - b));
+    return n + static_cast<Int>((a.size() - p) + (b.size() - q));
+}
+
+// The same without comparing entries of unlike rows, of which none foresees the next. met: room for each column, with
+// no row from this one on.
+template <class Int> Int count_union(Line<Int> a, Line<Int> b, Int row, Int* met)
+{
+    if (std::ranges::equal(a, b)) return static_cast<Int>(a.size());
+    Int both = 0;
+    bool repeats = false;
+    for (const Int j : a) repeats |= met[j] == row, met[j] = row;
+    for (const Int j : b) both += met[j] == row, repeats |= met[j] == -row, met[j] = -row;
+    return repeats ? count_union(a, b) : static_cast<Int>(a.size() + b.size()) - both;
 }
 
 // C := A + factor*B
@@ -24,12 +42,13 @@ template <class T, class Int> struct Sum {
     i64 before(i64 i) const { return (i64{a.begin[i]} - a.begin[0]) + (b.begin[i] - b.begin[0]) + 2 * row_cost * i; }
     i64 work() const { return before(a.m); }
 
-    void count(i64 first, i64 last, Int* starts) const
+    // met: room for each column, or null.
+    void count(i64 first, i64 last, Int* starts, Int* met) const
     {
-        const Int *a_col = a.col - a.begin[0], *b_col = b.col - b.begin[0];
-        for (i64 i = first - 1; i < last; ++i)
-            starts[i + 1] =
-                count_union(a_col + a.begin[i], a_col + a.begin[i + 1], b_col + b.begin[i], b_col + b.begin[i + 1]);
+        if (met != nullptr) std::fill_n(met, a.n, Int{0});
+        for (i64 i = first; i <= last; ++i)
+            starts[i] = met == nullptr ? count_union(line(a, i), line(b, i))
+                                       : count_union(line(a, i), line(b, i), static_cast<Int>(i), met - a.base);
     }
     // scratch: pointers that the kernel makes for these rows, from 1 on.
     void run(kernels::sparse::CsrAdd<T, Int>* kernel, i64 from, i64 to, const Int* starts, Int* scratch,
@@ -41,6 +60,13 @@ template <class T, class Int> struct Sum {
         kernel(&first, &last, &sort, &m, &n, const_cast<T*>(a.values()), const_cast<Int*>(a.columns()), a.pointers(),
                &factor, const_cast<T*>(b.values()), const_cast<Int*>(b.columns()), b.pointers(), c.val + place,
                c.col + place, scratch, &room, &info);
+    }
+
+private:
+    static Line<Int> line(const Rows<T, Int>& rows, i64 i) // from 1
+    {
+        const Int first = rows.begin[0];
+        return {rows.col + (rows.begin[i - 1] - first), rows.col + (rows.begin[i] - first)};
     }
 };
 
@@ -63,7 +89,12 @@ orv_status add(const Wish& wish, Op op, T factor, const orv_sparse& a, const orv
     const Block<Int> pointers(m + 1), scratch(m + 1 + most_threads);
     if (pointers.get() == nullptr || scratch.get() == nullptr) return no_memory_for(m);
     Int* const starts = pointers.get();
-    each_share<T>(m, work, before, [&](i64 from, i64 to, int) { sum.count(from, to, starts); });
+    const bool marked = form.cols <= work; // more columns than entries are not worth the room
+    const Marks<Int> marks(marked ? form.cols : 0, threads_for_rows<T>(m, work));
+    if (!marks.complete()) return no_memory_for(form.cols);
+    each_share<T>(m, work, before, [&](i64 from, i64 to, int index) {
+        sum.count(from, to, starts, marked ? marks.of(index) : nullptr);
+    });
     status = counts_to_starts(m, starts);
     if (status != ORV_OK) return status;
     return make<T>(wish, form, starts, {&a, &b}, [&](const OwnArrays<T, Int>& c) {

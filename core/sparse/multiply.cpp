@@ -74,18 +74,6 @@ private:
     Block<i64> work_; // in front of each row
 };
 
-// What the kernel remembers about each column, for each thread.
-template <class Int> class Marks {
-public:
-    Marks(i64 n, int threads) : length_(round_up(n + 1, 64)), block_(length_ * threads) {}
-    bool complete() const { return block_.get() != nullptr; }
-    Int* of(int index) const { return block_.get() + length_ * index; }
-
-private:
-    i64 length_;
-    Block<Int> block_;
-};
-
 // Where each row of the result starts, from 1.
 template <class T, class Int>
 orv_status find_starts(const Product<T, Int>& product, kernels::sparse::CsrProduct<T, Int>* kernel,

@@ -29,6 +29,18 @@ template <class T, class Before, class Act> int each_share(i64 m, i64 work, cons
     return parts;
 }
 
+// Something to remember about each column, for each thread.
+template <class Int> class Marks {
+public:
+    Marks(i64 n, int threads) : length_(round_up(n + 1, 64)), block_(length_ * threads) {}
+    bool complete() const { return block_.get() != nullptr; }
+    Int* of(int index) const { return block_.get() + length_ * index; }
+
+private:
+    i64 length_;
+    Block<Int> block_;
+};
+
 // Numbers of entries, starts[i + 1] of row i, become pointers from 1 on.
 template <class Int> orv_status counts_to_starts(i64 m, Int* starts)
 {

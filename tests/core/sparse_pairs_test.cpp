@@ -207,6 +207,27 @@ TEST(SparseSums, keep_entries_that_cancel_and_sort_what_is_not)
     EXPECT_EQ(col[0], 3) << "an operand was sorted";
 }
 
+TEST(SparseSums, pair_off_entries_of_one_column_however_many_columns_there_are)
+{
+    const i32 begin[] = {0, 3, 6}, col[] = {0, 2, 2, 1, 1, 1}, other[] = {1, 2, 2, 0, 1, 1};
+    const double values[] = {1, 2, 3, 4, 5, 6}, others[] = {10, 20, 30, 40, 50, 60};
+    for (const i64 columns : {3, 1000000000}) {
+        orv_sparse a{}, b{};
+        for (orv_sparse* r : {&a, &b})
+            r->format = ORV_SPARSE_CSR, r->type = 'd', r->bits = 32, r->rows = 2, r->cols = columns, r->begin = begin;
+        a.col = col, a.values = values, b.col = other, b.values = others;
+        Made c(ORV_SPARSE_CSR, 32);
+        ASSERT_EQ(orv_sparse_dadd('N', 1, &a, &b, &c), ORV_OK) << orv_last_error();
+        const auto array = [&]<class E>(const void* of, E) {
+            return std::vector<E>(static_cast<const E*>(of), static_cast<const E*>(of) + c.count);
+        };
+        ASSERT_EQ(c.count, 8);
+        EXPECT_EQ(static_cast<const i32*>(c.begin)[1], 4);
+        EXPECT_EQ(array(c.col, i32{}), (std::vector<i32>{0, 1, 2, 2, 0, 1, 1, 1}));
+        EXPECT_EQ(array(c.values, 0.0), (std::vector<double>{1, 10, 22, 33, 40, 54, 65, 6}));
+    }
+}
+
 TEST(SparsePairs, write_into_arrays_of_the_caller_if_there_is_room_and_leave_them_if_not)
 {
     const Style sa{ORV_SPARSE_CSR}, sb{ORV_SPARSE_COO, 'S', 'L', 'N', 1};
