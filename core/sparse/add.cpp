@@ -76,6 +76,7 @@ orv_status add(const Wish& wish, Op op, T factor, const orv_sparse& a, const orv
 {
     using K = Kernels<T, Int>;
     Rows<T, Int> first, second;
+    first.for_work = second.for_work = true;
     orv_status status = rows_of(b, Op{}, as_rows(form), Order::sorted, false, first);
     if (status == ORV_OK) status = rows_of(a, op, as_rows(form), Order::sorted, false, second);
     if (status != ORV_OK) return status;

@@ -113,6 +113,7 @@ orv_status multiply(const Wish& wish, Step step, Op op_a, const orv_sparse& a, O
 {
     using K = Kernels<T, Int>;
     Rows<T, Int> left, right;
+    left.for_work = right.for_work = true;
     orv_status status = rows_of(a, op_a, as_rows(form), Order::any, true, left);
     if (status == ORV_OK) status = rows_of(b, op_b, as_rows(form), Order::any, false, right);
     if (status != ORV_OK) return status;
@@ -186,6 +187,7 @@ orv_status multiply_dense(const Factors& f, const orv_sparse& a, const orv_spars
     orv_sparse form{};
     form.format = ORV_SPARSE_CSR, form.base = 1;
     Rows<T, Int> left, right;
+    left.for_work = right.for_work = true;
     orv_status status = rows_of(a, f.op_a, form, Order::any, true, left);
     if (status == ORV_OK) status = rows_of(b, f.op_b, form, Order::any, false, right);
     if (status != ORV_OK) return status;

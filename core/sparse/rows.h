@@ -23,15 +23,16 @@ public:
     {
         if (at_ != nullptr) orv_serv_free(at_);
     }
-    // False without memory; arrays(take) takes them by take(place of the pointer, elements).
-    template <class Arrays> bool take(const Arrays& arrays)
+    // False without memory; arrays(take) takes them by take(place of the pointer, elements). for_work: the block is
+    // none that a result is, but of those that are kept for the next call.
+    template <class Arrays> bool take(const Arrays& arrays, bool for_work = false)
     {
         constexpr i64 alignment = 128;
         i64 bytes = 0;
         const auto sized = []<class E>(E*, i64 count) { return round_up(count * i64{sizeof(E)}, alignment); };
         arrays([&](auto*& array, i64 count) { bytes += sized(array, count); });
         *this = {};
-        at_ = orv_serv_malloc(max(bytes, alignment), alignment);
+        at_ = (for_work ? orv_serv_allocate : orv_serv_malloc)(max(bytes, alignment), alignment);
         if (at_ == nullptr) return false;
         char* next = static_cast<char*>(at_);
         arrays([&]<class E>(E*& array, i64 count) {
@@ -53,8 +54,9 @@ template <class T, class Int> struct Rows {
     Int base = 0;
     const Int *begin = nullptr, *col = nullptr;
     const T* val = nullptr;
-    Memory memory{};     // none: the arrays are the caller's
-    bool sorted = false; // by how they were made
+    Memory memory{};       // none: the arrays are the caller's
+    bool sorted = false;   // by how they were made
+    bool for_work = false; // and not to become a result; told before they are made
 
     i64 entries() const { return i64{begin[m]} - begin[0]; }
     // Arrays moved so that kernels find row 1 by pointers and entries that count from 1.
@@ -70,9 +72,9 @@ template <class T, class Int> struct OwnArrays {
 };
 template <class T, class Int> bool take(Rows<T, Int>& rows, i64 entries, OwnArrays<T, Int>& arrays)
 {
-    const bool taken = rows.memory.take([&](const auto& take) {
-        take(arrays.begin, rows.m + 1), take(arrays.col, entries), take(arrays.val, entries);
-    });
+    const bool taken = rows.memory.take(
+        [&](const auto& take) { take(arrays.begin, rows.m + 1), take(arrays.col, entries), take(arrays.val, entries); },
+        rows.for_work);
     rows.begin = arrays.begin, rows.col = arrays.col, rows.val = arrays.val;
     return taken;
 }
@@ -98,6 +100,7 @@ template <class T, class From, class Int> orv_status copy_rows(const Rows<T, Fro
     const i64 entries = from.entries();
     if (const orv_status bad = refuse_entries<Int>(entries)) return bad;
     Rows<T, Int> own{from.m, from.n, static_cast<Int>(base)};
+    own.for_work = to.for_work;
     OwnArrays<T, Int> arrays;
     if (!take(own, entries, arrays)) return no_memory_for(entries);
     for (i64 i = 0; i <= from.m; ++i) arrays.begin[i] = static_cast<Int>(i64{from.begin[i]} - from.begin[0] + base);
@@ -133,6 +136,7 @@ orv_status rows_of_coordinates(i64 m, i64 n, const Int* row, const Int* col, con
                                Int base, Rows<T, Int>& rows)
 {
     Rows<T, Int> own{m, n, base};
+    own.for_work = rows.for_work;
     OwnArrays<T, Int> arrays;
     if (!take(own, count, arrays)) return no_memory_for(count);
     const Int job[] = {1, base, from, 0, std::numeric_limits<Int>::max(), 0}, order = static_cast<Int>(m);
@@ -173,6 +177,7 @@ template <class T, class Int> orv_status turn(const Rows<T, Int>& from, Int base
     const bool is_square = from.m == from.n;
     const Block<Int> pointers(is_square ? 1 : 2 * (order + 1));
     Rows<T, Int> own{from.n, from.m, base};
+    own.for_work = to.for_work;
     OwnArrays<T, Int> arrays;
     if (pointers.get() == nullptr || !take(own, entries, arrays)) return no_memory_for(entries);
     Int *begin = const_cast<Int*>(from.begin), *turned = arrays.begin;
@@ -221,6 +226,7 @@ orv_status rows_of_width(const orv_sparse& a, Op op, const orv_sparse& wanted, b
         status = copy_rows(stored, wanted.base, rows);
         if (status == ORV_OK && turns) {
             Rows<T, Int> turned;
+            turned.for_work = rows.for_work;
             status = turn(rows, rows.base, turned);
             rows = std::move(turned);
         }
