@@ -63,6 +63,12 @@ template <class T, class Int> orv_sparse record_of(const Rows<T, Int>& rows)
     return r;
 }
 
+// Whether a result has as many entries as its compressed rows.
+inline bool keeps_entries(const orv_sparse& form)
+{
+    const bool lists = form.format == ORV_SPARSE_CSR || form.format == ORV_SPARSE_CSC || form.format == ORV_SPARSE_COO;
+    return lists && Counting(form).all();
+}
 inline bool is_general_csr(const orv_sparse& form) { return form.format == ORV_SPARSE_CSR && Counting(form).all(); }
 
 // The form in which operands are computed with.
@@ -83,8 +89,8 @@ orv_status make(const Wish& wish, const orv_sparse& form, const Int* starts,
         for (i64 i = 0; i <= m; ++i) arrays.begin[i] = starts[i] - 1 + static_cast<Int>(form.base);
         fill(arrays);
     };
+    if (wish.sizes_alone && keeps_entries(form)) return tell_sizes(form, entries, *wish.asked), orv_status{ORV_OK};
     if (is_general_csr(form)) {
-        if (wish.sizes_alone) return tell_sizes(form, entries, *wish.asked), orv_status{ORV_OK};
         Result<T, Int> result(wish.name, wish.position, form, *wish.asked);
         if (const orv_status bad = result.take(entries, operands)) return bad;
         fill_all({result.begin, result.col, result.values});
