@@ -47,16 +47,9 @@ void add(const Int* first, const Int* last, const Int* sort, const Int*, const I
         const auto put = [&](Int j, T value) ORV_INLINE_LAMBDA { jc[next] = j, c[next++] = value; };
         while (p < p_end && q < q_end && next < end) {
             const Int j = a.col[p], k = b.col[q];
-            const T value = a.val[p], other = beta * b.val[q];
-            if (j == k) { // always or hardly ever; which row is ahead cannot be foreseen
-                put(j, value + other);
-                ++p, ++q;
-            } else {
-                const bool less = j < k;
-                const T either[] = {other, value};
-                put(less ? j : k, either[less]);
-                p += less, q += !less;
-            }
+            if (j == k) put(j, a.val[p++] + beta * b.val[q++]);
+            else if (j < k) put(j, a.val[p++]);
+            else put(k, beta * b.val[q++]);
         }
         for (; p < p_end && next < end; ++p) put(a.col[p], a.val[p]);
         for (; q < q_end && next < end; ++q) put(b.col[q], beta * b.val[q]);
