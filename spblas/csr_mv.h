@@ -27,13 +27,14 @@ template <bool large, class T>
 }
 
 // The same for a triangle: the whole row without a branch, and what lies outside the triangle taken off again.
-template <class T>
+template <bool large, class T>
 [[gnu::noinline]] void multiply_triangle(const Options& o, Int i, Int end, const Csr<T>& a, const Close<T>& close,
                                          const T* x, T* y)
 {
     for (; i < end; ++i) {
         const Cut cut = a.cut(o, i);
         const Entries<T> row = a.row(i);
+        if constexpr (large) ask_ahead<1>(row);
         T sum = dot(row.val, row.col, row.n, x, o.conjugate_direct);
         const Entries<T> outside = o.lower ? a.entries(cut.to(o), cut.end) : a.entries(cut.begin, cut.from(o));
         if (outside.n > 0) sum -= dot(outside.val, outside.col, outside.n, x, o.conjugate_direct);
@@ -43,27 +44,28 @@ template <class T>
 }
 
 // Rows as columns: y[j] += (alpha*x[i])*a.
-template <class T>
+template <bool large, class T>
 [[gnu::noinline]] void scatter_rows(const Options& o, Int i, Int end, const Csr<T>& a, T alpha, const T* x, T* y)
 {
     for (; i < end; ++i) {
         Int from = a.begin[i], to = a.end[i];
+        if constexpr (large) ask_ahead<1>(a.row(i));
         if (o.triangle()) {
             const Cut cut = a.cut(o, i);
             from = cut.from(o), to = cut.to(o);
         }
         const T f = alpha * x[i];
         const Multiple<T> multiple(f, o.conjugate_mirrored);
+#pragma GCC unroll 4
         for (; from < to; ++from) multiple.add(a.val[from], y + a.col[from]);
         if (o.unit) y[i] += f;
     }
 }
 
 // Rows of a triangle that stands for both: y[j] += alpha*x[i]*a, y[i] += alpha*(sum of a*x[j]). y, from o.base to
-// y_end - 1, is scaled element by element just before rows reach it, so that it passes through the caches once. Most
-// rows are short, so each is walked once, from its start, as far as it counts; where the walk lies in a line of the
-// instruction cache is a tenth of its speed, so that is laid down.
-template <bool lower, class T>
+// y_end - 1, is scaled element by element just before rows reach it, so that it passes through the caches once. Where
+// the loop over a row lies in a line of the instruction cache is a tenth of its speed, so that is laid down.
+template <bool lower, bool large, class T>
 [[gnu::noinline, gnu::aligned(64)]] void multiply_both(Options o, i64 i, i64 end, Csr<T> a, Close<T> close, const T* x,
                                                        T* y, i64 y_end)
 {
@@ -78,53 +80,37 @@ template <bool lower, class T>
     };
     reach(i);
     for (; i < end; ++i) {
-        i64 p = a.begin[i], diagonal = p;
-        const i64 row_end = a.end[i];
-        if constexpr (!lower) {
-            while (diagonal < row_end && a.col[diagonal] < i) ++diagonal;
-            for (p = diagonal; p < row_end && a.col[p] == i;) ++p;
-        }
-        if constexpr (!rows_come_first) reach(1 + (!lower && p < row_end ? i64{a.col[row_end - 1]} : i));
+        if constexpr (large) ask_ahead<1>(a.row(i));
+        const Cut cut = a.template cut<lower>(i);
+        i64 p = lower ? cut.begin : cut.behind;
+        const i64 to = lower ? cut.diagonal : cut.end;
+        if constexpr (!rows_come_first) reach(1 + (!lower && p < to ? i64{a.col[to - 1]} : i));
         const T xi = x[i], start = rows_come_first ? scaled(i) : zero<T>;
         const Multiple<T> multiple(mirrored * xi, o.conjugate_mirrored);
-        const auto add = [&](One<T>& sum, i64 e, i64 j) ORV_INLINE_LAMBDA {
+        const auto add = [&](One<T>& sum, i64 e) ORV_INLINE_LAMBDA {
+            const i64 j = a.col[e];
             sum.add(a.val + e, x + j);
             multiple.add(a.val[e], y + j);
         };
         One<T> sum{};
-        if (row_end - p >= partial) {
-            const i64 behind = lower ? a.template cut<true>(i).diagonal : row_end;
-            if (behind - p >= partial) {
-                One<T> sums[partial]{};
-                for (; behind - p >= partial; p += partial)
-                    repeat<partial>([&](auto s) ORV_INLINE_LAMBDA { add(sums[s], p + s, a.col[p + s]); });
-                add_up<partial>(sums);
-                sum = sums[0];
-            }
+        if (to - p >= partial) {
+            One<T> sums[partial]{};
+            for (; to - p >= partial; p += partial)
+                repeat<partial>([&](auto s) ORV_INLINE_LAMBDA { add(sums[s], p + s); });
+            add_up<partial>(sums);
+            sum = sums[0];
         }
-        const auto next = [&]() ORV_INLINE_LAMBDA {
-            if (p == row_end) return false;
-            const i64 j = a.col[p];
-            if (lower && j >= i) return false;
-            add(sum, p++, j);
-            return true;
-        };
-        while (next() && next() && next() && next()) {
+        for (; p < to; ++p) add(sum, p);
+        if (o.diagonal && cut.diagonal < cut.behind) [[likely]] {
+            sum.add(a.val + cut.diagonal, &xi);
+            for (i64 e = cut.diagonal + 1; e < cut.behind; ++e) sum.add(a.val + e, &xi);
         }
-        if (lower) diagonal = p;
-        if (o.diagonal)
-            for (; diagonal < row_end && a.col[diagonal] == i; ++diagonal) sum.add(a.val + diagonal, &xi);
         T dot = sum.value(o.conjugate_direct);
         if (!o.diagonal && o.unit) dot += xi;
         y[i] = (rows_come_first ? start : y[i]) + direct * dot;
     }
     if (rows_come_first) reached = max(reached, end);
     reach(y_end);
-}
-template <class T, class... Rest> ORV_INLINE void multiply_both(const Options& o, Rest... rest)
-{
-    if (o.lower) multiply_both<true, T>(o, rest...);
-    else multiply_both<false, T>(o, rest...);
 }
 
 // y[i] += (alpha*a)*x[i] with the entry on the diagonal, if there is one; of ones the matrix is not read.
@@ -148,12 +134,14 @@ constexpr bool acts_twice(const Options& o) { return o.direct && o.mirrored && !
 template <class T>
 void multiply(const Options& o, Int i, Int end, const Csr<T>& a, const Close<T>& close, const T* x, T* y, i64 y_end)
 {
-    if (o.diagonal_only()) multiply_diagonal(o, i, end, a, close.alpha, x, y);
-    else if (acts_twice(o)) multiply_both<T>(o, i64{i}, i64{end}, a, close, x, y, y_end);
-    else if (o.mirrored) scatter_rows(o, i, end, a, close.alpha, x, y);
-    else if (o.triangle()) multiply_triangle(o, i, end, a, close, x, y);
-    else if (a.is_large(i, i64{end} - 1)) multiply_rows<true>(o, i, end, a, close, x, y);
-    else multiply_rows<false>(o, i, end, a, close, x, y);
+    if (o.diagonal_only()) return multiply_diagonal(o, i, end, a, close.alpha, x, y);
+    by_size(a, i, end, [&](auto large) ORV_INLINE_LAMBDA {
+        if (acts_twice(o) && o.lower) multiply_both<true, large>(o, i64{i}, i64{end}, a, close, x, y, y_end);
+        else if (acts_twice(o)) multiply_both<false, large>(o, i64{i}, i64{end}, a, close, x, y, y_end);
+        else if (o.mirrored) scatter_rows<large>(o, i, end, a, close.alpha, x, y);
+        else if (o.triangle()) multiply_triangle<large>(o, i, end, a, close, x, y);
+        else multiply_rows<large>(o, i, end, a, close, x, y);
+    });
 }
 
 } // namespace orv::ORV_SPBLAS

@@ -85,12 +85,13 @@ template <bool downward, bool large, class T, class Y>
 }
 
 // Each solved element is taken from those that its row leads to.
-template <class T, class Y> void solve_columns(const Options& o, Int m, const Csr<T>& a, Y y)
+template <bool large, class T, class Y> void solve_columns(const Options& o, Int m, const Csr<T>& a, Y y)
 {
     const bool downward = !o.lower;
-    const Int low = o.base, high = m + o.base - 1;
-    for (Int step = 0; step < m; ++step) {
-        const Int i = downward ? low + step : high - step;
+    const i64 low = o.base, high = i64{m} + o.base - 1;
+    for (i64 step = 0; step < m; ++step) {
+        const i64 i = downward ? low + step : high - step;
+        if constexpr (large) downward ? ask_ahead<1>(a.row(i)) : ask_ahead<-1>(a.row(i));
         const i64 diagonal = stop(a, i, downward);
         const Entries<T> row = beside(o, a, i, diagonal);
         const T solved = y[i] = divided(o, a, diagonal, y[i]);
@@ -103,10 +104,11 @@ template <class T, class Y> void solve_columns(const Options& o, Int m, const Cs
 // y := op(A)^-1*y; Y is T* or Strided<T>, numbered as the columns are.
 template <class T, class Y> void solve(const Options& o, Int m, const Csr<T>& a, Y y)
 {
-    if (!o.direct) solve_columns(o, m, a, y);
-    else if (a.is_large(o.base, i64{m} + o.base - 1))
-        o.lower ? solve_rows<true, true>(o, m, a, y) : solve_rows<false, true>(o, m, a, y);
-    else o.lower ? solve_rows<true, false>(o, m, a, y) : solve_rows<false, false>(o, m, a, y);
+    by_size(a, o.base, i64{m} + o.base, [&](auto large) ORV_INLINE_LAMBDA {
+        if (!o.direct) solve_columns<large>(o, m, a, y);
+        else if (o.lower) solve_rows<true, large>(o, m, a, y);
+        else solve_rows<false, large>(o, m, a, y);
+    });
 }
 
 // y[i] := (alpha/a)*y[i]

@@ -10,8 +10,8 @@ void multiply_symmetric(const Int* m, const double* val, const Int* col, const I
 {
     if (*m < 1) return;
     const Options o = options('n', "sun", static_cast<int>(*ia), 'f');
-    multiply_both<double>(o, i64{o.base}, i64{*m + o.base}, Csr<double>(o, val, col, ia, ia + 1), Close<double>{1, 0},
-                          x - o.base, y - o.base, i64{*m + o.base});
+    multiply(o, o.base, *m + o.base, Csr<double>(o, val, col, ia, ia + 1), Close<double>{1, 0}, x - o.base, y - o.base,
+             i64{*m + o.base});
 }
 
 } // namespace
