@@ -45,6 +45,7 @@ template <class T> int assemble(Matrix& a)
         return refused;
     T* value = reinterpret_cast<T*>(values.data());
     std::size_t next = 0, e = 0;
+    int diagonals = 0;
     for (int i = 0; i < a.rows; ++i) {
         const std::size_t begin = next;
         start[static_cast<std::size_t>(i)] = static_cast<int>(next);
@@ -53,11 +54,11 @@ template <class T> int assemble(Matrix& a)
             if (a.row[entry] != i) break;
             const T v = a.template value<T>()[entry];
             if (next > begin && col[next - 1] == a.col[entry]) value[next - 1] += v;
-            else col[next] = a.col[entry], value[next++] = v;
+            else col[next] = a.col[entry], value[next++] = v, diagonals += a.col[entry] == i;
         }
     }
     start[static_cast<std::size_t>(a.rows)] = static_cast<int>(next);
-    a.count = next - ones, a.state = blas_valid_handle;
+    a.count = next - ones, a.state = blas_valid_handle, a.has_diagonal = diagonals == a.rows;
     Array<int> nothing;
     a.row.take(nothing);
     a.col.take(col), a.values.take(values), a.start.take(start);

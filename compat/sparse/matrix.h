@@ -26,7 +26,8 @@ struct Matrix {
     int block_rows = 0, block_cols = 0;
     Array<int> row, col; // from 0; at the end row goes, and columns ascend
     Array<char> values;
-    Array<int> start; // of rows, at the end
+    Array<int> start;          // of rows, at the end
+    bool has_diagonal = false; // in each row: then solves need not look for it
 
     template <class T> T* value() const { return reinterpret_cast<T*>(values.data()); }
 
@@ -62,7 +63,7 @@ struct Matrix {
         orv_sparse r{};
         r.format = ORV_SPARSE_CSR, r.type = type, r.bits = 32;
         r.kind = kind(), r.uplo = lower() ? 'L' : 'U';
-        r.rows = rows, r.cols = cols;
+        r.rows = rows, r.cols = cols, r.has_diagonal = has_diagonal;
         r.values = values.data(), r.begin = start.data(), r.col = col.data();
         return r;
     }

@@ -218,6 +218,23 @@ TEST(SparseBlasCalls, out_of_turn_or_of_another_type_are_refused)
         EXPECT_EQ(a, -1);
 }
 
+TEST(SparseBlasSolve, is_refused_where_one_row_lacks_its_diagonal_however_often_another_was_given_its_own)
+{
+    for (const int structure : {blas_lower_triangular, blas_upper_triangular}) {
+        const bool lower = structure == blas_lower_triangular;
+        const int a = BLAS_duscr_begin(3, 3);
+        BLAS_ussp(a, structure);
+        for (const int i : {0, 0, 2}) EXPECT_EQ(BLAS_duscr_insert_entry(a, 1, i, i), 0);
+        EXPECT_EQ(BLAS_duscr_insert_entry(a, 1, lower ? 1 : 0, lower ? 0 : 1), 0);
+        EXPECT_EQ(BLAS_duscr_end(a), 0);
+        double x[] = {1, 2, 3};
+        EXPECT_EQ(BLAS_dussv(blas_no_trans, 1, a, x, 1), -1);
+        EXPECT_EQ(BLAS_dussv(blas_trans, 1, a, x, 1), -1);
+        for (int i = 0; i < 3; ++i) EXPECT_EQ(x[i], i + 1);
+        EXPECT_EQ(BLAS_usds(a), 0);
+    }
+}
+
 TEST(SparseBlasHandle, can_be_made_used_and_released_by_many_threads_at_once)
 {
     std::vector<std::thread> threads;
