@@ -65,7 +65,7 @@ template <bool large, class T>
 // Rows of a triangle that stands for both: y[j] += alpha*x[i]*a, y[i] += alpha*(sum of a*x[j]). y, from o.base to
 // y_end - 1, is scaled element by element just before rows reach it, so that it passes through the caches once. Where
 // the loop over a row lies in a line of the instruction cache is a tenth of its speed, so that is laid down.
-template <bool lower, bool large, class T>
+template <bool lower, bool stored, bool large, class T>
 [[gnu::noinline, gnu::aligned(64)]] void multiply_both(Options o, i64 i, i64 end, Csr<T> a, Close<T> close, const T* x,
                                                        T* y, i64 y_end)
 {
@@ -101,12 +101,13 @@ template <bool lower, bool large, class T>
             sum = sums[0];
         }
         for (; p < to; ++p) add(sum, p);
-        if (o.diagonal && cut.diagonal < cut.behind) [[likely]] {
-            sum.add(a.val + cut.diagonal, &xi);
-            for (i64 e = cut.diagonal + 1; e < cut.behind; ++e) sum.add(a.val + e, &xi);
+        if (stored && cut.diagonal < cut.behind) [[likely]] {
+            i64 e = cut.diagonal;
+            do sum.add(a.val + e, &xi);
+            while (++e < cut.behind);
         }
         T dot = sum.value(o.conjugate_direct);
-        if (!o.diagonal && o.unit) dot += xi;
+        if (!stored && o.unit) dot += xi;
         y[i] = (rows_come_first ? start : y[i]) + direct * dot;
     }
     if (rows_come_first) reached = max(reached, end);
@@ -136,8 +137,13 @@ void multiply(const Options& o, Int i, Int end, const Csr<T>& a, const Close<T>&
 {
     if (o.diagonal_only()) return multiply_diagonal(o, i, end, a, close.alpha, x, y);
     by_size(a, i, end, [&](auto large) ORV_INLINE_LAMBDA {
-        if (acts_twice(o) && o.lower) multiply_both<true, large>(o, i64{i}, i64{end}, a, close, x, y, y_end);
-        else if (acts_twice(o)) multiply_both<false, large>(o, i64{i}, i64{end}, a, close, x, y, y_end);
+        const auto both = [&](auto lower, auto stored) ORV_INLINE_LAMBDA {
+            multiply_both<lower, stored, large>(o, i64{i}, i64{end}, a, close, x, y, y_end);
+        };
+        using Yes = std::true_type;
+        using No = std::false_type;
+        if (acts_twice(o) && o.diagonal) o.lower ? both(Yes(), Yes()) : both(No(), Yes());
+        else if (acts_twice(o)) o.lower ? both(Yes(), No()) : both(No(), No());
         else if (o.mirrored) scatter_rows<large>(o, i, end, a, close.alpha, x, y);
         else if (o.triangle()) multiply_triangle<large>(o, i, end, a, close, x, y);
         else multiply_rows<large>(o, i, end, a, close, x, y);
