@@ -19,9 +19,9 @@ orv_status compute(const Places& at, char type, int job, int rank, const i64* nx
         return bad_argument(at.routine, wrong, "null");
     if (size < ORV_CONV_FULL || size > ORV_CONV_VALID)
         return bad_argument(at.routine, at.size, "%d, but it is ORV_CONV_FULL, ORV_CONV_SAME or ORV_CONV_VALID", size);
-    orv_conv conv = problem_of(type, job, rank, nx, ny);
-    take_size(conv, size);
-    return run(conv, operands);
+    Problem problem = problem_of(type, job, rank, nx, ny, size);
+    take_route(problem);
+    return run(problem, operands, nullptr);
 }
 
 } // namespace

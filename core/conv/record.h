@@ -4,6 +4,8 @@
 #include "core/serv/status.h"
 #include "frame/types.h"
 
+#include <atomic>
+
 #define ORV_COMPLEX_FLOAT orv::cpx<float>
 #define ORV_COMPLEX_DOUBLE orv::cpx<double>
 #include "orv/conv.h"
@@ -17,26 +19,34 @@ struct Strides {
     Numbers step;
 };
 
-} // namespace orv::core::conv
-
-struct orv_conv {
+struct Problem {
     char type;
     int job, rank;
-    orv::core::conv::Numbers nx, ny;
+    Numbers nx, ny;
     int size, route;
     bool double_sums;
-    orv::core::conv::Numbers start, count, step; // of the outputs
-    orv::core::conv::Strides x, y, z;
+    Numbers start, count, step; // of the outputs
+    Strides x, y, z;
     const void* fixed_x;
+    int route_taken; // ORV_CONV_DIRECT or ORV_CONV_TRANSFORM: what `route` comes to
 
     bool correlates() const { return job == ORV_CONV_CORRELATION; }
     bool is_complex() const { return type == 'c' || type == 'z'; }
     bool is_single() const { return type == 's' || type == 'c'; }
-    orv::i64 element_bytes() const { return (is_single() ? 4 : 8) * (is_complex() ? 2 : 1); }
+    i64 element_bytes() const { return (is_single() ? 4 : 8) * (is_complex() ? 2 : 1); }
     bool sums_in_single() const { return is_single() && !double_sums; }
     // The starts of all results with a product in them.
-    orv::i64 least_start(int d) const { return correlates() ? 1 - nx[d] : 0; }
-    orv::i64 last_start(int d) const { return least_start(d) + nx[d] + ny[d] - 2; }
+    i64 least_start(int d) const { return correlates() ? 1 - nx[d] : 0; }
+    i64 last_start(int d) const { return least_start(d) + nx[d] + ny[d] - 2; }
+};
+
+struct Plan;
+using Keeper = std::atomic<const Plan*>;
+
+} // namespace orv::core::conv
+
+struct orv_conv : orv::core::conv::Problem {
+    mutable orv::core::conv::Keeper plan; // null until a run goes through transforms
 };
 
 namespace orv::core::conv {
@@ -51,22 +61,18 @@ struct Places {
 orv_status refuse_type(const char* routine, int argument, char type);
 orv_status refuse_shapes(const Places& at, int rank, const i64* nx, const i64* ny);
 
-// A problem of checked shapes with default settings.
-orv_conv problem_of(char type, int job, int rank, const i64* nx, const i64* ny);
-// All outputs of a size.
-void take_size(orv_conv& conv, int size);
+// A problem of checked shapes with default settings but for the size: all its outputs are wanted. No route is taken
+// yet.
+Problem problem_of(char type, int job, int rank, const i64* nx, const i64* ny, int size);
+void take_size(Problem& problem, int size);
+// Once the shapes, outputs and settings are there.
+void take_route(Problem& problem);
 
-// ORV_CONV_DIRECT or ORV_CONV_TRANSFORM.
-int route_of(const orv_conv& conv);
-// Products of all outputs together, and the time of a run through transforms in nanoseconds.
-double products_of(const orv_conv& conv);
-double transform_cost(const orv_conv& conv);
-
-// Routine and argument numbers are those of the caller, for what only a run can find.
 struct Operands {
     const void *x, *y;
     void* z;
 };
-orv_status run(const orv_conv& conv, const Operands& operands);
+// keeper: see core/conv/transform.h.
+orv_status run(const Problem& problem, const Operands& operands, Keeper* keeper);
 
 } // namespace orv::core::conv

@@ -1,5 +1,5 @@
 // Making, setting and asking. Nothing here needs the kernels.
-#include "core/conv/record.h"
+#include "core/conv/transform.h"
 #include "frame/serv.h"
 
 #include <cinttypes>
@@ -34,17 +34,17 @@ orv_status refuse_shapes(const Places& at, int rank, const i64* nx, const i64* n
     return ORV_OK;
 }
 
-orv_conv problem_of(char type, int job, int rank, const i64* nx, const i64* ny)
+Problem problem_of(char type, int job, int rank, const i64* nx, const i64* ny, int size)
 {
-    orv_conv conv{};
-    conv.type = static_cast<char>(type | 0x20);
-    conv.job = job, conv.rank = rank;
-    for (int d = 0; d < rank; ++d) conv.nx[d] = nx[d], conv.ny[d] = ny[d];
-    take_size(conv, ORV_CONV_FULL);
-    return conv;
+    Problem p{};
+    p.type = static_cast<char>(type | 0x20);
+    p.job = job, p.rank = rank;
+    for (int d = 0; d < rank; ++d) p.nx[d] = nx[d], p.ny[d] = ny[d];
+    take_size(p, size);
+    return p;
 }
 
-void take_size(orv_conv& conv, int size)
+void take_size(Problem& conv, int size)
 {
     conv.size = size;
     for (int d = 0; d < conv.rank; ++d) {
@@ -59,7 +59,7 @@ void take_size(orv_conv& conv, int size)
 
 namespace {
 
-orv_status set(orv_conv& conv, int setting, i64 value)
+orv_status set(Problem& conv, int setting, i64 value)
 {
     switch (setting) {
     case ORV_CONV_SIZE:
@@ -81,7 +81,7 @@ orv_status set(orv_conv& conv, int setting, i64 value)
 }
 
 // False if there is no such setting.
-bool get(const orv_conv& conv, int setting, i64& value)
+bool get(const Problem& conv, int setting, i64& value)
 {
     switch (setting) {
     case ORV_CONV_SIZE:
@@ -95,16 +95,16 @@ bool get(const orv_conv& conv, int setting, i64& value)
     case ORV_CONV_RANK:
         return value = conv.rank, true;
     case ORV_CONV_ROUTE_TAKEN:
-        return value = route_of(conv), true;
+        return value = conv.route_taken, true;
     default:
         return false;
     }
 }
 
-orv_status set_outputs(orv_conv& conv, const i64* start, const i64* count, const i64* step)
+orv_status set_outputs(Problem& conv, const i64* start, const i64* count, const i64* step)
 {
     constexpr const char* routine = "orv_conv_set_outputs";
-    orv_conv wanted = conv;
+    Problem wanted = conv;
     take_size(wanted, conv.size);
     for (int d = 0; d < conv.rank; ++d) {
         const i64 least = conv.least_start(d);
@@ -137,7 +137,7 @@ orv_status set_outputs(orv_conv& conv, const i64* start, const i64* count, const
     return ORV_OK;
 }
 
-orv_status take_strides(Strides& strides, const orv_conv& conv, const i64* given, int argument)
+orv_status take_strides(Strides& strides, const Problem& conv, const i64* given, int argument)
 {
     strides.given = given != nullptr;
     for (int d = 0; given != nullptr && d < conv.rank; ++d) {
@@ -152,11 +152,20 @@ orv_status take_strides(Strides& strides, const orv_conv& conv, const i64* given
 }
 
 // An orv_conv of its own.
-orv_status make(orv_conv** made, const orv_conv& conv)
+orv_status make(orv_conv** made, const Problem& problem)
 {
     void* const block = orv_serv_malloc(sizeof(orv_conv), alignof(orv_conv));
     if (block == nullptr) return fail(ORV_NO_MEMORY, "no memory is left for an orv_conv");
-    *made = new (block) orv_conv(conv);
+    *made = new (block) orv_conv{problem, {}};
+    return ORV_OK;
+}
+
+// After a change of what a route or a plan depends on, if it was one.
+orv_status settle(orv_conv& conv, orv_status changed)
+{
+    if (changed != ORV_OK) return changed;
+    take_route(conv);
+    drop(conv.plan.exchange(nullptr));
     return ORV_OK;
 }
 
@@ -179,7 +188,9 @@ orv_status orv_conv_create(orv_conv** conv, char type, int job, int rank, const 
     if (xshape == nullptr) return bad_argument(at.routine, 5, "null");
     if (yshape == nullptr) return bad_argument(at.routine, 6, "null");
     if (const auto bad = refuse_shapes(at, rank, xshape, yshape)) return bad;
-    return make(conv, problem_of(type, job, rank, xshape, yshape));
+    Problem problem = problem_of(type, job, rank, xshape, yshape, ORV_CONV_FULL);
+    take_route(problem);
+    return make(conv, problem);
 }
 
 orv_status orv_conv_copy(orv_conv** copy, const orv_conv* conv)
@@ -191,13 +202,15 @@ orv_status orv_conv_copy(orv_conv** copy, const orv_conv* conv)
 
 void orv_conv_free(orv_conv* conv)
 {
-    if (conv != nullptr) orv_serv_free(conv);
+    if (conv == nullptr) return;
+    drop(conv->plan.load());
+    orv_serv_free(conv);
 }
 
 orv_status orv_conv_set(orv_conv* conv, int setting, int64_t value)
 {
     if (conv == nullptr) return bad_argument("orv_conv_set", 1, "null");
-    return set(*conv, setting, value);
+    return settle(*conv, set(*conv, setting, value));
 }
 
 orv_status orv_conv_get(const orv_conv* conv, int setting, int64_t* value)
@@ -213,7 +226,7 @@ orv_status orv_conv_get(const orv_conv* conv, int setting, int64_t* value)
 orv_status orv_conv_set_outputs(orv_conv* conv, const int64_t* start, const int64_t* count, const int64_t* step)
 {
     if (conv == nullptr) return bad_argument("orv_conv_set_outputs", 1, "null");
-    return set_outputs(*conv, start, count, step);
+    return settle(*conv, set_outputs(*conv, start, count, step));
 }
 
 orv_status orv_conv_get_outputs(const orv_conv* conv, int64_t* shape, int64_t* start)
@@ -229,11 +242,11 @@ orv_status orv_conv_get_outputs(const orv_conv* conv, int64_t* shape, int64_t* s
 orv_status orv_conv_set_strides(orv_conv* conv, const int64_t* x, const int64_t* y, const int64_t* z)
 {
     if (conv == nullptr) return bad_argument("orv_conv_set_strides", 1, "null");
-    orv_conv wanted = *conv;
+    Problem wanted = *conv;
     if (const auto bad = take_strides(wanted.x, wanted, x, 2)) return bad;
     if (const auto bad = take_strides(wanted.y, wanted, y, 3)) return bad;
     if (const auto bad = take_strides(wanted.z, wanted, z, 4)) return bad;
-    *conv = wanted;
+    static_cast<Problem&>(*conv) = wanted;
     return ORV_OK;
 }
 

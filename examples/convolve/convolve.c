@@ -46,7 +46,7 @@ int main(int count, char** words)
     printf("found     from value %d on: likeness %.2f, elsewhere at most %.2f\n", sound.found,
            sound.likeness[sound.found], sound.elsewhere);
     printf("picture   %d by %d pixels\n\n", filters.width, filters.height);
-    printf("weights           direct ms  transform ms  difference  automatic  kernel\n");
+    printf("weights           direct ms  transform ms  difference  automatic  done by\n");
     print("the sound", &sound.race);
     print("of the picture", &filters.race);
     print_course(&along);

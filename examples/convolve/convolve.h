@@ -9,7 +9,7 @@ struct race {
     double direct, transform; /* seconds of a processor */
     double difference;        /* of both results, relative to the largest value of one */
     int automatic;            /* the route that orv takes when it may choose */
-    char kernel[64];          /* what computed it then */
+    char kernel[160];         /* what computed it then */
 };
 
 /* A sound, a recording of noise that hides it, and how much each part of the recording is like the sound. */

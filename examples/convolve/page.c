@@ -168,7 +168,7 @@ int write_page(const char* path, const struct results* r)
     crossing(out, r->across);
     fprintf(out, "<h2>How it was computed</h2>\n<p>The difference of both results is relative to the largest "
                  "value.</p>\n<table><tr><th><th>direct, ms<th>transform, ms<th>difference<th>automatic took<th>"
-                 "kernel</tr>\n");
+                 "done by</tr>\n");
     row(out, "the sound", &s->race), row(out, "the picture", &r->filters->race);
     fprintf(out,
             "</table>\n<footer>Computed by <code>%s</code> with <code>orv/conv.h</code>.<br>Data: a picture of "

@@ -69,7 +69,7 @@ enum Parameter : i32 {
     internal_precision_parameter = 9
 };
 
-// A task. The core makes tasks by the entries below, and reads and sets fields, too.
+// A task, made by the entries below; whoever has one reads and sets fields, too.
 struct ConvTask {
     i32 status;
     i32 job, method, mode, option;

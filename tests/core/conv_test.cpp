@@ -3,6 +3,7 @@
 #define ORV_COMPLEX_DOUBLE orv::cpx<double>
 #include "frame/types.h"
 #include <orv/conv.h>
+#include <orv/dft.h>
 
 #include "core/team/eagerness.h"
 #include "tests/core/teams.h"
@@ -11,6 +12,7 @@
 #include "tests/support/random.h"
 
 #include <cmath>
+#include <thread>
 
 namespace orv::test {
 namespace {
@@ -201,7 +203,14 @@ TEST(Conv, tells_its_route_and_its_kernel)
     EXPECT_NE(kernel_address("conv", "ssdirect_1d_corr_de"), nullptr);
     EXPECT_EQ(line.get(ORV_CONV_ROUTE_TAKEN), ORV_CONV_DIRECT);
     computed(plane, ORV_CONV_TRANSFORM, x, y);
-    EXPECT_TRUE(ends_with("_ssfft_all_conv_de")) << kernel();
+    orv_dft* transform = nullptr; // of the same kind
+    const i64 lengths[] = {32, 16};
+    ASSERT_EQ(orv_dft_create(&transform, ORV_DFT_SINGLE, ORV_DFT_REAL, 2, lengths), ORV_OK);
+    orv_dft_set(transform, ORV_DFT_THREADS, 1);
+    ASSERT_EQ(orv_dft_commit(transform), ORV_OK);
+    const auto words = [](const std::string& method) { return method.substr(0, method.find(';')); };
+    EXPECT_EQ(words(orv_conv_kernel()), words(orv_dft_method(transform)));
+    orv_dft_free(transform);
     EXPECT_EQ(plane.get(ORV_CONV_ROUTE_TAKEN), ORV_CONV_TRANSFORM);
     orv_conv_set(plane, ORV_CONV_DOUBLE_SUMS, 1);
     computed(plane, ORV_CONV_DIRECT, x, y);
@@ -340,20 +349,67 @@ TEST(Conv, has_the_same_bits_on_any_number_of_threads)
 
 TEST(Conv, is_told_when_memory_is_refused)
 {
-    Conv c('d', ORV_CONV_CONVOLUTION, {5, 5}, {30, 20});
-    const auto x = random_elements<double>(25, 1), y = random_elements<double>(600, 2);
+    const auto x = random_elements<double>(450, 1), y = random_elements<double>(600, 2);
     for (const int route : {ORV_CONV_DIRECT, ORV_CONV_TRANSFORM}) {
-        orv_conv_set(c, ORV_CONV_ROUTE, route);
-        std::vector<double> z(34 * 24, 7);
+        std::vector<double> z;
         each_allocation_fails(
             [&] {
-                std::fill(z.begin(), z.end(), 7);
-                const orv_status status = orv_conv_run(c, x.data(), y.data(), z.data());
+                z.assign(54 * 37, 7);
+                orv_conv* c = nullptr;
+                const i64 nx[] = {25, 18}, ny[] = {30, 20}; // too close to each other for parts
+                orv_status status = orv_conv_create(&c, 'd', ORV_CONV_CONVOLUTION, 2, nx, ny);
+                if (status == ORV_OK) {
+                    orv_conv_set(c, ORV_CONV_ROUTE, route);
+                    status = orv_conv_run(c, x.data(), y.data(), z.data());
+                }
+                orv_conv_free(c);
                 if (status == ORV_OK) return;
-                EXPECT_TRUE(status == ORV_NO_MEMORY || status == ORV_TRANSFORM_FAILED) << status;
-                EXPECT_EQ(z, std::vector<double>(34 * 24, 7));
+                EXPECT_EQ(status, ORV_NO_MEMORY);
+                EXPECT_EQ(z, std::vector<double>(54 * 37, 7));
             },
             [] {});
+    }
+}
+
+TEST(Conv, keeps_its_transforms_until_a_setting_changes)
+{
+    const auto x = random_elements<float>(300, 1), y = random_elements<float>(2000, 2);
+    Conv c('s', ORV_CONV_CONVOLUTION, {300}, {2000});
+    const auto objects = [&] { // of the service layer that outlive a call
+        ProbeScope memory;
+        computed(c, ORV_CONV_TRANSFORM, x, y); // sets the route, and with that drops them
+        const i64 made = memory->live;
+        std::vector<float> z(2299);
+        EXPECT_EQ(orv_conv_run(c, x.data(), y.data(), z.data()), ORV_OK);
+        EXPECT_EQ(memory->live, made);
+        EXPECT_EQ(orv_conv_run(c, x.data(), y.data(), z.data()), ORV_OK);
+        EXPECT_EQ(memory->live, made);
+        return made;
+    };
+    EXPECT_GT(objects(), 0);
+    const auto full = computed(c, ORV_CONV_TRANSFORM, x, y);
+    const i64 start = 100, step = 7;
+    ASSERT_EQ(orv_conv_set_outputs(c, &start, nullptr, &step), ORV_OK);
+    const auto some = computed(c, ORV_CONV_TRANSFORM, x, y);
+    for (std::size_t i = 0; i < some.size(); ++i) ASSERT_NEAR(some[i], full[100 + 7 * i], 1e-3) << i;
+}
+
+TEST(Conv, may_be_run_by_several_threads_from_the_first_time_on)
+{
+    const auto x = random_elements<cpx<double>>(200, 1), y = random_elements<cpx<double>>(1000, 2);
+    const auto expected = [&] {
+        Conv c('z', ORV_CONV_CORRELATION, {200}, {1000});
+        return computed(c, ORV_CONV_TRANSFORM, x, y);
+    }();
+    for (int round = 0; round < 20; ++round) {
+        Conv c('z', ORV_CONV_CORRELATION, {200}, {1000});
+        ASSERT_EQ(orv_conv_set(c, ORV_CONV_ROUTE, ORV_CONV_TRANSFORM), ORV_OK);
+        std::vector<std::vector<cpx<double>>> z(4, std::vector<cpx<double>>(expected.size()));
+        std::vector<std::thread> threads;
+        for (auto& own : z)
+            threads.emplace_back([&] { EXPECT_EQ(orv_conv_run(c, x.data(), y.data(), own.data()), ORV_OK); });
+        for (auto& thread : threads) thread.join();
+        for (const auto& own : z) EXPECT_TRUE(same_bits(own, expected));
     }
 }
 

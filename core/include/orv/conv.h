@@ -24,7 +24,8 @@
              if both have as many, and from its last element on.) Transform: every output has an error of some roundings
              of the norm of x times the norm of y, so that outputs much smaller than the largest ones are less exact,
              and NaN or infinity in one place can be NaN in all outputs. Many outputs go through transforms in parts,
-             which depend on shapes and types only.
+             which depend on shapes and types only. An orv_conv keeps the transforms that its first such run made,
+             until a setting changes; a call that makes no orv_conv makes them anew.
    Results   Every function returns a status (orv/status.h): 0; -i if argument i is bad, counted from 1; or a positive
              code. Where it is not 0 nothing was changed or written, unless memory runs out while outputs come in
              parts, to threads or to transforms; orv_last_error() has a sentence with the values at fault.
@@ -106,9 +107,9 @@ ORV_API orv_status orv_conv_set_fixed(orv_conv* conv, const void* x);
    strides kernels cannot count in 32 bits. */
 ORV_API orv_status orv_conv_run(const orv_conv* conv, const void* x, const void* y, void* z);
 
-/* The kernel that the calling thread's latest run took, as orv_branch_symbol() finds it
-   ("orv_conv_mc3_dddirect_1d_conv_de"), and by how many threads. Null and 0 before the first one. Valid until the
-   thread's next call of this. */
+/* What the calling thread's latest run took: of direct sums the kernel, as orv_branch_symbol() finds it
+   ("orv_conv_mc3_dddirect_1d_conv_de"), of transforms how each is done, as orv_dft_method() tells; and by how many
+   threads. Null and 0 before the first one. Valid until the thread's next call of this. */
 ORV_API const char* orv_conv_kernel(void);
 ORV_API int orv_conv_threads(void);
 
