@@ -347,6 +347,26 @@ TEST(Conv, has_the_same_bits_on_any_number_of_threads)
     expect_same_on_threads<float>({300}, {400000}, ORV_CONV_TRANSFORM);
 }
 
+// Of 4 and 9 elements, of which some stand beside an edge.
+TEST(Conv, has_nan_in_the_outputs_that_meet_it_by_direct_sums_and_zeros_do_not_stop_it)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (const int job : {ORV_CONV_CONVOLUTION, ORV_CONV_CORRELATION})
+        for (i64 at = 0; at < 9; ++at) {
+            const std::vector<double> x(4, 0.0);
+            std::vector<double> y(9, 1.0);
+            y[at] = nan;
+            Conv c('d', job, {4}, {9});
+            const auto z = computed(c, ORV_CONV_DIRECT, x, y);
+            for (i64 j = 0; j < 12; ++j) {
+                const i64 t = j + c.start()[0], k = job == ORV_CONV_CONVOLUTION ? t - at : at - t;
+                EXPECT_EQ(std::isnan(z[j]), k >= 0 && k < 4) << job << " " << at << " " << j;
+            }
+            const auto through = computed(c, ORV_CONV_TRANSFORM, x, y); // so short that there are no parts
+            for (const double element : through) EXPECT_TRUE(std::isnan(element));
+        }
+}
+
 TEST(Conv, is_told_when_memory_is_refused)
 {
     const auto x = random_elements<double>(450, 1), y = random_elements<double>(600, 2);

@@ -137,6 +137,31 @@ TYPED_TEST(Poisson, tells_what_was_taken_off_where_a_constant_is_open)
     EXPECT_EQ(orv_poisson_set_tolerance(nullptr, 1), -1);
 }
 
+TYPED_TEST(Poisson, has_nan_at_all_unknowns_or_refuses_it)
+{
+    using T = TypeParam;
+    const T nan = std::numeric_limits<T>::quiet_NaN();
+    for (const int kind : {ORV_DIRICHLET, ORV_NEUMANN, ORV_PERIODIC}) {
+        const auto p = solver<T>({unit(6, ORV_DIRICHLET, ORV_DIRICHLET), unit(8, kind, kind)}, 0);
+        for (int64_t at = 0; at < 7 * 9; ++at) {
+            std::vector<T> u(7 * 9, T(1));
+            u[at] = nan;
+            ASSERT_EQ(solve(p, u.data()), ORV_OK);
+            const auto is_told = [&](int64_t place) {
+                const int64_t i = place % 7, j = place / 7;
+                return i == 0 || i == 6 || (kind == ORV_DIRICHLET && (j == 0 || j == 8));
+            };
+            const bool is_read = !is_told(at) && !(kind == ORV_PERIODIC && at / 7 == 8);
+            for (int64_t k = 0; k < 7 * 9; ++k) EXPECT_EQ(std::isnan(u[k]), is_read && !is_told(k)) << at << " " << k;
+        }
+    }
+    const auto open = solver<T>({unit(6, ORV_NEUMANN, ORV_NEUMANN), unit(8, ORV_PERIODIC, ORV_PERIODIC)}, 0);
+    std::vector<T> u(7 * 9, T(0));
+    u[10] = nan;
+    EXPECT_EQ(orv_poisson_set_tolerance(open.get(), HUGE_VAL), ORV_OK);
+    EXPECT_EQ(solve(open, u.data()), ORV_NOT_SOLVABLE);
+}
+
 // The eigenvalues of 4 by 4 cells of size 1/4 between given sides: 64*(sin(i*pi/8)^2 + sin(j*pi/8)^2).
 TYPED_TEST(Poisson, refuses_a_resonance)
 {

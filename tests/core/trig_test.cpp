@@ -133,6 +133,28 @@ TYPED_TEST(TrigRows, have_the_same_bits_on_any_number_of_threads)
     orv_team_set_eagerness(1);
 }
 
+TYPED_TEST(TrigRows, have_nan_in_all_that_a_factor_other_than_zero_brings_it_to)
+{
+    using T = TypeParam;
+    for (i64 kind = 0; kind < pdett::kinds; ++kind)
+        for (const Way way : ways)
+            for (const i64 points : {2, 7, 16, 33, 40}) {
+                const Made trig = made<T>(kind, points, way);
+                for (const bool forward : {true, false})
+                    for (i64 at = 0; at < points; ++at) {
+                        std::vector<T> unit(static_cast<std::size_t>(points), T(0)), x = random_row<T>(points, 8);
+                        unit[at] = 1, x[at] = std::numeric_limits<T>::quiet_NaN();
+                        ASSERT_EQ((forward ? orv_trig_forward : orv_trig_backward)(trig.get(), x.data(), x.data()),
+                                  ORV_OK);
+                        const std::vector<long double> factors = sums(kind, forward, unit);
+                        for (i64 k = 0; k < points; ++k) {
+                            if (std::fabs(factors[k]) < 1e-9L) continue;
+                            EXPECT_TRUE(std::isnan(x[k])) << kind << " of " << points << ": " << at << " to " << k;
+                        }
+                    }
+            }
+}
+
 // Results next to an end are as good as others.
 TYPED_TEST(TrigRows, have_the_error_of_a_fourier_transform_the_careful_way)
 {

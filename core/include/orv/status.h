@@ -6,7 +6,7 @@
 #include <orv/api.h>
 
 /* 0: done.  -i: argument i is bad, counted from 1 as the standard interface of the routine counts; nothing was
-   written.  Positive: one of the codes below; nothing was written. */
+   written.  Positive: one of the codes below; nothing was written, unless the function says that it may have been. */
 typedef int orv_status;
 
 enum {
