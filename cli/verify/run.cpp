@@ -86,6 +86,7 @@ void expand(const Family& family, const Routine& routine, const char* line, std:
     const auto letters = given.empty() ? combinations(arguments) : std::vector{given};
     if (sweep.find("times")) return draw(family, routine, sweep, letters, all);
     std::vector<Problem> problems;
+    problems.reserve(letters.size());
     for (const std::string& word : letters) problems.emplace_back(family.name, routine.type, word);
     for (const auto& [name, values] : sweep.values) {
         if (name == "prec" && arguments.back().name != name) continue;

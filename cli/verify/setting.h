@@ -81,8 +81,8 @@ private:
 };
 
 // The operand that a letter makes of a view, and the result of a call.
-inline Operand op(View view, char letter = 'n') { return {std::move(view), letter, false}; }
-inline Operand after(View view) { return {std::move(view), 'n', true}; }
+inline Operand op(const View& view, char letter = 'n') { return {view, letter, false}; }
+inline Operand after(const View& view) { return {view, 'n', true}; }
 // rows by columns of ones.
 inline Operand ones(i64 rows, i64 columns = 1) { return {{"", rows, columns}}; }
 

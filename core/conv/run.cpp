@@ -18,17 +18,13 @@ struct Ran {
 thread_local Ran ran;
 thread_local char answer[sizeof Plan::method];
 
-// Strides of an array of that shape; false where they are none of 32 bits.
+// Strides of an array of that shape; false where one is beyond 32 bits.
 bool complete(Strides& strides, int rank, const i64* shape)
 {
     if (strides.given) return true;
     i64 step = 1;
-    for (int d = 0; d < rank; ++d) {
-        if (step > INT32_MAX) return false;
-        strides.step[d] = step;
-        step *= shape[d];
-    }
-    return true;
+    for (int d = 0; d < rank; step *= shape[d++]) strides.step[d] = step;
+    return strides.step[rank - 1] <= INT32_MAX;
 }
 
 } // namespace
@@ -43,10 +39,15 @@ void remember(const char* method, int threads)
 orv_status run(const Problem& problem, const Operands& operands, Keeper* keeper)
 {
     Problem p = problem;
-    if (!complete(p.x, p.rank, p.nx) || !complete(p.y, p.rank, p.ny) || !complete(p.z, p.rank, p.count))
-        return fail(ORV_UNSUPPORTED, "an array without gaps has a stride above %d, which kernels do not count",
-                    INT32_MAX);
-    return p.route_taken == ORV_CONV_DIRECT ? run_direct(p, operands) : run_transforms(p, operands, keeper);
+    bool is_narrow = complete(p.x, p.rank, p.nx);
+    is_narrow &= complete(p.y, p.rank, p.ny);
+    is_narrow &= complete(p.z, p.rank, p.count);
+    if (p.route_taken != ORV_CONV_DIRECT) return run_transforms(p, operands, keeper);
+    if (is_narrow) return run_direct(p, operands);
+    return fail(ORV_UNSUPPORTED,
+                "an array without gaps has a stride above %d, which kernels of direct sums do not count; "
+                "ORV_CONV_TRANSFORM goes without them",
+                INT32_MAX);
 }
 
 } // namespace orv::core::conv

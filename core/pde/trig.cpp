@@ -79,8 +79,8 @@ i64 pde::make_handle(imports::Handle& handle, int precision, i64 n)
 orv_status pde::explain(i64 status, i64 points)
 {
     if (status == kernels::dft::node_no_memory)
-        return fail(ORV_NO_MEMORY, "orv_trig_create: no memory is left for a transform of %" PRId64 " points", points);
-    return fail(ORV_UNSUPPORTED, "orv_trig_create: a transform of %" PRId64 " points: %s", points,
+        return fail(ORV_NO_MEMORY, "no memory is left for a transform of %" PRId64 " points", points);
+    return fail(ORV_UNSUPPORTED, "a transform of %" PRId64 " points: %s", points,
                 orv_dft_dfti_error_message_external(status));
 }
 

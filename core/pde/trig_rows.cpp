@@ -5,6 +5,7 @@
 #include "core/team/team.h"
 #include "frame/serv.h"
 
+#include <cinttypes>
 #include <cmath>
 #include <cstring>
 
@@ -170,9 +171,7 @@ template <class T> orv_status transform(const orv_trig& trig, Direction directio
         Job<T> mine(job);
         if (!mine.run(count * index / members, count * (index + 1) / members)) failed = true;
     });
-    return failed ? fail(ORV_NO_MEMORY, "orv_trig: no memory is left for a row of %lld points",
-                         static_cast<long long>(trig.points))
-                  : ORV_OK;
+    return failed ? fail(ORV_NO_MEMORY, "no memory is left for a row of %" PRId64 " points", trig.points) : ORV_OK;
 }
 
 orv_status transform(const orv_trig* trig, Direction direction, i64 count, const void* from, i64 from_stride,
@@ -199,11 +198,13 @@ orv_status many(const char* routine, const orv_trig* trig, Direction direction, 
 {
     if (const int wrong = trig == nullptr ? 1 : from == nullptr ? 3 : to == nullptr ? 6 : 0)
         return bad_argument(routine, wrong, "null");
-    if (count < 0) return bad_argument(routine, 2, "%lld rows", static_cast<long long>(count));
+    if (count < 0) return bad_argument(routine, 2, "%" PRId64 " rows, but there are 0 or more", count);
     if (from == to && from_stride != to_stride && trig->points > 1)
-        return bad_argument(routine, 7, "in place strides must agree");
+        return bad_argument(routine, 7, "%" PRId64 ", but in place it is the stride of argument 4, %" PRId64, to_stride,
+                            from_stride);
     if (from == to && from_distance != to_distance && count > 1)
-        return bad_argument(routine, 8, "in place distances must agree");
+        return bad_argument(routine, 8, "%" PRId64 ", but in place it is the distance of argument 5, %" PRId64,
+                            to_distance, from_distance);
     return transform(trig, direction, count, from, from_stride, from_distance, to, to_stride, to_distance);
 }
 

@@ -4,7 +4,7 @@
 // that is not 0 the next one refuses to work until the caller has cleared it: also after a commit that only warned.
 #include "pde/trig/trig.h"
 
-extern "C" int sprintf(char* text, const char* format, ...);
+#include <cstdio>
 
 namespace orv::pdett {
 namespace {
@@ -50,7 +50,7 @@ template <class T> i64 check_ends(const T* f, const i64* ipar, const T* dpar)
         const T value = f[end.last ? ipar[ipar_n] : 0];
         if (!(magnitude(value) > dpar[dpar_tolerance])) continue;
         char text[32];
-        sprintf(text, "%e", static_cast<double>(value));
+        std::sprintf(text, "%e", static_cast<double>(value));
         diagnose(end.code, ipar, dpar, text);
         warned = warned_of_ends;
     }

@@ -118,6 +118,14 @@ TEST(Conv, refuses_what_makes_no_problem)
     EXPECT_EQ(c, nullptr);
 }
 
+TEST(Conv, refuses_direct_sums_of_arrays_whose_strides_are_beyond_32_bits)
+{
+    Conv c('d', ORV_CONV_CONVOLUTION, {2, 2, 2}, {50000, 50000, 3});
+    ASSERT_EQ(orv_conv_set(c, ORV_CONV_ROUTE, ORV_CONV_DIRECT), ORV_OK);
+    double nothing = 0;
+    expect_sentence(orv_conv_run(c, &nothing, &nothing, &nothing), ORV_UNSUPPORTED, "ORV_CONV_TRANSFORM");
+}
+
 TEST(Conv, keeps_settings_and_refuses_others)
 {
     Conv c('S', ORV_CONV_CORRELATION, {3}, {5});

@@ -224,8 +224,8 @@ TEST(TrigCalls, refuse_bad_arguments_with_a_sentence)
     expect_bad(orv_trig_forward_rows(trig, -2, x, 1, 3, y, 1, 3), 2, "-2 rows");
     expect_bad(orv_trig_backward_rows(trig, 1, nullptr, 1, 3, y, 1, 3), 3, "orv_trig_backward_rows: argument 3");
     expect_bad(orv_trig_forward_rows(trig, 1, x, 1, 3, nullptr, 1, 3), 6, "null");
-    expect_bad(orv_trig_forward_rows(trig, 2, x, 1, 3, x, 2, 3), 7, "strides must agree");
-    expect_bad(orv_trig_forward_rows(trig, 2, x, 1, 3, x, 1, 4), 8, "distances must agree");
+    expect_bad(orv_trig_forward_rows(trig, 2, x, 1, 3, x, 2, 3), 7, "the stride of argument 4, 1");
+    expect_bad(orv_trig_forward_rows(trig, 2, x, 1, 3, x, 1, 4), 8, "the distance of argument 5, 3");
     EXPECT_EQ(orv_trig_forward_rows(trig, 0, x, 1, 3, y, 1, 3), ORV_OK);
     EXPECT_EQ(orv_trig_forward_rows(trig, 1, x, 1, 3, x, 1, 99), ORV_OK); // of one row there is no distance
     orv_trig_free(nullptr);

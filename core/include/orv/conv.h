@@ -103,8 +103,8 @@ ORV_API orv_status orv_conv_set_strides(orv_conv* conv, const int64_t* x, const 
 ORV_API orv_status orv_conv_set_fixed(orv_conv* conv, const void* x);
 
 /* Computes z. An x that was fixed is taken in place of a null one. ORV_NO_MEMORY if work memory is refused,
-   ORV_TRANSFORM_FAILED if a transform is, ORV_UNSUPPORTED if an array without gaps has a stride that kernels cannot
-   count in 32 bits. Bad: 1, 3, 4 null; 2 null without a fixed one. */
+   ORV_TRANSFORM_FAILED if a transform is, ORV_UNSUPPORTED if an array without gaps has a stride beyond 32 bits, which
+   direct sums do not count. Bad: 1, 3, 4 null; 2 null without a fixed one. */
 ORV_API orv_status orv_conv_run(const orv_conv* conv, const void* x, const void* y, void* z);
 
 /* What the calling thread's latest run took: of direct sums the kernel, as orv_branch_symbol() finds it
