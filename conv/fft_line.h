@@ -88,7 +88,8 @@ template <class R> void subtract(const R* from, R* to, i64 n)
 template <class I, class T> Status convolve_pairs(const Problem<T>& p)
 {
     using R = real_t<I>;
-    constexpr auto re = [](T v) { return v.re; }, im = [](T v) { return v.im; };
+    constexpr auto re = [](T v) { return v.re; };
+    constexpr auto im = [](T v) { return v.im; };
     const i64 full = p.full(0);
     const Plane<R> x_re(convolved_x(p), re);
     if (x_re.refused()) return no_memory;

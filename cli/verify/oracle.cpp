@@ -2,6 +2,8 @@
 
 #include <cmath>
 #include <limits>
+#include <ranges>
+#include <stdexcept>
 
 namespace orv::verify {
 namespace {
@@ -93,12 +95,11 @@ private:
 const View& written(const Equation& equation)
 {
     if (equation.value) return equation.value->view;
-    const View* view = nullptr;
-    for (const Term& t : equation.terms) {
-        if (t.right && t.right->after) view = &t.right->view;
-        if (t.left.after) view = &t.left.view;
+    for (const Term& t : equation.terms | std::views::reverse) {
+        if (t.left.after) return t.left.view;
+        if (t.right && t.right->after) return t.right->view;
     }
-    return *view;
+    throw std::logic_error("an equation has nothing that the call has written");
 }
 
 template <class Wide> Verdict judge_in(const Equation& equation, char work, const Arrays& arrays)
@@ -110,6 +111,7 @@ template <class Wide> Verdict judge_in(const Equation& equation, char work, cons
     const double store = wider ? unit(kind) : 0, underflow = equation.roundings * least(kind);
 
     std::vector<Product<Wide>> products;
+    products.reserve(equation.terms.size());
     for (const Term& term : equation.terms) products.emplace_back(term, arrays);
     std::optional<Elements> value;
     if (equation.value) value.emplace(*equation.value, arrays);

@@ -29,12 +29,12 @@ template <class T> orv_status backward(char kind, i64 m, i64 rows, const T* x, i
 
 // Points and frequencies of a kind, in units of which 2*pi are 8n.
 struct Kind {
-    bool is_sine;
     View::Steps points, frequencies;
     int more; // cells than points
+    bool is_sine;
 };
-constexpr Kind kinds[] = {{true, {4, 4}, {1, 1}, 1}, {false, {0, 4}, {0, 1}, -1}, {false, {0, 2}, {1, 2}, 0},
-                          {true, {2, 2}, {1, 2}, 0}, {false, {1, 2}, {1, 2}, 0},  {true, {1, 2}, {1, 2}, 0}};
+constexpr Kind kinds[] = {{{4, 4}, {1, 1}, 1, true}, {{0, 4}, {0, 1}, -1, false}, {{0, 2}, {1, 2}, 0, false},
+                          {{2, 2}, {1, 2}, 0, true}, {{1, 2}, {1, 2}, 0, false},  {{1, 2}, {1, 2}, 0, true}};
 
 template <bool is_forward> Plan wave(Setting& s)
 {

@@ -40,7 +40,8 @@ constexpr Waves waves(i64 pair, i64 n)
 // Transforms forth and back multiply by this; the tridiagonal systems take it back.
 constexpr double gain(i64 pair, i64 n)
 {
-    return pair == pp ? 4. * static_cast<double>(n / 2) : 2. * static_cast<double>(n);
+    const i64 even = n / 2 * 2; // waves come in pairs
+    return 2 * static_cast<double>(pair == pp ? even : n);
 }
 
 // What the calling thread's latest loop left in its block. Kernels tell their caller of a failure only that there was

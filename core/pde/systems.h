@@ -39,7 +39,7 @@ bool solve_symmetric(i64 n, double* a, double* b, double* more, double* lower, d
 
 // What is left of a pivot by rounding where it should be 0: equations are written so that what they are made of is
 // about 1 to 4, in the precision of the grid.
-template <class T> inline constexpr double least_pivot = 8 * static_cast<double>(std::numeric_limits<T>::epsilon());
+template <class T> inline constexpr double least_pivot = 8. * std::numeric_limits<T>::epsilon();
 
 // All systems of a layer of waves: `rows` rows, `stride` elements apart, of `width` waves with these diagonals.
 // Singular: wave 0 of those is one of a problem that leaves a constant open.
