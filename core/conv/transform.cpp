@@ -52,7 +52,7 @@ template <class From, class To> void copy_line(const From* from, i64 from_step, 
         for (i64 i = 0; i < count; ++i) to[i * to_step] = as<To>(from[i * from_step]);
 }
 
-// A multiple of the products of a branch's primitives, which count in 32 bits.
+// Products of spectra, by the primitives of the branch, which count in 32 bits.
 template <class R> struct Products;
 #define ORV_CONV_PRODUCTS(R, t)                                                                                        \
     template <> struct Products<R> {                                                                                   \
