@@ -5,7 +5,7 @@
 #include "frame/types.h"
 #include <orv/conv.h>
 
-#include "core/team/eagerness.h"
+#include "tests/core/drawn.h"
 #include "tests/core/teams.h"
 #include "tests/support/kernels.h"
 #include "tests/support/random.h"
@@ -21,12 +21,7 @@ using Shape = std::vector<i64>;
 using Wide = std::complex<long double>;
 constexpr int problems = 500; // of each type
 
-// Teams are formed for work of any size.
-class DrawnConv : public testing::Test {
-public:
-    DrawnConv() { orv_team_set_eagerness(1e9); }
-    ~DrawnConv() override { orv_team_set_eagerness(1), orv_set_thread_num_threads(0); }
-};
+class DrawnConv : public Drawn {};
 
 template <class T> const T untouched = T{7};
 template <class R> const cpx<R> untouched<cpx<R>>{7, 7};
@@ -185,14 +180,7 @@ template <class T> void run(Random& random)
 
 TEST_F(DrawnConv, outputs_are_within_the_bounds_of_their_route)
 {
-    const auto all = []<class T>(T) {
-        Random random(71);
-        for (int i = 0; i < problems && !testing::Test::HasFailure(); ++i) {
-            run<T>(random);
-            if (testing::Test::HasFailure()) ADD_FAILURE() << "problem " << i;
-        }
-    };
-    all(float{}), all(double{}), all(cpx<float>{}), all(cpx<double>{});
+    draw<float, double, cpx<float>, cpx<double>>(problems, 71, []<class T>(Random& random, T) { run<T>(random); });
 }
 
 } // namespace

@@ -1,22 +1,16 @@
 // Rectangles and boxes drawn at random: axes, sides, q, layout, values on the sides and threads. What is solved is put
 // into the equations, each of them looked at.
-#include "core/team/eagerness.h"
+#include "tests/core/drawn.h"
 #include "tests/core/poisson.h"
 
 #include <limits>
-#include <orv/threads.h>
 
 namespace orv::test {
 namespace {
 
 constexpr int problems = 500; // of each type
 
-// Teams are formed for work of any size.
-class DrawnPoisson : public testing::Test {
-public:
-    DrawnPoisson() { orv_team_set_eagerness(1e9); }
-    ~DrawnPoisson() override { orv_team_set_eagerness(1), orv_set_thread_num_threads(0); }
-};
+class DrawnPoisson : public Drawn {};
 
 orv_poisson_axis draw_axis(Random& random, bool last)
 {
@@ -199,14 +193,7 @@ template <class T> void run(Random& random)
 
 TEST_F(DrawnPoisson, answers_solve_all_equations)
 {
-    const auto all = []<class T>(T) {
-        Random random(73);
-        for (int i = 0; i < problems && !testing::Test::HasFailure(); ++i) {
-            run<T>(random);
-            if (testing::Test::HasFailure()) ADD_FAILURE() << "problem " << i;
-        }
-    };
-    all(float{}), all(double{});
+    draw<float, double>(problems, 73, []<class T>(Random& random, T) { run<T>(random); });
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // Rows of sines and cosines drawn at random: kind, way, points, rows, layout, scales and threads, element by element
 // beside the sums of the formulas.
-#include "core/team/eagerness.h"
+#include "tests/core/drawn.h"
 #include "tests/core/trig_rows.h"
 
 namespace orv::test {
@@ -8,12 +8,7 @@ namespace {
 
 constexpr int problems = 600; // of each type
 
-// Teams are formed for work of any size.
-class DrawnTrig : public testing::Test {
-public:
-    DrawnTrig() { orv_team_set_eagerness(1e9); }
-    ~DrawnTrig() override { orv_team_set_eagerness(1), orv_set_thread_num_threads(0); }
-};
+class DrawnTrig : public Drawn {};
 
 // Rows in memory with gaps, one after the other or across, backwards and forwards.
 template <class T> struct Rows {
@@ -87,14 +82,7 @@ template <class T> void run(Random& random)
 
 TEST_F(DrawnTrig, rows_are_what_the_formulas_say)
 {
-    const auto all = []<class T>(T) {
-        Random random(72);
-        for (int i = 0; i < problems && !testing::Test::HasFailure(); ++i) {
-            run<T>(random);
-            if (testing::Test::HasFailure()) ADD_FAILURE() << "problem " << i;
-        }
-    };
-    all(float{}), all(double{});
+    draw<float, double>(problems, 72, []<class T>(Random& random, T) { run<T>(random); });
 }
 
 } // namespace
