@@ -1,5 +1,6 @@
-// What threads do of a long transform of reals: rows and columns, each in blocks whose lines in memory are read and
-// written whole. A block stands in memory of the thread's own, where rows never fall on the same lines of a cache.
+// What threads do of a long transform of reals: rows and columns, each in blocks that are read and written in runs of 512
+// bytes: of 2^22 reals on two threads a tenth faster than in runs of 128. A block stands in memory of the thread's own,
+// where rows never fall on the same lines of a cache.
 #include "dft/methods/long_real.h"
 #include "dft/methods/product.h"
 #include "frame/kernels/dft_compute.h"
@@ -10,7 +11,7 @@
 namespace orv::dft::long_real {
 namespace {
 
-template <class T> constexpr i64 block = 128 / sizeof(T);     // rows or columns
+template <class T> constexpr i64 block = 512 / sizeof(T);     // rows or columns
 constexpr i64 pitch_of(i64 n) { return (n + 7) / 8 * 8 | 8; } // an odd multiple of 8
 
 template <class R> struct Call {
