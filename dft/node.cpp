@@ -40,7 +40,7 @@ template <class Spec, class Free> void free_spec(Spec*& spec, Free free)
 
 void free_block(void*& block)
 {
-    orv_serv_free(block);
+    release(block);
     block = nullptr;
 }
 

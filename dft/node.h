@@ -70,6 +70,12 @@ template <class R> constexpr i64 engine_limit(i64 n)
 
 // ---- Services of the core, with what stands for those that it has not given
 
+// Who lends memory need not know what to do with a block that is none.
+inline void release(void* block)
+{
+    if (block != nullptr) orv_serv_free(block);
+}
+
 inline i32 dynamic_threads(const DftiNode& node)
 {
     return node.api->dynamic_threads != nullptr ? node.api->dynamic_threads() : 0;

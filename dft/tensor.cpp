@@ -24,7 +24,7 @@ i32 create(Iotensor* t, i32 rank)
 
 void destroy(Iotensor* t)
 {
-    orv_serv_free(t->dims);
+    release(t->dims);
     t->dims = nullptr;
 }
 

@@ -77,7 +77,7 @@ void free_data_1d_via_2d(DftiNode* node)
     Via2dData* const via = data_of(node);
     if (via->child2 != via->child1) destroy_child(via->child2);
     destroy_child(via->child1);
-    orv_serv_free(via->twist);
+    release(via->twist);
     orv_serv_free(via);
 }
 

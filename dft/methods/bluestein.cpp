@@ -26,7 +26,7 @@ template <class R> struct State {
     void release()
     {
         if (child != nullptr) child->destroy(child);
-        orv_serv_free(table_a);
+        orv::dft::release(table_a);
         *this = {};
     }
 };

@@ -71,8 +71,8 @@ i32 make(YmpDftSpec** spec, i64 length, Init init, GetBytes get_bytes, i64* buff
 
 template <class R> void State<R>::release()
 {
-    orv_serv_free(twiddle_a);
-    orv_serv_free(twiddle_b);
+    orv::dft::release(twiddle_a);
+    orv::dft::release(twiddle_b);
     if (spec_r != nullptr) Engine<R>::free_real(spec_r);
     if (spec_r2 != nullptr) Engine<R>::free_real(spec_r2);
     if (spec_c != nullptr) Engine<R>::free_pairs(spec_c);

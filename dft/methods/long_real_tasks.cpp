@@ -1,6 +1,6 @@
-// What threads do of a long transform of reals: rows and columns, each in blocks that are read and written in runs of 512
-// bytes: of 2^22 reals on two threads a tenth faster than in runs of 128. A block stands in memory of the thread's own,
-// where rows never fall on the same lines of a cache.
+// What threads do of a long transform of reals: rows and columns, each in blocks that are read and written in runs of
+// 512 bytes: of 2^22 reals on two threads a tenth faster than in runs of 128. A block stands in memory of the thread's
+// own, where rows never fall on the same lines of a cache.
 #include "dft/methods/long_real.h"
 #include "dft/methods/product.h"
 #include "frame/kernels/dft_compute.h"

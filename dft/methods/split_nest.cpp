@@ -91,7 +91,7 @@ struct Dimensions {
     void release()
     {
         resize(0);
-        orv_serv_free(children);
+        orv::dft::release(children);
         *this = {};
     }
     // Children beyond the rank go; those that are new are still to be made.
@@ -103,7 +103,7 @@ struct Dimensions {
         auto** const more = static_cast<DftiNode**>(orv_serv_calloc(to, sizeof(DftiNode*), cache_line));
         if (more == nullptr) return false;
         for (i32 k = 0; k < rank; ++k) more[k] = children[k];
-        orv_serv_free(children);
+        orv::dft::release(children);
         children = more, rank = to;
         return true;
     }
