@@ -75,7 +75,8 @@ template <class R> ShortLines<R>* short_lines(const Run& run, const Lines<const 
 {
     const i64 n = run.node->length;
     auto* const lines = short_lines<R>(run);
-    return lines != nullptr && !collide(n, in) && !collide(n, out) ? lines : nullptr;
+    const bool may_go = n <= longest_strided || (in.is_dense() && out.is_dense());
+    return lines != nullptr && may_go && !collide(n, in) && !collide(n, out) ? lines : nullptr;
 }
 
 } // namespace

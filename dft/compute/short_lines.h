@@ -14,6 +14,9 @@ struct LineSteps {
 // So many lines; each is read before it is written, so both arrays may be the same.
 template <class R> using ShortLines = void(const R* from, LineSteps in, R* to, LineSteps out, i64 count);
 
+// Longer lines have their points beside each other; strided ones are staged, or go by plans.
+inline constexpr i64 longest_strided = 16;
+
 // For the transform of n points, without scale; null where n is not 1 to 16 or 32.
 template <class R> ShortLines<R>* short_lines(i64 n, bool forward);
 

@@ -93,23 +93,26 @@ template <int n, bool forward, class R>
 void transform_short(const R* from, LineSteps in, R* to, LineSteps out, i64 count)
 {
     constexpr int lanes = vec<cpx<R>>::lanes;
+    constexpr bool always_dense = n > longest_strided;
+    const i64 left = count % lanes, most = count - left;
     const bool dense = n >= 16 && in.point == 2 && out.point == 2;
-    if constexpr (lanes == 1) {
-        if (dense) transform_lines<n, forward, true, n >= 16>(from, in, to, out, count);
-        else transform_lines<n, forward, true>(from, in, to, out, count);
+    if constexpr (always_dense) transform_lines<n, forward, lanes == 1, true>(from, in, to, out, most);
+    else if constexpr (lanes == 1) {
+        if (dense) transform_lines<n, forward, true, n >= 16>(from, in, to, out, most);
+        else transform_lines<n, forward, true>(from, in, to, out, most);
     } else {
-        const i64 left = count % lanes, most = count - left;
         constexpr bool in_registers = n % 2 == 0 && n <= 8;
         if (in_registers && in.point == 2 && out.point == 2)
             transform_dense<in_registers ? n : 2, forward>(from, in.line, to, out.line, most);
         else if (dense) transform_lines<n, forward, false, n >= 16>(from, in, to, out, most);
         else if (in.line == 2 && out.line == 2) transform_lines<n, forward, true>(from, in, to, out, most);
         else transform_lines<n, forward, false>(from, in, to, out, most);
-        static_assert(lanes <= 2, "what is left of the lines is one");
-        if (left > 0)
-            transform_lines<n, forward, false>(from + most * in.line, {in.point, 0}, to + most * out.line,
-                                               {out.point, 0}, 1);
     }
+    static_assert(lanes <= 2, "what is left of the lines is one");
+    if constexpr (lanes == 2)
+        if (left > 0)
+            transform_lines<n, forward, false, always_dense>(from + most * in.line, {in.point, 0}, to + most * out.line,
+                                                             {out.point, 0}, 1);
 }
 
 template <class R, bool forward, int... n> ShortLines<R>* find_short(i64 length, std::integer_sequence<int, n...>)
