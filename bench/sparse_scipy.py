@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Times conversions, sums and products of sparse matrices beside SciPy's compiled routines (scipy.sparse._sparsetools).
 
 These can be called from Python only, so both sides are, one after the other in each round, on the same arrays and one
