@@ -3,9 +3,8 @@
 // one, both with the diagonal, else all of it.
 //
 //   to compressed rows    (job[0] 0) asks 0: ia alone, and room is not asked. Zeros are dropped, negative ones too. A
-//   row
-//                         for which job[4] has no room is told in info, counted from 1; those before it are there, it
-//                         and those behind it are empty; what of it there is room for stands behind them.
+//                         row for which job[4] has no room is told in info, counted from 1; those before it are there,
+//                         it and those behind it are empty; what of it there is room for stands behind them.
 //   back                  all m by n elements are cleared, then entries added.
 #include "spblas/conversion.h"
 

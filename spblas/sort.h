@@ -1,5 +1,5 @@
-// Sorting the entries of rows by column; those of one column stay in their order. Very long
-// rows ask for memory, and go on without.
+// Sorting the entries of rows by column; those of one column stay in their order. Very long rows ask for memory, and go
+// on without.
 #pragma once
 
 #include "spblas/options.h"

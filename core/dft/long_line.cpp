@@ -55,7 +55,7 @@ i32 transform_columns(const Via2dData& plan, DftiKernel* child, R scale, const c
 {
     const Block<cpx<R>> block(min(columns, block_columns) * plan.ld2);
     if (block.missing()) return node_no_memory;
-    cpx<R>* const rows = block.begin();
+    cpx<R>* const rows = block.get();
     for (i64 first = 0; first < columns; first += block_columns) {
         const i64 count = min(columns - first, block_columns);
         Steps<R>::gather.get()(plan.n2, count, rows, plan.ld2, from + first, plan.n1, 1);
@@ -85,7 +85,7 @@ i32 compute(DftiNode* node, Direction direction, R scale, const void* input, voi
 
     const Block<T> work(from == to ? plan.n1 * plan.n2 : 0);
     if (work.missing()) return node_no_memory;
-    T* const middle = from == to ? work.begin() : to;
+    T* const middle = from == to ? work.get() : to;
     const i32 status = share_columns(plan.n2, threads, [&](i64 first, i64 count) {
         return one_and_two(node, plan.n1, count, from + first, middle + first * plan.n1, child, plan.n2, nullptr, &plan,
                            first, direction == forward ? 1 : -1);

@@ -2,8 +2,8 @@
 // others go through work memory, some at a time where neighbours in memory belong to different rows.
 #include "core/pde/trig.h"
 #include "core/pde/trig_kernel.h"
+#include "core/serv/block.h"
 #include "core/team/team.h"
-#include "frame/serv.h"
 
 #include <cinttypes>
 #include <cmath>
@@ -77,13 +77,13 @@ public:
 private:
     bool in_place(i64 first, i64 end)
     {
-        const Work work(trig_.work);
+        const core::Block<T> work(trig_.work);
         if (work.missing()) return false;
         for (i64 r = first; r < end; ++r) {
             T* const row = rows_.to + r * rows_.to_distance;
             const T* const from = rows_.from + r * rows_.from_distance;
             if (row != from) gather(from, row);
-            if (!transform_.run(row, work.begin())) return false;
+            if (!transform_.run(row, work.get())) return false;
             if (scale_ != 1)
                 for (i64 j = 0; j < trig_.points; ++j) row[j] *= scale_;
         }
@@ -96,9 +96,9 @@ private:
         const bool crossed = rows_.from_stride != 1 || rows_.to_stride != 1;
         const i64 together = crossed ? min(line, end - first) : 1;
         const i64 distance = round_up(trig_.points + 2, line) + line; // no two rows at the same place of a page
-        const Work work(distance * together + trig_.work);
+        const core::Block<T> work(distance * together + trig_.work);
         if (work.missing()) return false;
-        T *const row = work.begin() + (trig_.kind == sine), *const beside = work.begin() + distance * together;
+        T *const row = work.get() + (trig_.kind == sine), *const beside = work.get() + distance * together;
         for (i64 r = first; r < end; r += together) {
             const i64 count = min(together, end - r);
             const T* const from = rows_.from + r * rows_.from_distance;
@@ -119,29 +119,6 @@ private:
         }
         return true;
     }
-
-    // Work memory for so many elements, which may be none.
-    class Work {
-    public:
-        explicit Work(i64 elements)
-            : elements_(elements),
-              block_(elements == 0 ? nullptr
-                                   : orv_serv_allocate(elements * static_cast<i64>(sizeof(T)), cache_line_bytes))
-        {
-        }
-        Work(const Work&) = delete;
-        Work& operator=(const Work&) = delete;
-        ~Work()
-        {
-            if (block_ != nullptr) orv_serv_deallocate(block_);
-        }
-        bool missing() const { return elements_ > 0 && block_ == nullptr; }
-        T* begin() const { return static_cast<T*>(block_); }
-
-    private:
-        i64 elements_;
-        void* block_;
-    };
 
     void gather(const T* from, T* row) const
     {

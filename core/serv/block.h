@@ -9,21 +9,21 @@ namespace orv::core {
 template <class T> class Block {
 public:
     explicit Block(i64 count)
-        : begin_(count > 0 ? static_cast<T*>(orv_serv_allocate(count * static_cast<i64>(sizeof(T)), 128)) : nullptr),
-          missing_(count > 0 && begin_ == nullptr)
+        : at_(count > 0 ? static_cast<T*>(orv_serv_allocate(count * static_cast<i64>(sizeof(T)), 128)) : nullptr),
+          missing_(count > 0 && at_ == nullptr)
     {
     }
     Block(const Block&) = delete;
     Block& operator=(const Block&) = delete;
     ~Block()
     {
-        if (begin_ != nullptr) orv_serv_deallocate(begin_);
+        if (at_ != nullptr) orv_serv_deallocate(at_);
     }
     bool missing() const { return missing_; }
-    T* begin() const { return begin_; }
+    T* get() const { return at_; }
 
 private:
-    T* begin_;
+    T* at_;
     bool missing_;
 };
 

@@ -13,15 +13,15 @@ namespace orv::core::sparse {
 class Memory {
 public:
     Memory() = default;
-    Memory(Memory&& other) noexcept : at_(other.release()) {}
+    Memory(Memory&& other) noexcept : at_(other.release()), for_work_(other.for_work_) {}
     Memory& operator=(Memory&& other) noexcept
     {
-        std::swap(at_, other.at_);
+        std::swap(at_, other.at_), std::swap(for_work_, other.for_work_);
         return *this;
     }
     ~Memory()
     {
-        if (at_ != nullptr) orv_serv_free(at_);
+        if (at_ != nullptr) (for_work_ ? orv_serv_deallocate : orv_serv_free)(at_);
     }
     // False without memory; arrays(take) takes them by take(place of the pointer, elements). for_work: the block is
     // none that a result is, but of those that are kept for the next call.
@@ -32,6 +32,7 @@ public:
         const auto sized = []<class E>(E*, i64 count) { return round_up(count * i64{sizeof(E)}, alignment); };
         arrays([&](auto*& array, i64 count) { bytes += sized(array, count); });
         *this = {};
+        for_work_ = for_work;
         at_ = (for_work ? orv_serv_allocate : orv_serv_malloc)(max(bytes, alignment), alignment);
         if (at_ == nullptr) return false;
         char* next = static_cast<char*>(at_);
@@ -46,6 +47,7 @@ public:
 
 private:
     void* at_ = nullptr;
+    bool for_work_ = false;
 };
 
 // Those of the caller, or its own. Row i has the entries from begin[i] - begin[0] on; its own begin at base.

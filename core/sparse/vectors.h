@@ -1,10 +1,10 @@
 // Dense operands: lines of elements, one after the other, and what is done to them beside the kernels.
 #pragma once
 
+#include "core/serv/block.h"
 #include "core/sparse/matrix.h"
 #include "core/trans/kernels.h"
 #include "frame/kernels/blas.h"
-#include "frame/serv.h"
 
 #include <cstring>
 
@@ -63,24 +63,5 @@ template <class T> orv_status add(T alpha, const Dense<const T>& x, const Dense<
         status = axpy_kernel<T>.run(&y.length, &alpha, x.line(i), &step, y.line(i), &step);
     return status;
 }
-
-// Work memory for as long as this lives; null if it is refused.
-template <class E> class Block {
-public:
-    explicit Block(i64 count)
-        : at_(count > 0 ? static_cast<E*>(orv_serv_allocate(count * i64{sizeof(E)}, 128)) : nullptr)
-    {
-    }
-    Block(const Block&) = delete;
-    Block& operator=(const Block&) = delete;
-    ~Block()
-    {
-        if (at_ != nullptr) orv_serv_deallocate(at_);
-    }
-    E* get() const { return at_; }
-
-private:
-    E* at_;
-};
 
 } // namespace orv::core::sparse

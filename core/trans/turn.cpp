@@ -89,7 +89,7 @@ template <class T> bool turn_by_panels(i64 m, i64 n, T* ab, const Turning<T>& tu
     const i64 panels = longer / side, whole = panels * side, left = longer - whole, bits = (panels * shorter + 7) / 8;
     const Block<T> work((side + left) * shorter + side + bits / static_cast<i64>(sizeof(T)) + 1);
     if (work.missing()) return false;
-    T *const panel = work.begin(), *const rest = panel + side * shorter, *const spare = rest + left * shorter;
+    T *const panel = work.get(), *const rest = panel + side * shorter, *const spare = rest + left * shorter;
     auto* const moved = reinterpret_cast<unsigned char*>(spare + side);
 
     const i64 size = side * shorter; // of a panel
@@ -121,8 +121,8 @@ template <class T> bool turn_by_copy(i64 m, i64 n, T* ab, i64 lda, i64 ldb, cons
 {
     const Block<T> work(m * n);
     if (work.missing()) return false;
-    turning(m, n, ab, lda, work.begin(), m);
-    for (i64 j = 0; j < n; ++j) move(ab + j * ldb, work.begin() + j * m, m);
+    turning(m, n, ab, lda, work.get(), m);
+    for (i64 j = 0; j < n; ++j) move(ab + j * ldb, work.get() + j * m, m);
     return true;
 }
 

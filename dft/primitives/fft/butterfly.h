@@ -48,8 +48,8 @@ template <int count, class F> ORV_INLINE void each(F f)
 //
 // Joins k and n/4 - k of three such transforms: e of n/2 even points, o and p of n/4 others. With w = c + s*r:
 //
-//   x[k], x[k + n/2] := e[k] +- (w*o[k] + conj(w)*p[k])     x[k + n/4], x[k + 3*n/4] := e[k + n/4] +- r*(w*o[k] -
-//   conj(w)*p[k])
+//   x[k], x[k + n/2]           := e[k] +- (w*o[k] + conj(w)*p[k])
+//   x[k + n/4], x[k + 3*n/4]   := e[k + n/4] +- r*(w*o[k] - conj(w)*p[k])
 template <int n, int k, class C> ORV_INLINE void join(C* x, const C* e, const C* o, const C* p)
 {
     using R = typename number<C>::real;
